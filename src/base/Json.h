@@ -1,0 +1,9 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+namespace dorix {
+
+using Json = nlohmann::json;
+
+}  // namespace dorix

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <functional>
+#include <string_view>
+
+namespace dorix {
+
+/// Writes one line for whoever looks after the program, in Spanish, with the prefix "DORIX: ". There are no
+/// levels. Any thread; not the audio thread.
+void logLine(std::string_view text);
+
+/// Where log lines go, standard error until it is set. Set once, before other threads start; the sink may be
+/// called from any thread and gets the line with its prefix and without a line end.
+using LogSink = std::function<void(std::string_view line)>;
+void setLogSink(LogSink sink);
+
+}  // namespace dorix

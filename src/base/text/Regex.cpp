@@ -1,0 +1,54 @@
+#include "base/text/Regex.h"
+
+#include <unicode/regex.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace dorix {
+
+struct Regex::Compiled {
+    std::unique_ptr<icu::RegexPattern> pattern;
+
+    std::unique_ptr<icu::RegexMatcher> matcher(const icu::UnicodeString& text) const {
+        UErrorCode status = U_ZERO_ERROR;
+        return std::unique_ptr<icu::RegexMatcher>(pattern->matcher(text, status));
+    }
+};
+
+namespace {
+icu::UnicodeString toUnicode(std::string_view text) {
+    return icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
+}
+}  // namespace
+
+Regex::Regex(std::string_view pattern, Case letterCase) : compiled_(std::make_unique<Compiled>()) {
+    UErrorCode status = U_ZERO_ERROR;
+    UParseError where{};
+    const uint32_t flags = letterCase == Case::ignored ? UREGEX_CASE_INSENSITIVE : 0;
+    compiled_->pattern.reset(icu::RegexPattern::compile(toUnicode(pattern), flags, where, status));
+    if (U_FAILURE(status)) {
+        std::fprintf(stderr, "invalid regular expression %.*s\n", static_cast<int>(pattern.size()), pattern.data());
+        std::abort();
+    }
+}
+
+Regex::~Regex() = default;
+
+bool Regex::matches(std::string_view text) const {
+    const auto subject = toUnicode(text);
+    UErrorCode status = U_ZERO_ERROR;
+    return compiled_->matcher(subject)->find(status) && U_SUCCESS(status);
+}
+
+std::string Regex::replaceAll(std::string_view text, std::string_view replacement) const {
+    const auto subject = toUnicode(text);
+    UErrorCode status = U_ZERO_ERROR;
+    const auto replaced = compiled_->matcher(subject)->replaceAll(toUnicode(replacement), status);
+    if (U_FAILURE(status)) return std::string(text);  // the matcher ran out of stack: the text stays as it is
+    std::string out;
+    replaced.toUTF8String(out);
+    return out;
+}
+
+}  // namespace dorix

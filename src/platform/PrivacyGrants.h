@@ -1,0 +1,34 @@
+#pragma once
+
+#include "base/async/Task.h"
+
+#include <string_view>
+
+namespace dorix {
+
+enum class AuthorizationStatus { notDetermined = 0, restricted = 1, denied = 2, authorized = 3 };
+enum class SpeechAuthorizationStatus { notDetermined = 0, denied = 1, restricted = 2, authorized = 3 };
+
+/// What the system lets this program do. Main executor; the questions answer at once from what is known, the
+/// requests may wait for the user.
+class PrivacyGrants {
+ public:
+    virtual ~PrivacyGrants() = default;
+
+    virtual AuthorizationStatus microphoneStatus() const = 0;
+    virtual SpeechAuthorizationStatus speechStatus() const = 0;
+    virtual bool isProcessTrusted() const = 0;
+    virtual bool preflightScreenCaptureAccess() const = 0;
+
+    virtual Task<void> requestMicrophone() = 0;
+    virtual Task<void> requestSpeech() = 0;
+    virtual void promptForTrust() = 0;
+    /// Asks for the right to capture the screen; whether it is there now.
+    virtual bool requestScreenCaptureAccess() = 0;
+
+    /// Opens the system's settings at one of "Privacy_Microphone", "Privacy_SpeechRecognition",
+    /// "Privacy_Accessibility", "Privacy_ScreenCapture", where the system has such a place.
+    virtual void openPane(std::string_view name) = 0;
+};
+
+}  // namespace dorix

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace dorix {
+
+/// An application that runs, as it was when it was asked for.
+struct RunningApplication {
+    std::int32_t processIdentifier = 0;
+    /// The identity that the tables of applications know it by. Adapters translate their system's own.
+    std::optional<std::string> bundleIdentifier;
+    std::optional<std::string> localizedName;
+    /// The window that was in front; 0 for unknown. Only the adapter knows what the number means.
+    std::uint64_t windowNumber = 0;
+
+    bool operator==(const RunningApplication&) const = default;
+};
+
+/// The applications of the session. Main executor; answers at once.
+class Workspace {
+ public:
+    virtual ~Workspace() = default;
+
+    /// The application that gets the keyboard; none when nothing has the focus or it cannot be known.
+    virtual std::optional<RunningApplication> frontmostApplication() const = 0;
+
+    /// This application's own bundle identifier.
+    virtual std::string ownBundleIdentifier() const = 0;
+
+    /// Brings the application, and of its windows the one it was seen with, to the front. Nothing happens if it
+    /// has gone.
+    virtual void activate(const RunningApplication& app) = 0;
+};
+
+class UnavailableWorkspace final : public Workspace {
+ public:
+    std::optional<RunningApplication> frontmostApplication() const override { return std::nullopt; }
+    std::string ownBundleIdentifier() const override { return "es.pelmora.dorix"; }
+    void activate(const RunningApplication&) override {}
+};
+
+}  // namespace dorix
