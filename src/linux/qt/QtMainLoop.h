@@ -1,0 +1,52 @@
+#pragma once
+
+#include "base/async/Executor.h"
+#include "linux/FdWatcher.h"
+
+#include <QObject>
+#include <QTimer>
+
+#include <deque>
+#include <map>
+#include <mutex>
+#include <thread>
+#include <utility>
+
+namespace dorix {
+
+/// The main executor of the program: Qt's event loop. Made on the main thread, after the QCoreApplication.
+class QtMainLoop final : public QObject, public Executor, public FdWatcher {
+ public:
+    QtMainLoop();
+    ~QtMainLoop() override;
+
+    void post(Work work) override;
+    TimerId after(double seconds, Work work) override;
+    void cancel(TimerId id) override;
+    double now() const override;
+    double date() const override;
+    bool isCurrent() const override { return std::this_thread::get_id() == thread_; }
+
+    Token watchReadable(int fd, std::function<void()> ready) override;
+
+ protected:
+    bool event(QEvent* event) override;
+
+ private:
+    using Due = std::pair<double, TimerId>;
+
+    void runPosted();
+    void runDueTimers();
+    void armTimer();
+
+    const std::thread::id thread_ = std::this_thread::get_id();
+    QTimer timer_;
+    std::map<Due, Work> timers_;
+    std::uint64_t lastId_ = 0;
+
+    std::mutex mutex_;
+    std::deque<Work> posted_;  // guarded by mutex_
+    bool awake_ = false;       // guarded by mutex_: an event that will run posted_ is on its way
+};
+
+}  // namespace dorix
