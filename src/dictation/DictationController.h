@@ -80,7 +80,7 @@ class DictationController {
     Observable<bool>& busy() { return busy_; }
 
     /// The application that was in front when the panel opened.
-    AppContext panelTarget = AppContext::placeholder();
+    AppContext panelTarget;
     /// Closes the panel's window.
     std::function<void()> closePanel = [] {};
     /// True when a session exists; otherwise it has opened the account window.
@@ -114,7 +114,7 @@ class DictationController {
     };
 
     const Environment env_;
-    AppContext context_ = AppContext::placeholder();
+    AppContext context_;
     Mode mode_ = Mode::write;
     std::optional<Source> source_;
     double startedAt_ = 0;  // seconds since 1970
