@@ -19,10 +19,11 @@ from supervision import end_descendants, spawn
 SCREEN = "1280x800x24"
 START_TIMEOUT = 20.0  # seconds for each server; they take a tenth of one on an idle machine
 
-# Sounds that applications play go to "speakers", so that nothing but the test speaks into the microphone.
+# Sounds that applications play go to "speakers", so that nothing but the test speaks into the microphone. A null sink
+# that may rewind prepares two seconds of silence ahead, and what is played then is heard that much later.
 SOUND_SERVER = """\
 load-module module-null-sink sink_name=speakers
-load-module module-null-sink sink_name=mic rate=16000 channels=1
+load-module module-null-sink sink_name=mic rate=16000 channels=1 norewinds=1
 load-module module-remap-source master=mic.monitor source_name=virtmic
 set-default-sink speakers
 set-default-source virtmic
