@@ -12,23 +12,13 @@ import socket
 import subprocess
 import time
 from pathlib import Path
-from typing import Callable
+from typing import Callable, Sequence
 
+from sound import PULSEAUDIO_SCRIPT, PIPEWIRE_DEVICES, WIREPLUMBER_CONFIG, SoundServer
 from supervision import end_descendants, spawn
 
 SCREEN = "1280x800x24"
 START_TIMEOUT = 20.0  # seconds for each server; they take a tenth of one on an idle machine
-
-# Sounds that applications play go to "speakers", so that nothing but the test speaks into the microphone. A null sink
-# that may rewind prepares two seconds of silence ahead, and what is played then is heard that much later.
-SOUND_SERVER = """\
-load-module module-null-sink sink_name=speakers
-load-module module-null-sink sink_name=mic rate=16000 channels=1 norewinds=1
-load-module module-remap-source master=mic.monitor source_name=virtmic
-set-default-sink speakers
-set-default-source virtmic
-load-module module-native-protocol-unix
-"""
 
 # No directory of services: nothing that happens to be installed is started behind an application's back.
 SESSION_BUS = """\
@@ -60,8 +50,8 @@ WINDOW_MANAGER = """\
 
 # Whatever ties an application to the desktop that this one was started from.
 FOREIGN = (
-    "AT_SPI_BUS_ADDRESS", "DBUS_", "DESKTOP_", "DISPLAY", "GDK_", "GTK_", "LANG", "LC_", "NO_AT_BRIDGE", "PULSE_", "QT_",
-    "SESSION_MANAGER", "WAYLAND_", "XAUTHORITY", "XDG_", "XMODIFIERS",
+    "AT_SPI_BUS_ADDRESS", "DBUS_", "DESKTOP_", "DISPLAY", "GDK_", "GTK_", "LANG", "LC_", "NO_AT_BRIDGE",
+    "PIPEWIRE_", "PULSE_", "QT_", "SESSION_MANAGER", "WAYLAND_", "XAUTHORITY", "XDG_", "XMODIFIERS",
 )
 
 
@@ -75,8 +65,8 @@ class VirtualDesktop:
     Leaving it ends every process below this one, whoever started it.
     """
 
-    def __init__(self, directory: Path, *, window_manager: bool = True, sound: bool = True,
-                 accessibility: bool = True):
+    def __init__(self, directory: Path, *, window_manager: bool = True,
+                 sound: SoundServer | None = SoundServer.INSTALLED, accessibility: bool = True):
         self.directory = directory
         self.logs = directory / "logs"
         self.runtime = directory / "run"
@@ -161,12 +151,30 @@ class VirtualDesktop:
         return lambda: self._await(server, "dbus-daemon", lambda: _listening(path))
 
     def _start_sound(self) -> Callable[[], None]:
-        path = self.runtime / "pulse/native"
+        if self._sound.chosen() is SoundServer.PIPEWIRE:
+            return self._start_pipewire()
         script = self.directory / "sound.pa"
-        script.write_text(SOUND_SERVER)
+        script.write_text(PULSEAUDIO_SCRIPT)
         server = self._serve("pulseaudio", ["-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no",
                                             "--log-target=stderr", "-F", str(script)])
-        return lambda: self._await(server, "pulseaudio", lambda: _listening(path))
+        return lambda: self._await(server, "pulseaudio", lambda: _listening(self.runtime / "pulse/native"))
+
+    def _start_pipewire(self) -> Callable[[], None]:
+        for name, text in WIREPLUMBER_CONFIG.items():
+            path = self.directory / "config/wireplumber" / name
+            path.parent.mkdir(parents=True)
+            path.write_text(text)
+        server = self._serve("pipewire")
+
+        def ready():
+            self._await(server, "pipewire", lambda: _listening(self.runtime / "pipewire-0"))
+            manager = self._serve("wireplumber")
+            front = self._serve("pipewire-pulse")
+            self._await(front, "pipewire-pulse", lambda: _listening(self.runtime / "pulse/native"))
+            for command in PIPEWIRE_DEVICES:
+                # The defaults can be set once the manager has settled in, which nothing announces.
+                self._await(manager, "wireplumber", lambda: self._serve("pactl", command).wait() == 0)
+        return ready
 
     def _start_window_manager(self) -> Callable[[], None]:
         config = self.directory / "openbox.xml"
@@ -182,7 +190,7 @@ class VirtualDesktop:
         if waiting.wait() != 0:
             raise self._failure(launcher, "at-spi-bus-launcher")
 
-    def _serve(self, program: str, arguments: list[str], **options) -> subprocess.Popen:
+    def _serve(self, program: str, arguments: Sequence[str] = (), **options) -> subprocess.Popen:
         """Starts a part of the desktop, out of reach of the terminal's Ctrl-C: those who use it end before it does."""
         with open(self.log(os.path.basename(program)), "ab") as log:
             return spawn([program, *arguments], env=self.env, stdin=subprocess.DEVNULL, stdout=log, stderr=log,
