@@ -90,9 +90,8 @@ class VirtualDesktop:
         end_descendants()
 
     def spawn(self, argv: list[str], **options) -> subprocess.Popen:
-        """Starts an application in the desktop."""
-        options.setdefault("env", self.env)
-        return spawn(argv, at_death="KILL", **options)
+        """Starts an application in the desktop, out of reach of the terminal's Ctrl-C unless told otherwise."""
+        return spawn(argv, at_death="KILL", **{"env": self.env, "start_new_session": True, **options})
 
     def log(self, name: str) -> Path:
         """The file that the output of the application `name` goes to."""
@@ -191,7 +190,7 @@ class VirtualDesktop:
             raise self._failure(launcher, "at-spi-bus-launcher")
 
     def _serve(self, program: str, arguments: Sequence[str] = (), **options) -> subprocess.Popen:
-        """Starts a part of the desktop, out of reach of the terminal's Ctrl-C: those who use it end before it does."""
+        """Starts a part of the desktop."""
         with open(self.log(os.path.basename(program)), "ab") as log:
             return spawn([program, *arguments], env=self.env, stdin=subprocess.DEVNULL, stdout=log, stderr=log,
                          start_new_session=True, **options)
