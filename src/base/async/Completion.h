@@ -1,7 +1,5 @@
 #pragma once
 
-#include "base/async/Task.h"
-
 #include <exception>
 #include <memory>
 #include <mutex>
@@ -10,13 +8,15 @@
 #include <variant>
 #include <vector>
 
+#include "base/async/Task.h"
+
 namespace dorix {
 
 /// A result that is made once, on any thread, and awaited by any number of tasks, each of which goes on on
 /// its own executor. The bridge from callbacks to tasks. Copies share the one result.
 template <typename T>
 class Completion {
- public:
+  public:
     using Value = std::conditional_t<std::is_void_v<T>, std::monostate, T>;
 
     /// Any thread. False when it was completed before; the first result stands.
@@ -26,7 +26,9 @@ class Completion {
     }
 
     /// Any thread. Every wait throws `error`.
-    bool fail(std::exception_ptr error) const { return settle(Result(std::in_place_index<2>, std::move(error))); }
+    bool fail(std::exception_ptr error) const {
+        return settle(Result(std::in_place_index<2>, std::move(error)));
+    }
 
     /// Any thread.
     bool isDone() const {
@@ -38,9 +40,12 @@ class Completion {
 
     /// Throws Cancelled when the waiting task is stopped first; a result that is there already is given
     /// even to a stopped task. The value is copied to each waiter.
-    Awaiter operator co_await() const { return Awaiter(state_); }
+    Awaiter operator co_await() const { return Awaiter(state_, Wait::Stoppable::yes); }
 
- private:
+    /// The same wait, but a stop request does not cut it short: co_await result.throughStop().
+    Awaiter throughStop() const { return Awaiter(state_, Wait::Stoppable::no); }
+
+  private:
     using Result = std::variant<std::monostate, Value, std::exception_ptr>;
 
     struct State {
@@ -70,8 +75,9 @@ class Completion {
 
 template <typename T>
 class Completion<T>::Awaiter : Wait {
- public:
-    explicit Awaiter(std::shared_ptr<State> state) : state_(std::move(state)) {}
+  public:
+    Awaiter(std::shared_ptr<State> state, Wait::Stoppable stoppable)
+        : Wait(stoppable), state_(std::move(state)) {}
 
     bool await_ready() const {
         std::scoped_lock lock(state_->mutex);
@@ -95,7 +101,7 @@ class Completion<T>::Awaiter : Wait {
         if constexpr (!std::is_void_v<T>) return std::get<1>(state_->result);
     }
 
- private:
+  private:
     std::shared_ptr<State> state_;
 };
 
