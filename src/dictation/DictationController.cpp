@@ -79,8 +79,9 @@ bool DictationController::mayBegin(Mode mode) {
     if (mode == Mode::ask && !env_.permissions.screen.get()) {
         env_.permissions.requestScreen();
         env_.permissions.refresh();
-        flash(HUDPhase::error(tr("Para preguntar sobre la pantalla, activa «Grabación de pantalla» para DORIX y "
-                                 "vuelve a abrir la app.")),
+        flash(HUDPhase::error(
+                  tr("Para preguntar sobre la pantalla, activa «Grabación de pantalla» para DORIX y "
+                     "vuelve a abrir la app.")),
               5.0);
         return false;
     }
@@ -95,9 +96,10 @@ bool DictationController::mayUseMicrophone() {
 void DictationController::audioLost() {
     if (!startTask_) return;
     cancelRecording();
-    flash(HUDPhase::error(tr("No me llega sonido del micrófono. Si acabas de conectar unos auriculares, prueba "
-                             "otra vez.")),
-          4.0);
+    flash(
+        HUDPhase::error(tr("No me llega sonido del micrófono. Si acabas de conectar unos auriculares, prueba "
+                           "otra vez.")),
+        4.0);
 }
 
 void DictationController::showListening() {
@@ -248,21 +250,22 @@ Task<void> DictationController::commit(PolishResult result, std::string transcri
     }
     if (env_.history == nullptr) co_return;
     const Tone tone = env_.settings.adaptTone.get() ? context_.tone : Tone::neutral;
-    env_.history->add({.id = makeUuid(),
-                       .kind = HistoryKind::dictado,
-                       .app = context_.displayName,
-                       .bundleID = context_.bundleID,
-                       .title = result.title,
-                       .createdAt = startedAt_,
-                       .query = std::move(transcript),
-                       .answer = result.text,
-                       .meta = {.tone = std::string(historyLabel(tone)),
-                                .engine = result.engine,
-                                .inserted = true,
-                                .durationMs = static_cast<std::int64_t>((env_.executor.date() - startedAt_) * 1000),
-                                .source = "voz",
-                                .context = std::nullopt,
-                                .sources = std::nullopt}});
+    env_.history->add(
+        {.id = makeUuid(),
+         .kind = HistoryKind::dictado,
+         .app = context_.displayName,
+         .bundleID = context_.bundleID,
+         .title = result.title,
+         .createdAt = startedAt_,
+         .query = std::move(transcript),
+         .answer = result.text,
+         .meta = {.tone = std::string(historyLabel(tone)),
+                  .engine = result.engine,
+                  .inserted = true,
+                  .durationMs = static_cast<std::int64_t>((env_.executor.date() - startedAt_) * 1000),
+                  .source = "voz",
+                  .context = std::nullopt,
+                  .sources = std::nullopt}});
 }
 
 // The panel
@@ -298,7 +301,8 @@ void DictationController::sendComposer() {
     env_.state.composerText.set("");
     env_.state.section.set(PanelSection::todo);
     env_.state.query.set("");
-    env_.state.selectedID.set(env_.assistant->askFromComposer(text, panelTarget, env_.state.composerScreen.get()));
+    env_.state.selectedID.set(
+        env_.assistant->askFromComposer(text, panelTarget, env_.state.composerScreen.get()));
 }
 
 void DictationController::toggleComposerMic() {

@@ -27,8 +27,9 @@ void HotKeyTable::dispatch(std::uint32_t id, std::uint32_t kind) {
     });
 }
 
-std::unique_ptr<GlobalHotKey> GlobalHotKey::make(HotKeyTable& table, std::uint16_t keyCode, std::uint32_t modifiers,
-                                                 std::uint32_t id, HotKeyTable::Callbacks callbacks) {
+std::unique_ptr<GlobalHotKey> GlobalHotKey::make(HotKeyTable& table, std::uint16_t keyCode,
+                                                 std::uint32_t modifiers, std::uint32_t id,
+                                                 HotKeyTable::Callbacks callbacks) {
     (*table.callbacks_)[id] = std::move(callbacks);
     const auto ref = table.registrar_.registerHotKey(keyCode, modifiers, {signature, id});
     if (!ref) {

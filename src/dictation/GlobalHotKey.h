@@ -42,8 +42,9 @@ class GlobalHotKey {
 
     /// Nothing, and a line in the log, when the system refuses the chord. `modifiers` are hot-key modifier
     /// bits; `id` is unique in the program.
-    static std::unique_ptr<GlobalHotKey> make(HotKeyTable& table, std::uint16_t keyCode, std::uint32_t modifiers,
-                                              std::uint32_t id, HotKeyTable::Callbacks callbacks);
+    static std::unique_ptr<GlobalHotKey> make(HotKeyTable& table, std::uint16_t keyCode,
+                                              std::uint32_t modifiers, std::uint32_t id,
+                                              HotKeyTable::Callbacks callbacks);
 
     ~GlobalHotKey();
     GlobalHotKey(const GlobalHotKey&) = delete;

@@ -25,7 +25,8 @@ constexpr WatchedKey watched(PushToTalkKey key) {
             return {keycode::rightCommand, deviceRightCommand, shift | control | option};
         case PushToTalkKey::rightControl:
             return {keycode::rightControl, deviceRightControl, shift | option | command};
-        case PushToTalkKey::fn: return {keycode::function, function, shift | control | option | command};
+        case PushToTalkKey::fn:
+            return {keycode::function, function, shift | control | option | command};
     }
     std::unreachable();
 }
@@ -40,13 +41,15 @@ void PushToTalkMonitor::start() {
     const auto install = [this](KeyEventMonitors::Token token) {
         if (token) monitors_.push_back(std::move(token));
     };
-    install(events_.addGlobalMonitor(KeyEventMask::flagsChanged, [this](const auto& event) { flagsChanged(event); }));
+    install(events_.addGlobalMonitor(KeyEventMask::flagsChanged,
+                                     [this](const auto& event) { flagsChanged(event); }));
     install(events_.addGlobalMonitor(KeyEventMask::keyDown, [this](const auto& event) { keyDown(event); }));
     install(events_.addLocalMonitor(KeyEventMask::flagsChanged, [this](const auto& event) {
         flagsChanged(event);
         return false;
     }));
-    install(events_.addLocalMonitor(KeyEventMask::keyDown, [this](const auto& event) { return keyDown(event); }));
+    install(
+        events_.addLocalMonitor(KeyEventMask::keyDown, [this](const auto& event) { return keyDown(event); }));
 }
 
 void PushToTalkMonitor::stop() {
@@ -74,17 +77,24 @@ void PushToTalkMonitor::holdKeyChanged(std::uint64_t modifierFlags) {
         return;
     }
     switch (phase_) {
-        case Phase::idle: return;
-        case Phase::armed: return cancel();
-        case Phase::active: reset(); return onEnd();
+        case Phase::idle:
+            return;
+        case Phase::armed:
+            return cancel();
+        case Phase::active:
+            reset();
+            return onEnd();
     }
 }
 
 bool PushToTalkMonitor::keyDown(const KeyEvent& event) {
     const bool escape = event.keyCode == keycode::escape;
     switch (phase_) {
-        case Phase::idle: return escape && onEscape();
-        case Phase::armed: cancel(); return false;
+        case Phase::idle:
+            return escape && onEscape();
+        case Phase::armed:
+            cancel();
+            return false;
         case Phase::active:
             if (escape) cancel();
             return escape;

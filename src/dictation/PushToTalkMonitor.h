@@ -24,7 +24,8 @@ class PushToTalkMonitor {
     PushToTalkMonitor(const PushToTalkMonitor&) = delete;
     PushToTalkMonitor& operator=(const PushToTalkMonitor&) = delete;
 
-    /// Installs the event monitors anew. Safe to call repeatedly; one that the system refuses is done without.
+    /// Installs the event monitors anew. Safe to call repeatedly; one that the system refuses is done
+    /// without.
     void start();
     /// Removes them and resets the phase, silently.
     void stop();

@@ -24,8 +24,8 @@ WritingEngine storedEngine(const UserDefaults& defaults) {
 
 std::string defaultLanguage(const SystemLanguages& languages) {
     const std::string code = languages.currentLanguageCode.value_or("es");
-    const auto* row = std::ranges::find_if(dictationLanguages,
-                                           [&](const auto& language) { return language.id.starts_with(code); });
+    const auto* row = std::ranges::find_if(
+        dictationLanguages, [&](const auto& language) { return language.id.starts_with(code); });
     return std::string(row == dictationLanguages.end() ? dictationLanguages.front().id : row->id);
 }
 
@@ -62,8 +62,8 @@ SettingsStore::SettingsStore(UserDefaults& defaults, LoginItem& loginItem, const
 
 template <typename T, typename ToJson>
 void SettingsStore::writeThrough(Observable<T>& field, std::string_view key, ToJson toJson) {
-    subscriptions_.push_back(field.subscribe(
-        [this, key, toJson](const T& value) { defaults_.set(key, toJson(value)); }));
+    subscriptions_.push_back(
+        field.subscribe([this, key, toJson](const T& value) { defaults_.set(key, toJson(value)); }));
 }
 
 void SettingsStore::setAppLanguage(const std::string& code) {

@@ -20,7 +20,8 @@ class SpeechInput {
     /// Called once when no sound arrives any more, whatever was tried.
     std::function<void()> onAudioLost;
 
-    /// Begins to listen in the language with this id; a recording that runs is dropped first. Throws an Error.
+    /// Begins to listen in the language with this id; a recording that runs is dropped first. Throws an
+    /// Error.
     virtual Task<void> start(std::string language) = 0;
 
     /// Ends the recording and gives all that was said. Never throws an Error.

@@ -19,7 +19,8 @@ class FakeHotKeyRegistrar final : public HotKeyRegistrar {
     };
 
     void installEventHandler(Handler handler) override { handler_ = std::move(handler); }
-    std::expected<Ref, Status> registerHotKey(std::uint16_t keyCode, std::uint32_t modifiers, HotKeyID id) override {
+    std::expected<Ref, Status> registerHotKey(std::uint16_t keyCode, std::uint32_t modifiers,
+                                              HotKeyID id) override {
         if (refuseWith != 0) return std::unexpected(refuseWith);
         registered[++lastRef_] = {keyCode, modifiers, id};
         return lastRef_;

@@ -19,7 +19,7 @@ namespace {
 /// The service manager names the device and inode of the stream that it connected to standard error.
 bool isStderrTheJournal() {
     const char* stream = std::getenv("JOURNAL_STREAM");
-    struct stat status {};
+    struct stat status{};
     if (stream == nullptr || fstat(STDERR_FILENO, &status) != 0) return false;
     return stream == std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino);
 }
@@ -32,7 +32,8 @@ void logToStderrAndJournal() {
         // One write a line, so that lines of several threads do not mix.
         std::fputs((text + "\n").c_str(), stderr);
         if (journalToo) {
-            sd_journal_send("MESSAGE=%s", text.c_str(), "PRIORITY=%i", LOG_INFO, "SYSLOG_IDENTIFIER=dorix", nullptr);
+            sd_journal_send("MESSAGE=%s", text.c_str(), "PRIORITY=%i", LOG_INFO, "SYSLOG_IDENTIFIER=dorix",
+                            nullptr);
         }
     });
 }

@@ -14,18 +14,21 @@ namespace {
 /// once as an argument and once as a string value.
 std::string execArgument(std::string path) {
     path = text::replaceAll(path, "\\", "\\\\\\\\");
-    for (const std::string special : {"\"", "`", "$"}) path = text::replaceAll(path, special, "\\\\" + special);
+    for (const std::string special : {"\"", "`", "$"})
+        path = text::replaceAll(path, special, "\\\\" + special);
     return "\"" + text::replaceAll(path, "%", "%%") + "\"";
 }
 
 }  // namespace
 
-AutostartLoginItem::AutostartLoginItem(const std::filesystem::path& configHome, std::filesystem::path executable)
+AutostartLoginItem::AutostartLoginItem(const std::filesystem::path& configHome,
+                                       std::filesystem::path executable)
     : entry_(configHome / "autostart" / "es.pelmora.dorix.desktop"), executable_(std::move(executable)) {}
 
 void AutostartLoginItem::registerApplication() {
-    const std::string contents = "[Desktop Entry]\nType=Application\nName=DORIX\nExec=" +
-                                 execArgument(executable_.string()) + "\nX-GNOME-Autostart-enabled=true\n";
+    const std::string contents =
+        "[Desktop Entry]\nType=Application\nName=DORIX\nExec=" + execArgument(executable_.string()) +
+        "\nX-GNOME-Autostart-enabled=true\n";
     if (const auto error = replaceFile(entry_, contents)) throw MessageError(error.message());
 }
 

@@ -6,7 +6,9 @@ namespace {
 constexpr double pollInterval = 1.0;
 }
 
-Permissions::Permissions(Executor& executor, PrivacyGrants& grants) : grants_(grants), timer_(executor) { refresh(); }
+Permissions::Permissions(Executor& executor, PrivacyGrants& grants) : grants_(grants), timer_(executor) {
+    refresh();
+}
 
 void Permissions::refresh() {
     microphone.set(grants_.microphoneStatus());
@@ -17,7 +19,8 @@ void Permissions::refresh() {
 
 bool Permissions::allRequired() const {
     return microphone.get() == AuthorizationStatus::authorized && accessibility.get() &&
-           speech.get() != SpeechAuthorizationStatus::denied && speech.get() != SpeechAuthorizationStatus::restricted;
+           speech.get() != SpeechAuthorizationStatus::denied &&
+           speech.get() != SpeechAuthorizationStatus::restricted;
 }
 
 Task<void> Permissions::requestMicrophone() {

@@ -8,6 +8,9 @@
 #include "base/async/ThreadPool.h"
 #include "base/async/Timer.h"
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
 #include <future>
 #include <memory>
 #include <stdexcept>
@@ -15,9 +18,6 @@
 #include <thread>
 #include <utility>
 #include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace dorix {
 namespace {
@@ -252,7 +252,7 @@ TEST_F(AsyncTest, WorkElsewhereComesBackToTheTasksOwnThread) {
     const auto task = scope.spawn([](ThreadPool& workers) -> Task<int> {
         const auto home = std::this_thread::get_id();
         const auto there = co_await runOn(workers, [] { return std::this_thread::get_id(); });
-        co_return there != home && home == std::this_thread::get_id() ? 1 : 0;
+        co_return there != home&& home == std::this_thread::get_id() ? 1 : 0;
     }(pool));
     finish(task);
     EXPECT_EQ(outcome(task), "1");

@@ -3,11 +3,11 @@
 #include "base/text/Regex.h"
 #include "base/text/Text.h"
 
-#include <string>
-#include <unordered_set>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <string>
+#include <unordered_set>
 
 namespace dorix {
 namespace {
