@@ -2,8 +2,10 @@
 
 #include "base/Error.h"
 #include "base/Uuid.h"
+#include "base/async/Sleep.h"
 #include "base/text/Text.h"
 #include "localdata/Language.h"
+#include "speech/Join.h"
 
 #include <memory>
 #include <utility>

@@ -25,8 +25,8 @@ std::string withoutFillers(std::string text) {
 }
 
 bool wantsPeriod(std::string_view text) {
-    static constexpr std::array<std::string_view, 4> closings{".", "!", "?", "…"};
-    if (text.empty() || std::ranges::contains(closings, text::lastCharacter(text))) return false;
+    const auto last = text::lastCharacter(text);
+    if (text.empty() || last == "." || last == "!" || last == "?" || last == "…") return false;
     const auto pieces = text::split(text, ' ');
     const auto words = std::ranges::count_if(pieces, [](const auto piece) { return !piece.empty(); });
     return static_cast<std::size_t>(words) >= leastWordsForPeriod;

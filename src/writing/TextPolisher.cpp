@@ -65,6 +65,10 @@ constexpr std::array<std::string_view, 12> courtesies{"hola",     "saludo",   "s
                                                       "buenos",   "buenas",   "querido",     "querida",
                                                       "estimado", "estimada", "atentamente", "cordialmente"};
 
+bool isChecked(std::string_view word) {
+    return text::length(word) >= leastCheckedLetters && std::ranges::find(courtesies, word) == courtesies.end();
+}
+
 }  // namespace
 
 std::string rewriteInstructions(const PolishRequest& request) {
@@ -96,7 +100,7 @@ double faithfulnessScore(std::string_view produced, std::string_view dictated) {
     int found = 0;
     const std::string foldedProduct = text::fold(produced);
     for (const auto word : text::letterRuns(foldedProduct)) {
-        if (text::length(word) < leastCheckedLetters || std::ranges::contains(courtesies, word)) continue;
+        if (!isChecked(word)) continue;
         ++checked;
         if (stems.contains(text::prefix(word, stemLetters))) ++found;
     }
