@@ -2,6 +2,7 @@
 
 #include "base/Error.h"
 #include "base/async/Completion.h"
+#include "base/async/Sleep.h"
 #include "speech/SpeechInput.h"
 
 #include <string>
@@ -27,6 +28,7 @@ class FakeSpeechInput final : public SpeechInput {
     }
     Task<std::string> stop() override {
         log.emplace_back("stop");
+        co_await sleep(0);  // no recogniser answers inside the call
         co_return transcript;
     }
     void cancel() override { log.emplace_back("cancel"); }

@@ -298,7 +298,7 @@ TEST_F(DictationControllerTest, TheComposersMicrophoneAddsToItsText) {
     EXPECT_TRUE(bench.state.composerRecording.get());
     EXPECT_FALSE(flow.isIdle());
     flow.toggleComposerMic();
-    bench.executor.runPosted();
+    bench.executor.advanceBy(0);
     EXPECT_EQ(bench.state.composerText.get(), "Dime qué hora es");
     EXPECT_EQ(bench.state.focusRequest.get(), AppState::FocusTarget::composer);
 
