@@ -26,7 +26,7 @@ from supervision import supervised  # noqa: E402
 from virtual_desktop import DesktopError, VirtualDesktop  # noqa: E402
 from voice import speak, synthesise  # noqa: E402
 
-SENTENCE = "please send the report to the whole team before friday morning"
+SENTENCE = "please send me the new numbers before the meeting on monday"
 READY = b"DORIX: listo"
 START_TIMEOUT = 60.0  # loading the recogniser's model dominates, on a cold disk
 TEXT_TIMEOUT = 30.0
