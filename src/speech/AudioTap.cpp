@@ -29,8 +29,8 @@ float soundLevel(const AudioBuffer& buffer, std::size_t channel) {
     return static_cast<float>(std::clamp((db + levelRange) / levelRange, 0.0, 1.0));
 }
 
-AudioTap::AudioTap(AudioFormat inputFormat, AudioFormat outputFormat, const Executor& time, BufferClock& clock,
-                   AsyncStream<AnalyzerInput> continuation, LevelCallback onLevel)
+AudioTap::AudioTap(AudioFormat inputFormat, AudioFormat outputFormat, const Executor& time,
+                   BufferClock& clock, AsyncStream<AnalyzerInput> continuation, LevelCallback onLevel)
     : inputFormat_(inputFormat),
       time_(time),
       clock_(clock),

@@ -2,12 +2,12 @@
 
 #include "base/Error.h"
 
+#include <samplerate.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <numeric>
-
-#include <samplerate.h>
 
 namespace dorix {
 
@@ -64,7 +64,8 @@ std::optional<std::vector<float>> SampleConverter::convert(std::span<const float
     if (!resampler_) return std::vector<float>(input.begin(), input.end());
     const auto channels = count(to_.channelCount);
     const auto frames = input.size() / channels;
-    const auto capacity = static_cast<std::size_t>(std::ceil(ratio_ * static_cast<double>(frames))) + spareFrames;
+    const auto capacity =
+        static_cast<std::size_t>(std::ceil(ratio_ * static_cast<double>(frames))) + spareFrames;
     std::vector<float> output(capacity * channels);
     std::size_t used = 0;
     std::size_t made = 0;

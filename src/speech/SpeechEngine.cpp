@@ -193,8 +193,8 @@ void SpeechEngine::beginStop() {
     if (stopping_) stopping_->task = task;
 }
 
-Task<void> SpeechEngine::finish(std::shared_ptr<SpeechAnalyzer> analyzer, std::optional<TaskHandle<void>> results,
-                                std::string session) {
+Task<void> SpeechEngine::finish(std::shared_ptr<SpeechAnalyzer> analyzer,
+                                std::optional<TaskHandle<void>> results, std::string session) {
     try {
         if (analyzer) co_await analyzer->finalizeAndFinishThroughEndOfInput();
     } catch (const Cancelled&) {

@@ -37,15 +37,16 @@ class SpeechEngine final : public SpeechInput {
     /// Throws EngineError, or what the installation of the model throws.
     Task<void> prepare(std::string language);
 
-    /// Begins a recording; one that is running is cancelled. Returns when the recogniser listens, or early and
-    /// without a word when the recording was cancelled or replaced meanwhile. Throws EngineError, or what the
-    /// platform throws; the recording is cancelled then. Cancelling the waiting task cancels the recording.
+    /// Begins a recording; one that is running is cancelled. Returns when the recogniser listens, or early
+    /// and without a word when the recording was cancelled or replaced meanwhile. Throws EngineError, or what
+    /// the platform throws; the recording is cancelled then. Cancelling the waiting task cancels the
+    /// recording.
     Task<void> start(std::string language) override;
 
-    /// Ends the recording and gives its transcript once the recogniser is through with the sound. A recogniser
-    /// that falls silent for 10 s, or needs 10 s more than the recording lasted, is not waited for any longer:
-    /// what is known by then is given. The empty string when the recording is cancelled meanwhile. Never throws
-    /// but Cancelled, when the waiting task is; the recording ends all the same.
+    /// Ends the recording and gives its transcript once the recogniser is through with the sound. A
+    /// recogniser that falls silent for 10 s, or needs 10 s more than the recording lasted, is not waited for
+    /// any longer: what is known by then is given. The empty string when the recording is cancelled
+    /// meanwhile. Never throws but Cancelled, when the waiting task is; the recording ends all the same.
     Task<std::string> stop() override;
 
     /// Ends the recording and drops it. Nothing to do when none runs.

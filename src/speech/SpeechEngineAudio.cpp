@@ -28,7 +28,8 @@ void SpeechEngine::openAudio(AudioFormat format, Input continuation) {
         audio_->removeTap();
         throw;
     }
-    if (!healthTimer_.isActive() && !audioLost_) healthTimer_.repeat(healthInterval, [this] { checkHealth(); });
+    if (!healthTimer_.isActive() && !audioLost_)
+        healthTimer_.repeat(healthInterval, [this] { checkHealth(); });
 }
 
 void SpeechEngine::installTap(AudioFormat format, const Input& continuation) {

@@ -17,8 +17,8 @@ class SpeechInput {
     Observable<std::string> partial;
     /// How loud the input is, 0 to 1.
     Observable<float> level;
-    /// Called when no sound arrives any more, whatever was tried: at most once in a recording, which goes on until
-    /// it is stopped or cancelled. It may call any function of the input.
+    /// Called when no sound arrives any more, whatever was tried: at most once in a recording, which goes on
+    /// until it is stopped or cancelled. It may call any function of the input.
     std::function<void()> onAudioLost;
 
     /// Begins to listen in the language with this id; a recording that runs is dropped first. Throws an

@@ -66,7 +66,8 @@ constexpr std::array<std::string_view, 12> courtesies{"hola",     "saludo",   "s
                                                       "estimado", "estimada", "atentamente", "cordialmente"};
 
 bool isChecked(std::string_view word) {
-    return text::length(word) >= leastCheckedLetters && std::ranges::find(courtesies, word) == courtesies.end();
+    return text::length(word) >= leastCheckedLetters &&
+           std::ranges::find(courtesies, word) == courtesies.end();
 }
 
 }  // namespace

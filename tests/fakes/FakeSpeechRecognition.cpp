@@ -7,8 +7,8 @@ namespace dorix {
 namespace {
 class FakeAnalyzer final : public SpeechAnalyzer {
  public:
-    FakeAnalyzer(std::shared_ptr<FakeSpeechRecognition::Transcription> transcription, std::exception_ptr startError,
-                 FakeSpeechRecognition::AtFinish atFinish)
+    FakeAnalyzer(std::shared_ptr<FakeSpeechRecognition::Transcription> transcription,
+                 std::exception_ptr startError, FakeSpeechRecognition::AtFinish atFinish)
         : transcription_(std::move(transcription)), startError_(std::move(startError)), atFinish_(atFinish) {}
 
     Task<void> start(AsyncStream<AnalyzerInput> input) override {

@@ -22,7 +22,8 @@ std::vector<Json> eventsOf(const Json& input) {
     if (found == input.end() || !found->is_array()) throw BadInput("field \"events\" must be a list");
     auto events = found->get<std::vector<Json>>();
     const auto time = [](const Json& event) { return requiredNumber(event, "t"); };
-    if (!std::ranges::is_sorted(events, {}, time)) throw BadInput("events must stand in the order of their times");
+    if (!std::ranges::is_sorted(events, {}, time))
+        throw BadInput("events must stand in the order of their times");
     return events;
 }
 
@@ -36,16 +37,20 @@ double endOf(const Json& input, const std::vector<Json>& events) {
 
 std::string phaseName(PushToTalkMonitor::Phase phase) {
     switch (phase) {
-        case PushToTalkMonitor::Phase::idle: return "idle";
-        case PushToTalkMonitor::Phase::armed: return "armed";
-        case PushToTalkMonitor::Phase::active: return "active";
+        case PushToTalkMonitor::Phase::idle:
+            return "idle";
+        case PushToTalkMonitor::Phase::armed:
+            return "armed";
+        case PushToTalkMonitor::Phase::active:
+            return "active";
     }
     std::unreachable();
 }
 
 void typeOn(FakeKeyEventMonitors& keyboard, const Json& event) {
     const auto keyCode = static_cast<std::uint16_t>(requiredInteger(event, "keyCode"));
-    const auto flags = event.contains("flags") ? static_cast<std::uint64_t>(requiredInteger(event, "flags")) : 0;
+    const auto flags =
+        event.contains("flags") ? static_cast<std::uint64_t>(requiredInteger(event, "flags")) : 0;
     const auto kind = requiredString(event, "kind");
     if (kind == "flags") {
         keyboard.flags(keyCode, flags);
@@ -151,9 +156,11 @@ const std::map<std::string, Call>& calls() {
         {"showListening", [](auto& bench, auto&) { bench.controller.showListening(); }},
         {"stopAndProcess", [](auto& bench, auto&) { bench.controller.stopAndProcess(); }},
         {"cancelRecording", [](auto& bench, auto&) { bench.controller.cancelRecording(); }},
-        {"shortcutPressed", [](auto& bench, auto& event) { bench.controller.shortcutPressed(modeOf(event)); }},
+        {"shortcutPressed",
+         [](auto& bench, auto& event) { bench.controller.shortcutPressed(modeOf(event)); }},
         {"shortcutReleased", [](auto& bench, auto&) { bench.controller.shortcutReleased(); }},
-        {"partial", [](auto& bench, auto& event) { bench.speech.partial.set(requiredString(event, "text")); }},
+        {"partial",
+         [](auto& bench, auto& event) { bench.speech.partial.set(requiredString(event, "text")); }},
         {"level",
          [](auto& bench, auto& event) {
              bench.speech.level.set(static_cast<float>(requiredNumber(event, "value")));

@@ -51,7 +51,8 @@ int main(int argc, char** argv) {
         if (command.name != wanted) continue;
         bool understood = true;
         for (std::string line; std::getline(std::cin, line);) {
-            const auto text = answer(command, line, understood).dump(-1, ' ', false, Json::error_handler_t::replace);
+            const auto text =
+                answer(command, line, understood).dump(-1, ' ', false, Json::error_handler_t::replace);
             std::cout << text << std::endl;
         }
         return understood ? 0 : 1;

@@ -1,10 +1,10 @@
 #include "linux/atspi/FocusFinder.h"
 
-#include <deque>
-#include <utility>
-
 #include "linux/atspi/AtspiClient.h"
 #include "linux/atspi/FocusTracker.h"
+
+#include <deque>
+#include <utility>
 
 namespace dorix {
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <expected>
-
 #include "linux/atspi/ObjectRef.h"
 #include "platform/Accessibility.h"
+
+#include <expected>
 
 namespace dorix {
 
@@ -14,7 +14,7 @@ class FocusTracker;
 /// nothing (the focus was there before us) is it searched for, within the active window and bounded. Main
 /// executor; blocks within the client's budget.
 class FocusFinder {
-  public:
+ public:
     FocusFinder(AtspiClient& client, FocusTracker& tracker, ObjectRef application)
         : client_(client), tracker_(tracker), application_(std::move(application)) {}
 
@@ -24,7 +24,7 @@ class FocusFinder {
     /// noValue when none of its windows is active.
     std::expected<ObjectRef, AXError> activeWindow();
 
-  private:
+ private:
     using Found = std::expected<ObjectRef, AXError>;
 
     Found reported();

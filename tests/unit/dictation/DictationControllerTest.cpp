@@ -1,10 +1,10 @@
 #include "fakes/DictationBench.h"
 
-#include <string>
-#include <vector>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
 
 namespace dorix {
 namespace {
@@ -127,7 +127,8 @@ TEST_F(DictationControllerTest, FailuresOfSpeechEndInAMessageAndFreeTheFlow) {
     flow.begin(holdKey, write);
     flow.showListening();
     bench.speech.onAudioLost();
-    EXPECT_EQ(hud().text, "No me llega sonido del micrófono. Si acabas de conectar unos auriculares, prueba otra vez.");
+    EXPECT_EQ(hud().text,
+              "No me llega sonido del micrófono. Si acabas de conectar unos auriculares, prueba otra vez.");
     EXPECT_FALSE(flow.isRecording());
     bench.speech.onAudioLost();
     bench.executor.advanceBy(4);
@@ -177,7 +178,8 @@ class HandsFreeTest : public DictationControllerTest {
         start = bench.executor.now();
     }
     void waitUntilEnded(double limit) {
-        while (bench.state.handsFree.get() && bench.executor.now() < start + limit) bench.executor.advanceBy(0.01);
+        while (bench.state.handsFree.get() && bench.executor.now() < start + limit)
+            bench.executor.advanceBy(0.01);
     }
     double elapsed() const { return bench.executor.now() - start; }
 

@@ -5,11 +5,11 @@
 #include "fakes/FakeKeyEventMonitors.h"
 #include "platform/KeyCodes.h"
 
-#include <string>
-#include <vector>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
 
 namespace dorix {
 namespace {
@@ -159,7 +159,8 @@ TEST_F(GlobalHotKeyTest, ARefusedChordIsLoggedAndDoneWithout) {
     registrar.refuseWith = -9878;
     testing::internal::CaptureStderr();
     EXPECT_EQ(make(1), nullptr);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "DORIX: no se pudo registrar el atajo global (-9878)\n");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "DORIX: no se pudo registrar el atajo global (-9878)\n");
     registrar.send(1, HotKeyRegistrar::eventPressed);
     executor.runPosted();
     EXPECT_THAT(calls, IsEmpty());

@@ -54,8 +54,12 @@ TEST_F(SettingsTest, TranslatesFillsAndGroups) {
 }
 
 TEST_F(SettingsTest, StartsWithDefaultsForWhatIsAbsentOrOfTheWrongType) {
-    for (const auto& [key, value] : Json{{"pttKey", "leftShift"}, {"engine", 3}, {"adaptTone", "no"},
-                                         {"playSounds", 0}, {"signatureName", false}, {"paused", "yes"}}
+    for (const auto& [key, value] : Json{{"pttKey", "leftShift"},
+                                         {"engine", 3},
+                                         {"adaptTone", "no"},
+                                         {"playSounds", 0},
+                                         {"signatureName", false},
+                                         {"paused", "yes"}}
                                         .items()) {
         defaults.set(key, value);
     }
@@ -99,8 +103,8 @@ TEST_F(SettingsTest, TheDictationLanguageFollowsTheAppLanguage) {
     auto settings = store();
     EXPECT_EQ(settings.language.get(), "fr-FR");
     std::string seen;
-    const auto subscription =
-        settings.languageObserver().code.subscribe([&](const std::string& code) { seen = code + " " + tr("Hoy"); });
+    const auto subscription = settings.languageObserver().code.subscribe(
+        [&](const std::string& code) { seen = code + " " + tr("Hoy"); });
     settings.setAppLanguage("es");
     EXPECT_EQ(settings.language.get(), "fr-FR") << "nothing changed";
     settings.setAppLanguage("en");
@@ -116,7 +120,8 @@ TEST_F(SettingsTest, ALoginItemThatTheSystemRefusesIsOnlyLogged) {
     loginItem.refuses = true;
     testing::internal::CaptureStderr();
     settings.setLaunchAtLogin(false);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "DORIX: no se pudo cambiar el inicio automático: refused\n");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "DORIX: no se pudo cambiar el inicio automático: refused\n");
 }
 
 }  // namespace

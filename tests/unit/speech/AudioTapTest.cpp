@@ -1,7 +1,6 @@
-#include "speech/AudioTap.h"
-
 #include "base/async/ManualExecutor.h"
 #include "base/async/TaskScope.h"
+#include "speech/AudioTap.h"
 #include "speech/BufferClock.h"
 #include "speech/Join.h"
 
@@ -44,8 +43,9 @@ class AudioTapTest : public testing::Test {
 std::vector<float> sine(double frequency, double rate, std::size_t frames, float amplitude = 0.5F) {
     std::vector<float> samples(frames);
     for (std::size_t i = 0; i < frames; ++i) {
-        samples[i] = amplitude * static_cast<float>(std::sin(2 * std::numbers::pi * frequency *
-                                                             static_cast<double>(i) / rate));
+        samples[i] =
+            amplitude *
+            static_cast<float>(std::sin(2 * std::numbers::pi * frequency * static_cast<double>(i) / rate));
     }
     return samples;
 }

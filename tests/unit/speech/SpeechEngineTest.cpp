@@ -1,9 +1,8 @@
-#include "speech/SpeechEngine.h"
-
 #include "base/Log.h"
 #include "base/async/ManualExecutor.h"
 #include "fakes/FakeAudioEngine.h"
 #include "fakes/FakeSpeechRecognition.h"
+#include "speech/SpeechEngine.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -102,7 +101,8 @@ class SpeechEngineTest : public testing::Test {
 
 TEST_F(SpeechEngineTest, ARecordingGivesItsTranscript) {
     std::vector<std::string> partials;
-    const auto watching = engine->partial.subscribe([&](const std::string& text) { partials.push_back(text); });
+    const auto watching =
+        engine->partial.subscribe([&](const std::string& text) { partials.push_back(text); });
     EXPECT_EQ(outcome(start()), "(done)");
     hear(0.2);
     EXPECT_GT(engine->level.get(), 0);

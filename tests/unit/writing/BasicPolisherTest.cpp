@@ -43,9 +43,11 @@ TEST(FaithfulnessTest, ComparesVocabularyByStems) {
 }
 
 TEST(RewriteInstructionsTest, SignsOnlyEmails) {
-    PolishRequest request{.transcript = "x", .appName = "Gmail", .tone = Tone::profesional, .signatureName = "Teo"};
+    PolishRequest request{
+        .transcript = "x", .appName = "Gmail", .tone = Tone::profesional, .signatureName = "Teo"};
     const auto email = rewriteInstructions(request);
-    EXPECT_TRUE(email.starts_with("Reescribe la transcripción de un dictado como texto final para Gmail. Correo"));
+    EXPECT_TRUE(
+        email.starts_with("Reescribe la transcripción de un dictado como texto final para Gmail. Correo"));
     EXPECT_NE(email.find("y sin rodeos. Firma con «Teo».\n- Mismo idioma"), std::string::npos);
     EXPECT_TRUE(email.ends_with("Título: máximo 6 palabras, solo con lo dictado."));
     request.tone = Tone::cercano;
