@@ -44,7 +44,7 @@ DictationController::DictationController(Environment environment)
       silenceTimer_(environment.executor),
       tasks_(environment.executor) {}
 
-void DictationController::flash(HUDPhase phase, double seconds, Sticky sticky) {
+void DictationController::flash(const HUDPhase& phase, double seconds, Sticky sticky) {
     hideWork_.stop();
     env_.state.hud.set(phase);
     if (sticky == Sticky::yes) return;

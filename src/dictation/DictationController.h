@@ -62,7 +62,7 @@ class DictationController {
 
     /// Shows `phase`, and hides it after `seconds` if it still shows by then; a sticky one stays.
     enum class Sticky { no, yes };
-    void flash(HUDPhase phase, double seconds, Sticky sticky = Sticky::no);
+    void flash(const HUDPhase& phase, double seconds, Sticky sticky = Sticky::no);
 
     /// Whether nothing is going on that a message of another subsystem would disturb.
     bool isIdle() const;

@@ -6,8 +6,8 @@
 
 namespace dorix {
 
-/// A Linux desktop has no grants to give: what is there may be used. So each answer tells whether the means is
-/// there, a request changes nothing, and there is no settings page to open.
+/// A Linux desktop has no grants to give: what is there may be used. So each answer tells whether the means
+/// is there, a request changes nothing, and there is no settings page to open.
 class LinuxPrivacyGrants final : public PrivacyGrants {
  public:
     /// Each is asked on the main executor whenever the grant is read, and answers at once.
@@ -25,7 +25,8 @@ class LinuxPrivacyGrants final : public PrivacyGrants {
         return means_.hasSoundInput() ? AuthorizationStatus::authorized : AuthorizationStatus::denied;
     }
     SpeechAuthorizationStatus speechStatus() const override {
-        return means_.hasRecogniser() ? SpeechAuthorizationStatus::authorized : SpeechAuthorizationStatus::denied;
+        return means_.hasRecogniser() ? SpeechAuthorizationStatus::authorized
+                                      : SpeechAuthorizationStatus::denied;
     }
     bool isProcessTrusted() const override { return means_.canUseOtherApplications(); }
     bool preflightScreenCaptureAccess() const override { return means_.canCaptureScreen(); }

@@ -4,6 +4,8 @@
 #include "linux/xdg/JsonUserDefaults.h"
 #include "linux/xdg/LocaleEnvironment.h"
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -15,9 +17,6 @@
 #include <iterator>
 #include <map>
 #include <string>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace dorix {
 namespace {
@@ -76,7 +75,7 @@ TEST_F(XdgTest, KeepsWhatWasSetAcrossRuns) {
     EXPECT_EQ(again.value("gone"), std::nullopt);
     EXPECT_EQ(again.string("nombre"), "Begoña\uFFFD");
     EXPECT_THAT(namesBeside(file), IsEmpty()) << "no temporary file is left";
-    struct stat status {};
+    struct stat status{};
     ASSERT_EQ(::stat(file.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777U, 0600U);
 }
@@ -126,7 +125,9 @@ TEST_F(XdgTest, WritesThroughASymbolicLink) {
     write(real, "{}");
     fs::create_directories(file.parent_path());
     fs::create_symlink(real, file);
-    { JsonUserDefaults(main, file).set("a", 1); }
+    {
+        JsonUserDefaults(main, file).set("a", 1);
+    }
     EXPECT_TRUE(fs::is_symlink(file));
     EXPECT_EQ(Json::parse(read(real)).at("a"), 1);
 }
