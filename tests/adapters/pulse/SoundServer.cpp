@@ -34,11 +34,12 @@ SoundServer::~SoundServer() {
 std::string SoundServer::address() const { return "unix:" + (folder_ / "pulse/native").string(); }
 
 void SoundServer::launch() {
+    // Without rewinds a sink renders 50 ms ahead, not 2 s, which is how long a first recording would wait.
     server_ = spawn({"pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--disallow-exit",
                      "--log-level=error", "-L", "module-native-protocol-unix",  //
-                     "-L", "module-null-sink sink_name=mic rate=16000 channels=1", "-L",
+                     "-L", "module-null-sink sink_name=mic rate=16000 channels=1 norewinds=1", "-L",
                      "module-remap-source master=mic.monitor source_name=virtmic", "-L",
-                     "module-null-sink sink_name=speaker rate=44100 channels=2", "-L",
+                     "module-null-sink sink_name=speaker rate=44100 channels=2 norewinds=1", "-L",
                      "module-remap-source master=speaker.monitor source_name=other"});
 }
 
