@@ -20,9 +20,9 @@ class SampleConverter {
     SampleConverter(AudioFormat from, AudioFormat to);
     ~SampleConverter();
 
-    /// The sound that follows what was given before, converted as far as it is complete: the last millisecond
-    /// comes with the next call. Nothing on an error, which loses this buffer. It allocates the result, and
-    /// a scratch buffer when a call is longer than all before.
+    /// The sound that follows what was given before, converted as far as it is complete: the last
+    /// milliseconds come with the next call. Nothing on an error, which loses this buffer. It allocates the
+    /// result, and a scratch buffer when a call is longer than all before.
     std::optional<std::vector<float>> convert(std::span<const float> samples);
 
  private:
