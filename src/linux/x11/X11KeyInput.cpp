@@ -6,6 +6,8 @@
 #include <xcb/xinput.h>
 #include <xcb/xtest.h>
 
+#include "linux/x11/XcbXkb.h"
+
 namespace dorix {
 
 namespace {
@@ -34,7 +36,11 @@ void X11KeyInput::selectEvents() {
         std::uint32_t mask;
     } all{{XCB_INPUT_DEVICE_ALL, 1}, XCB_INPUT_XI_EVENT_MASK_HIERARCHY};
     xcb_input_xi_select_events(connection_.get(), connection_.root(), 1, &all.head);
-    connection_.flush();
+    // Without it an auto-repeat would look like the key going up and down.
+    constexpr std::uint32_t detectable = XCB_XKB_PER_CLIENT_FLAG_DETECTABLE_AUTO_REPEAT;
+    connection_.reply(xcb_xkb_per_client_flags_reply,
+                      xcb_xkb_per_client_flags(connection_.get(), XCB_XKB_ID_USE_CORE_KBD, detectable,
+                                               detectable, 0, 0, 0));
 
     const auto opcode = xcb_get_extension_data(connection_.get(), &xcb_input_id)->major_opcode;
     tokens_.push_back(connection_.listenGeneric(opcode, XCB_INPUT_RAW_KEY_PRESS, [this](const auto& event) {
@@ -43,6 +49,9 @@ void X11KeyInput::selectEvents() {
     tokens_.push_back(connection_.listenGeneric(opcode, XCB_INPUT_RAW_KEY_RELEASE, [this](const auto& event) {
         handleRaw(event, KeyStroke::Direction::up);
     }));
+    tokens_.push_back(connection_.listen(XCB_KEY_PRESS, [this](const auto& event) { handleGrabbed(event); }));
+    tokens_.push_back(
+        connection_.listen(XCB_KEY_RELEASE, [this](const auto& event) { handleGrabbed(event); }));
     tokens_.push_back(connection_.listenGeneric(opcode, XCB_INPUT_HIERARCHY,
                                                 [this](const auto&) { repair(Adopt::nothing); }));
     tokens_.push_back(keyboard_.onChange([this] { repair(Adopt::nothing); }));
@@ -73,9 +82,19 @@ void X11KeyInput::fake(KeyStroke stroke) {
 
 void X11KeyInput::handleRaw(const xcb_generic_event_t& event, KeyStroke::Direction direction) {
     const auto& raw = reinterpret_cast<const xcb_input_raw_key_press_event_t&>(event);
-    const KeyStroke stroke{static_cast<xcb_keycode_t>(raw.detail), direction};
-    if (wasFaked(stroke) || isRepeat(stroke, raw.time)) return;
-    take(stroke);
+    handle({static_cast<xcb_keycode_t>(raw.detail), direction}, raw.time);
+}
+
+// While a grab of this connection holds the keyboard the server sends it no raw events, but those of the
+// grab.
+void X11KeyInput::handleGrabbed(const xcb_generic_event_t& event) {
+    const auto& key = reinterpret_cast<const xcb_key_press_event_t&>(event);
+    const bool down = (event.response_type & 0x7FU) == XCB_KEY_PRESS;
+    handle({key.detail, down ? KeyStroke::Direction::down : KeyStroke::Direction::up}, key.time);
+}
+
+void X11KeyInput::handle(const KeyStroke& stroke, std::uint32_t time) {
+    if (!wasFaked(stroke) && !isRepeat(stroke, time)) take(stroke);
 }
 
 bool X11KeyInput::wasFaked(const KeyStroke& stroke) {

@@ -58,6 +58,8 @@ class X11KeyInput {
 
     void selectEvents();
     void handleRaw(const xcb_generic_event_t& event, KeyStroke::Direction direction);
+    void handleGrabbed(const xcb_generic_event_t& event);
+    void handle(const KeyStroke& stroke, std::uint32_t time);
     bool wasFaked(const KeyStroke& stroke);
     bool isRepeat(const KeyStroke& stroke, std::uint32_t time);
     void take(const KeyStroke& stroke);
