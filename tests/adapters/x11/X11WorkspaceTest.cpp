@@ -40,13 +40,14 @@ TEST_F(X11WorkspaceTest, KnowsTheApplicationInFrontByItsClass) {
 
 TEST_F(X11WorkspaceTest, ARealApplicationHasANameAndAProcess) {
     Process editor("mousepad --disable-server");
+    std::optional<RunningApplication> app;
     ASSERT_TRUE(waitFor(
         [&] {
-            const auto app = workspace_->frontmostApplication();
-            return app && app->bundleIdentifier == "com.apple.TextEdit";
+            app = workspace_->frontmostApplication();
+            return app && app->processIdentifier == editor.pid();
         },
         15));
-    EXPECT_EQ(workspace_->frontmostApplication()->processIdentifier, editor.pid());
+    EXPECT_EQ(app->bundleIdentifier, "com.apple.TextEdit");
 }
 
 TEST_F(X11WorkspaceTest, BringsAWindowBackAndIgnoresOneThatIsGone) {
@@ -68,10 +69,10 @@ TEST_F(X11WorkspaceTest, BringsAWindowBackAndIgnoresOneThatIsGone) {
 TEST_F(X11WorkspaceTest, TellsThatTheServerWentAwayAndGoesOn) {
     bool lost = false;
     connection_->onLost([&] { lost = true; });
-    // The server cuts the connection of a client whose resource it is told to kill.
-    xcb_kill_client(user_->get(), connection_->createHiddenWindow(XCB_EVENT_MASK_NO_EVENT));
-    connection_->flush();
-    settle();
+    const auto window = connection_->createHiddenWindow(XCB_EVENT_MASK_NO_EVENT);
+    connection_->reply(xcb_get_input_focus_reply, xcb_get_input_focus(connection_->get()));
+    // The server cuts the connection of a client that it is told to kill.
+    xcb_kill_client(user_->get(), window);
     user_->flush();
     ASSERT_TRUE(waitFor([&] { return lost; }));
     EXPECT_TRUE(connection_->isLost());
