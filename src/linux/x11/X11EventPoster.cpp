@@ -58,24 +58,37 @@ X11EventPoster::Chord X11EventPoster::chordFor(std::uint16_t keyCode, std::uint6
     return chord;
 }
 
-X11EventPoster::Chord X11EventPoster::commandChord(std::uint16_t keyCode) {
+CommandChord X11EventPoster::commandChordInFront() {
     const auto front = windows_.windowClass(windows_.frontWindow());
-    const auto kind = commandChordFor(front.instance, front.className);
+    const auto chord = commandChordFor(front.instance, front.className);
+    if (keyboard_.keyForSymbol(XKB_KEY_v) && keyboard_.keyForSymbol(XKB_KEY_c)) return chord;
+    // Without Latin letters anywhere on the keyboard few applications know their own chords; the older ones
+    // with Insert work in all of them.
+    if (chord == CommandChord::control) return CommandChord::insert;
+    return chord == CommandChord::controlShift ? CommandChord::insertPrimary : chord;
+}
+
+X11EventPoster::Chord X11EventPoster::commandChord(std::uint16_t keyCode) {
     const auto letter = keyboard_.keyFor(keyCode);
     const auto control = keyboard_.keyFor(keycode::leftControl);
     const auto shift = keyboard_.keyFor(keycode::leftShift);
-    if (!letter || !control || !shift) return {};
     const auto insert = keyboard_.keyForSymbol(XKB_KEY_Insert);
-    const bool byInsert = kind == CommandChord::insert || kind == CommandChord::insertPrimary;
-    if (byInsert && insert && keyCode == keycode::v) {
-        if (kind == CommandChord::insertPrimary) pasteboard_.servePrimaryForPaste();
-        return {*shift, *insert};
+    if (!letter || !control || !shift || !insert) return {};
+    const bool paste = keyCode == keycode::v;
+    switch (commandChordInFront()) {
+        case CommandChord::control:
+            return {*control, *letter};
+        case CommandChord::controlShift:
+            return {*control, *shift, *letter};
+        case CommandChord::insert:
+            return paste ? Chord{*shift, *insert} : Chord{*control, *insert};
+        case CommandChord::insertPrimary:
+            break;
     }
     // Control and C would interrupt the program in the terminal.
-    if (kind == CommandChord::insertPrimary) return {};
-    if (kind == CommandChord::insert && insert && keyCode == keycode::c) return {*control, *insert};
-    if (kind == CommandChord::controlShift) return {*control, *shift, *letter};
-    return {*control, *letter};
+    if (!paste) return {};
+    pasteboard_.servePrimaryForPaste();
+    return {*shift, *insert};
 }
 
 void X11EventPoster::press(const Chord& chord) {

@@ -26,6 +26,7 @@ class X11EventPoster final : public EventPoster {
     using Chord = std::vector<xcb_keycode_t>;
 
     Chord chordFor(std::uint16_t keyCode, std::uint64_t flags);
+    CommandChord commandChordInFront();
     Chord commandChord(std::uint16_t keyCode);
     void press(const Chord& chord);
     void release();

@@ -142,6 +142,17 @@ TEST_F(X11KeyMonitorTest, OwnFakedKeysAreNotTheUsers) {
     EXPECT_THAT(flags_, ElementsAre(rightOptionDown, rightOptionUp));
 }
 
+TEST_F(X11KeyMonitorTest, AKeyThatWentUpUnseenIsToldWhenItIsFoundOut) {
+    userDown(keycode::rightOption);
+    // Hidden from the monitors like everything of our own: the server knows the key up, and they do not.
+    input_->fake({keyboard_->keyFor(keycode::rightOption).value(), KeyStroke::Direction::up});
+    connection_->flush();
+    settle();
+    ASSERT_THAT(flags_, ElementsAre(rightOptionDown));
+    setLayout("es");
+    EXPECT_THAT(flags_, ElementsAre(rightOptionDown, rightOptionUp));
+}
+
 TEST_F(X11KeyMonitorTest, StartingTakesInWhatIsHeldAndTokensEndTheirMonitor) {
     tokens_.clear();
     tap(keycode::escape);

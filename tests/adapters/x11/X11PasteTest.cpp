@@ -3,11 +3,14 @@
 #include <iterator>
 
 #include <gmock/gmock.h>
+#include <unistd.h>
+#include <xkbcommon/xkbcommon-keysyms.h>
 
 #include "adapters/x11/TestDesktop.h"
 #include "linux/x11/X11EventPoster.h"
 #include "linux/x11/X11HotKeyRegistrar.h"
 #include "linux/x11/X11Pasteboard.h"
+#include "linux/x11/XcbXkb.h"
 #include "platform/KeyCodes.h"
 
 namespace dorix::testing {
@@ -15,6 +18,11 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+
+std::string contentsOf(const std::filesystem::path& file) {
+    std::ifstream stream(file);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
 
 class X11PasteTest : public DesktopTest {
   protected:
@@ -115,6 +123,54 @@ TEST_F(X11PasteTest, ReachesTheApplicationWhileAHotKeyIsHeld) {
     EXPECT_FALSE(isDownOnServer(keycode::leftOption));
 }
 
+TEST_F(X11PasteTest, GoesThroughARealEditorInEveryLayout) {
+    for (const char* layout : {"us", "es", "us -variant dvorak", "ru", "ru,us", "us,gr"}) {
+        setLayout(layout);
+        if (std::string_view(layout) == "us,gr") {
+            xcb_xkb_latch_lock_state(connection_->get(), XCB_XKB_ID_USE_CORE_KBD, 0, 0, 1, 1, 0, 0, 0);
+            settle();
+        }
+        Process editor("mousepad --disable-server 2>/dev/null");
+        ASSERT_TRUE(waitFor(
+            [&] { return windows_->processIdentifier(windows_->frontWindow()) == editor.pid(); }, 15));
+        const std::string text = "En un lugar de la Mancha";
+        // An editor that has just come to the front may not listen yet; more than one paste is no harm here.
+        const bool copied = waitFor(
+            [&] {
+                offer(text);
+                post(keycode::v);
+                const auto count = pasteboard_->changeCount();
+                waitFor([&] { return false; }, 0.2);
+                userDown(keycode::leftShift);
+                userKey(keyboard_->keyForSymbol(XKB_KEY_Home).value(), KeyStroke::Direction::down);
+                userKey(keyboard_->keyForSymbol(XKB_KEY_Home).value(), KeyStroke::Direction::up);
+                userUp(keycode::leftShift);
+                post(keycode::c);
+                return waitFor([&] { return pasteboard_->changeCount() > count; }, 0.3);
+            },
+            10);
+        ASSERT_TRUE(copied) << layout;
+        EXPECT_THAT(result(pasteboard_->string()).value_or(""), ::testing::StartsWith(text)) << layout;
+    }
+}
+
+TEST_F(X11PasteTest, PastesIntoATerminalThatKnowsTheClipboard) {
+    const auto file = std::filesystem::temp_directory_path() / ("dorix-term-" + std::to_string(::getpid()));
+    Process terminal("xfce4-terminal --disable-server -x sh -c 'cat > " + file.string() + "' 2>/dev/null");
+    ASSERT_TRUE(waitFor(
+        [&] { return windows_->windowClass(windows_->frontWindow()).className == "Xfce4-terminal"; }, 15));
+    ASSERT_TRUE(waitFor([&] { return std::filesystem::exists(file); }));
+    offer("a las tres");
+    EXPECT_TRUE(waitFor([&] {
+        post(keycode::v);
+        userKey(keyboard_->keyForSymbol(XKB_KEY_Return).value(), KeyStroke::Direction::down);
+        userKey(keyboard_->keyForSymbol(XKB_KEY_Return).value(), KeyStroke::Direction::up);
+        return waitFor([&] { return contentsOf(file).find("a las tres") != std::string::npos; }, 0.5);
+    }));
+    EXPECT_TRUE(waitFor([&] { return contentsOf(file).find("a las tres") != std::string::npos; }));
+    std::filesystem::remove(file);
+}
+
 TEST_F(X11PasteTest, PastesIntoATerminalEmulatorAndGivesPrimaryUp) {
     const auto file = std::filesystem::temp_directory_path() / ("dorix-paste-" + std::to_string(::getpid()));
     Process terminal("xterm -e sh -c 'cat > " + file.string() + "'");
@@ -123,11 +179,7 @@ TEST_F(X11PasteTest, PastesIntoATerminalEmulatorAndGivesPrimaryUp) {
     ASSERT_TRUE(waitFor([&] { return std::filesystem::exists(file); }));
     offer("mañana a las tres\n");
     post(keycode::v);
-    const auto contents = [&] {
-        std::ifstream stream(file);
-        return std::string(std::istreambuf_iterator<char>(stream), {});
-    };
-    EXPECT_TRUE(waitFor([&] { return contents().find("a las tres") != std::string::npos; })) << contents();
+    EXPECT_TRUE(waitFor([&] { return contentsOf(file).find("a las tres") != std::string::npos; }));
     const auto owner = [&] {
         return connection_
             ->reply(xcb_get_selection_owner_reply,
