@@ -85,7 +85,9 @@ void AppController::installObservers() {
         ptt_.start();
     }));
     bag_.push_back(permissions_.accessibility.subscribe([this](bool trusted) {
-        if (trusted) ptt_.start();  // monitors from before the grant receive nothing
+        // Monitors from before the grant receive nothing. One that has just reported a press is no such
+        // monitor, and starting anew would lose the press.
+        if (trusted && ptt_.phase() == PushToTalkMonitor::Phase::idle) ptt_.start();
     }));
     bag_.push_back(settings_.paused.subscribe([this](bool paused) { applyPause(paused); }));
     bag_.push_back(state_.hud.subscribe([this](const HUDPhase& phase) { logHUD(phase); }));

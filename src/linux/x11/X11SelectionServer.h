@@ -1,12 +1,12 @@
 #pragma once
 
-#include <map>
-#include <memory>
-#include <vector>
-
 #include "base/async/Timer.h"
 #include "linux/x11/SelectionContents.h"
 #include "linux/x11/X11Connection.h"
+
+#include <map>
+#include <memory>
+#include <vector>
 
 namespace dorix {
 
@@ -14,7 +14,7 @@ namespace dorix {
 /// goes out in pieces (INCR), to any number of requestors at once, each at its own pace; one that stops
 /// asking or whose window goes is forgotten.
 class X11SelectionServer {
-  public:
+ public:
     /// `owner` must outlive this.
     X11SelectionServer(X11Connection& connection, xcb_window_t owner);
     ~X11SelectionServer();
@@ -31,7 +31,7 @@ class X11SelectionServer {
 
     std::size_t transfersUnderWay() const { return transfers_.size(); }
 
-  private:
+ private:
     struct Offer {
         std::shared_ptr<const SelectionContents> contents;
         xcb_timestamp_t time = XCB_CURRENT_TIME;

@@ -1,16 +1,16 @@
-#include <filesystem>
-#include <fstream>
+#include "adapters/x11/TestDesktop.h"
+#include "linux/x11/X11Workspace.h"
 
 #include <unistd.h>
 
-#include "adapters/x11/TestDesktop.h"
-#include "linux/x11/X11Workspace.h"
+#include <filesystem>
+#include <fstream>
 
 namespace dorix::testing {
 namespace {
 
 class X11WorkspaceTest : public DesktopTest {
-  protected:
+ protected:
     void SetUp() override {
         DesktopTest::SetUp();
         if (connection_) workspace_ = std::make_unique<X11Workspace>(*windows_, entries_);
