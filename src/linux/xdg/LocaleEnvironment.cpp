@@ -11,18 +11,21 @@ namespace {
 
 using Variable = std::function<std::optional<std::string>(const char*)>;
 
-/// "es_ES.UTF-8@euro" as "es-ES"; nothing for the C locale.
-std::optional<std::string> identifier(std::string_view locale) {
+/// What a session without a locale speaks: programs show their untranslated, English texts.
+constexpr std::string_view posixLocale = "en-US-POSIX";
+
+/// "es_ES.UTF-8@euro" as "es-ES".
+std::string identifier(std::string_view locale) {
     locale = locale.substr(0, locale.find_first_of(".@"));
-    if (locale.empty() || locale == "C" || locale == "POSIX") return std::nullopt;
+    if (locale.empty() || locale == "C" || locale == "POSIX") return std::string(posixLocale);
     return text::replaceAll(locale, "_", "-");
 }
 
-std::optional<std::string> firstSet(const Variable& variable, std::initializer_list<const char*> names) {
+std::string firstSet(const Variable& variable, std::initializer_list<const char*> names) {
     for (const char* name : names) {
         if (auto value = variable(name)) return identifier(*value);
     }
-    return std::nullopt;
+    return std::string(posixLocale);
 }
 
 }  // namespace
@@ -30,16 +33,15 @@ std::optional<std::string> firstSet(const Variable& variable, std::initializer_l
 SystemLanguages systemLanguages(const Variable& variable) {
     SystemLanguages languages;
     const auto messages = firstSet(variable, {"LC_ALL", "LC_MESSAGES", "LANG"});
-    // LANGUAGE counts only where the locale is a real one.
-    if (const auto list = variable("LANGUAGE"); list && messages) {
+    // LANGUAGE counts only where there is a locale.
+    if (const auto list = variable("LANGUAGE"); list && messages != posixLocale) {
         for (const auto entry : text::split(*list, ':')) {
-            if (auto id = identifier(entry)) languages.preferred.push_back(*std::move(id));
+            if (!entry.empty()) languages.preferred.push_back(identifier(entry));
         }
     }
-    if (messages) languages.preferred.push_back(*messages);
-    if (const auto formats = firstSet(variable, {"LC_ALL", "LC_TIME", "LANG"})) {
-        languages.currentLanguageCode = formats->substr(0, formats->find('-'));
-    }
+    languages.preferred.push_back(messages);
+    const auto formats = firstSet(variable, {"LC_ALL", "LC_TIME", "LANG"});
+    languages.currentLanguageCode = formats.substr(0, formats.find('-'));
     return languages;
 }
 

@@ -180,9 +180,10 @@ TEST(LocaleEnvironmentTest, ReadsTheVariablesAsTheSystemDoes) {
     const auto list = languagesOf({{"LANGUAGE", "en_GB:ca@valencia::es"}, {"LANG", "it_IT@euro"}});
     EXPECT_THAT(list.preferred, ElementsAre("en-GB", "ca", "es", "it-IT"));
     EXPECT_EQ(list.currentLanguageCode, "it");
-    const auto none = languagesOf({{"LC_ALL", "C.UTF-8"}, {"LANGUAGE", "en"}, {"LANG", "fr_FR"}});
-    EXPECT_THAT(none.preferred, IsEmpty());
-    EXPECT_EQ(none.currentLanguageCode, std::nullopt);
+    const auto posix = languagesOf({{"LC_ALL", "C.UTF-8"}, {"LANGUAGE", "es"}, {"LANG", "fr_FR"}});
+    EXPECT_THAT(posix.preferred, ElementsAre("en-US-POSIX"));
+    EXPECT_EQ(posix.currentLanguageCode, "en");
+    EXPECT_EQ(languagesOf({}).preferred, posix.preferred);
 }
 
 }  // namespace
