@@ -110,7 +110,8 @@ Task<void> AppController::prepareSpeech() {
     try {
         co_await speech_.prepare(settings_.language.get());
     } catch (const Error& error) {
-        logLine("no se pudo preparar el dictado: " + error.localizedDescription());
+        logLine("no se pudo preparar el modelo de voz: " + error.localizedDescription());
+        dictation_.flash(HUDPhase::error(error.localizedDescription()), 4.0);
     }
     logLine("listo");
 }
