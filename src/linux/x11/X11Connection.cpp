@@ -46,6 +46,7 @@ std::unique_ptr<X11Connection> X11Connection::open(Executor& executor, FdWatcher
     }
     std::unique_ptr<X11Connection> opened(
         new X11Connection(std::move(connection), screen, executor, watcher));
+    opened->display_ = display;
     if (!opened->startExtensions()) {
         logLine("a la pantalla X11 le faltan extensiones");
         return nullptr;

@@ -40,6 +40,8 @@ class X11Connection {
 
     /// For requests; goes with this object. Whoever waits for a reply does it through reply().
     xcb_connection_t* get() const { return connection_.get(); }
+    /// The display's name, as it was given to open.
+    const std::string& display() const { return display_; }
     Executor& executor() const { return executor_; }
     xcb_window_t root() const { return root_; }
 
@@ -97,6 +99,7 @@ class X11Connection {
 
     Connection connection_;
     Executor& executor_;
+    std::string display_;
     X11Atoms atoms_;
     xcb_window_t root_ = XCB_WINDOW_NONE;
     std::uint32_t rootEventMask_ = 0;
