@@ -17,8 +17,8 @@
 
 namespace dorix {
 
-/// A connection to one X display, and the events that come over it. Main executor only; nothing here waits
-/// for another application, but what needs an answer waits for the X server.
+/// A connection to one X display, and the events that come over it. Its executor's thread only; nothing here
+/// waits for another application, but what needs an answer waits for the X server.
 ///
 /// When the server goes away, onLost is called once and from then on every request does nothing and every
 /// reply is null. Errors of requests that nobody waits for (a window that was destroyed meanwhile) are
