@@ -1,12 +1,12 @@
 #include "linux/DesktopEntries.h"
 
+#include "base/text/Text.h"
+
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <system_error>
 #include <utility>
-
-#include "base/text/Text.h"
 
 namespace dorix {
 

@@ -1,18 +1,18 @@
 #pragma once
 
+#include "linux/DesktopEntry.h"
+
 #include <filesystem>
 #include <map>
 #include <string>
 #include <vector>
-
-#include "linux/DesktopEntry.h"
 
 namespace dorix {
 
 /// The desktop entries of the installed applications, by the WM_CLASS of their windows. Main executor. Read
 /// when first asked for, and again only when a window is unknown and a folder of entries has changed since.
 class DesktopEntries {
-  public:
+ public:
     /// The folders of $XDG_DATA_HOME and $XDG_DATA_DIRS and the language of the environment.
     DesktopEntries();
 
@@ -24,7 +24,7 @@ class DesktopEntries {
     /// good until the next call.
     const DesktopEntry* find(const std::vector<std::string>& names);
 
-  private:
+ private:
     const DesktopEntry* lookUp(const std::vector<std::string>& names) const;
     bool foldersChanged();
     void readAll();

@@ -8,7 +8,7 @@ namespace dorix {
 /// Tells on its executor's thread when a file descriptor can be read; adapters hang their connections on it.
 /// That thread only.
 class FdWatcher {
-  public:
+ public:
     /// Ends the watch when destroyed; do so before closing the descriptor.
     using Token = std::shared_ptr<void>;
 

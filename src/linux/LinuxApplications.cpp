@@ -1,8 +1,8 @@
 #include "linux/LinuxApplications.h"
 
-#include <unordered_map>
-
 #include "base/text/Text.h"
+
+#include <unordered_map>
 
 namespace dorix::linuxapps {
 

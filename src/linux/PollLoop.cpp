@@ -1,13 +1,13 @@
 #include "linux/PollLoop.h"
 
-#include <algorithm>
-#include <cmath>
+#include "base/async/SystemClock.h"
 
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
-#include "base/async/SystemClock.h"
+#include <algorithm>
+#include <cmath>
 
 namespace dorix {
 

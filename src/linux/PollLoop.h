@@ -1,5 +1,8 @@
 #pragma once
 
+#include "base/async/Executor.h"
+#include "linux/FdWatcher.h"
+
 #include <deque>
 #include <map>
 #include <mutex>
@@ -7,15 +10,12 @@
 #include <utility>
 #include <vector>
 
-#include "base/async/Executor.h"
-#include "linux/FdWatcher.h"
-
 namespace dorix {
 
 /// An event loop on a thread of its own, for a connection that must be served also while the main executor is
 /// busy. Timers and watches are the thread's own; anyone may post.
 class PollLoop final : public Executor, public FdWatcher {
-  public:
+ public:
     PollLoop();
     ~PollLoop() override;
 
@@ -32,7 +32,7 @@ class PollLoop final : public Executor, public FdWatcher {
 
     Token watchReadable(int fd, std::function<void()> ready) override;
 
-  private:
+ private:
     struct Watch {
         int fd;
         std::function<void()> ready;

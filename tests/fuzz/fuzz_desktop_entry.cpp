@@ -1,10 +1,10 @@
+#include "linux/DesktopEntry.h"
+#include "linux/x11/SelectionContents.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <string_view>
-
-#include "linux/DesktopEntry.h"
-#include "linux/x11/SelectionContents.h"
 
 // What files of other programs and the clipboards of other applications bring: desktop entries, target names,
 // texts in either encoding.

@@ -26,7 +26,9 @@ class Completion {
     }
 
     /// Any thread. Every wait throws `error`.
-    bool fail(std::exception_ptr error) const { return settle(Result(std::in_place_index<2>, std::move(error))); }
+    bool fail(std::exception_ptr error) const {
+        return settle(Result(std::in_place_index<2>, std::move(error)));
+    }
 
     /// Any thread.
     bool isDone() const {
@@ -38,7 +40,10 @@ class Completion {
 
     /// Throws Cancelled when the waiting task is stopped first; a result that is there already is given
     /// even to a stopped task. The value is copied to each waiter.
-    Awaiter operator co_await() const { return Awaiter(state_); }
+    Awaiter operator co_await() const { return Awaiter(state_, Wait::Stoppable::yes); }
+
+    /// The same wait, but a stop request does not cut it short: co_await result.throughStop().
+    Awaiter throughStop() const { return Awaiter(state_, Wait::Stoppable::no); }
 
  private:
     using Result = std::variant<std::monostate, Value, std::exception_ptr>;
@@ -71,7 +76,8 @@ class Completion {
 template <typename T>
 class Completion<T>::Awaiter : Wait {
  public:
-    explicit Awaiter(std::shared_ptr<State> state) : state_(std::move(state)) {}
+    Awaiter(std::shared_ptr<State> state, Wait::Stoppable stoppable)
+        : Wait(stoppable), state_(std::move(state)) {}
 
     bool await_ready() const {
         std::scoped_lock lock(state_->mutex);

@@ -24,6 +24,9 @@ class TaskHandle {
     /// cancel the task.
     auto operator co_await() const { return result_.operator co_await(); }
 
+    /// The same wait, but a stop request to the awaiter does not cut it short.
+    auto throughStop() const { return result_.throughStop(); }
+
  private:
     friend class TaskScope;
     TaskHandle(std::shared_ptr<TaskRoot> root, Completion<T> result)

@@ -1,11 +1,11 @@
 #include "linux/x11/CommandChords.h"
 
+#include "base/text/Text.h"
+
 #include <algorithm>
 #include <array>
 #include <optional>
 #include <string>
-
-#include "base/text/Text.h"
 
 namespace dorix {
 

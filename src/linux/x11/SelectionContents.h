@@ -1,5 +1,7 @@
 #pragma once
 
+#include <xcb/xcb.h>
+
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -7,8 +9,6 @@
 #include <string_view>
 #include <utility>
 #include <vector>
-
-#include <xcb/xcb.h>
 
 namespace dorix {
 
@@ -23,7 +23,7 @@ struct SelectionData {
 /// What a selection is offered as, by target, in order. The data is shared with transfers under way, which
 /// finish with what they began.
 class SelectionContents {
-  public:
+ public:
     using Entry = std::pair<xcb_atom_t, std::shared_ptr<const SelectionData>>;
 
     /// Replaces what the target had.
@@ -34,7 +34,7 @@ class SelectionContents {
     std::shared_ptr<const SelectionData> find(xcb_atom_t target) const;
     const std::vector<Entry>& entries() const { return entries_; }
 
-  private:
+ private:
     std::vector<Entry> entries_;
 };
 

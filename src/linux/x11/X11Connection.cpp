@@ -1,8 +1,7 @@
 #include "linux/x11/X11Connection.h"
 
-#include <algorithm>
-#include <array>
-#include <utility>
+#include "base/Log.h"
+#include "linux/x11/XcbXkb.h"
 
 #include <xcb/res.h>
 #include <xcb/xcbext.h>
@@ -10,8 +9,9 @@
 #include <xcb/xinput.h>
 #include <xcb/xtest.h>
 
-#include "base/Log.h"
-#include "linux/x11/XcbXkb.h"
+#include <algorithm>
+#include <array>
+#include <utility>
 
 namespace dorix {
 

@@ -1,5 +1,12 @@
 #pragma once
 
+#include "base/async/Executor.h"
+#include "linux/FdWatcher.h"
+#include "linux/x11/X11Atoms.h"
+#include "linux/x11/XcbPtr.h"
+
+#include <xcb/xcb.h>
+
 #include <cstdint>
 #include <deque>
 #include <functional>
@@ -7,13 +14,6 @@
 #include <string>
 #include <unordered_map>
 #include <vector>
-
-#include <xcb/xcb.h>
-
-#include "base/async/Executor.h"
-#include "linux/FdWatcher.h"
-#include "linux/x11/X11Atoms.h"
-#include "linux/x11/XcbPtr.h"
 
 namespace dorix {
 
@@ -24,7 +24,7 @@ namespace dorix {
 /// reply is null. Errors of requests that nobody waits for (a window that was destroyed meanwhile) are
 /// dropped.
 class X11Connection {
-  public:
+ public:
     /// Ends what it stands for when destroyed. May outlive the connection.
     using Token = std::shared_ptr<void>;
     using EventHandler = std::function<void(const xcb_generic_event_t&)>;
@@ -81,7 +81,7 @@ class X11Connection {
     /// event handlers need not.
     void flush();
 
-  private:
+ private:
     struct Disconnect {
         void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
     };

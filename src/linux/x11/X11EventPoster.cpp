@@ -1,12 +1,12 @@
 #include "linux/x11/X11EventPoster.h"
 
-#include <algorithm>
-#include <array>
-#include <ranges>
+#include "platform/KeyCodes.h"
 
 #include <xkbcommon/xkbcommon-keysyms.h>
 
-#include "platform/KeyCodes.h"
+#include <algorithm>
+#include <array>
+#include <ranges>
 
 namespace dorix {
 

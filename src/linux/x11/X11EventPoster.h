@@ -1,13 +1,13 @@
 #pragma once
 
-#include <optional>
-#include <vector>
-
 #include "linux/x11/CommandChords.h"
 #include "linux/x11/X11KeyInput.h"
 #include "linux/x11/X11Pasteboard.h"
 #include "linux/x11/X11Windows.h"
 #include "platform/EventPoster.h"
+
+#include <optional>
+#include <vector>
 
 namespace dorix {
 
@@ -15,13 +15,13 @@ namespace dorix {
 /// chord, from its key-down to its key-up; modifiers are pressed again after it. Locks are left as they are:
 /// no application's copy and paste chords mind them.
 class X11EventPoster final : public EventPoster {
-  public:
+ public:
     X11EventPoster(X11Connection& connection, X11Keyboard& keyboard, X11KeyInput& input, X11Windows& windows,
                    X11Pasteboard& pasteboard);
 
     void postKeyboardEvent(std::uint16_t keyCode, Direction direction, std::uint64_t flags) override;
 
-  private:
+ private:
     /// Keys in the order they are pressed.
     using Chord = std::vector<xcb_keycode_t>;
 

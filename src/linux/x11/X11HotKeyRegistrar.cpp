@@ -1,10 +1,10 @@
 #include "linux/x11/X11HotKeyRegistrar.h"
 
-#include <algorithm>
-#include <string>
-
 #include "base/Log.h"
 #include "platform/KeyCodes.h"
+
+#include <algorithm>
+#include <string>
 
 namespace dorix {
 

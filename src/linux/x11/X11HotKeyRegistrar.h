@@ -1,18 +1,18 @@
 #pragma once
 
+#include "linux/x11/X11KeyInput.h"
+#include "platform/HotKeyRegistrar.h"
+
 #include <map>
 #include <optional>
 #include <vector>
-
-#include "linux/x11/X11KeyInput.h"
-#include "platform/HotKeyRegistrar.h"
 
 namespace dorix {
 
 /// Hot keys as passive grabs on the root window. A registration waits for the X server's answer; its status
 /// is the X error code (10, BadAccess, when another program has the chord). Follows changes of layout.
 class X11HotKeyRegistrar final : public HotKeyRegistrar {
-  public:
+ public:
     static constexpr Status badAccess = 10;
     /// The keyboard has no such key.
     static constexpr Status noSuchKey = 2;
@@ -25,7 +25,7 @@ class X11HotKeyRegistrar final : public HotKeyRegistrar {
                                               HotKeyID id) override;
     void unregisterHotKey(Ref ref) override;
 
-  private:
+ private:
     struct Chord {
         xcb_keycode_t key = 0;
         std::uint16_t modifiers = 0;

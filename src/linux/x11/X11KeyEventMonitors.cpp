@@ -1,8 +1,8 @@
 #include "linux/x11/X11KeyEventMonitors.h"
 
-#include <unistd.h>
-
 #include "platform/KeyCodes.h"
+
+#include <unistd.h>
 
 namespace dorix {
 

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <memory>
-#include <vector>
-
 #include "linux/x11/X11KeyInput.h"
 #include "linux/x11/X11Windows.h"
 #include "platform/KeyEventMonitors.h"
+
+#include <memory>
+#include <vector>
 
 namespace dorix {
 
@@ -13,7 +13,7 @@ namespace dorix {
 /// global otherwise. Keys can only be observed here: a local handler's true does not keep the key from the
 /// window, which therefore must not act on what the handler has used.
 class X11KeyEventMonitors final : public KeyEventMonitors {
-  public:
+ public:
     X11KeyEventMonitors(X11Connection& connection, X11Keyboard& keyboard, X11KeyInput& input,
                         X11Windows& windows);
 
@@ -21,7 +21,7 @@ class X11KeyEventMonitors final : public KeyEventMonitors {
     Token addLocalMonitor(KeyEventMask mask, LocalHandler handler) override;
     bool reportsKey(std::uint16_t keyCode) const override;
 
-  private:
+ private:
     enum class Scope { global, local };
 
     struct Monitor {

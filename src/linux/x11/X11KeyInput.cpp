@@ -1,12 +1,12 @@
 #include "linux/x11/X11KeyInput.h"
 
-#include <algorithm>
-#include <utility>
+#include "linux/x11/XcbXkb.h"
 
 #include <xcb/xinput.h>
 #include <xcb/xtest.h>
 
-#include "linux/x11/XcbXkb.h"
+#include <algorithm>
+#include <utility>
 
 namespace dorix {
 

@@ -1,14 +1,14 @@
 #pragma once
 
+#include "linux/x11/X11Connection.h"
+#include "linux/x11/X11Keyboard.h"
+
 #include <array>
 #include <cstdint>
 #include <deque>
 #include <functional>
 #include <memory>
 #include <vector>
-
-#include "linux/x11/X11Connection.h"
-#include "linux/x11/X11Keyboard.h"
 
 namespace dorix {
 
@@ -28,7 +28,7 @@ struct KeyStroke {
 /// Keys faked here are hidden from the listeners and do not count as held; those that other programs fake
 /// (an on-screen keyboard, a remote desktop) are the user's.
 class X11KeyInput {
-  public:
+ public:
     using Listener = std::function<void(const KeyStroke&)>;
 
     X11KeyInput(X11Connection& connection, X11Keyboard& keyboard);
@@ -50,7 +50,7 @@ class X11KeyInput {
     enum class Adopt { nothing, heldKeys };
     void repair(Adopt adopt);
 
-  private:
+ private:
     struct Faked {
         KeyStroke stroke;
         double expires = 0;

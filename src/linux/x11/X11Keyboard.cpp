@@ -1,13 +1,13 @@
 #include "linux/x11/X11Keyboard.h"
 
-#include <algorithm>
+#include "base/Log.h"
+#include "linux/x11/XcbXkb.h"
+#include "platform/KeyCodes.h"
 
 #include <xkbcommon/xkbcommon-keysyms.h>
 #include <xkbcommon/xkbcommon-x11.h>
 
-#include "base/Log.h"
-#include "linux/x11/XcbXkb.h"
-#include "platform/KeyCodes.h"
+#include <algorithm>
 
 namespace dorix {
 

@@ -1,16 +1,16 @@
 #pragma once
 
+#include "linux/x11/X11Connection.h"
+
+#include <xcb/xcb.h>
+#include <xkbcommon/xkbcommon.h>
+
 #include <array>
 #include <bitset>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
-
-#include <xcb/xcb.h>
-#include <xkbcommon/xkbcommon.h>
-
-#include "linux/x11/X11Connection.h"
 
 namespace dorix {
 
@@ -21,7 +21,7 @@ namespace dorix {
 /// Letters go by what the key types; in a layout without Latin letters by what it types in the user's Latin
 /// layout, or else by position.
 class X11Keyboard {
-  public:
+ public:
     using KeySet = std::bitset<256>;
 
     explicit X11Keyboard(X11Connection& connection);
@@ -59,7 +59,7 @@ class X11Keyboard {
     /// Called after every change of layout.
     X11Connection::Token onChange(std::function<void()> callback);
 
-  private:
+ private:
     struct Key {
         std::uint16_t code = 0;
         std::uint64_t flags = 0;

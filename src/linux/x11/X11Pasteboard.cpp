@@ -1,11 +1,11 @@
 #include "linux/x11/X11Pasteboard.h"
 
+#include <xcb/xfixes.h>
+
 #include <algorithm>
 #include <array>
 #include <cstring>
 #include <utility>
-
-#include <xcb/xfixes.h>
 
 namespace dorix {
 

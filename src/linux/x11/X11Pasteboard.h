@@ -1,8 +1,5 @@
 #pragma once
 
-#include <memory>
-#include <set>
-
 #include "base/async/Timer.h"
 #include "linux/x11/SelectionContents.h"
 #include "linux/x11/X11Connection.h"
@@ -10,13 +7,16 @@
 #include "linux/x11/X11SelectionRead.h"
 #include "platform/Pasteboard.h"
 
+#include <memory>
+#include <set>
+
 namespace dorix {
 
 /// The CLIPBOARD selection. It holds at most one item, whose types are the targets that its owner offers,
 /// with the property's type and format where they matter. Reading a whole clipboard takes at most a second
 /// and leaves out what has not come by then. Its tasks must have ended before it is destroyed.
 class X11Pasteboard final : public Pasteboard {
-  public:
+ public:
     explicit X11Pasteboard(X11Connection& connection);
     ~X11Pasteboard() override;
 
@@ -41,7 +41,7 @@ class X11Pasteboard final : public Pasteboard {
     /// True when it did; at once, or after a second at most. Passing contents are not handed over.
     Task<bool> handOver();
 
-  private:
+ private:
     void handleChange(const xcb_generic_event_t& event);
     void loseClipboard();
     void scheduleCommit();

@@ -1,13 +1,13 @@
 #pragma once
 
-#include <memory>
-#include <optional>
-#include <string>
-
 #include "linux/PollLoop.h"
 #include "linux/x11/SelectionContents.h"
 #include "linux/x11/X11Connection.h"
 #include "linux/x11/X11SelectionServer.h"
+
+#include <memory>
+#include <optional>
+#include <string>
 
 namespace dorix {
 
@@ -16,7 +16,7 @@ namespace dorix {
 /// of ours would stall for its whole time-out. Main executor; every call waits for the X server, and for
 /// nothing else.
 class X11SelectionOwner {
-  public:
+ public:
     explicit X11SelectionOwner(const std::string& display);
     ~X11SelectionOwner();
     X11SelectionOwner(const X11SelectionOwner&) = delete;
@@ -30,7 +30,7 @@ class X11SelectionOwner {
     void giveUp(xcb_atom_t selection);
     void giveUpIfOwned(xcb_atom_t selection);
 
-  private:
+ private:
     template <typename Function>
     void runOnThread(Function function);
 

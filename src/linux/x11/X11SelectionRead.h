@@ -1,12 +1,12 @@
 #pragma once
 
-#include <optional>
-#include <vector>
-
 #include "base/async/Completion.h"
 #include "base/async/Timer.h"
 #include "linux/x11/SelectionContents.h"
 #include "linux/x11/X11Connection.h"
+
+#include <optional>
+#include <vector>
 
 namespace dorix {
 
@@ -14,7 +14,7 @@ namespace dorix {
 /// falls silent or passes the deadline. Each has a window of its own, so that an answer that comes late finds
 /// nobody and is not taken for another's. Main executor; destroying it calls the conversion off.
 class X11SelectionRead {
-  public:
+ public:
     /// Of type XCB_ATOM_NONE when the owner agreed and gave nothing, as some targets that are commands do.
     using Result = std::optional<SelectionData>;
 
@@ -29,7 +29,7 @@ class X11SelectionRead {
     /// Ends it without data.
     void abandon() { finish(std::nullopt); }
 
-  private:
+ private:
     void handleNotify(const xcb_selection_notify_event_t& event);
     void handleProperty(const xcb_property_notify_event_t& event);
     Result takeProperty();

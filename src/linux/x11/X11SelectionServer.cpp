@@ -1,9 +1,9 @@
 #include "linux/x11/X11SelectionServer.h"
 
+#include <xcb/xfixes.h>
+
 #include <algorithm>
 #include <cstring>
-
-#include <xcb/xfixes.h>
 
 namespace dorix {
 

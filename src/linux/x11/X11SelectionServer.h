@@ -1,12 +1,12 @@
 #pragma once
 
-#include <map>
-#include <memory>
-#include <vector>
-
 #include "base/async/Timer.h"
 #include "linux/x11/SelectionContents.h"
 #include "linux/x11/X11Connection.h"
+
+#include <map>
+#include <memory>
+#include <vector>
 
 namespace dorix {
 
@@ -14,7 +14,7 @@ namespace dorix {
 /// goes out in pieces (INCR), to any number of requestors at once, each at its own pace; one that stops
 /// asking or whose window goes is forgotten.
 class X11SelectionServer {
-  public:
+ public:
     explicit X11SelectionServer(X11Connection& connection);
     ~X11SelectionServer();
     X11SelectionServer(const X11SelectionServer&) = delete;
@@ -33,7 +33,7 @@ class X11SelectionServer {
     /// The same, unless another application has taken it since.
     void giveUpIfOwned(xcb_atom_t selection);
 
-  private:
+ private:
     struct Offer {
         SelectionContents contents;
         xcb_timestamp_t time = XCB_CURRENT_TIME;

@@ -1,11 +1,11 @@
 #include "linux/x11/X11Windows.h"
 
-#include <cstring>
+#include "linux/x11/SelectionContents.h"
 
 #include <unistd.h>
 #include <xcb/res.h>
 
-#include "linux/x11/SelectionContents.h"
+#include <cstring>
 
 namespace dorix {
 

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "linux/x11/X11Connection.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
-
-#include "linux/x11/X11Connection.h"
 
 namespace dorix {
 
@@ -19,7 +19,7 @@ struct WindowClass {
 /// What windows tell of themselves. Main executor; each call is a round trip or a few to the X server. A
 /// window that has gone gives nothing.
 class X11Windows {
-  public:
+ public:
     explicit X11Windows(X11Connection& connection) : connection_(connection) {}
 
     /// The top-level window that gets the keyboard: the window manager's active window or, without one, the
@@ -35,7 +35,7 @@ class X11Windows {
     /// Asks for the window to come to the front with the focus.
     void activate(xcb_window_t window);
 
-  private:
+ private:
     XcbPtr<xcb_get_property_reply_t> property(xcb_window_t window, xcb_atom_t name, xcb_atom_t type);
     std::optional<std::uint32_t> number(xcb_window_t window, xcb_atom_t name, xcb_atom_t type);
     std::string string(xcb_window_t window, xcb_atom_t name, xcb_atom_t type);

@@ -1,11 +1,11 @@
 #include "linux/x11/X11Workspace.h"
 
-#include <filesystem>
-#include <system_error>
+#include "linux/LinuxApplications.h"
 
 #include <unistd.h>
 
-#include "linux/LinuxApplications.h"
+#include <filesystem>
+#include <system_error>
 
 namespace dorix {
 

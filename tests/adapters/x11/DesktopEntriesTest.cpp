@@ -1,11 +1,11 @@
-#include <chrono>
-#include <filesystem>
-#include <fstream>
+#include "linux/DesktopEntries.h"
+#include "linux/LinuxApplications.h"
 
 #include <gtest/gtest.h>
 
-#include "linux/DesktopEntries.h"
-#include "linux/LinuxApplications.h"
+#include <chrono>
+#include <filesystem>
+#include <fstream>
 
 namespace dorix {
 namespace {

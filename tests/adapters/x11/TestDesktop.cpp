@@ -1,17 +1,17 @@
 #include "adapters/x11/TestDesktop.h"
 
-#include <QCoreApplication>
-#include <QTimer>
-#include <algorithm>
-#include <cstdio>
-#include <cstdlib>
-
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <xcb/xtest.h>
 #include <xkbcommon/xkbcommon-x11.h>
+
+#include <QCoreApplication>
+#include <QTimer>
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 
 namespace dorix::testing {
 

@@ -1,14 +1,5 @@
 #pragma once
 
-#include <QCoreApplication>
-#include <functional>
-#include <memory>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-#include <sys/types.h>
-
 #include "base/async/TaskScope.h"
 #include "linux/qt/QtMainLoop.h"
 #include "linux/x11/X11Connection.h"
@@ -16,11 +7,20 @@
 #include "linux/x11/X11Keyboard.h"
 #include "linux/x11/X11Windows.h"
 
+#include <gtest/gtest.h>
+#include <sys/types.h>
+
+#include <QCoreApplication>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
 namespace dorix::testing {
 
 /// A process of the test, ended with it.
 class Process {
-  public:
+ public:
     /// Runs `command` in a shell with `input` on its standard input.
     explicit Process(const std::string& command, const std::string& input = {});
     ~Process();
@@ -31,7 +31,7 @@ class Process {
     int status() const { return status_; }
     pid_t pid() const { return pid_; }
 
-  private:
+ private:
     pid_t pid_ = 0;
     int status_ = -1;
     std::FILE* input_ = nullptr;
@@ -41,7 +41,7 @@ QCoreApplication& theApplication();
 
 /// A window of another application: its own connection, class and process.
 class OtherApplication {
-  public:
+ public:
     OtherApplication(QtMainLoop& loop, const std::string& instance, const std::string& className,
                      std::uint32_t pid);
     ~OtherApplication();
@@ -57,7 +57,7 @@ class OtherApplication {
 
     void setProperty(const char* name, const char* type, const std::string& value);
 
-  private:
+ private:
     void handleKey(const xcb_key_press_event_t& event, char sign);
 
     std::unique_ptr<X11Connection> connection_;
@@ -69,7 +69,7 @@ class OtherApplication {
 
 /// A test on the X display in $DISPLAY, with a window manager.
 class DesktopTest : public ::testing::Test {
-  protected:
+ protected:
     ~DesktopTest() override;
     void SetUp() override;
 
@@ -109,7 +109,7 @@ class DesktopTest : public ::testing::Test {
     std::unique_ptr<X11Windows> windows_;
     TaskScope tasks_{loop_};
 
-  private:
+ private:
     X11Keyboard::KeySet userHolds_;
     bool layoutChanged_ = false;
 };

@@ -1,9 +1,9 @@
-#include <gmock/gmock.h>
-#include <xkbcommon/xkbcommon-keysyms.h>
-
 #include "adapters/x11/TestDesktop.h"
 #include "linux/x11/X11HotKeyRegistrar.h"
 #include "platform/KeyCodes.h"
+
+#include <gmock/gmock.h>
+#include <xkbcommon/xkbcommon-keysyms.h>
 
 namespace dorix::testing {
 namespace {
@@ -18,7 +18,7 @@ constexpr auto pressed = HotKeyRegistrar::eventPressed;
 constexpr auto released = HotKeyRegistrar::eventReleased;
 
 class X11HotKeyTest : public DesktopTest {
-  protected:
+ protected:
     using Event = std::pair<std::uint32_t, std::uint32_t>;
 
     void SetUp() override {

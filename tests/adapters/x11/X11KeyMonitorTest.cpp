@@ -1,10 +1,10 @@
-#include <gmock/gmock.h>
-#include <unistd.h>
-#include <xkbcommon/xkbcommon-keysyms.h>
-
 #include "adapters/x11/TestDesktop.h"
 #include "linux/x11/X11KeyEventMonitors.h"
 #include "platform/KeyCodes.h"
+
+#include <gmock/gmock.h>
+#include <unistd.h>
+#include <xkbcommon/xkbcommon-keysyms.h>
 
 namespace dorix::testing {
 namespace {
@@ -16,7 +16,7 @@ constexpr KeyEvent rightOptionDown{keycode::rightOption, modifier::option | modi
 constexpr KeyEvent rightOptionUp{keycode::rightOption, 0};
 
 class X11KeyMonitorTest : public DesktopTest {
-  protected:
+ protected:
     void SetUp() override {
         DesktopTest::SetUp();
         if (!connection_) return;

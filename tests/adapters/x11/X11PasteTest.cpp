@@ -1,17 +1,17 @@
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-
-#include <gmock/gmock.h>
-#include <unistd.h>
-#include <xkbcommon/xkbcommon-keysyms.h>
-
 #include "adapters/x11/TestDesktop.h"
 #include "linux/x11/X11EventPoster.h"
 #include "linux/x11/X11HotKeyRegistrar.h"
 #include "linux/x11/X11Pasteboard.h"
 #include "linux/x11/XcbXkb.h"
 #include "platform/KeyCodes.h"
+
+#include <gmock/gmock.h>
+#include <unistd.h>
+#include <xkbcommon/xkbcommon-keysyms.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 
 namespace dorix::testing {
 namespace {
@@ -25,7 +25,7 @@ std::string contentsOf(const std::filesystem::path& file) {
 }
 
 class X11PasteTest : public DesktopTest {
-  protected:
+ protected:
     void SetUp() override {
         DesktopTest::SetUp();
         if (!connection_) return;

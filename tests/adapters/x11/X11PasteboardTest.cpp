@@ -1,15 +1,15 @@
+#include "adapters/x11/TestDesktop.h"
+#include "linux/x11/SelectionContents.h"
+#include "linux/x11/X11Pasteboard.h"
+
+#include <gmock/gmock.h>
+#include <xcb/xtest.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <iterator>
-
-#include <gmock/gmock.h>
-#include <xcb/xtest.h>
-
-#include "adapters/x11/TestDesktop.h"
-#include "linux/x11/SelectionContents.h"
-#include "linux/x11/X11Pasteboard.h"
 
 namespace dorix::testing {
 namespace {
@@ -31,7 +31,7 @@ std::string patternOf(std::size_t size) {
 }
 
 class X11PasteboardTest : public DesktopTest {
-  protected:
+ protected:
     void SetUp() override {
         DesktopTest::SetUp();
         if (!connection_) return;
@@ -88,7 +88,7 @@ class X11PasteboardTest : public DesktopTest {
 
 /// Owns the clipboard with answers of the test's own.
 class RawOwner {
-  public:
+ public:
     using Answer = std::function<void(const xcb_selection_request_event_t&)>;
 
     RawOwner(X11Connection& connection, Answer answer)
@@ -131,7 +131,7 @@ class RawOwner {
         reply(request, "ATOM", 32, bytes);
     }
 
-  private:
+ private:
     X11Connection& connection_;
     xcb_window_t window_;
     X11Connection::Token token_;

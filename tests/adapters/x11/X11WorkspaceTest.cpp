@@ -1,8 +1,3 @@
-#include <filesystem>
-#include <fstream>
-
-#include <unistd.h>
-
 #include "adapters/x11/TestDesktop.h"
 #include "linux/x11/X11EventPoster.h"
 #include "linux/x11/X11HotKeyRegistrar.h"
@@ -11,11 +6,16 @@
 #include "linux/x11/X11Workspace.h"
 #include "platform/KeyCodes.h"
 
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+
 namespace dorix::testing {
 namespace {
 
 class X11WorkspaceTest : public DesktopTest {
-  protected:
+ protected:
     void SetUp() override {
         DesktopTest::SetUp();
         if (connection_) workspace_ = std::make_unique<X11Workspace>(*windows_, entries_);
@@ -73,7 +73,7 @@ TEST_F(X11WorkspaceTest, BringsAWindowBackAndIgnoresOneThatIsGone) {
 
 /// A display of the test's own, without a window manager.
 class BareDisplayTest : public DesktopTest {
-  protected:
+ protected:
     void SetUp() override {
         DesktopTest::SetUp();
         if (!connection_) return;

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+namespace dorix {
+
+/// The tone that dictated text is written in. Stored by its case name.
+enum class Tone : std::uint8_t {
+    informal,
+    profesional,
+    cercano,
+    comunicativo,
+    estructurado,
+    tecnico,
+    neutral
+};
+
+/// The case name, as it is stored.
+std::string_view toneName(Tone tone);
+
+/// The tone of that case name; none for any other text.
+std::optional<Tone> toneNamed(std::string_view name);
+
+/// What the history calls it; saved with each dictation, never translated.
+std::string_view historyLabel(Tone tone);
+
+}  // namespace dorix

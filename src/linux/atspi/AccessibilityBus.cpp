@@ -1,0 +1,122 @@
+#include "linux/atspi/AccessibilityBus.h"
+
+#include <array>
+
+namespace dorix {
+
+namespace {
+
+constexpr const char* busName = "org.a11y.Bus";
+constexpr const char* busPath = "/org/a11y/bus";
+
+/// What applications are asked to tell: without a listener they keep it to themselves.
+constexpr std::array registeredEvents = {"object:state-changed:focused", "window:activate",
+                                         "window:deactivate"};
+
+constexpr const char* busComesRule =
+    "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
+    "member='NameOwnerChanged',arg0='org.a11y.Bus'";
+constexpr const char* somebodyLeavesRule =
+    "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
+    "member='NameOwnerChanged',arg2=''";
+constexpr const char* focusRule =
+    "type='signal',interface='org.a11y.atspi.Event.Object',member='StateChanged',arg0='focused'";
+constexpr const char* activateRule =
+    "type='signal',interface='org.a11y.atspi.Event.Window',member='Activate'";
+constexpr const char* deactivateRule =
+    "type='signal',interface='org.a11y.atspi.Event.Window',member='Deactivate'";
+
+ObjectRef senderOf(sd_bus_message* event) {
+    const char* sender = sd_bus_message_get_sender(event);
+    const char* path = sd_bus_message_get_path(event);
+    return {sender ? sender : "", path ? path : ""};
+}
+
+/// The name that changed its owner, and the new owner: "" for none.
+std::pair<std::string, std::string> newOwner(sd_bus_message* signal) {
+    const char* name = "";
+    const char* before = "";
+    const char* after = "";
+    if (sd_bus_message_read(signal, "sss", &name, &before, &after) <= 0) return {};
+    return {name, after};
+}
+
+bool isError(sd_bus_message* reply) { return !reply || sd_bus_message_is_method_error(reply, nullptr) != 0; }
+
+}  // namespace
+
+void AccessibilityBus::connect() {
+    if (bus_ || asking_) return;
+    if (!session_ && !openSession()) return;
+    askAddress();
+}
+
+BusConnection* AccessibilityBus::connection() const { return bus_ && bus_->isReady() ? bus_.get() : nullptr; }
+
+bool AccessibilityBus::openSession() {
+    session_ = BusConnection::openSession(queue_, watcher_, [this] {
+        asking_ = false;
+        session_.reset();
+    });
+    if (!session_) return false;
+    session_->listen(busComesRule, [this](sd_bus_message* signal) {
+        if (newOwner(signal).second.empty()) return;
+        asking_ = false;
+        connect();
+    });
+    return true;
+}
+
+void AccessibilityBus::askAddress() {
+    asking_ = true;
+    const auto enable = session_->newCall(busName, busPath, "org.freedesktop.DBus.Properties", "Set");
+    sd_bus_message_append(enable.get(), "ssv", "org.a11y.Status", "IsEnabled", "b", 1);
+    session_->callLater(enable, [](sd_bus_message*) {});
+    session_->callLater(session_->newCall(busName, busPath, busName, "GetAddress"),
+                        [this](sd_bus_message* reply) {
+                            asking_ = false;
+                            const char* address = nullptr;
+                            if (isError(reply) || sd_bus_message_read_basic(reply, 's', &address) <= 0)
+                                return;
+                            if (!bus_) open(address);
+                        });
+}
+
+void AccessibilityBus::open(const std::string& address) {
+    bus_ = BusConnection::openAddress(address, queue_, watcher_, [this] { lost(); });
+    if (bus_) listen();
+}
+
+void AccessibilityBus::listen() {
+    bus_->listen(focusRule, [this](sd_bus_message* event) {
+        const char* what = nullptr;
+        std::int32_t gained = 0;
+        if (sd_bus_message_read(event, "si", &what, &gained) <= 0) return;
+        gained ? focus_.focusGained(senderOf(event)) : focus_.focusLost(senderOf(event));
+    });
+    bus_->listen(activateRule, [this](sd_bus_message* event) { focus_.windowActivated(senderOf(event)); });
+    bus_->listen(deactivateRule,
+                 [this](sd_bus_message* event) { focus_.windowDeactivated(senderOf(event)); });
+    bus_->listen(somebodyLeavesRule, [this](sd_bus_message* signal) {
+        const auto name = newOwner(signal).first;
+        focus_.gone(name);
+        applications_.gone(name);
+    });
+    for (const char* event : registeredEvents) {
+        const auto request = bus_->newCall("org.a11y.atspi.Registry", "/org/a11y/atspi/registry",
+                                           "org.a11y.atspi.Registry", "RegisterEvent");
+        sd_bus_message_append(request.get(), "sass", event, 0, "");
+        bus_->callLater(request, [](sd_bus_message*) {});
+    }
+}
+
+/// It comes back when somebody starts it anew, which is told, or when it is asked for; after a bus that
+/// worked that is done here, once.
+void AccessibilityBus::lost() {
+    bus_.reset();
+    focus_ = {};
+    applications_ = {};
+    connect();
+}
+
+}  // namespace dorix

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "linux/atspi/ApplicationDirectory.h"
+#include "linux/atspi/BusConnection.h"
+#include "linux/atspi/FocusTracker.h"
+
+#include <memory>
+#include <string>
+
+namespace dorix {
+
+/// The accessibility bus: found by way of the session bus, listened to, and found again when it comes back.
+/// Main executor. Nothing here blocks.
+class AccessibilityBus {
+ public:
+    AccessibilityBus(WorkQueue& queue, FdWatcher& watcher) : queue_(queue), watcher_(watcher) {}
+    AccessibilityBus(const AccessibilityBus&) = delete;
+    AccessibilityBus& operator=(const AccessibilityBus&) = delete;
+
+    /// Sets about connecting unless it is connected or under way. Tells the session that there is somebody to
+    /// be accessible to, as assistive technologies do, and leaves it so at the end; the bus is started if it
+    /// does not run.
+    void connect();
+
+    /// nullptr while there is none. May go at any turn of the main loop, not between.
+    BusConnection* connection() const;
+
+    FocusTracker& focus() { return focus_; }
+    ApplicationDirectory& applications() { return applications_; }
+
+ private:
+    bool openSession();
+    void askAddress();
+    void open(const std::string& address);
+    void listen();
+    void lost();
+
+    WorkQueue& queue_;
+    FdWatcher& watcher_;
+    bool asking_ = false;
+    FocusTracker focus_;
+    ApplicationDirectory applications_;
+    std::unique_ptr<BusConnection> session_;
+    std::unique_ptr<BusConnection> bus_;
+};
+
+}  // namespace dorix

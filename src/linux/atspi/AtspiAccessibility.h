@@ -1,0 +1,47 @@
+#pragma once
+
+#include "base/async/Executor.h"
+#include "linux/FdWatcher.h"
+#include "platform/Accessibility.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace dorix {
+
+class AccessibilityBus;
+
+/// Accessibility over AT-SPI, the Linux desktop's own. Main executor.
+///
+/// When made it tells the session that an assistive technology runs (org.a11y.Status IsEnabled), without
+/// which many toolkits keep their contents to themselves, and leaves that set at the end, as others may rely
+/// on it by then. It starts the accessibility bus if need be, and follows the focus by events. Connecting
+/// takes a few turns of the main loop; until then, and while there is no bus, elements give apiDisabled. A
+/// bus that comes or comes back later is taken up by itself.
+///
+/// An application that is not on the bus gives cannotComplete. The title of its window is given all the same,
+/// as the window system knows it.
+class AtspiAccessibility final : public Accessibility {
+ public:
+    /// The title of the window of that process which is in front, if the window system knows one. Must not
+    /// block on the application.
+    using WindowTitle = std::function<std::optional<std::string>(std::int32_t processIdentifier)>;
+
+    /// `executor` is the main executor, on whose thread `watcher` calls. Both outlive the elements.
+    AtspiAccessibility(Executor& executor, FdWatcher& watcher, WindowTitle windowTitle);
+    ~AtspiAccessibility() override;
+
+    AXUIElementRef createApplication(std::int32_t processIdentifier, double budget) override;
+
+    /// Whether other applications can be looked into at this moment. Does not block.
+    bool isAvailable() const;
+
+ private:
+    Executor& executor_;
+    const WindowTitle windowTitle_;
+    const std::shared_ptr<AccessibilityBus> bus_;
+};
+
+}  // namespace dorix

@@ -1,0 +1,136 @@
+#include "linux/atspi/BusConnection.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <utility>
+
+namespace dorix {
+
+namespace {
+
+constexpr const char* noReply = "org.freedesktop.DBus.Error.NoReply";
+constexpr const char* disconnected = "org.freedesktop.DBus.Error.Disconnected";
+
+std::string errorName(const sd_bus_error& error, int code) {
+    if (code == -ETIMEDOUT) return noReply;
+    if (code == -ENOTCONN || code == -ECONNRESET) return disconnected;
+    return error.name ? error.name : "org.freedesktop.DBus.Error.Failed";
+}
+
+}  // namespace
+
+std::unique_ptr<BusConnection> BusConnection::openSession(WorkQueue& queue, FdWatcher& watcher,
+                                                          std::function<void()> onClosed) {
+    sd_bus* bus = nullptr;
+    if (sd_bus_open_user(&bus) < 0) return nullptr;
+    return std::make_unique<BusConnection>(sdbus::Bus(bus), queue, watcher, std::move(onClosed));
+}
+
+std::unique_ptr<BusConnection> BusConnection::openAddress(const std::string& address, WorkQueue& queue,
+                                                          FdWatcher& watcher,
+                                                          std::function<void()> onClosed) {
+    sd_bus* raw = nullptr;
+    if (sd_bus_new(&raw) < 0) return nullptr;
+    sdbus::Bus bus(raw);
+    if (sd_bus_set_address(raw, address.c_str()) < 0 || sd_bus_set_bus_client(raw, 1) < 0 ||
+        sd_bus_start(raw) < 0) {
+        return nullptr;
+    }
+    return std::make_unique<BusConnection>(std::move(bus), queue, watcher, std::move(onClosed));
+}
+
+BusConnection::BusConnection(sdbus::Bus bus, WorkQueue& queue, FdWatcher& watcher,
+                             std::function<void()> onClosed)
+    : queue_(queue),
+      onClosed_(std::move(onClosed)),
+      self_(std::make_shared<BusConnection*>(this)),
+      bus_(std::move(bus)),
+      watch_(watcher.watchReadable(sd_bus_get_fd(bus_.get()), [this] { pump(); })) {}
+
+bool BusConnection::isReady() const { return sd_bus_is_ready(bus_.get()) > 0; }
+
+sdbus::Message BusConnection::newCall(const std::string& destination, const std::string& path,
+                                      const char* interface, const char* member) const {
+    sd_bus_message* message = nullptr;
+    // Names and paths come from other programs; a malformed one only fails its own call.
+    sd_bus_message_new_method_call(bus_.get(), &message, destination.c_str(), path.c_str(), interface,
+                                   member);
+    return sdbus::Message(message);
+}
+
+std::expected<sdbus::Message, std::string> BusConnection::call(const sdbus::Message& request,
+                                                               double seconds) {
+    if (!request || seconds <= 0) return std::unexpected(noReply);
+    // Before the greeting sd-bus would wait for it without a limit.
+    if (!isReady()) return std::unexpected(disconnected);
+    sd_bus_error error{};
+    sd_bus_message* reply = nullptr;
+    const auto microseconds = static_cast<std::uint64_t>(seconds * 1e6);
+    const int code =
+        sd_bus_call(bus_.get(), request.get(), std::max<std::uint64_t>(microseconds, 1), &error, &reply);
+    sdbus::Message answer(reply);
+    std::string name = code < 0 ? errorName(error, code) : "";
+    sd_bus_error_free(&error);
+    // What came in while waiting has left the socket: the main loop would not tell of it.
+    pump();
+    if (code < 0) return std::unexpected(std::move(name));
+    return answer;
+}
+
+void BusConnection::callLater(const sdbus::Message& request, Handler handler) {
+    auto& pending = remember(std::move(handler));
+    sd_bus_slot* slot = nullptr;
+    const int code = request
+                         ? sd_bus_call_async(bus_.get(), &slot, request.get(), onReply, &pending, UINT64_MAX)
+                         : -EINVAL;
+    pending.slot.reset(slot);
+    if (code >= 0) return;
+    pending.done = true;
+    std::exchange(pending.handler, nullptr)(nullptr);
+}
+
+void BusConnection::listen(const char* rule, Handler handler) {
+    auto& pending = remember(std::move(handler));
+    sd_bus_slot* slot = nullptr;
+    sd_bus_add_match_async(bus_.get(), &slot, rule, onMessage, nullptr, &pending);
+    pending.slot.reset(slot);
+}
+
+void BusConnection::pump() {
+    int handled = 0;
+    do {
+        handled = sd_bus_process(bus_.get(), nullptr);
+    } while (handled > 0);
+    if (handled < 0 || sd_bus_is_open(bus_.get()) <= 0) reportClosed();
+}
+
+int BusConnection::onMessage(sd_bus_message* message, void* pending, sd_bus_error*) {
+    static_cast<Pending*>(pending)->handler(message);
+    return 0;
+}
+
+int BusConnection::onReply(sd_bus_message* message, void* pending, sd_bus_error*) {
+    auto& call = *static_cast<Pending*>(pending);
+    call.done = true;
+    std::exchange(call.handler, nullptr)(message);
+    return 0;
+}
+
+BusConnection::Pending& BusConnection::remember(Handler handler) {
+    std::erase_if(pending_, [](const Pending& pending) { return pending.done; });
+    return pending_.emplace_back(std::move(handler));
+}
+
+void BusConnection::reportClosed() {
+    watch_.reset();
+    if (!onClosed_) return;
+    // The owner will drop this connection, which may be in the middle of a call.
+    queue_.post([weak = std::weak_ptr(self_)] {
+        const auto self = weak.lock();
+        if (!self || !(*self)->onClosed_) return;
+        std::exchange((*self)->onClosed_, nullptr)();
+    });
+}
+
+}  // namespace dorix

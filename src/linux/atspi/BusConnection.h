@@ -1,0 +1,71 @@
+#pragma once
+
+#include "base/async/Executor.h"
+#include "linux/FdWatcher.h"
+#include "linux/atspi/SdBus.h"
+
+#include <expected>
+#include <functional>
+#include <list>
+#include <memory>
+#include <string>
+
+namespace dorix {
+
+/// One connection to a message bus, fed by the main loop. Main executor only. Opening, sending and listening
+/// do not block; `call` does, for as long as it is told to at most.
+class BusConnection {
+ public:
+    /// The message belongs to the caller of the handler. A failed call is told as an error message, or as
+    /// nullptr when it could not even be sent.
+    using Handler = std::function<void(sd_bus_message* message)>;
+
+    /// The user's session bus; nullptr when there is none. `onClosed` is posted once when the connection is
+    /// lost, and not after destruction.
+    static std::unique_ptr<BusConnection> openSession(WorkQueue& queue, FdWatcher& watcher,
+                                                      std::function<void()> onClosed);
+    static std::unique_ptr<BusConnection> openAddress(const std::string& address, WorkQueue& queue,
+                                                      FdWatcher& watcher, std::function<void()> onClosed);
+
+    BusConnection(sdbus::Bus bus, WorkQueue& queue, FdWatcher& watcher, std::function<void()> onClosed);
+
+    /// Whether calls can be made: the bus has greeted us and is still there.
+    bool isReady() const;
+
+    /// nullptr when it cannot be made.
+    sdbus::Message newCall(const std::string& destination, const std::string& path, const char* interface,
+                           const char* member) const;
+
+    /// Waits for the answer up to `seconds`. The error is the D-Bus error's name: NoReply when time is up,
+    /// Disconnected when the bus has gone.
+    std::expected<sdbus::Message, std::string> call(const sdbus::Message& request, double seconds);
+
+    void callLater(const sdbus::Message& request, Handler handler);
+
+    /// Calls the handler for every signal that the match rule takes, as long as the connection lives.
+    void listen(const char* rule, Handler handler);
+
+    /// Handles what has come in already. Handlers must not call `call`.
+    void pump();
+
+ private:
+    struct Pending {
+        Handler handler;
+        sdbus::Slot slot;
+        bool done = false;
+    };
+
+    static int onMessage(sd_bus_message* message, void* pending, sd_bus_error* error);
+    static int onReply(sd_bus_message* message, void* pending, sd_bus_error* error);
+    Pending& remember(Handler handler);
+    void reportClosed();
+
+    WorkQueue& queue_;
+    std::function<void()> onClosed_;
+    std::shared_ptr<BusConnection*> self_;  // what is posted holds it weakly
+    sdbus::Bus bus_;
+    std::list<Pending> pending_;
+    FdWatcher::Token watch_;
+};
+
+}  // namespace dorix

@@ -1,0 +1,113 @@
+#include "linux/atspi/FocusFinder.h"
+
+#include "linux/atspi/AtspiClient.h"
+#include "linux/atspi/FocusTracker.h"
+
+#include <deque>
+#include <utility>
+
+namespace dorix {
+
+namespace {
+
+using atspi::State;
+
+constexpr int maxDepth = 60;
+constexpr int maxVisits = 200;
+
+}  // namespace
+
+std::expected<ObjectRef, AXError> FocusFinder::focusedElement() {
+    auto found = reported();
+    if (!found) found = reportedByPart();
+    if (!found) found = searched();
+    return found;
+}
+
+std::expected<ObjectRef, AXError> FocusFinder::activeWindow() {
+    const auto* told = tracker_.find(application_.bus);
+    if (told && told->activeWindow) {
+        ObjectRef window{application_.bus, *told->activeWindow};
+        if (atspi::has(client_.states(window).value_or(0), State::active)) return window;
+    }
+    const auto windows = client_.children(application_);
+    if (!windows) return std::unexpected(windows.error());
+    for (const auto& window : *windows) {
+        const auto states = client_.states(window);
+        if (!states) return std::unexpected(states.error());
+        if (atspi::has(*states, State::active)) return window;
+    }
+    return std::unexpected(AXError::noValue);
+}
+
+FocusFinder::Found FocusFinder::reported() {
+    const auto* told = tracker_.find(application_.bus);
+    if (!told || !told->focus) return std::unexpected(AXError::noValue);
+    ObjectRef focus{application_.bus, *told->focus};
+    if (!hasFocus(focus)) return std::unexpected(AXError::noValue);
+    if (told->focusMayBeBehind && !isBelow(focus, {application_.bus, *told->activeWindow})) {
+        return std::unexpected(AXError::noValue);
+    }
+    return focus;
+}
+
+/// A web view's contents may be another process, which tells of the focus under a connection of its own; its
+/// parents lead up into the application that shows it.
+FocusFinder::Found FocusFinder::reportedByPart() {
+    const auto latest = tracker_.latest();
+    if (!latest || latest->bus == application_.bus) return std::unexpected(AXError::noValue);
+    if (!isBelow(*latest, application_) || !hasFocus(*latest)) return std::unexpected(AXError::noValue);
+    return *latest;
+}
+
+FocusFinder::Found FocusFinder::searched() {
+    const auto window = activeWindow();
+    // An application in front that has no active window does not tell all.
+    if (!window) return std::unexpected(AXError::cannotComplete);
+    auto found = client_.firstBelow(*window, State::focused);
+    if (!found && found.error() == AXError::attributeUnsupported) found = searchBelow(*window);
+    if (found) {
+        tracker_.focusGained(*found);
+        return found;
+    }
+    const auto* told = tracker_.find(application_.bus);
+    const bool leftForNowhere = told && told->focusWasLost && found.error() == AXError::noValue;
+    return std::unexpected(leftForNowhere ? AXError::noValue : AXError::cannotComplete);
+}
+
+/// Level by level through what shows, for applications that cannot search themselves.
+FocusFinder::Found FocusFinder::searchBelow(const ObjectRef& window) {
+    std::deque<ObjectRef> left{window};
+    for (int visits = 0; !left.empty(); ++visits) {
+        if (visits == maxVisits) return std::unexpected(AXError::cannotComplete);
+        const auto object = std::move(left.front());
+        left.pop_front();
+        const auto states = client_.states(object);
+        if (!states) return std::unexpected(states.error());
+        if (atspi::has(*states, State::focused) && object != window) return object;
+        if (!atspi::has(*states, State::showing) && object != window) continue;
+        if (atspi::has(*states, State::managesDescendants)) continue;
+        const auto children = client_.children(object);
+        if (!children) return std::unexpected(children.error());
+        left.insert(left.end(), children->begin(), children->end());
+    }
+    return std::unexpected(AXError::noValue);
+}
+
+bool FocusFinder::hasFocus(const ObjectRef& object) {
+    const auto states = client_.states(object).value_or(0);
+    return atspi::has(states, State::focused) && !atspi::has(states, State::defunct);
+}
+
+bool FocusFinder::isBelow(const ObjectRef& object, const ObjectRef& ancestor) {
+    ObjectRef at = object;
+    for (int depth = 0; depth < maxDepth; ++depth) {
+        if (at == ancestor) return true;
+        auto parent = client_.parent(at);
+        if (!parent) return false;
+        at = std::move(*parent);
+    }
+    return false;
+}
+
+}  // namespace dorix

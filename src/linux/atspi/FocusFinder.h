@@ -1,0 +1,42 @@
+#pragma once
+
+#include "linux/atspi/ObjectRef.h"
+#include "platform/Accessibility.h"
+
+#include <expected>
+
+namespace dorix {
+
+class AtspiClient;
+class FocusTracker;
+
+/// Where in an application the focus is. What events told is verified with one question; only when they told
+/// nothing (the focus was there before us) is it searched for, within the active window and bounded. Main
+/// executor; blocks within the client's budget.
+class FocusFinder {
+ public:
+    FocusFinder(AtspiClient& client, FocusTracker& tracker, ObjectRef application)
+        : client_(client), tracker_(tracker), application_(std::move(application)) {}
+
+    /// noValue only when the application told that the focus left, and nothing in its active window has it.
+    std::expected<ObjectRef, AXError> focusedElement();
+
+    /// noValue when none of its windows is active.
+    std::expected<ObjectRef, AXError> activeWindow();
+
+ private:
+    using Found = std::expected<ObjectRef, AXError>;
+
+    Found reported();
+    Found reportedByPart();
+    Found searched();
+    Found searchBelow(const ObjectRef& window);
+    bool hasFocus(const ObjectRef& object);
+    bool isBelow(const ObjectRef& object, const ObjectRef& ancestor);
+
+    AtspiClient& client_;
+    FocusTracker& tracker_;
+    const ObjectRef application_;
+};
+
+}  // namespace dorix

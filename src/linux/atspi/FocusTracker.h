@@ -1,0 +1,41 @@
+#pragma once
+
+#include "linux/atspi/ObjectRef.h"
+
+#include <map>
+#include <optional>
+#include <string>
+
+namespace dorix {
+
+/// Where the focus was last seen, by application, as events tell it. Main executor.
+class FocusTracker {
+ public:
+    struct App {
+        std::optional<std::string> focus;
+        /// It told that its focus went, and not yet where to.
+        bool focusWasLost = false;
+        std::optional<std::string> activeWindow;
+        /// Another window came to the front after the focus was seen: the focus may be in the one behind.
+        bool focusMayBeBehind = false;
+    };
+
+    void focusGained(const ObjectRef& object);
+    void focusLost(const ObjectRef& object);
+    void windowActivated(const ObjectRef& window);
+    void windowDeactivated(const ObjectRef& window);
+    /// The connection of an application is closed.
+    void gone(const std::string& bus);
+
+    /// What is known of the application; nothing when it has not told anything yet.
+    const App* find(const std::string& bus) const;
+
+    /// The last place of all to get the focus: a part of an application may live in a process of its own.
+    const std::optional<ObjectRef>& latest() const { return latest_; }
+
+ private:
+    std::map<std::string, App> apps_;
+    std::optional<ObjectRef> latest_;
+};
+
+}  // namespace dorix

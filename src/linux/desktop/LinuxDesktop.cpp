@@ -1,0 +1,129 @@
+#include "linux/desktop/LinuxDesktop.h"
+
+#include "linux/DesktopEntries.h"
+#include "linux/atspi/AtspiAccessibility.h"
+#include "linux/grants/LinuxPrivacyGrants.h"
+#include "linux/pocketsphinx/PocketsphinxRecognition.h"
+#include "linux/pulse/PulseAudioEngineFactory.h"
+#include "linux/x11/X11Connection.h"
+#include "linux/x11/X11EventPoster.h"
+#include "linux/x11/X11HotKeyRegistrar.h"
+#include "linux/x11/X11KeyEventMonitors.h"
+#include "linux/x11/X11KeyInput.h"
+#include "linux/x11/X11Keyboard.h"
+#include "linux/x11/X11Pasteboard.h"
+#include "linux/x11/X11Windows.h"
+#include "linux/x11/X11Workspace.h"
+#include "linux/xdg/AutostartLoginItem.h"
+#include "linux/xdg/JsonUserDefaults.h"
+#include "linux/xdg/LocaleEnvironment.h"
+#include "linux/xdg/XdgFolders.h"
+#include "platform/SystemSounds.h"
+
+#include <utility>
+
+namespace dorix {
+
+namespace {
+
+/// What an X11 session gives.
+struct X11Session {
+    explicit X11Session(std::unique_ptr<X11Connection> opened) : connection(std::move(opened)) {}
+
+    std::unique_ptr<X11Connection> connection;
+    X11Keyboard keyboard{*connection};
+    X11KeyInput input{*connection, keyboard};
+    X11Windows windows{*connection};
+    DesktopEntries entries;
+    X11KeyEventMonitors keyEvents{*connection, keyboard, input, windows};
+    X11HotKeyRegistrar hotKeys{*connection, keyboard, input};
+    X11Pasteboard pasteboard{*connection};
+    X11EventPoster events{*connection, keyboard, input, windows, pasteboard};
+    X11Workspace workspace{windows, entries};
+};
+
+/// What stands in where there is no display.
+struct NoSession {
+    UnavailableKeyEventMonitors keyEvents;
+    UnavailableHotKeyRegistrar hotKeys;
+    UnavailablePasteboard pasteboard;
+    UnavailableEventPoster events;
+    UnavailableWorkspace workspace;
+};
+
+}  // namespace
+
+struct LinuxDesktop::Parts {
+    Parts(Executor& main, FdWatcher& watcher)
+        : executor(main),
+          defaults(main, xdgConfigHome() / "dorix" / "defaults.json"),
+          loginItem(xdgConfigHome(), std::filesystem::read_symlink("/proc/self/exe")),
+          accessibility(main, watcher, [this](std::int32_t process) { return windowTitle(process); }),
+          audio(main) {
+        if (auto connection = X11Connection::open(main, watcher)) {
+            x11 = std::make_unique<X11Session>(std::move(connection));
+        }
+    }
+
+    /// The title of the window in front, if it is that process's.
+    std::optional<std::string> windowTitle(std::int32_t process) const {
+        if (!x11) return std::nullopt;
+        const auto front = x11->workspace.frontmostApplication();
+        if (!front || front->processIdentifier != process) return std::nullopt;
+        return x11->workspace.windowTitle(front->windowNumber);
+    }
+
+    bool hasDisplay() const { return x11 && !x11->connection->isLost(); }
+
+    template <typename Session>
+    Platform platformWith(Session& session) {
+        return {.executor = executor,
+                .defaults = defaults,
+                .languages = systemLanguages(),
+                .keyEvents = session.keyEvents,
+                .hotKeys = session.hotKeys,
+                .events = session.events,
+                .pasteboard = session.pasteboard,
+                .workspace = session.workspace,
+                .accessibility = accessibility,
+                .audio = audio,
+                .recognition = recognition,
+                .grants = grants,
+                .loginItem = loginItem,
+                .sounds = sounds};
+    }
+
+    Executor& executor;
+    JsonUserDefaults defaults;
+    AutostartLoginItem loginItem;
+    AtspiAccessibility accessibility;
+    PulseAudioEngineFactory audio;
+    PocketsphinxRecognition recognition;
+    LinuxPrivacyGrants grants{
+        {.hasSoundInput = [this] { return audio.makeEngine()->inputFormat().channelCount > 0; },
+         .hasRecogniser = [this] { return recognition.supportedLocale("en-US").has_value(); },
+         .canUseOtherApplications = [this] { return hasDisplay() && accessibility.isAvailable(); },
+         .canCaptureScreen = [this] { return hasDisplay(); }}};
+    UnavailableSystemSounds sounds;
+    NoSession none;
+    std::unique_ptr<X11Session> x11;
+};
+
+LinuxDesktop::LinuxDesktop(Executor& executor, FdWatcher& watcher)
+    : parts_(std::make_unique<Parts>(executor, watcher)) {}
+
+LinuxDesktop::~LinuxDesktop() = default;
+
+Platform LinuxDesktop::platform() {
+    return parts_->x11 ? parts_->platformWith(*parts_->x11) : parts_->platformWith(parts_->none);
+}
+
+void LinuxDesktop::onDisplayLost(std::function<void()> callback) {
+    if (parts_->x11) parts_->x11->connection->onLost(std::move(callback));
+}
+
+Task<void> LinuxDesktop::handOverClipboard() {
+    if (parts_->hasDisplay()) co_await parts_->x11->pasteboard.handOver();
+}
+
+}  // namespace dorix

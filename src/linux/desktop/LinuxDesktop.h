@@ -1,0 +1,38 @@
+#pragma once
+
+#include "base/async/Executor.h"
+#include "base/async/Task.h"
+#include "linux/FdWatcher.h"
+#include "platform/Platform.h"
+
+#include <functional>
+#include <memory>
+
+namespace dorix {
+
+/// Every adapter that the program uses on a Linux desktop, put together. What the session does not have is
+/// there in its unavailable form, so that the program runs with the rest. Main executor.
+class LinuxDesktop {
+ public:
+    /// Starts to connect to everything, in the background but for the display. Both outlive it.
+    LinuxDesktop(Executor& executor, FdWatcher& watcher);
+    ~LinuxDesktop();
+    LinuxDesktop(const LinuxDesktop&) = delete;
+    LinuxDesktop& operator=(const LinuxDesktop&) = delete;
+
+    /// Refers to what this object owns.
+    Platform platform();
+
+    /// Called once when the display that the program was started on goes away.
+    void onDisplayLost(std::function<void()> callback);
+
+    /// Gives what we hold of the user's clipboard to a clipboard manager, if there is one; otherwise it ends
+    /// with the program. Takes a second at most.
+    Task<void> handOverClipboard();
+
+ private:
+    struct Parts;
+    std::unique_ptr<Parts> parts_;
+};
+
+}  // namespace dorix
