@@ -5,8 +5,8 @@
 
 namespace dorix {
 
-/// Tells on the main executor when a file descriptor can be read; adapters hang their connections on it.
-/// Main executor only.
+/// Tells on its executor's thread when a file descriptor can be read; adapters hang their connections on it.
+/// That thread only.
 class FdWatcher {
  public:
     /// Ends the watch when destroyed; do so before closing the descriptor.

@@ -9,8 +9,8 @@
 
 namespace dorix {
 
-/// Atoms and their names, each asked of the server once. Main executor; a name not met before costs a round
-/// trip. After the connection is lost new names give XCB_ATOM_NONE.
+/// Atoms and their names, each asked of the server once. The connection's thread only; a name not met before
+/// costs a round trip. After the connection is lost new names give XCB_ATOM_NONE.
 class X11Atoms {
  public:
     explicit X11Atoms(xcb_connection_t* connection) : connection_(connection) {}

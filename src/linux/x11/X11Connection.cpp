@@ -46,6 +46,7 @@ std::unique_ptr<X11Connection> X11Connection::open(Executor& executor, FdWatcher
     }
     std::unique_ptr<X11Connection> opened(
         new X11Connection(std::move(connection), screen, executor, watcher));
+    opened->display_ = display;
     if (!opened->startExtensions()) {
         logLine("a la pantalla X11 le faltan extensiones");
         return nullptr;
@@ -126,7 +127,8 @@ void X11Connection::flush() {
 // would then stay silent about them.
 void X11Connection::takeQueuedEvents() {
     while (auto* event = xcb_poll_for_queued_event(get())) queued_.emplace_back(event);
-    if ((queued_.empty() && !isLost()) || delivering_) return;
+    const bool lossUntold = isLost() && !lossNoted_;
+    if ((queued_.empty() && !lossUntold) || delivering_) return;
     executor_.post([this, alive = std::weak_ptr(alive_)] {
         if (!alive.expired()) deliverEvents();
     });
@@ -147,9 +149,8 @@ void X11Connection::deliverEvents() {
         if (alive.expired()) return;
     }
     delivering_ = false;
-    xcb_flush(get());
-    takeQueuedEvents();
-    if (isLost()) noteLoss();
+    if (isLost()) return noteLoss();
+    flush();
 }
 
 void X11Connection::dispatch(const xcb_generic_event_t& event) {

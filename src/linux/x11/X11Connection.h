@@ -17,8 +17,8 @@
 
 namespace dorix {
 
-/// A connection to one X display, and the events that come over it. Main executor only; nothing here waits
-/// for another application, but what needs an answer waits for the X server.
+/// A connection to one X display, and the events that come over it. Its executor's thread only; nothing here
+/// waits for another application, but what needs an answer waits for the X server.
 ///
 /// When the server goes away, onLost is called once and from then on every request does nothing and every
 /// reply is null. Errors of requests that nobody waits for (a window that was destroyed meanwhile) are
@@ -40,6 +40,8 @@ class X11Connection {
 
     /// For requests; goes with this object. Whoever waits for a reply does it through reply().
     xcb_connection_t* get() const { return connection_.get(); }
+    /// The display's name, as it was given to open.
+    const std::string& display() const { return display_; }
     Executor& executor() const { return executor_; }
     xcb_window_t root() const { return root_; }
 
@@ -97,6 +99,7 @@ class X11Connection {
 
     Connection connection_;
     Executor& executor_;
+    std::string display_;
     X11Atoms atoms_;
     xcb_window_t root_ = XCB_WINDOW_NONE;
     std::uint32_t rootEventMask_ = 0;

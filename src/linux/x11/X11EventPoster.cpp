@@ -38,6 +38,7 @@ void X11EventPoster::postKeyboardEvent(std::uint16_t keyCode, Direction directio
     if (direction == Direction::down) {
         release();
         pressedCode_ = keyCode;
+        pasteboard_.commit();
         press(chordFor(keyCode, flags));
     } else if (keyCode == pressedCode_) {
         release();

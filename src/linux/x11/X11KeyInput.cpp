@@ -97,9 +97,14 @@ void X11KeyInput::handle(const KeyStroke& stroke, std::uint32_t time) {
     if (!wasFaked(stroke) && !isRepeat(stroke, time)) take(stroke);
 }
 
-bool X11KeyInput::wasFaked(const KeyStroke& stroke) {
+bool X11KeyInput::awaitsFaked() {
     const double now = connection_.executor().now();
     std::erase_if(faked_, [now](const Faked& faked) { return faked.expires < now; });
+    return !faked_.empty();
+}
+
+bool X11KeyInput::wasFaked(const KeyStroke& stroke) {
+    if (!awaitsFaked()) return false;
     const auto faked = std::ranges::find(faked_, stroke, &Faked::stroke);
     if (faked == faked_.end()) return false;
     // The server does what it is told in order: what was faked before has had no effect and never comes.
@@ -126,7 +131,7 @@ void X11KeyInput::take(const KeyStroke& stroke) {
 void X11KeyInput::repair(Adopt adopt) {
     const auto keymap = connection_.reply(xcb_query_keymap_reply, xcb_query_keymap(connection_.get()));
     // While keys of our own are on their way the server's view is not the user's.
-    if (!keymap || !faked_.empty()) return;
+    if (!keymap || awaitsFaked()) return;
     for (unsigned key = 0; key < held_.size(); ++key) {
         const bool down = (keymap->keys[key / 8] >> (key % 8) & 1U) != 0;
         // A key that is down may be one whose event is still to be read.

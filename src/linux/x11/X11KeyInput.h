@@ -60,6 +60,7 @@ class X11KeyInput {
     void handleRaw(const xcb_generic_event_t& event, KeyStroke::Direction direction);
     void handleGrabbed(const xcb_generic_event_t& event);
     void handle(const KeyStroke& stroke, std::uint32_t time);
+    bool awaitsFaked();
     bool wasFaked(const KeyStroke& stroke);
     bool isRepeat(const KeyStroke& stroke, std::uint32_t time);
     void take(const KeyStroke& stroke);

@@ -39,7 +39,7 @@ X11Pasteboard::X11Pasteboard(X11Connection& connection)
     : connection_(connection),
       window_(connection.createHiddenWindow(XCB_EVENT_MASK_NO_EVENT)),
       clipboard_(connection.atom("CLIPBOARD")),
-      server_(connection, window_),
+      owner_(connection.display()),
       primaryTimer_(connection.executor()) {
     xcb_xfixes_select_selection_input(connection_.get(), window_, clipboard_,
                                       XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
@@ -50,10 +50,6 @@ X11Pasteboard::X11Pasteboard(X11Connection& connection)
     tokens_.push_back(
         connection_.listen(static_cast<std::uint8_t>(fixes->first_event + XCB_XFIXES_SELECTION_NOTIFY),
                            [this](const auto& event) { handleChange(event); }));
-    tokens_.push_back(connection_.listen(XCB_SELECTION_CLEAR, [this](const auto& event) {
-        const auto& clear = reinterpret_cast<const xcb_selection_clear_event_t&>(event);
-        if (clear.owner == window_ && clear.selection == XCB_ATOM_PRIMARY) server_.withdraw(XCB_ATOM_PRIMARY);
-    }));
 }
 
 X11Pasteboard::~X11Pasteboard() {
@@ -64,15 +60,11 @@ X11Pasteboard::~X11Pasteboard() {
 void X11Pasteboard::handleChange(const xcb_generic_event_t& event) {
     const auto& change = reinterpret_cast<const xcb_xfixes_selection_notify_event_t&>(event);
     if (change.window != window_ || change.selection != clipboard_) return;
-    if (change.owner == window_) {
-        unseenTakings_ = std::max(unseenTakings_ - 1, 0);
-        server_.setTimestamp(clipboard_, change.selection_timestamp);
-        if (unseenTakings_ == 0) giveUpIfEmpty(change.selection_timestamp);
-        return;
-    }
-    if (unseenTakings_ > 0) return;
-    const bool ownDoing = std::exchange(givingUp_, false) && change.owner == XCB_WINDOW_NONE;
-    if (ownDoing) return;
+    const bool own =
+        change.owner == owner_.window() || (change.owner == XCB_WINDOW_NONE && unseenChanges_ > 0);
+    if (own) unseenChanges_ = std::max(unseenChanges_ - 1, 0);
+    // What others did before our own change was seen is undone by it.
+    if (own || unseenChanges_ > 0 || commitPending_) return;
     ++changeCount_;
     loseClipboard();
     // What an owner that is gone was asked for will not come; from the next one it would be something else.
@@ -81,39 +73,43 @@ void X11Pasteboard::handleChange(const xcb_generic_event_t& event) {
 
 void X11Pasteboard::loseClipboard() {
     owns_ = false;
-    contents_ = std::make_shared<SelectionContents>();
-    server_.withdraw(clipboard_);
-}
-
-// A clipboard without an owner is how others see that it is empty. Given up with the time it was taken at, it
-// stays with whoever took it since.
-void X11Pasteboard::giveUpIfEmpty(xcb_timestamp_t taken) {
-    if (!owns_ || !contents_->entries().empty()) return;
-    loseClipboard();
-    givingUp_ = true;
-    xcb_set_selection_owner(connection_.get(), XCB_WINDOW_NONE, clipboard_, taken);
+    contents_.clear();
 }
 
 void X11Pasteboard::clearContents() {
     endPrimary();
-    contents_ = std::make_shared<SelectionContents>();
+    contents_.clear();
+    owns_ = true;
     ++changeCount_;
-    take();
+    for (auto* read : reads_) read->abandon();
+    scheduleCommit();
 }
 
-void X11Pasteboard::take() {
-    owns_ = true;
-    ++unseenTakings_;
-    server_.offer(clipboard_, contents_);
-    xcb_set_selection_owner(connection_.get(), window_, clipboard_, XCB_CURRENT_TIME);
-    connection_.flush();
+void X11Pasteboard::scheduleCommit() {
+    if (commitPending_) return;
+    commitPending_ = std::make_shared<bool>(true);
+    connection_.executor().post([this, pending = std::weak_ptr(commitPending_)] {
+        if (!pending.expired()) commit();
+    });
+}
+
+void X11Pasteboard::commit() {
+    if (!std::exchange(commitPending_, nullptr)) return;
+    ++unseenChanges_;
+    // A clipboard without an owner is how others see that it is empty.
+    if (contents_.entries().empty()) {
+        owner_.giveUp(clipboard_);
+    } else {
+        owner_.take(clipboard_, contents_);
+    }
 }
 
 void X11Pasteboard::put(std::string_view target, std::string_view type, std::uint8_t format,
                         std::string bytes) {
     const xcb_atom_t atom = connection_.atom(target);
     if (atom == XCB_ATOM_NONE) return;
-    contents_->put(atom, {connection_.atom(type), format, std::move(bytes)});
+    contents_.put(atom, {connection_.atom(type), format, std::move(bytes)});
+    scheduleCommit();
 }
 
 void X11Pasteboard::setString(std::string text) {
@@ -186,7 +182,7 @@ Task<Pasteboard::Item> X11Pasteboard::readItem(double deadline) {
 
 Pasteboard::Item X11Pasteboard::ownItem() {
     Item item;
-    for (const auto& [target, data] : contents_->entries()) {
+    for (const auto& [target, data] : contents_.entries()) {
         const auto name =
             TargetName{connection_.atomName(target), connection_.atomName(data->type), data->format};
         item.emplace_back(pasteboardType(name), data->bytes);
@@ -218,7 +214,7 @@ Task<std::optional<std::string>> X11Pasteboard::string() {
         X11SelectionRead::Result data;
         if (!owns_) {
             data = co_await read(atom, deadline);
-        } else if (const auto own = contents_->find(atom)) {
+        } else if (const auto own = contents_.find(atom)) {
             data = *own;
         }
         if (connection_.executor().now() >= deadline) break;
@@ -230,33 +226,28 @@ Task<std::optional<std::string>> X11Pasteboard::string() {
 }
 
 void X11Pasteboard::servePrimaryForPaste() {
-    if (!owns_) return;
+    if (!owns_ || contents_.entries().empty()) return;
+    commit();
     servesPrimary_ = true;
-    server_.offer(XCB_ATOM_PRIMARY, contents_);
-    xcb_set_selection_owner(connection_.get(), window_, XCB_ATOM_PRIMARY, XCB_CURRENT_TIME);
-    connection_.flush();
+    owner_.take(XCB_ATOM_PRIMARY, contents_);
     primaryTimer_.once(primaryLife, [this] { endPrimary(); });
 }
 
 void X11Pasteboard::endPrimary() {
     if (!std::exchange(servesPrimary_, false)) return;
     primaryTimer_.stop();
-    server_.withdraw(XCB_ATOM_PRIMARY);
-    const auto owner = connection_.reply(xcb_get_selection_owner_reply,
-                                         xcb_get_selection_owner(connection_.get(), XCB_ATOM_PRIMARY));
-    if (!owner || owner->owner != window_) return;
-    xcb_set_selection_owner(connection_.get(), XCB_WINDOW_NONE, XCB_ATOM_PRIMARY, XCB_CURRENT_TIME);
-    connection_.flush();
+    owner_.giveUpIfOwned(XCB_ATOM_PRIMARY);
 }
 
 bool X11Pasteboard::isPassing() const {
     return std::ranges::any_of(passingMarkers, [this](const Marker& marker) {
-        return contents_->find(connection_.atom(marker.target)) != nullptr;
+        return contents_.find(connection_.atom(marker.target)) != nullptr;
     });
 }
 
 Task<bool> X11Pasteboard::handOver() {
-    if (!owns_ || contents_->entries().empty() || isPassing()) co_return false;
+    commit();
+    if (!owns_ || contents_.entries().empty() || isPassing()) co_return false;
     const double deadline = connection_.executor().now() + handOverBudget;
     // Without a list of targets the manager takes all of them; it asks for them while we wait.
     X11SelectionRead saving(connection_, connection_.atom("CLIPBOARD_MANAGER"),

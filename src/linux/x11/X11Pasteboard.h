@@ -3,8 +3,8 @@
 #include "base/async/Timer.h"
 #include "linux/x11/SelectionContents.h"
 #include "linux/x11/X11Connection.h"
+#include "linux/x11/X11SelectionOwner.h"
 #include "linux/x11/X11SelectionRead.h"
-#include "linux/x11/X11SelectionServer.h"
 #include "platform/Pasteboard.h"
 
 #include <memory>
@@ -28,6 +28,10 @@ class X11Pasteboard final : public Pasteboard {
     void setData(Bytes data, std::string_view type) override;
     void writeObjects(std::vector<Item> items) override;
 
+    /// Writing takes the clipboard at the end of the executor's turn, so that other applications see it
+    /// complete. This does it now; whoever tells another application to paste calls it first.
+    void commit();
+
     /// Offers what is on the clipboard as the PRIMARY selection too, for a terminal that pastes only that.
     /// Ends by itself after a moment or when the clipboard changes. Does nothing unless the clipboard is
     /// ours.
@@ -38,10 +42,9 @@ class X11Pasteboard final : public Pasteboard {
     Task<bool> handOver();
 
  private:
-    void take();
     void handleChange(const xcb_generic_event_t& event);
-    void giveUpIfEmpty(xcb_timestamp_t taken);
     void loseClipboard();
+    void scheduleCommit();
     void endPrimary();
     bool isPassing() const;
     void put(std::string_view target, std::string_view type, std::uint8_t format, std::string bytes);
@@ -53,14 +56,16 @@ class X11Pasteboard final : public Pasteboard {
     X11Connection& connection_;
     const xcb_window_t window_;
     const xcb_atom_t clipboard_;
-    X11SelectionServer server_;
-    std::shared_ptr<SelectionContents> contents_ = std::make_shared<SelectionContents>();
+    X11SelectionOwner owner_;
+    SelectionContents contents_;
     std::set<X11SelectionRead*> reads_;
     std::int64_t changeCount_ = 0;
+    /// The last change was ours; contents_ are what the clipboard holds or will when committed.
     bool owns_ = false;
-    /// Takings whose event is still to come; events of other owners before that are older.
-    int unseenTakings_ = 0;
-    bool givingUp_ = false;
+    /// Whether contents_ have yet to be put on the clipboard; gone with this.
+    std::shared_ptr<bool> commitPending_;
+    /// Own changes whose event is still to come; those of other owners before that are older.
+    int unseenChanges_ = 0;
     bool servesPrimary_ = false;
     Timer primaryTimer_;
     std::vector<X11Connection::Token> tokens_;

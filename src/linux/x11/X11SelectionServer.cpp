@@ -1,5 +1,7 @@
 #include "linux/x11/X11SelectionServer.h"
 
+#include <xcb/xfixes.h>
+
 #include <algorithm>
 #include <cstring>
 
@@ -24,10 +26,23 @@ std::string_view bytesOf(const T& value) {
 
 }  // namespace
 
-X11SelectionServer::X11SelectionServer(X11Connection& connection, xcb_window_t owner)
+X11SelectionServer::X11SelectionServer(X11Connection& connection)
     : connection_(connection),
-      owner_(owner),
+      window_(connection.createHiddenWindow(XCB_EVENT_MASK_NO_EVENT)),
       pieceSize_(std::size_t{xcb_get_setup(connection.get())->maximum_request_length} * 4 - requestOverhead) {
+    for (const xcb_atom_t selection : {connection_.atom("CLIPBOARD"), xcb_atom_t{XCB_ATOM_PRIMARY}}) {
+        xcb_xfixes_select_selection_input(connection_.get(), window_, selection,
+                                          XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER);
+    }
+    connection_.flush();
+    const auto* fixes = xcb_get_extension_data(connection_.get(), &xcb_xfixes_id);
+    const auto changed = static_cast<std::uint8_t>(fixes->first_event + XCB_XFIXES_SELECTION_NOTIFY);
+    tokens_.push_back(connection_.listen(changed, [this](const auto& event) { noteTaken(event); }));
+    tokens_.push_back(connection_.listen(XCB_SELECTION_CLEAR, [this](const auto& event) {
+        const auto selection = reinterpret_cast<const xcb_selection_clear_event_t&>(event).selection;
+        // It may have been taken again since.
+        if (!owns(selection)) offers_.erase(selection);
+    }));
     tokens_.push_back(connection_.listen(XCB_SELECTION_REQUEST, [this](const auto& event) {
         answer(reinterpret_cast<const xcb_selection_request_event_t&>(event));
     }));
@@ -40,18 +55,46 @@ X11SelectionServer::X11SelectionServer(X11Connection& connection, xcb_window_t o
     }));
 }
 
-X11SelectionServer::~X11SelectionServer() = default;
-
-void X11SelectionServer::offer(xcb_atom_t selection, std::shared_ptr<const SelectionContents> contents) {
-    offers_[selection] = {std::move(contents), XCB_CURRENT_TIME};
+X11SelectionServer::~X11SelectionServer() {
+    xcb_destroy_window(connection_.get(), window_);
+    connection_.flush();
 }
 
-void X11SelectionServer::setTimestamp(xcb_atom_t selection, xcb_timestamp_t time) {
-    if (const auto offer = offers_.find(selection); offer != offers_.end()) offer->second.time = time;
+void X11SelectionServer::take(xcb_atom_t selection, SelectionContents contents) {
+    offers_[selection] = {std::move(contents), XCB_CURRENT_TIME};
+    xcb_set_selection_owner(connection_.get(), window_, selection, XCB_CURRENT_TIME);
+    sync();
+}
+
+void X11SelectionServer::giveUp(xcb_atom_t selection) {
+    offers_.erase(selection);
+    xcb_set_selection_owner(connection_.get(), XCB_WINDOW_NONE, selection, XCB_CURRENT_TIME);
+    sync();
+}
+
+void X11SelectionServer::giveUpIfOwned(xcb_atom_t selection) {
+    if (owns(selection)) giveUp(selection);
+}
+
+bool X11SelectionServer::owns(xcb_atom_t selection) {
+    const auto owner = connection_.reply(xcb_get_selection_owner_reply,
+                                         xcb_get_selection_owner(connection_.get(), selection));
+    return owner && owner->owner == window_;
+}
+
+// Any answer says that what was asked before is done.
+void X11SelectionServer::sync() {
+    connection_.reply(xcb_get_input_focus_reply, xcb_get_input_focus(connection_.get()));
+}
+
+void X11SelectionServer::noteTaken(const xcb_generic_event_t& event) {
+    const auto& taken = reinterpret_cast<const xcb_xfixes_selection_notify_event_t&>(event);
+    const auto offer = offers_.find(taken.selection);
+    if (taken.owner == window_ && offer != offers_.end()) offer->second.time = taken.selection_timestamp;
 }
 
 void X11SelectionServer::answer(const xcb_selection_request_event_t& request) {
-    if (request.owner != owner_) return;
+    if (request.owner != window_) return;
     // Old clients name no property and mean the target.
     const xcb_atom_t property = request.property != XCB_ATOM_NONE ? request.property : request.target;
     const auto offer = offers_.find(request.selection);
@@ -83,7 +126,7 @@ bool X11SelectionServer::convert(const Offer& offer, xcb_atom_t target, const De
         setProperty(to, connection_.atom("NULL"), 32, {});
         return true;
     }
-    auto data = offer.contents->find(target);
+    auto data = offer.contents.find(target);
     if (!data) return false;
     send(std::move(data), to);
     return true;
@@ -92,7 +135,7 @@ bool X11SelectionServer::convert(const Offer& offer, xcb_atom_t target, const De
 void X11SelectionServer::sendTargets(const Offer& offer, const Destination& to) {
     std::vector<xcb_atom_t> targets{connection_.atom("TARGETS"), connection_.atom("MULTIPLE"),
                                     connection_.atom("TIMESTAMP"), connection_.atom("SAVE_TARGETS")};
-    for (const auto& [target, data] : offer.contents->entries()) targets.push_back(target);
+    for (const auto& [target, data] : offer.contents.entries()) targets.push_back(target);
     setProperty(to, XCB_ATOM_ATOM, 32, bytesOf(targets));
 }
 

@@ -10,30 +10,32 @@
 
 namespace dorix {
 
-/// Answers other applications that ask for the selections that one window owns. Main executor. Large data
+/// Owns selections and answers the applications that ask for them. On the connection's executor. Large data
 /// goes out in pieces (INCR), to any number of requestors at once, each at its own pace; one that stops
 /// asking or whose window goes is forgotten.
 class X11SelectionServer {
  public:
-    /// `owner` must outlive this.
-    X11SelectionServer(X11Connection& connection, xcb_window_t owner);
+    explicit X11SelectionServer(X11Connection& connection);
     ~X11SelectionServer();
+    X11SelectionServer(const X11SelectionServer&) = delete;
+    X11SelectionServer& operator=(const X11SelectionServer&) = delete;
 
-    /// From now on requests for `selection` are answered out of `contents`. Taking the selection is the
-    /// caller's matter.
-    void offer(xcb_atom_t selection, std::shared_ptr<const SelectionContents> contents);
+    /// The window that owns what is taken.
+    xcb_window_t window() const { return window_; }
 
-    /// Requests are refused; transfers under way finish.
-    void withdraw(xcb_atom_t selection) { offers_.erase(selection); }
+    /// Takes the selection; from now on requests for it are answered out of `contents`. When it returns the
+    /// server has carried it out.
+    void take(xcb_atom_t selection, SelectionContents contents);
 
-    /// When the selection was taken, in the server's time.
-    void setTimestamp(xcb_atom_t selection, xcb_timestamp_t time);
+    /// Leaves the selection without an owner. Transfers under way finish.
+    void giveUp(xcb_atom_t selection);
 
-    std::size_t transfersUnderWay() const { return transfers_.size(); }
+    /// The same, unless another application has taken it since.
+    void giveUpIfOwned(xcb_atom_t selection);
 
  private:
     struct Offer {
-        std::shared_ptr<const SelectionContents> contents;
+        SelectionContents contents;
         xcb_timestamp_t time = XCB_CURRENT_TIME;
     };
     struct Destination {
@@ -51,6 +53,9 @@ class X11SelectionServer {
         Timer patience;
     };
 
+    bool owns(xcb_atom_t selection);
+    void sync();
+    void noteTaken(const xcb_generic_event_t& event);
     void answer(const xcb_selection_request_event_t& request);
     bool convert(const Offer& offer, xcb_atom_t target, const Destination& to);
     bool convertMultiple(const Offer& offer, const Destination& to);
@@ -64,7 +69,7 @@ class X11SelectionServer {
     void watchRequestor(xcb_window_t window, bool watch);
 
     X11Connection& connection_;
-    const xcb_window_t owner_;
+    const xcb_window_t window_;
     const std::size_t pieceSize_;
     std::map<xcb_atom_t, Offer> offers_;
     std::map<Destination, Transfer> transfers_;

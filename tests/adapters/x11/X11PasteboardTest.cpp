@@ -61,6 +61,7 @@ class X11PasteboardTest : public DesktopTest {
 
     /// The clipboard as another program sees it.
     X11SelectionRead::Result readAsOther(std::string_view target, xcb_atom_t selection = XCB_ATOM_NONE) {
+        settle();
         X11SelectionRead read(*user_, selection == XCB_ATOM_NONE ? clipboard_ : selection,
                               user_->atom(target), loop_.now() + 5);
         waitFor([&] { return read.result().isDone(); }, 6);
@@ -155,6 +156,7 @@ TEST_F(X11PasteboardTest, LargeDataGoesOutInPiecesToSeveralAtOnceAndAsPartOfMult
     const auto image = patternOf(3'000'001);
     pasteboard_->clearContents();
     pasteboard_->setData(image, "image/png");
+    settle();
     const auto read = [this] {
         return std::make_unique<X11SelectionRead>(*user_, clipboard_, user_->atom("image/png"),
                                                   loop_.now() + 5);
@@ -266,6 +268,13 @@ TEST_F(X11PasteboardTest, CountsEachChangeOnce) {
     EXPECT_EQ(pasteboard_->changeCount(), before + 1) << "counted again when the server told";
     copyWithXclip("dos", "UTF8_STRING");
     EXPECT_EQ(pasteboard_->changeCount(), before + 2);
+    // Added later to what is there already.
+    pasteboard_->clearContents();
+    settle();
+    pasteboard_->setString("dos");
+    EXPECT_EQ(readAsOther("UTF8_STRING")->bytes, "dos");
+    EXPECT_EQ(pasteboard_->changeCount(), before + 3);
+    copyWithXclip("dos", "UTF8_STRING");
     // The clipboard is another's now.
     pasteboard_->setString("tres");
     EXPECT_EQ(result(pasteboard_->string()), "dos");
@@ -281,6 +290,22 @@ TEST_F(X11PasteboardTest, AClearedClipboardHasNoOwner) {
     EXPECT_EQ(result(pasteboard_->string()), std::nullopt);
     settle();
     EXPECT_EQ(pasteboard_->changeCount(), before + 1);
+}
+
+TEST_F(X11PasteboardTest, AnswersWhileTheMainExecutorIsBusy) {
+    pasteboard_->clearContents();
+    pasteboard_->setString("ocupado");
+    pasteboard_->commit();
+    // Asked and awaited without a turn of the loop in between.
+    const auto window = user_->createHiddenWindow(XCB_EVENT_MASK_NO_EVENT);
+    const xcb_atom_t property = user_->atom("ANSWER");
+    xcb_convert_selection(user_->get(), window, clipboard_, user_->atom("UTF8_STRING"), property,
+                          XCB_CURRENT_TIME);
+    user_->flush();
+    const XcbPtr<xcb_generic_event_t> event(xcb_wait_for_event(user_->get()));
+    ASSERT_EQ(event->response_type & 0x7F, XCB_SELECTION_NOTIFY);
+    EXPECT_EQ(reinterpret_cast<const xcb_selection_notify_event_t&>(*event).property, property);
+    xcb_destroy_window(user_->get(), window);
 }
 
 TEST_F(X11PasteboardTest, PassingContentsSaySoToClipboardManagers) {

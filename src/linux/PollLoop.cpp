@@ -1,0 +1,115 @@
+#include "linux/PollLoop.h"
+
+#include "base/async/SystemClock.h"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace dorix {
+
+PollLoop::PollLoop() : wakeFd_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), thread_([this] { run(); }) {}
+
+PollLoop::~PollLoop() {
+    stop();
+    ::close(wakeFd_);
+}
+
+void PollLoop::stop() {
+    {
+        const std::scoped_lock lock(mutex_);
+        stopping_ = true;
+    }
+    wake();
+    if (thread_.joinable()) thread_.join();
+}
+
+void PollLoop::post(Work work) {
+    {
+        const std::scoped_lock lock(mutex_);
+        posted_.push_back(std::move(work));
+    }
+    wake();
+}
+
+void PollLoop::wake() {
+    const std::uint64_t one = 1;
+    // A full counter means that the loop is about to wake anyway.
+    [[maybe_unused]] const auto written = ::write(wakeFd_, &one, sizeof one);
+}
+
+Executor::TimerId PollLoop::after(double seconds, Work work) {
+    const TimerId id{++lastId_};
+    timers_.emplace(Due{now() + std::max(seconds, 0.0), id}, std::move(work));
+    return id;
+}
+
+void PollLoop::cancel(TimerId id) {
+    const auto timer =
+        std::ranges::find_if(timers_, [id](const auto& entry) { return entry.first.second == id; });
+    if (timer != timers_.end()) timers_.erase(timer);
+}
+
+double PollLoop::now() const { return steadySeconds(); }
+double PollLoop::date() const { return wallSeconds(); }
+
+FdWatcher::Token PollLoop::watchReadable(int fd, std::function<void()> ready) {
+    auto watch = std::make_shared<Watch>(Watch{fd, std::move(ready)});
+    watches_.push_back(watch);
+    return watch;
+}
+
+void PollLoop::run() {
+    while (runPosted()) {
+        runDueTimers();
+        awaitEvents();
+    }
+}
+
+bool PollLoop::runPosted() {
+    std::deque<Work> batch;
+    {
+        const std::scoped_lock lock(mutex_);
+        if (stopping_) return false;
+        batch.swap(posted_);
+    }
+    for (auto& work : batch) work();
+    return true;
+}
+
+void PollLoop::runDueTimers() {
+    const double time = now();
+    while (!timers_.empty() && timers_.begin()->first.first <= time) {
+        auto timer = timers_.extract(timers_.begin());
+        timer.mapped()();
+    }
+}
+
+int PollLoop::timeout() const {
+    if (timers_.empty()) return -1;
+    const double wait = std::max(timers_.begin()->first.first - now(), 0.0);
+    return static_cast<int>(std::min(std::ceil(wait * 1000), 86'400'000.0));
+}
+
+void PollLoop::awaitEvents() {
+    std::erase_if(watches_, [](const auto& watch) { return watch.expired(); });
+    const auto watches = watches_;
+    std::vector<pollfd> fds{{wakeFd_, POLLIN, 0}};
+    for (const auto& weak : watches) {
+        const auto watch = weak.lock();
+        fds.push_back({watch ? watch->fd : -1, POLLIN, 0});
+    }
+    if (::poll(fds.data(), fds.size(), timeout()) <= 0) return;
+    std::uint64_t count = 0;
+    if (fds[0].revents != 0) [[maybe_unused]]
+        const auto taken = ::read(wakeFd_, &count, sizeof count);
+    for (std::size_t i = 0; i < watches.size(); ++i) {
+        const auto watch = fds[i + 1].revents != 0 ? watches[i].lock() : nullptr;
+        if (watch) watch->ready();
+    }
+}
+
+}  // namespace dorix
