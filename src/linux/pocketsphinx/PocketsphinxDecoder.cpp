@@ -42,6 +42,9 @@ void keepComplaint(void*, err_lvl_t level, const char* format, ...) {
     std::vsnprintf(line.data(), line.size(), format, arguments);
     va_end(arguments);
     lastComplaint() = text::trim(line.data());
+    // A damaged model is fatal to the library, which would end the program next. Unwinding its frames loses
+    // what they had allocated, once.
+    if (level == ERR_FATAL) throw MessageError("pocketsphinx: " + lastComplaint());
 }
 
 /// The library writes a page about itself to standard error otherwise.
@@ -52,6 +55,20 @@ void silenceLibrary() {
 
 [[noreturn]] void fail(const char* step) {
     throw MessageError("pocketsphinx: " + (lastComplaint().empty() ? std::string(step) : lastComplaint()));
+}
+
+std::vector<std::string> optionsFor(const ModelFiles& files) {
+    std::vector<std::string> words{"dorix",        "-hmm",  files.acoustic,  "-lm",
+                                   files.language, "-dict", files.dictionary};
+    const std::vector<std::string> search{"-cmn", "live",  // sound comes as it is spoken, not as a whole
+                                          // The search that keeps up with the speaker looks wider than by
+                                          // default: there is time while one talks.
+                                          "-beam", "1e-60", "-wbeam", "1e-40", "-pl_window", "0",
+                                          // The second pass is what the speaker waits for at the end: it
+                                          // looks less far around the words of the first.
+                                          "-fwdflatsfwin", "15"};
+    words.insert(words.end(), search.begin(), search.end());
+    return words;
 }
 
 /// Sentence ends ("<s>"), noises ("[NOISE]", "++UM++") are no words.
@@ -76,10 +93,7 @@ bool PocketsphinxDecoder::hasModel(const fs::path& models) {
 PocketsphinxDecoder::PocketsphinxDecoder(const fs::path& models) {
     silenceLibrary();
     lastComplaint().clear();
-    const ModelFiles files(models);
-    std::vector<std::string> words{"dorix", "-hmm",         files.acoustic,  //
-                                   "-lm",   files.language, "-dict",        files.dictionary,
-                                   "-cmn",  "live"};  // sound comes as it is spoken, not as a whole
+    auto words = optionsFor(ModelFiles(models));
     std::vector<char*> arguments;
     for (auto& word : words) arguments.push_back(word.data());
     options_.reset(

@@ -20,6 +20,8 @@ int wait(pid_t process) {
 }
 }  // namespace
 
+bool SoundServer::isInstalled() { return fs::exists("/usr/bin/pulseaudio"); }
+
 SoundServer::SoundServer() {
     auto pattern = (fs::temp_directory_path() / "dorix-pulse-XXXXXX").string();
     folder_ = mkdtemp(pattern.data());

@@ -14,6 +14,9 @@ namespace dorix {
 /// likewise. It ends with the test, also when that crashes.
 class SoundServer {
  public:
+    /// Whether this computer has the server's program.
+    static bool isInstalled();
+
     SoundServer();
     ~SoundServer();
 
