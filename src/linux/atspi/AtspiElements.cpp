@@ -1,5 +1,6 @@
 #include "linux/atspi/AtspiElements.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "linux/atspi/AtspiClient.h"
@@ -106,7 +107,9 @@ class ObjectElement final : public AXUIElement {
         const auto secret = isSecret(client);
         if (!secret) return std::unexpected(secret.error());
         if (*secret) return unsupported();
-        return client.text(object_, {0, maxCharacters});
+        const auto length = client.textLength(object_);
+        if (!length) return std::unexpected(length.error());
+        return client.text(object_, {0, std::min(*length, maxCharacters)});
     }
 
     /// Empty when nothing is selected. An error when it is not to be had this way, where a copy may do.

@@ -65,7 +65,10 @@ FocusFinder::Found FocusFinder::searched() {
     // An application in front that has no active window does not tell all.
     if (!window) return std::unexpected(AXError::cannotComplete);
     auto found = client_.firstBelow(*window, State::focused);
-    if (!found && found.error() == AXError::attributeUnsupported) found = searchBelow(*window);
+    // Toolkits that cannot search say so with errors of all kinds.
+    const bool searches =
+        found || found.error() == AXError::noValue || found.error() == AXError::cannotComplete;
+    if (!searches) found = searchBelow(*window);
     if (found) {
         tracker_.focusGained(*found);
         return found;
