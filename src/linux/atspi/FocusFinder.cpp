@@ -3,6 +3,7 @@
 #include <deque>
 #include <utility>
 
+#include "linux/atspi/ApplicationDirectory.h"
 #include "linux/atspi/AtspiClient.h"
 #include "linux/atspi/FocusTracker.h"
 
@@ -56,6 +57,8 @@ FocusFinder::Found FocusFinder::reported() {
 FocusFinder::Found FocusFinder::reportedByPart() {
     const auto latest = tracker_.latest();
     if (!latest || latest->bus == application_.bus) return std::unexpected(AXError::noValue);
+    // Another application is not asked: it may hang, and this one's budget is not for it.
+    if (directory_.isApplication(client_, latest->bus)) return std::unexpected(AXError::noValue);
     if (!isBelow(*latest, application_) || !hasFocus(*latest)) return std::unexpected(AXError::noValue);
     return *latest;
 }
@@ -92,6 +95,7 @@ FocusFinder::Found FocusFinder::searchBelow(const ObjectRef& window) {
         if (atspi::has(*states, State::managesDescendants)) continue;
         const auto children = client_.children(object);
         if (!children) return std::unexpected(children.error());
+        if (children->size() == AtspiClient::maxChildren) return std::unexpected(AXError::cannotComplete);
         left.insert(left.end(), children->begin(), children->end());
     }
     return std::unexpected(AXError::noValue);

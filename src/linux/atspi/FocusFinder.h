@@ -1,12 +1,14 @@
 #pragma once
 
 #include <expected>
+#include <utility>
 
 #include "linux/atspi/ObjectRef.h"
 #include "platform/Accessibility.h"
 
 namespace dorix {
 
+class ApplicationDirectory;
 class AtspiClient;
 class FocusTracker;
 
@@ -15,8 +17,9 @@ class FocusTracker;
 /// executor; blocks within the client's budget.
 class FocusFinder {
   public:
-    FocusFinder(AtspiClient& client, FocusTracker& tracker, ObjectRef application)
-        : client_(client), tracker_(tracker), application_(std::move(application)) {}
+    FocusFinder(AtspiClient& client, FocusTracker& tracker, ApplicationDirectory& directory,
+                ObjectRef application)
+        : client_(client), tracker_(tracker), directory_(directory), application_(std::move(application)) {}
 
     /// noValue only when the application told that the focus left, and nothing in its active window has it.
     std::expected<ObjectRef, AXError> focusedElement();
@@ -36,6 +39,7 @@ class FocusFinder {
 
     AtspiClient& client_;
     FocusTracker& tracker_;
+    ApplicationDirectory& directory_;
     const ObjectRef application_;
 };
 
