@@ -76,9 +76,11 @@ FocusFinder::Found FocusFinder::searched() {
         tracker_.focusGained(*found);
         return found;
     }
+    // Only of one that is known to tell is nothing found the same as nothing there: many show no more than
+    // the frame of their window.
     const auto* told = tracker_.find(application_.bus);
-    const bool leftForNowhere = told && told->focusWasLost && found.error() == AXError::noValue;
-    return std::unexpected(leftForNowhere ? AXError::noValue : AXError::cannotComplete);
+    const bool certain = told && told->tellsOfFocus && found.error() == AXError::noValue;
+    return std::unexpected(certain ? AXError::noValue : AXError::cannotComplete);
 }
 
 /// Level by level through what shows, for applications that cannot search themselves.

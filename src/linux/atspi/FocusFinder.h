@@ -21,7 +21,8 @@ class FocusFinder {
                 ObjectRef application)
         : client_(client), tracker_(tracker), directory_(directory), application_(std::move(application)) {}
 
-    /// noValue only when the application told that the focus left, and nothing in its active window has it.
+    /// noValue only when the application is known to tell of its focus, and nothing in its active window has
+    /// it.
     std::expected<ObjectRef, AXError> focusedElement();
 
     /// noValue when none of its windows is active.

@@ -124,6 +124,14 @@ TEST_F(AtspiTest, FindsAFocusThatWasThereBefore) {
     EXPECT_TRUE(title().value_or("").contains("nota.txt"));
 }
 
+TEST_F(AtspiTest, AnOpenMenuLeavesNothingToTypeIn) {
+    startWithEditor("uno dos");
+    press("F10");
+    EXPECT_TRUE(waitUntil([this] { return focusError() == AXError::noValue; }));
+    press("Escape");
+    EXPECT_TRUE(waitUntil([this] { return focusString("AXRole") == "AXTextArea"; }));
+}
+
 TEST_F(AtspiTest, AnApplicationOffTheBusIsUnknown) {
     start();
     ASSERT_TRUE(becomesAvailable());

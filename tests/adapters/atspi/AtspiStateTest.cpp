@@ -34,10 +34,9 @@ TEST(FocusTracker, TakesTheOldAndTheNewInEitherOrder) {
     const ObjectRef two{":1.1", "/2"};
     tracker.focusGained(one);
     tracker.focusLost(one);
-    EXPECT_TRUE(tracker.find(":1.1")->focusWasLost);
+    EXPECT_EQ(tracker.find(":1.1")->focus, std::nullopt);
     tracker.focusGained(two);
     EXPECT_EQ(tracker.find(":1.1")->focus, "/2");
-    EXPECT_FALSE(tracker.find(":1.1")->focusWasLost);
     tracker.focusGained(one);
     tracker.focusLost(two);
     EXPECT_EQ(tracker.find(":1.1")->focus, "/1");
