@@ -15,7 +15,9 @@ endif()
 add_library(dorix_options INTERFACE)
 target_compile_options(dorix_options INTERFACE
     -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
-    -Wold-style-cast -Wimplicit-fallthrough -Wextra-semi)
+    -Wold-style-cast -Wimplicit-fallthrough -Wextra-semi
+    # Designated initialisers name what differs from the record's defaults; leaving the rest out is their use.
+    -Wno-missing-designated-field-initializers)
 
 if(DORIX_SANITIZE)
     add_compile_options(-fsanitize=${DORIX_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)

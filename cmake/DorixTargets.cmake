@@ -10,9 +10,12 @@ function(dorix_library name)
     target_link_libraries(dorix_${name} PUBLIC ${ARG_PUBLIC} PRIVATE dorix_options ${ARG_PRIVATE})
 endfunction()
 
+add_custom_target(unit_tests)
+
 # dorix_test(NAME SOURCES ... LIBS ... [LABELS ...])
 #
-# A GoogleTest executable that CTest runs as one test.
+# A GoogleTest executable that CTest runs as one test. Those labelled unit are built by the target unit_tests, which
+# the sanitizer runs are content with.
 function(dorix_test name)
     cmake_parse_arguments(ARG "" "" "SOURCES;LIBS;LABELS" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
@@ -20,4 +23,7 @@ function(dorix_test name)
     target_link_libraries(${name} PRIVATE dorix_options ${ARG_LIBS} GTest::gtest GTest::gmock GTest::gtest_main)
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT 120)
+    if("unit" IN_LIST ARG_LABELS)
+        add_dependencies(unit_tests ${name})
+    endif()
 endfunction()

@@ -58,11 +58,14 @@ class Observable {
     void set(T value) {
         if (value == value_) return;
         value_ = std::move(value);
-        // The field itself: when an observer sets it again, those not yet told get the newest, not this value.
+        // The field itself: when an observer sets it again, those not yet told get the newest, not this
+        // value.
         observers_.notify(value_);
     }
 
-    Subscription subscribe(std::function<void(const T&)> observer) { return observers_.add(std::move(observer)); }
+    Subscription subscribe(std::function<void(const T&)> observer) {
+        return observers_.add(std::move(observer));
+    }
 
  private:
     T value_{};

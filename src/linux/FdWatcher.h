@@ -8,7 +8,7 @@ namespace dorix {
 /// Tells on the main executor when a file descriptor can be read; adapters hang their connections on it.
 /// Main executor only.
 class FdWatcher {
- public:
+  public:
     /// Ends the watch when destroyed; do so before closing the descriptor.
     using Token = std::shared_ptr<void>;
 

@@ -53,7 +53,8 @@ class Accessibility {
 
     /// The element of an application. Its `budget`, in seconds, runs from this call. Never fails: what cannot
     /// be reached shows when its attributes are asked for. Main executor.
-    virtual AXUIElementRef createApplication(std::int32_t processIdentifier, double budget = defaultBudget) = 0;
+    virtual AXUIElementRef createApplication(std::int32_t processIdentifier,
+                                             double budget = defaultBudget) = 0;
 };
 
 /// Where nobody may look into other applications: every attribute gives apiDisabled.

@@ -17,6 +17,8 @@ class NoInput final : public AudioEngine {
 };
 }  // namespace
 
-std::unique_ptr<AudioEngine> UnavailableAudioEngineFactory::makeEngine() { return std::make_unique<NoInput>(); }
+std::unique_ptr<AudioEngine> UnavailableAudioEngineFactory::makeEngine() {
+    return std::make_unique<NoInput>();
+}
 
 }  // namespace dorix

@@ -43,7 +43,8 @@ class AudioEngine {
     virtual void removeTap() = 0;
 
     /// Called on the main executor, until the engine is destroyed, when the default input changes or the one
-    /// in use goes away.
+    /// in use goes away. Replaces the observer before it, an empty one takes it away. It may destroy the
+    /// engine, or replace itself, while it is being called.
     virtual void onConfigurationChange(std::function<void()> observer) = 0;
 
     /// Begins to capture; buffers come soon after. Throws an Error when the input cannot be opened.

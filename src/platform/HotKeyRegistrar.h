@@ -31,7 +31,8 @@ class HotKeyRegistrar {
 
     /// The chord of `keyCode` and hot-key modifier bits, whatever lock modifiers are on. Fails with a status
     /// other than 0 when the system or another program has it.
-    virtual std::expected<Ref, Status> registerHotKey(std::uint16_t keyCode, std::uint32_t modifiers, HotKeyID id) = 0;
+    virtual std::expected<Ref, Status> registerHotKey(std::uint16_t keyCode, std::uint32_t modifiers,
+                                                      HotKeyID id) = 0;
 
     /// Unknown refs are ignored.
     virtual void unregisterHotKey(Ref ref) = 0;

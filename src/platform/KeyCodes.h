@@ -4,7 +4,8 @@
 
 namespace dorix {
 
-/// Virtual key codes: positions on the keyboard, but for the letters, which stand for the key that types them.
+/// Virtual key codes: positions on the keyboard, but for the letters, which stand for the key that types
+/// them.
 namespace keycode {
 inline constexpr std::uint16_t c = 8;
 inline constexpr std::uint16_t v = 9;

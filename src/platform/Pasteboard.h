@@ -11,8 +11,8 @@
 
 namespace dorix {
 
-/// The general clipboard. Main executor. Reading asks the application that holds the contents and so suspends;
-/// it never blocks, and gives up on an application that does not answer.
+/// The general clipboard. Main executor. Reading asks the application that holds the contents and so
+/// suspends; it never blocks, and gives up on an application that does not answer.
 class Pasteboard {
  public:
     using Bytes = std::string;

@@ -64,8 +64,8 @@ class SpeechRecognition {
     /// Gets the model onto this computer and telling how far it is, on the main executor. Throws an Error.
     virtual Task<void> downloadAndInstall(std::string locale, Progress progress) = 0;
 
-    /// The format that the recogniser wants its sound in; none when it cannot be used. Loads the model when it is
-    /// not loaded; it then stays for the life of the process.
+    /// The format that the recogniser wants its sound in; none when it cannot be used. Loads the model when
+    /// it is not loaded; it then stays for the life of the process.
     virtual Task<std::optional<AudioFormat>> bestAvailableAudioFormat(std::string locale) = 0;
 
     virtual std::unique_ptr<SpeechAnalyzer> makeAnalyzer(const std::string& locale) = 0;
@@ -77,7 +77,9 @@ class UnavailableSpeechRecognition final : public SpeechRecognition {
     std::optional<std::string> supportedLocale(const std::string&) const override { return std::nullopt; }
     AssetStatus assetStatus(const std::string&) const override { return AssetStatus::unsupported; }
     Task<void> downloadAndInstall(std::string, Progress) override { co_return; }
-    Task<std::optional<AudioFormat>> bestAvailableAudioFormat(std::string) override { co_return std::nullopt; }
+    Task<std::optional<AudioFormat>> bestAvailableAudioFormat(std::string) override {
+        co_return std::nullopt;
+    }
     std::unique_ptr<SpeechAnalyzer> makeAnalyzer(const std::string&) override { return nullptr; }
 };
 

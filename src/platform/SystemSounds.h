@@ -9,8 +9,8 @@ class SystemSounds {
  public:
     virtual ~SystemSounds() = default;
 
-    /// Stops the sound if it is playing and plays it from its start, at `volume` 0 to 1. Silence when it is not
-    /// there.
+    /// Stops the sound if it is playing and plays it from its start, at `volume` 0 to 1. Silence when it is
+    /// not there.
     virtual void play(std::string_view name, double volume) = 0;
 };
 

@@ -29,8 +29,8 @@ class Workspace {
     /// This application's own bundle identifier.
     virtual std::string ownBundleIdentifier() const = 0;
 
-    /// Brings the application, and of its windows the one it was seen with, to the front. Nothing happens if it
-    /// has gone.
+    /// Brings the application, and of its windows the one it was seen with, to the front. Nothing happens if
+    /// it has gone.
     virtual void activate(const RunningApplication& app) = 0;
 };
 

@@ -1,16 +1,16 @@
 #pragma once
 
+#include "platform/Accessibility.h"
+
 #include <map>
 #include <set>
 #include <string>
-
-#include "platform/Accessibility.h"
 
 namespace dorix {
 
 /// An element whose answers are set by the test. An attribute that was not set gives `otherwise`.
 class FakeElement final : public AXUIElement {
-  public:
+ public:
     std::map<std::string, std::expected<AXValue, AXError>, std::less<>> attributes;
     std::map<std::string, std::expected<bool, AXError>, std::less<>> settable;
     AXError otherwise = AXError::attributeUnsupported;
@@ -23,7 +23,7 @@ class FakeElement final : public AXUIElement {
 
 /// Applications by their process. One that was not set up does not answer.
 class FakeAccessibility final : public Accessibility {
-  public:
+ public:
     std::map<std::int32_t, std::shared_ptr<FakeElement>> applications;
     double lastBudget = 0;
 

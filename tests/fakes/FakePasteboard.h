@@ -1,16 +1,16 @@
 #pragma once
 
+#include "platform/Pasteboard.h"
+
 #include <string>
 #include <vector>
-
-#include "platform/Pasteboard.h"
 
 namespace dorix {
 
 /// A clipboard in memory. Reading takes `readSeconds` of the task's executor and gives what was there when it
 /// began, so that a test can change it under the reading.
 class FakePasteboard final : public Pasteboard {
-  public:
+ public:
     std::vector<Item> items;
     double readSeconds = 0;
     /// What was done, in order: "read", "string", "clear", "setString ...", "setData TYPE", "write N",
@@ -31,7 +31,7 @@ class FakePasteboard final : public Pasteboard {
     void setData(Bytes data, std::string_view type) override;
     void writeObjects(std::vector<Item> objects) override;
 
-  private:
+ private:
     bool begun();
 
     std::int64_t changeCount_ = 7;

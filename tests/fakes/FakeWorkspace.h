@@ -1,15 +1,15 @@
 #pragma once
 
+#include "platform/Workspace.h"
+
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "platform/Workspace.h"
-
 namespace dorix {
 
 class FakeWorkspace final : public Workspace {
-  public:
+ public:
     std::optional<RunningApplication> frontmost;
     std::string own = "es.pelmora.dorix";
     std::vector<RunningApplication> activated;

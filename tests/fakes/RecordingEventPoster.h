@@ -1,15 +1,15 @@
 #pragma once
 
+#include "platform/EventPoster.h"
+
 #include <functional>
 #include <vector>
-
-#include "platform/EventPoster.h"
 
 namespace dorix {
 
 /// Keeps what is posted; `onPost` plays the application that gets it.
 class RecordingEventPoster final : public EventPoster {
-  public:
+ public:
     struct Posted {
         std::uint16_t keyCode = 0;
         Direction direction = Direction::down;

@@ -1,11 +1,11 @@
+#include "base/text/Text.h"
+#include "dictation/context/AppContext.h"
+#include "dictation/context/PageUrl.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
-
-#include "base/text/Text.h"
-#include "dictation/context/AppContext.h"
-#include "dictation/context/PageUrl.h"
 
 using namespace dorix;
 

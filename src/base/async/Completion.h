@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/async/Task.h"
+
 #include <exception>
 #include <memory>
 #include <mutex>
@@ -8,15 +10,13 @@
 #include <variant>
 #include <vector>
 
-#include "base/async/Task.h"
-
 namespace dorix {
 
 /// A result that is made once, on any thread, and awaited by any number of tasks, each of which goes on on
 /// its own executor. The bridge from callbacks to tasks. Copies share the one result.
 template <typename T>
 class Completion {
-  public:
+ public:
     using Value = std::conditional_t<std::is_void_v<T>, std::monostate, T>;
 
     /// Any thread. False when it was completed before; the first result stands.
@@ -45,7 +45,7 @@ class Completion {
     /// The same wait, but a stop request does not cut it short: co_await result.throughStop().
     Awaiter throughStop() const { return Awaiter(state_, Wait::Stoppable::no); }
 
-  private:
+ private:
     using Result = std::variant<std::monostate, Value, std::exception_ptr>;
 
     struct State {
@@ -75,7 +75,7 @@ class Completion {
 
 template <typename T>
 class Completion<T>::Awaiter : Wait {
-  public:
+ public:
     Awaiter(std::shared_ptr<State> state, Wait::Stoppable stoppable)
         : Wait(stoppable), state_(std::move(state)) {}
 
@@ -101,7 +101,7 @@ class Completion<T>::Awaiter : Wait {
         if constexpr (!std::is_void_v<T>) return std::get<1>(state_->result);
     }
 
-  private:
+ private:
     std::shared_ptr<State> state_;
 };
 

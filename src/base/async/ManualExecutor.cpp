@@ -21,7 +21,8 @@ Executor::TimerId ManualExecutor::after(double seconds, Work work) {
 }
 
 void ManualExecutor::cancel(TimerId id) {
-    const auto timer = std::ranges::find_if(timers_, [id](const auto& entry) { return entry.first.second == id; });
+    const auto timer =
+        std::ranges::find_if(timers_, [id](const auto& entry) { return entry.first.second == id; });
     if (timer != timers_.end()) timers_.erase(timer);
 }
 

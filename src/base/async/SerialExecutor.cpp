@@ -37,7 +37,8 @@ Executor::TimerId SerialExecutor::after(double seconds, Work work) {
 void SerialExecutor::cancel(TimerId id) {
     Work dropped;  // destroyed outside the lock: it may own what calls back in here
     std::scoped_lock lock(mutex_);
-    const auto timer = std::ranges::find_if(timers_, [id](const auto& entry) { return entry.first.second == id; });
+    const auto timer =
+        std::ranges::find_if(timers_, [id](const auto& entry) { return entry.first.second == id; });
     if (timer == timers_.end()) return;
     dropped = std::move(timer->second);
     timers_.erase(timer);

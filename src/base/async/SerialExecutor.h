@@ -36,10 +36,10 @@ class SerialExecutor : public Executor {
 
     std::mutex mutex_;
     std::condition_variable wake_;
-    std::deque<Work> posted_;       // guarded by mutex_
-    std::map<Due, Work> timers_;    // guarded by mutex_
-    std::uint64_t lastId_ = 0;      // guarded by mutex_
-    bool stopping_ = false;         // guarded by mutex_
+    std::deque<Work> posted_;     // guarded by mutex_
+    std::map<Due, Work> timers_;  // guarded by mutex_
+    std::uint64_t lastId_ = 0;    // guarded by mutex_
+    bool stopping_ = false;       // guarded by mutex_
     std::thread thread_;
 };
 

@@ -1,19 +1,19 @@
 #pragma once
 
-#include <memory>
-#include <unordered_set>
-#include <utility>
-
 #include "base/async/Cancelled.h"
 #include "base/async/Completion.h"
 #include "base/async/Task.h"
+
+#include <memory>
+#include <unordered_set>
+#include <utility>
 
 namespace dorix {
 
 /// A task that a scope started. Copies name the same task; letting go of the handle lets the task run on.
 template <typename T>
 class TaskHandle {
-  public:
+ public:
     /// Asks the task to stop: the wait that it is in throws Cancelled. Any thread.
     void cancel() const { root_->requestStop(); }
 
@@ -27,7 +27,7 @@ class TaskHandle {
     /// The same wait, but a stop request to the awaiter does not cut it short.
     auto throughStop() const { return result_.throughStop(); }
 
-  private:
+ private:
     friend class TaskScope;
     TaskHandle(std::shared_ptr<TaskRoot> root, Completion<T> result)
         : root_(std::move(root)), result_(std::move(result)) {}
@@ -40,7 +40,7 @@ class TaskHandle {
 /// they stand suspended: nothing of them runs afterwards, so they may use their owner freely. Declare it as
 /// the owner's last member. Executor's thread only.
 class TaskScope {
-  public:
+ public:
     explicit TaskScope(Executor& executor) : executor_(executor) {}
     TaskScope(const TaskScope&) = delete;
     TaskScope& operator=(const TaskScope&) = delete;
@@ -63,7 +63,7 @@ class TaskScope {
         return TaskHandle<T>(root, result);
     }
 
-  private:
+ private:
     using Roots = std::unordered_set<std::shared_ptr<TaskRoot>>;
 
     struct Outermost {

@@ -28,7 +28,8 @@ Regex::Regex(std::string_view pattern, Case letterCase) : compiled_(std::make_un
     const uint32_t flags = letterCase == Case::ignored ? UREGEX_CASE_INSENSITIVE : 0;
     compiled_->pattern.reset(icu::RegexPattern::compile(toUnicode(pattern), flags, where, status));
     if (U_FAILURE(status)) {
-        std::fprintf(stderr, "invalid regular expression %.*s\n", static_cast<int>(pattern.size()), pattern.data());
+        std::fprintf(stderr, "invalid regular expression %.*s\n", static_cast<int>(pattern.size()),
+                     pattern.data());
         std::abort();
     }
 }

@@ -77,9 +77,7 @@ bool isSpaceOrLineEnd(UChar32 c) {
     return isBlank(c) || (c >= 0x0A && c <= 0x0D) || c == 0x85 || c == 0x2028 || c == 0x2029;
 }
 
-bool isLetter(UChar32 c) {
-    return (U_MASK(u_charType(c)) & (U_GC_L_MASK | U_GC_M_MASK)) != 0;
-}
+bool isLetter(UChar32 c) { return (U_MASK(u_charType(c)) & (U_GC_L_MASK | U_GC_M_MASK)) != 0; }
 
 /// Splits into the runs of code points that satisfy `belongs`; text that is not UTF-8 does not.
 template <typename Belongs>
@@ -95,7 +93,8 @@ std::vector<std::string_view> runsOf(std::string_view text, Belongs belongs) {
         const bool inside = belongs(c);
         if (inside && start < 0) start = before;
         if (!inside && start >= 0) {
-            runs.push_back(text.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(before - start)));
+            runs.push_back(
+                text.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(before - start)));
             start = -1;
         }
     }
@@ -173,7 +172,8 @@ std::vector<std::string_view> words(std::string_view text) {
 std::vector<std::string_view> split(std::string_view text, char separator) {
     std::vector<std::string_view> pieces;
     std::size_t start = 0;
-    for (std::size_t end = text.find(separator); end != std::string_view::npos; end = text.find(separator, start)) {
+    for (std::size_t end = text.find(separator); end != std::string_view::npos;
+         end = text.find(separator, start)) {
         pieces.push_back(text.substr(start, end - start));
         start = end + 1;
     }

@@ -1,11 +1,11 @@
 #include "dictation/context/AppContext.h"
 
-#include <algorithm>
-
 #include "base/text/Text.h"
 #include "dictation/context/AppTables.h"
 #include "dictation/context/PageUrl.h"
 #include "platform/Accessibility.h"
+
+#include <algorithm>
 
 namespace dorix {
 

@@ -1,12 +1,12 @@
 #pragma once
 
-#include <optional>
-#include <string>
-#include <string_view>
-
 #include "dictation/context/Glyph.h"
 #include "dictation/context/Tone.h"
 #include "platform/Workspace.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
 
 namespace dorix {
 

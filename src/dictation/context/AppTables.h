@@ -1,10 +1,10 @@
 #pragma once
 
-#include <span>
-#include <string_view>
-
 #include "dictation/context/Glyph.h"
 #include "dictation/context/Tone.h"
+
+#include <span>
+#include <string_view>
 
 /// What the program knows of the applications and sites of the world. Built once, never changed; the order of
 /// the rows is the order of trying. Any thread.

@@ -1,8 +1,8 @@
 #include "dictation/context/PageUrl.h"
 
-#include <algorithm>
-
 #include "base/text/Text.h"
+
+#include <algorithm>
 
 namespace dorix {
 

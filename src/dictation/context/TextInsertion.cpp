@@ -1,10 +1,10 @@
 #include "dictation/context/TextInsertion.h"
 
-#include <utility>
-
 #include "base/async/Sleep.h"
 #include "platform/EventPoster.h"
 #include "platform/KeyCodes.h"
+
+#include <utility>
 
 namespace dorix {
 

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "base/async/TaskScope.h"
+#include "platform/Pasteboard.h"
+
 #include <cstdint>
 #include <string>
 #include <vector>
-
-#include "base/async/TaskScope.h"
-#include "platform/Pasteboard.h"
 
 namespace dorix {
 
@@ -15,7 +15,7 @@ class EventPoster;
 /// Main executor. What is under way ends with it, so it lives as long as the program; so do its
 /// collaborators.
 class TextInserter {
-  public:
+ public:
     /// All that was on the clipboard.
     using Snapshot = std::vector<Pasteboard::Item>;
 
@@ -37,7 +37,7 @@ class TextInserter {
     /// insertion is seen through, even when the task that asked for it is destroyed.
     Task<void> insertText(std::string text, bool restoreClipboard);
 
-  private:
+ private:
     Task<void> paste(std::string text, bool restoreClipboard);
 
     Pasteboard& pasteboard_;

@@ -1,13 +1,13 @@
 #include "dictation/context/TextSelection.h"
 
-#include <utility>
-
 #include "base/async/Sleep.h"
 #include "base/text/Text.h"
 #include "dictation/context/AppContext.h"
 #include "dictation/context/TextInsertion.h"
 #include "platform/Accessibility.h"
 #include "platform/KeyCodes.h"
+
+#include <utility>
 
 namespace dorix {
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <optional>
-
 #include "base/async/TaskScope.h"
 #include "dictation/context/SelectedText.h"
 #include "platform/Workspace.h"
+
+#include <optional>
 
 namespace dorix {
 
@@ -14,7 +14,7 @@ class TextInserter;
 
 /// Reads what is selected in an application. Main executor; its collaborators outlive it.
 class TextSelection {
-  public:
+ public:
     TextSelection(Executor& executor, Accessibility& accessibility, Pasteboard& pasteboard,
                   TextInserter& inserter)
         : accessibility_(accessibility), pasteboard_(pasteboard), inserter_(inserter), tasks_(executor) {}
@@ -25,7 +25,7 @@ class TextSelection {
     /// copy short, so that the clipboard is given back.
     Task<std::optional<SelectedText>> selection(std::optional<RunningApplication> app, bool insist);
 
-  private:
+ private:
     std::optional<SelectedText> ask(const RunningApplication& app);
     Task<std::optional<SelectedText>> copyProbe();
 

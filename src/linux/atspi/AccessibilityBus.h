@@ -1,18 +1,18 @@
 #pragma once
 
-#include <memory>
-#include <string>
-
 #include "linux/atspi/ApplicationDirectory.h"
 #include "linux/atspi/BusConnection.h"
 #include "linux/atspi/FocusTracker.h"
+
+#include <memory>
+#include <string>
 
 namespace dorix {
 
 /// The accessibility bus: found by way of the session bus, listened to, and found again when it comes back.
 /// Main executor. Nothing here blocks.
 class AccessibilityBus {
-  public:
+ public:
     AccessibilityBus(WorkQueue& queue, FdWatcher& watcher) : queue_(queue), watcher_(watcher) {}
     AccessibilityBus(const AccessibilityBus&) = delete;
     AccessibilityBus& operator=(const AccessibilityBus&) = delete;
@@ -28,7 +28,7 @@ class AccessibilityBus {
     FocusTracker& focus() { return focus_; }
     ApplicationDirectory& applications() { return applications_; }
 
-  private:
+ private:
     bool openSession();
     void askAddress();
     void open(const std::string& address);

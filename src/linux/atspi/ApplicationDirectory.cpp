@@ -1,8 +1,8 @@
 #include "linux/atspi/ApplicationDirectory.h"
 
-#include <algorithm>
-
 #include "linux/atspi/AtspiClient.h"
+
+#include <algorithm>
 
 namespace dorix {
 

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "linux/atspi/ObjectRef.h"
+#include "platform/Accessibility.h"
+
 #include <cstdint>
 #include <expected>
 #include <map>
 #include <string>
-
-#include "linux/atspi/ObjectRef.h"
-#include "platform/Accessibility.h"
 
 namespace dorix {
 
@@ -15,7 +15,7 @@ class AtspiClient;
 /// Which connection on the accessibility bus is which process. Only the registry and the bus itself are
 /// asked, never an application. Main executor.
 class ApplicationDirectory {
-  public:
+ public:
     /// The root object of the application; cannotComplete when it is not on the bus.
     std::expected<ObjectRef, AXError> find(AtspiClient& client, std::int32_t process);
 
@@ -25,7 +25,7 @@ class ApplicationDirectory {
     /// The connection is closed.
     void gone(const std::string& bus) { processes_.erase(bus); }
 
-  private:
+ private:
     std::map<std::string, std::int32_t> processes_;
 };
 

@@ -1,9 +1,9 @@
 #include "linux/atspi/AtspiAccessibility.h"
 
-#include <utility>
-
 #include "linux/atspi/AccessibilityBus.h"
 #include "linux/atspi/AtspiElements.h"
+
+#include <utility>
 
 namespace dorix {
 

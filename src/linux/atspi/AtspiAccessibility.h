@@ -1,13 +1,13 @@
 #pragma once
 
+#include "base/async/Executor.h"
+#include "linux/FdWatcher.h"
+#include "platform/Accessibility.h"
+
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
-
-#include "base/async/Executor.h"
-#include "linux/FdWatcher.h"
-#include "platform/Accessibility.h"
 
 namespace dorix {
 
@@ -24,7 +24,7 @@ class AccessibilityBus;
 /// An application that is not on the bus gives cannotComplete. The title of its window is given all the same,
 /// as the window system knows it.
 class AtspiAccessibility final : public Accessibility {
-  public:
+ public:
     /// The title of the window of that process which is in front, if the window system knows one. Must not
     /// block on the application.
     using WindowTitle = std::function<std::optional<std::string>(std::int32_t processIdentifier)>;
@@ -38,7 +38,7 @@ class AtspiAccessibility final : public Accessibility {
     /// Whether other applications can be looked into at this moment. Does not block.
     bool isAvailable() const;
 
-  private:
+ private:
     Executor& executor_;
     const WindowTitle windowTitle_;
     const std::shared_ptr<AccessibilityBus> bus_;

@@ -1,22 +1,22 @@
 #pragma once
 
-#include <expected>
-#include <optional>
-#include <string>
-#include <vector>
-
 #include "base/async/Executor.h"
 #include "linux/atspi/AtspiRoles.h"
 #include "linux/atspi/BusConnection.h"
 #include "linux/atspi/ObjectRef.h"
 #include "platform/Accessibility.h"
 
+#include <expected>
+#include <optional>
+#include <string>
+#include <vector>
+
 namespace dorix {
 
 /// Questions to accessible objects, all of which share one time budget: once it is spent every answer is
 /// cannotComplete, at once. Main executor; a question blocks for what is left of the budget at most.
 class AtspiClient {
-  public:
+ public:
     template <typename T>
     using Answer = std::expected<T, AXError>;
 
@@ -54,7 +54,7 @@ class AtspiClient {
     /// The process behind a connection, as the bus knows it.
     Answer<std::int32_t> process(const std::string& bus);
 
-  private:
+ private:
     sdbus::Message ask(const ObjectRef& object, const char* interface, const char* member) const;
     Answer<sdbus::Message> send(const sdbus::Message& request);
     Answer<sdbus::Message> property(const ObjectRef& object, const char* interface, const char* name,

@@ -1,10 +1,10 @@
 #include "linux/atspi/AtspiElements.h"
 
-#include <algorithm>
-#include <utility>
-
 #include "linux/atspi/AtspiClient.h"
 #include "linux/atspi/FocusFinder.h"
+
+#include <algorithm>
+#include <utility>
 
 namespace dorix {
 
@@ -47,7 +47,7 @@ Answer<std::string> documentAddress(AtspiClient& client, const ObjectRef& docume
 
 /// A control, a page, anything below a window. What it is and which states it is in are asked once.
 class ObjectElement final : public AXUIElement {
-  public:
+ public:
     ObjectElement(Look look, ObjectRef object) : look_(std::move(look)), object_(std::move(object)) {}
 
     Value copyAttributeValue(std::string_view attribute) const override {
@@ -69,7 +69,7 @@ class ObjectElement final : public AXUIElement {
         return atspi::has(*states, State::editable) && !atspi::has(*states, State::readOnly);
     }
 
-  private:
+ private:
     Answer<Role> roleOf(AtspiClient& client) const {
         if (!role_) role_ = client.role(object_);
         return *role_;
@@ -159,7 +159,7 @@ Answer<ObjectRef> focusIn(AtspiClient& client, const AtspiLook& look) {
 /// The active window of the application. Its title is known to the window system even where the application
 /// tells nothing.
 class WindowElement final : public AXUIElement {
-  public:
+ public:
     WindowElement(Look look, Answer<ObjectRef> window) : look_(std::move(look)), window_(std::move(window)) {}
 
     Value copyAttributeValue(std::string_view attribute) const override {
@@ -173,7 +173,7 @@ class WindowElement final : public AXUIElement {
 
     Answer<bool> isAttributeSettable(std::string_view) const override { return false; }
 
-  private:
+ private:
     Answer<std::string> title(AtspiClient& client) const {
         auto name = window_ ? client.name(*window_) : Answer<std::string>(std::unexpected(window_.error()));
         if (name && !name->empty()) return name;
@@ -198,7 +198,7 @@ class WindowElement final : public AXUIElement {
 };
 
 class ApplicationElement final : public AXUIElement {
-  public:
+ public:
     explicit ApplicationElement(Look look) : look_(std::move(look)) {}
 
     Value copyAttributeValue(std::string_view attribute) const override {
@@ -212,7 +212,7 @@ class ApplicationElement final : public AXUIElement {
 
     Answer<bool> isAttributeSettable(std::string_view) const override { return false; }
 
-  private:
+ private:
     Value focusedWindow(AtspiClient& client) const {
         auto window = findIn(client, *look_, [](FocusFinder& finder) { return finder.activeWindow(); });
         if (!window && !look_->windowTitle(look_->process)) return std::unexpected(window.error());

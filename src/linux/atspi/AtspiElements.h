@@ -1,12 +1,12 @@
 #pragma once
 
+#include "linux/atspi/AccessibilityBus.h"
+#include "platform/Accessibility.h"
+
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
-
-#include "linux/atspi/AccessibilityBus.h"
-#include "platform/Accessibility.h"
 
 namespace dorix {
 

@@ -1,21 +1,21 @@
 #pragma once
 
+#include "base/async/Executor.h"
+#include "linux/FdWatcher.h"
+#include "linux/atspi/SdBus.h"
+
 #include <expected>
 #include <functional>
 #include <list>
 #include <memory>
 #include <string>
 
-#include "base/async/Executor.h"
-#include "linux/FdWatcher.h"
-#include "linux/atspi/SdBus.h"
-
 namespace dorix {
 
 /// One connection to a message bus, fed by the main loop. Main executor only. Opening, sending and listening
 /// do not block; `call` does, for as long as it is told to at most.
 class BusConnection {
-  public:
+ public:
     /// The message belongs to the caller of the handler. A failed call is told as an error message, or as
     /// nullptr when it could not even be sent.
     using Handler = std::function<void(sd_bus_message* message)>;
@@ -48,7 +48,7 @@ class BusConnection {
     /// Handles what has come in already. Handlers must not call `call`.
     void pump();
 
-  private:
+ private:
     struct Pending {
         Handler handler;
         sdbus::Slot slot;

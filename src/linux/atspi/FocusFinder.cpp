@@ -1,11 +1,11 @@
 #include "linux/atspi/FocusFinder.h"
 
-#include <deque>
-#include <utility>
-
 #include "linux/atspi/ApplicationDirectory.h"
 #include "linux/atspi/AtspiClient.h"
 #include "linux/atspi/FocusTracker.h"
+
+#include <deque>
+#include <utility>
 
 namespace dorix {
 

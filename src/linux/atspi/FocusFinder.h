@@ -1,10 +1,10 @@
 #pragma once
 
-#include <expected>
-#include <utility>
-
 #include "linux/atspi/ObjectRef.h"
 #include "platform/Accessibility.h"
+
+#include <expected>
+#include <utility>
 
 namespace dorix {
 
@@ -16,7 +16,7 @@ class FocusTracker;
 /// nothing (the focus was there before us) is it searched for, within the active window and bounded. Main
 /// executor; blocks within the client's budget.
 class FocusFinder {
-  public:
+ public:
     FocusFinder(AtspiClient& client, FocusTracker& tracker, ApplicationDirectory& directory,
                 ObjectRef application)
         : client_(client), tracker_(tracker), directory_(directory), application_(std::move(application)) {}
@@ -28,7 +28,7 @@ class FocusFinder {
     /// noValue when none of its windows is active.
     std::expected<ObjectRef, AXError> activeWindow();
 
-  private:
+ private:
     using Found = std::expected<ObjectRef, AXError>;
 
     Found reported();

@@ -1,16 +1,16 @@
 #pragma once
 
+#include "linux/atspi/ObjectRef.h"
+
 #include <map>
 #include <optional>
 #include <string>
-
-#include "linux/atspi/ObjectRef.h"
 
 namespace dorix {
 
 /// Where the focus was last seen, by application, as events tell it. Main executor.
 class FocusTracker {
-  public:
+ public:
     struct App {
         std::optional<std::string> focus;
         /// It has told of a focus at least once, so that its silence means something.
@@ -33,7 +33,7 @@ class FocusTracker {
     /// The last place of all to get the focus: a part of an application may live in a process of its own.
     const std::optional<ObjectRef>& latest() const { return latest_; }
 
-  private:
+ private:
     std::map<std::string, App> apps_;
     std::optional<ObjectRef> latest_;
 };

@@ -5,7 +5,6 @@
 #include <QCoreApplication>
 #include <QEvent>
 #include <QSocketNotifier>
-
 #include <algorithm>
 #include <cmath>
 
@@ -60,7 +59,8 @@ Executor::TimerId QtMainLoop::after(double seconds, Work work) {
 }
 
 void QtMainLoop::cancel(TimerId id) {
-    const auto timer = std::ranges::find_if(timers_, [id](const auto& entry) { return entry.first.second == id; });
+    const auto timer =
+        std::ranges::find_if(timers_, [id](const auto& entry) { return entry.first.second == id; });
     if (timer == timers_.end()) return;
     auto dropped = timers_.extract(timer);
     armTimer();

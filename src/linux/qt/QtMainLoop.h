@@ -5,7 +5,6 @@
 
 #include <QObject>
 #include <QTimer>
-
 #include <deque>
 #include <map>
 #include <mutex>

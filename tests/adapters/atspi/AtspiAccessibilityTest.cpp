@@ -1,14 +1,14 @@
+#include "adapters/atspi/PrivateSession.h"
+#include "linux/atspi/AtspiAccessibility.h"
+#include "linux/qt/QtMainLoop.h"
+
+#include <gtest/gtest.h>
+
 #include <QCoreApplication>
 #include <QTimer>
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
-
-#include <gtest/gtest.h>
-
-#include "adapters/atspi/PrivateSession.h"
-#include "linux/atspi/AtspiAccessibility.h"
-#include "linux/qt/QtMainLoop.h"
 
 namespace dorix {
 namespace {
@@ -16,7 +16,7 @@ namespace {
 using Text = std::expected<std::string, AXError>;
 
 class AtspiTest : public testing::Test {
-  protected:
+ protected:
     void SetUp() override {
         if (!std::getenv("DISPLAY")) {
             if (std::getenv("CI")) FAIL() << "no display";

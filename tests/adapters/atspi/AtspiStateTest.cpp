@@ -1,7 +1,7 @@
-#include <gtest/gtest.h>
-
 #include "linux/atspi/AtspiRoles.h"
 #include "linux/atspi/FocusTracker.h"
+
+#include <gtest/gtest.h>
 
 namespace dorix {
 namespace {

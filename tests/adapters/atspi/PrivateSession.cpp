@@ -1,15 +1,15 @@
 #include "adapters/atspi/PrivateSession.h"
 
+#include <spawn.h>
+#include <sys/wait.h>
+#include <systemd/sd-bus.h>
+#include <unistd.h>
+
 #include <array>
 #include <cstdlib>
 #include <filesystem>
 #include <stdexcept>
 #include <string_view>
-
-#include <spawn.h>
-#include <sys/wait.h>
-#include <systemd/sd-bus.h>
-#include <unistd.h>
 
 extern char** environ;
 
@@ -44,7 +44,7 @@ std::string readLine(int fd) {
 
 /// Asks on a bus and waits; the test's setting up may block.
 class BusCall {
-  public:
+ public:
     BusCall(const std::string& address, const char* destination, const char* path, const char* interface,
             const char* member, const char* argument = nullptr) {
         sd_bus_new(&bus_);
@@ -63,7 +63,7 @@ class BusCall {
     }
     sd_bus_message* reply() const { return reply_; }
 
-  private:
+ private:
     sd_bus* bus_ = nullptr;
     sd_bus_message* reply_ = nullptr;
 };

@@ -1,18 +1,18 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <csignal>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include <sys/types.h>
-
 namespace dorix {
 
 /// A program started by a test and killed at its end.
 class ChildProcess {
-  public:
+ public:
     ChildProcess(const std::vector<std::string>& command,
                  const std::map<std::string, std::string>& environment, int inheritedFd = -1);
     ChildProcess(const ChildProcess&) = delete;
@@ -23,14 +23,14 @@ class ChildProcess {
     void signal(int number) const { ::kill(pid_, number); }
     int wait();
 
-  private:
+ private:
     pid_t pid_ = -1;
 };
 
 /// A session bus of the test's own, with an accessibility bus that is started on demand, so that no test
 /// touches the session that it runs in. The display is the one of the environment.
 class PrivateSession {
-  public:
+ public:
     PrivateSession();
     ~PrivateSession();
 
@@ -44,7 +44,7 @@ class PrivateSession {
     /// The process that is the accessibility bus; started if it does not run.
     pid_t accessibilityBus() const;
 
-  private:
+ private:
     std::string accessibilityAddress() const;
 
     std::string folder_;

@@ -1,1 +1,88 @@
+#include "base/Error.h"
+#include "base/Uuid.h"
+#include "base/text/Regex.h"
+#include "base/text/Text.h"
+
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <string>
+#include <unordered_set>
+
+namespace dorix {
+namespace {
+
+using testing::ElementsAre;
+
+// One flag, one family, one letter with a combining accent: four bytes and more, each one character.
+constexpr std::string_view flag = "🇪🇸";
+constexpr std::string_view family = "👨‍👩‍👧";
+constexpr std::string_view accented = "e\u0301";
+
+TEST(TextTest, CountsAndCutsCharactersAsReadersSeeThem) {
+    const std::string text = std::string(flag) + "a" + std::string(family) + std::string(accented) + "ñ";
+    EXPECT_EQ(text::length(text), 5U);
+    EXPECT_EQ(text::length("a\r\nb"), 3U);
+    EXPECT_EQ(text::prefix(text, 3), std::string(flag) + "a" + std::string(family));
+    EXPECT_EQ(text::prefix(accented, 1), accented) << "an accent that follows the last letter belongs to it";
+    EXPECT_EQ(text::prefix("abc", 2), "ab");
+    EXPECT_EQ(text::prefix("abc", 9), "abc");
+    EXPECT_EQ(text::lastCharacter("hola…"), "…");
+    EXPECT_EQ(text::lastCharacter(""), "");
+}
+
+TEST(TextTest, TrimsWhatEachTrimIsFor) {
+    EXPECT_EQ(text::trim(" \t\r\n\u00A0\u2003 hola \u2028\v"), "hola");
+    EXPECT_EQ(text::trim("\n \n"), "");
+    EXPECT_EQ(text::trimBlanks(" \u00A0\thola\n "), "hola\n");
+    EXPECT_EQ(text::trimAny(";:hola, tal.,", ".,;:"), "hola, tal");
+    EXPECT_EQ(text::trimAny("...", "."), "");
+}
+
+TEST(TextTest, SplitsIntoWordsPiecesAndLetters) {
+    EXPECT_THAT(text::words("  uno\tdos\u00A0tres \n"), ElementsAre("uno", "dos", "tres"));
+    EXPECT_THAT(text::split("a,,b,", ','), ElementsAre("a", "", "b", ""));
+    EXPECT_THAT(text::letterRuns("año2000, ¿qué?"), ElementsAre("año", "qué"));
+    EXPECT_EQ(text::join({"a", "b"}, ", "), "a, b");
+}
+
+TEST(TextTest, FoldsCaseAndDiacriticsAway) {
+    EXPECT_EQ(text::fold("CANCIÓN Ñandú"), "cancion nandu");
+    EXPECT_EQ(text::fold("Straße"), "strasse");
+    EXPECT_EQ(text::fold(accented), "e");
+    EXPECT_EQ(text::lowercase("ÁRBOL X"), "árbol x");
+    EXPECT_EQ(text::capitalizeFirst("ñandú"), "Ñandú");
+    EXPECT_EQ(text::capitalizeFirst(""), "");
+    EXPECT_EQ(text::replaceAll("**a** **", "**", ""), "a ");
+}
+
+TEST(TextTest, SurvivesBytesThatAreNotText) {
+    const std::string broken = "a\xFF\xC3 \x80";
+    EXPECT_LE(text::prefix(broken, 2).size(), broken.size());
+    EXPECT_EQ(text::trim(broken), broken);
+    EXPECT_FALSE(text::fold(broken).empty());
+    EXPECT_GE(text::length(broken), 3U);
+}
+
+TEST(RegexTest, SearchesUnanchoredAndReplacesWithGroups) {
+    const Regex word(R"(\bniño\b)", Regex::Case::ignored);
+    EXPECT_TRUE(word.matches("el NIÑO come"));
+    EXPECT_FALSE(word.matches("niños"));
+    EXPECT_FALSE(Regex("Niño").matches("niño"));
+    EXPECT_EQ(Regex(R"((\w+) (\w+))").replaceAll("uno dos", "$2 $1"), "dos uno");
+}
+
+TEST(UuidTest, IsARandomUuid) {
+    const auto uuid = makeUuid();
+    EXPECT_TRUE(Regex("^[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}$").matches(uuid));
+    std::unordered_set<std::string> seen;
+    for (int i = 0; i < 1000; ++i) EXPECT_TRUE(seen.insert(makeUuid()).second);
+}
+
+TEST(ErrorTest, FindsTheWordsOfWhateverWasThrown) {
+    EXPECT_EQ(localizedDescription(std::make_exception_ptr(MessageError("sin conexión"))), "sin conexión");
+    EXPECT_EQ(localizedDescription(std::make_exception_ptr(std::runtime_error("low level"))), "low level");
+}
+
+}  // namespace
+}  // namespace dorix

@@ -1,12 +1,12 @@
-#include <set>
-
-#include <gtest/gtest.h>
-
 #include "dictation/context/AppContext.h"
 #include "dictation/context/AppTables.h"
 #include "dictation/context/PageUrl.h"
 #include "fakes/FakeAccessibility.h"
 #include "fakes/FakeWorkspace.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
 
 namespace dorix {
 namespace {
@@ -15,7 +15,7 @@ const std::optional<std::string> chrome = "com.google.Chrome";
 const std::optional<std::string> mail = "com.apple.mail";
 
 class Capture : public testing::Test {
-  protected:
+ protected:
     static constexpr std::int32_t pid = 42;
 
     void front(const std::optional<std::string>& bundleID, std::optional<std::string> name = "Nombre") {

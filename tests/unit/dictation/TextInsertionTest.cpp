@@ -1,6 +1,3 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "base/async/ManualExecutor.h"
 #include "dictation/context/TextInsertion.h"
 #include "dictation/context/TextSelection.h"
@@ -8,6 +5,9 @@
 #include "fakes/FakePasteboard.h"
 #include "fakes/RecordingEventPoster.h"
 #include "platform/KeyCodes.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace dorix {
 namespace {
@@ -27,7 +27,7 @@ std::string textOn(const FakePasteboard& pasteboard) {
 }
 
 class Insertion : public testing::Test {
-  protected:
+ protected:
     void SetUp() override { pasteboard.items = pictureAndFiles; }
 
     TaskHandle<void> insert(std::string text, bool restore = true) {
@@ -141,7 +141,7 @@ TEST_F(Insertion, ASecondOneBringsBackTheFirst) {
 }
 
 class Selection : public Insertion {
-  protected:
+ protected:
     static constexpr std::int32_t pid = 42;
 
     static RunningApplication inFront() {

@@ -1,3 +1,7 @@
+#include "localdata/TranslationTable.h"
+
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <array>
 #include <string>
@@ -5,10 +9,6 @@
 #include <unordered_set>
 #include <utility>
 #include <vector>
-
-#include <gtest/gtest.h>
-
-#include "localdata/TranslationTable.h"
 
 namespace dorix {
 namespace {

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "base/async/Timer.h"
+#include "localdata/PushToTalkKey.h"
+#include "platform/KeyEventMonitors.h"
+
+#include <functional>
+#include <vector>
+
+namespace dorix {
+
+/// Watches one modifier key that the user holds to talk, and tells a hold from a tap and from an ordinary
+/// chord. It types nothing and never swallows the key itself. Main executor.
+class PushToTalkMonitor {
+ public:
+    /// `armed` while the key is down but may still be a tap or part of a chord; `active` once it is a hold.
+    enum class Phase { idle, armed, active };
+
+    /// How long, in seconds, the key must stay down before the hold counts.
+    static constexpr double holdThreshold = 0.3;
+
+    /// Both references must outlive the monitor.
+    PushToTalkMonitor(Executor& executor, KeyEventMonitors& events, PushToTalkKey key);
+    PushToTalkMonitor(const PushToTalkMonitor&) = delete;
+    PushToTalkMonitor& operator=(const PushToTalkMonitor&) = delete;
+
+    /// Installs the event monitors anew. Safe to call repeatedly; one that the system refuses is done
+    /// without.
+    void start();
+    /// Removes them and resets the phase, silently.
+    void stop();
+    /// Back to idle, silently. Whoever takes over from a press calls onCancel after it.
+    void reset();
+
+    Phase phase() const { return phase_; }
+
+    PushToTalkKey key;
+    bool isEnabled = true;
+
+    // Each is called with the phase already changed.
+    std::function<void()> onBegin = [] {};
+    std::function<void()> onConfirm = [] {};
+    std::function<void()> onEnd = [] {};
+    std::function<void()> onCancel = [] {};
+    /// Esc while idle; true means that it was used.
+    std::function<bool()> onEscape = [] { return false; };
+
+ private:
+    void flagsChanged(const KeyEvent& event);
+    bool keyDown(const KeyEvent& event);
+    void holdKeyChanged(std::uint64_t modifierFlags);
+    void arm();
+    void cancel();
+
+    KeyEventMonitors& events_;
+    Phase phase_ = Phase::idle;
+    Timer confirmWork_;
+    std::vector<KeyEventMonitors::Token> monitors_;
+};
+
+}  // namespace dorix

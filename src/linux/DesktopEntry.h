@@ -1,0 +1,27 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace dorix {
+
+/// What a desktop entry tells of an application.
+struct DesktopEntry {
+    /// The name of its file without ".desktop".
+    std::string id;
+    /// In the user's language where the entry has it.
+    std::string name;
+    /// The WM_CLASS of its windows, where the entry tells it.
+    std::string startupWmClass;
+
+    bool operator==(const DesktopEntry&) const = default;
+};
+
+/// Reads the contents of an entry's file; `id` is left empty. `languages` are the suffixes of localised
+/// names, the most wanted first ("es_ES", "es"). None for anything but an application with a name.
+std::optional<DesktopEntry> parseDesktopEntry(std::string_view contents,
+                                              const std::vector<std::string>& languages);
+
+}  // namespace dorix

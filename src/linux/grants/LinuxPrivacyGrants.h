@@ -1,0 +1,44 @@
+#pragma once
+
+#include "platform/PrivacyGrants.h"
+
+#include <functional>
+
+namespace dorix {
+
+/// A Linux desktop has no grants to give: what is there may be used. So each answer tells whether the means
+/// is there, a request changes nothing, and there is no settings page to open.
+class LinuxPrivacyGrants final : public PrivacyGrants {
+ public:
+    /// Each is asked on the main executor whenever the grant is read, and answers at once.
+    struct Means {
+        std::function<bool()> hasSoundInput;
+        std::function<bool()> hasRecogniser;
+        /// Other applications can be looked into and typed into.
+        std::function<bool()> canUseOtherApplications;
+        std::function<bool()> canCaptureScreen;
+    };
+
+    explicit LinuxPrivacyGrants(Means means) : means_(std::move(means)) {}
+
+    AuthorizationStatus microphoneStatus() const override {
+        return means_.hasSoundInput() ? AuthorizationStatus::authorized : AuthorizationStatus::denied;
+    }
+    SpeechAuthorizationStatus speechStatus() const override {
+        return means_.hasRecogniser() ? SpeechAuthorizationStatus::authorized
+                                      : SpeechAuthorizationStatus::denied;
+    }
+    bool isProcessTrusted() const override { return means_.canUseOtherApplications(); }
+    bool preflightScreenCaptureAccess() const override { return means_.canCaptureScreen(); }
+
+    Task<void> requestMicrophone() override { co_return; }
+    Task<void> requestSpeech() override { co_return; }
+    void promptForTrust() override {}
+    bool requestScreenCaptureAccess() override { return means_.canCaptureScreen(); }
+    void openPane(std::string_view) override {}
+
+ private:
+    Means means_;
+};
+
+}  // namespace dorix

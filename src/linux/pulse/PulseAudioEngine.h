@@ -1,0 +1,60 @@
+#pragma once
+
+#include "linux/pulse/PulseConnection.h"
+#include "platform/AudioEngine.h"
+
+#include <pulse/pulseaudio.h>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+
+namespace dorix {
+
+/// A recording from the server's default source, in that source's own format. The tap runs on the
+/// connection's thread. Trouble after start shows as a configuration change, or as silence when the stream
+/// never came to be.
+class PulseAudioEngine final : public AudioEngine, private PulseConnection::Watcher {
+ public:
+    explicit PulseAudioEngine(std::shared_ptr<PulseConnection> connection);
+    ~PulseAudioEngine() override;
+
+    AudioFormat inputFormat() const override { return source_.format; }
+    void installTap(std::size_t bufferSize, AudioFormat format, TapBlock block) override;
+    void removeTap() override;
+    void onConfigurationChange(std::function<void()> observer) override;
+    void start() override;
+    void stop() override;
+    bool isRunning() const override { return stream_ != nullptr; }
+
+ private:
+    struct CloseStream {
+        void operator()(pa_stream* stream) const;
+    };
+    /// Main executor; what the connection's thread posts holds it weakly.
+    struct Reporter {
+        std::function<void()> observer;
+    };
+
+    void openStream(pa_context* context);
+    void watchStream();
+    void stateChanged();
+    void suspect();
+    void read();
+    void sourcesRefreshed() override;
+
+    const std::shared_ptr<PulseConnection> connection_;
+    const PulseConnection::Source source_;
+    const std::shared_ptr<Reporter> reporter_ = std::make_shared<Reporter>();
+    std::size_t bufferSize_ = 0;
+    AudioFormat format_;
+
+    // Changed on the main executor under the connection's lock, used on the connection's thread:
+    std::unique_ptr<pa_stream, CloseStream> stream_;
+    TapBlock tap_;
+    bool wasReady_ = false;
+    bool suspected_ = false;
+    bool reported_ = false;
+};
+
+}  // namespace dorix

@@ -1,0 +1,111 @@
+#pragma once
+
+#include "base/async/Executor.h"
+#include "platform/AudioEngine.h"
+
+#include <pulse/pulseaudio.h>
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+
+namespace dorix {
+
+/// The one connection to the sound server, with the thread that serves it, and what the server's default
+/// source is. Made and destroyed on the main executor; the destructor joins the thread.
+class PulseConnection {
+ public:
+    struct Source {
+        std::uint32_t index = PA_INVALID_INDEX;
+        AudioFormat format;
+        pa_channel_map channels{};
+    };
+
+    /// Told, on the connection's thread and under its lock, that what is known of the sources is fresh, or
+    /// that the server is gone.
+    class Watcher {
+     public:
+        virtual void sourcesRefreshed() = 0;
+
+     protected:
+        ~Watcher() = default;
+    };
+
+    /// Keeps the connection's thread out of its callbacks. Held for moments only, by either side.
+    class Lock {
+     public:
+        explicit Lock(const PulseConnection& connection) : loop_(connection.loop_.get()) {
+            pa_threaded_mainloop_lock(loop_);
+        }
+        Lock(const Lock&) = delete;
+        Lock& operator=(const Lock&) = delete;
+        ~Lock() { pa_threaded_mainloop_unlock(loop_); }
+
+     private:
+        pa_threaded_mainloop* loop_;
+    };
+
+    PulseConnection(Executor& main, std::string server);
+    ~PulseConnection();
+    PulseConnection(const PulseConnection&) = delete;
+    PulseConnection& operator=(const PulseConnection&) = delete;
+
+    Executor& main() const { return main_; }
+
+    /// The default source as last heard of; none without one, or without a server. Any thread.
+    std::optional<Source> defaultSource() const;
+
+    /// Tries a server that is not there again at once. Main executor.
+    void retryNow();
+
+    // Under the lock, or on the connection's thread:
+
+    /// None unless the server is there.
+    pa_context* readyContext() const;
+    void addWatcher(Watcher& watcher) { watchers_.insert(&watcher); }
+    void removeWatcher(Watcher& watcher) { watchers_.erase(&watcher); }
+
+    /// Asks the server about its sources, then tells the watchers.
+    void refresh();
+
+ private:
+    struct FreeLoop {
+        void operator()(pa_threaded_mainloop* loop) const { pa_threaded_mainloop_free(loop); }
+    };
+    struct CloseContext {
+        void operator()(pa_context* context) const;
+    };
+
+    pa_mainloop_api& api() const { return *pa_threaded_mainloop_get_api(loop_.get()); }
+    void connect();
+    void lose();
+    void scheduleRetry();
+    void cancelRetry();
+    void contextChanged();
+    void subscribe();
+    void sourceEvent(pa_subscription_event_type_t event, std::uint32_t index);
+    void readServer(const pa_server_info* info);
+    void refreshed(std::optional<Source> source);
+    void tellWatchers();
+
+    Executor& main_;
+    const std::string server_;
+    const std::unique_ptr<pa_threaded_mainloop, FreeLoop> loop_;
+
+    // The connection's thread, or under the lock:
+    std::unique_ptr<pa_context, CloseContext> context_;
+    pa_time_event* retry_ = nullptr;
+    int retrySeconds_ = 0;
+    bool refreshing_ = false;
+    bool refreshAgain_ = false;
+    std::optional<Source> found_;
+    std::set<Watcher*> watchers_;
+
+    mutable std::mutex mutex_;
+    std::optional<Source> defaultSource_;  // guarded by mutex_
+};
+
+}  // namespace dorix

@@ -1,0 +1,112 @@
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include <xcb/xcb.h>
+
+#include "base/async/Executor.h"
+#include "linux/FdWatcher.h"
+#include "linux/x11/X11Atoms.h"
+#include "linux/x11/XcbPtr.h"
+
+namespace dorix {
+
+/// A connection to one X display, and the events that come over it. Main executor only; nothing here waits
+/// for another application, but what needs an answer waits for the X server.
+///
+/// When the server goes away, onLost is called once and from then on every request does nothing and every
+/// reply is null. Errors of requests that nobody waits for (a window that was destroyed meanwhile) are
+/// dropped.
+class X11Connection {
+  public:
+    /// Ends what it stands for when destroyed. May outlive the connection.
+    using Token = std::shared_ptr<void>;
+    using EventHandler = std::function<void(const xcb_generic_event_t&)>;
+
+    /// Connects to `display`, or to $DISPLAY if that is empty. Null, with a log line, when there is no such
+    /// display or it lacks an extension that the adapters need.
+    static std::unique_ptr<X11Connection> open(Executor& executor, FdWatcher& watcher,
+                                               const std::string& display = {});
+
+    ~X11Connection();
+    X11Connection(const X11Connection&) = delete;
+    X11Connection& operator=(const X11Connection&) = delete;
+
+    /// For requests; goes with this object. Whoever waits for a reply does it through reply().
+    xcb_connection_t* get() const { return connection_.get(); }
+    Executor& executor() const { return executor_; }
+    xcb_window_t root() const { return root_; }
+
+    bool isLost() const;
+    void onLost(std::function<void()> callback) { onLost_ = std::move(callback); }
+
+    /// Waits for the answer to a request: reply(xcb_get_geometry_reply, xcb_get_geometry(...)). Null when the
+    /// request failed. Events that came in meanwhile are delivered on the next turn of the loop.
+    template <typename R, typename Cookie>
+    XcbPtr<R> reply(R* (*wait)(xcb_connection_t*, Cookie, xcb_generic_error_t**), Cookie cookie) {
+        xcb_generic_error_t* error = nullptr;
+        XcbPtr<R> answer(wait(connection_.get(), cookie, &error));
+        const XcbPtr<xcb_generic_error_t> dropped(error);
+        takeQueuedEvents();
+        return answer;
+    }
+
+    /// Waits until the server has carried out a checked request; its error code, 0 for success.
+    std::uint8_t check(xcb_void_cookie_t cookie);
+
+    xcb_atom_t atom(std::string_view name) { return atoms_.atom(name); }
+    const std::string& atomName(xcb_atom_t atom) { return atoms_.name(atom); }
+
+    /// The handler sees every event of this type (extension events: first event plus number).
+    Token listen(std::uint8_t type, EventHandler handler);
+
+    /// The same for generic events of an extension.
+    Token listenGeneric(std::uint8_t opcode, std::uint16_t type, EventHandler handler);
+
+    /// Adds to the events that this connection gets for the root window.
+    void selectRootEvents(std::uint32_t mask);
+
+    /// A window that is never shown, for properties and selections. The caller destroys it.
+    xcb_window_t createHiddenWindow(std::uint32_t eventMask);
+
+    /// Sends what requests left in the buffer. Whoever makes requests that need no reply calls it afterwards;
+    /// event handlers need not.
+    void flush();
+
+  private:
+    struct Disconnect {
+        void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
+    };
+    using Connection = std::unique_ptr<xcb_connection_t, Disconnect>;
+
+    X11Connection(Connection connection, int screen, Executor& executor, FdWatcher& watcher);
+
+    bool startExtensions();
+    Token addListener(std::uint32_t key, EventHandler handler);
+    void takeQueuedEvents();
+    void deliverEvents();
+    XcbPtr<xcb_generic_event_t> nextEvent();
+    void dispatch(const xcb_generic_event_t& event);
+    void noteLoss();
+
+    Connection connection_;
+    Executor& executor_;
+    X11Atoms atoms_;
+    xcb_window_t root_ = XCB_WINDOW_NONE;
+    std::uint32_t rootEventMask_ = 0;
+    std::function<void()> onLost_;
+    std::unordered_map<std::uint32_t, std::vector<std::weak_ptr<EventHandler>>> listeners_;
+    std::deque<XcbPtr<xcb_generic_event_t>> queued_;
+    bool delivering_ = false;
+    bool lossNoted_ = false;
+    FdWatcher::Token watch_;
+    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
+};
+
+}  // namespace dorix

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "linux/x11/CommandChords.h"
+#include "linux/x11/X11KeyInput.h"
+#include "linux/x11/X11Pasteboard.h"
+#include "linux/x11/X11Windows.h"
+#include "platform/EventPoster.h"
+
+namespace dorix {
+
+/// Types through the X server's test extension. Keys that the user holds are let go for the length of a
+/// chord, from its key-down to its key-up; modifiers are pressed again after it. Locks are left as they are:
+/// no application's copy and paste chords mind them.
+class X11EventPoster final : public EventPoster {
+  public:
+    X11EventPoster(X11Connection& connection, X11Keyboard& keyboard, X11KeyInput& input, X11Windows& windows,
+                   X11Pasteboard& pasteboard);
+
+    void postKeyboardEvent(std::uint16_t keyCode, Direction direction, std::uint64_t flags) override;
+
+  private:
+    /// Keys in the order they are pressed.
+    using Chord = std::vector<xcb_keycode_t>;
+
+    Chord chordFor(std::uint16_t keyCode, std::uint64_t flags);
+    CommandChord commandChordInFront();
+    Chord commandChord(std::uint16_t keyCode);
+    void press(const Chord& chord);
+    void release();
+    void handleStroke(const KeyStroke& stroke);
+
+    X11Connection& connection_;
+    X11Keyboard& keyboard_;
+    X11KeyInput& input_;
+    X11Windows& windows_;
+    X11Pasteboard& pasteboard_;
+    std::uint16_t pressedCode_ = 0;
+    std::optional<Chord> pressed_;
+    X11Keyboard::KeySet letGo_;
+    X11Keyboard::KeySet pressedAgain_;
+    X11Connection::Token strokes_;
+};
+
+}  // namespace dorix

@@ -1,0 +1,69 @@
+#include "linux/x11/X11KeyEventMonitors.h"
+
+#include <unistd.h>
+
+#include "platform/KeyCodes.h"
+
+namespace dorix {
+
+X11KeyEventMonitors::X11KeyEventMonitors(X11Connection& connection, X11Keyboard& keyboard, X11KeyInput& input,
+                                         X11Windows& windows)
+    : connection_(connection), keyboard_(keyboard), input_(input), windows_(windows) {
+    connection_.selectRootEvents(XCB_EVENT_MASK_PROPERTY_CHANGE);
+    connection_.flush();
+    tokens_.push_back(connection_.listen(XCB_PROPERTY_NOTIFY, [this](const auto& event) {
+        const auto& change = reinterpret_cast<const xcb_property_notify_event_t&>(event);
+        if (change.window == connection_.root() && change.atom == connection_.atom("_NET_ACTIVE_WINDOW")) {
+            focusIsOurs_.reset();
+        }
+    }));
+    tokens_.push_back(input_.listen([this](const KeyStroke& stroke) { handle(stroke); }));
+}
+
+KeyEventMonitors::Token X11KeyEventMonitors::addGlobalMonitor(KeyEventMask mask, GlobalHandler handler) {
+    return add({Scope::global, mask, [handler = std::move(handler)](const KeyEvent& event) {
+                    handler(event);
+                    return false;
+                }});
+}
+
+KeyEventMonitors::Token X11KeyEventMonitors::addLocalMonitor(KeyEventMask mask, LocalHandler handler) {
+    return add({Scope::local, mask, std::move(handler)});
+}
+
+KeyEventMonitors::Token X11KeyEventMonitors::add(Monitor monitor) {
+    if (connection_.isLost()) return nullptr;
+    std::erase_if(monitors_, [](const auto& other) { return other.expired(); });
+    if (monitors_.empty()) input_.repair(X11KeyInput::Adopt::heldKeys);
+    auto token = std::make_shared<Monitor>(std::move(monitor));
+    monitors_.push_back(token);
+    return token;
+}
+
+bool X11KeyEventMonitors::reportsKey(std::uint16_t keyCode) const {
+    return keyboard_.keyFor(keyCode).has_value();
+}
+
+void X11KeyEventMonitors::handle(const KeyStroke& stroke) {
+    const bool isModifier = keyboard_.isModifier(stroke.key);
+    if (!isModifier && stroke.direction == KeyStroke::Direction::up) return;
+    const auto mask = isModifier ? KeyEventMask::flagsChanged : KeyEventMask::keyDown;
+    const auto scope = focusIsOurs() ? Scope::local : Scope::global;
+    const KeyEvent event{keyboard_.virtualKeyCode(stroke.key), input_.modifierFlags()};
+    // A handler may add and remove monitors.
+    const auto monitors = monitors_;
+    for (const auto& weak : monitors) {
+        const auto monitor = weak.lock();
+        if (monitor && monitor->mask == mask && monitor->scope == scope) monitor->handler(event);
+    }
+}
+
+bool X11KeyEventMonitors::focusIsOurs() {
+    if (focusIsOurs_) return *focusIsOurs_;
+    const bool ours = windows_.processIdentifier(windows_.frontWindow()) == ::getpid();
+    // Nothing tells of a change of focus where no window manager does: then every key asks.
+    if (windows_.hasWindowManager()) focusIsOurs_ = ours;
+    return ours;
+}
+
+}  // namespace dorix

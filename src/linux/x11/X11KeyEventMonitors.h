@@ -1,0 +1,46 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "linux/x11/X11KeyInput.h"
+#include "linux/x11/X11Windows.h"
+#include "platform/KeyEventMonitors.h"
+
+namespace dorix {
+
+/// The key monitors of an X11 session. A key is local when one of this process's windows has the focus, and
+/// global otherwise. Keys can only be observed here: a local handler's true does not keep the key from the
+/// window, which therefore must not act on what the handler has used.
+class X11KeyEventMonitors final : public KeyEventMonitors {
+  public:
+    X11KeyEventMonitors(X11Connection& connection, X11Keyboard& keyboard, X11KeyInput& input,
+                        X11Windows& windows);
+
+    Token addGlobalMonitor(KeyEventMask mask, GlobalHandler handler) override;
+    Token addLocalMonitor(KeyEventMask mask, LocalHandler handler) override;
+    bool reportsKey(std::uint16_t keyCode) const override;
+
+  private:
+    enum class Scope { global, local };
+
+    struct Monitor {
+        Scope scope;
+        KeyEventMask mask;
+        LocalHandler handler;
+    };
+
+    Token add(Monitor monitor);
+    void handle(const KeyStroke& stroke);
+    bool focusIsOurs();
+
+    X11Connection& connection_;
+    X11Keyboard& keyboard_;
+    X11KeyInput& input_;
+    X11Windows& windows_;
+    std::vector<std::weak_ptr<Monitor>> monitors_;
+    std::optional<bool> focusIsOurs_;
+    std::vector<X11Connection::Token> tokens_;
+};
+
+}  // namespace dorix

@@ -1,0 +1,138 @@
+#include "linux/x11/X11KeyInput.h"
+
+#include <algorithm>
+#include <utility>
+
+#include <xcb/xinput.h>
+#include <xcb/xtest.h>
+
+#include "linux/x11/XcbXkb.h"
+
+namespace dorix {
+
+namespace {
+// A faked key comes back within milliseconds, or never when the server found nothing to change.
+constexpr double fakedKeyLife = 1.0;
+// Longer than any delay before auto-repeat starts.
+constexpr std::uint32_t repeatDelayMs = 2000;
+}  // namespace
+
+X11KeyInput::X11KeyInput(X11Connection& connection, X11Keyboard& keyboard)
+    : connection_(connection), keyboard_(keyboard) {
+    selectEvents();
+    repair(Adopt::heldKeys);
+}
+
+void X11KeyInput::selectEvents() {
+    struct {
+        xcb_input_event_mask_t head;
+        std::uint32_t mask;
+    } masters{{XCB_INPUT_DEVICE_ALL_MASTER, 1},
+              XCB_INPUT_XI_EVENT_MASK_RAW_KEY_PRESS | XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE};
+    xcb_input_xi_select_events(connection_.get(), connection_.root(), 1, &masters.head);
+    // Devices come and go with the virtual terminal, and the keys that were down on them with no event.
+    struct {
+        xcb_input_event_mask_t head;
+        std::uint32_t mask;
+    } all{{XCB_INPUT_DEVICE_ALL, 1}, XCB_INPUT_XI_EVENT_MASK_HIERARCHY};
+    xcb_input_xi_select_events(connection_.get(), connection_.root(), 1, &all.head);
+    // Without it an auto-repeat would look like the key going up and down.
+    constexpr std::uint32_t detectable = XCB_XKB_PER_CLIENT_FLAG_DETECTABLE_AUTO_REPEAT;
+    connection_.reply(xcb_xkb_per_client_flags_reply,
+                      xcb_xkb_per_client_flags(connection_.get(), XCB_XKB_ID_USE_CORE_KBD, detectable,
+                                               detectable, 0, 0, 0));
+
+    const auto opcode = xcb_get_extension_data(connection_.get(), &xcb_input_id)->major_opcode;
+    tokens_.push_back(connection_.listenGeneric(opcode, XCB_INPUT_RAW_KEY_PRESS, [this](const auto& event) {
+        handleRaw(event, KeyStroke::Direction::down);
+    }));
+    tokens_.push_back(connection_.listenGeneric(opcode, XCB_INPUT_RAW_KEY_RELEASE, [this](const auto& event) {
+        handleRaw(event, KeyStroke::Direction::up);
+    }));
+    tokens_.push_back(connection_.listen(XCB_KEY_PRESS, [this](const auto& event) { handleGrabbed(event); }));
+    tokens_.push_back(
+        connection_.listen(XCB_KEY_RELEASE, [this](const auto& event) { handleGrabbed(event); }));
+    tokens_.push_back(connection_.listenGeneric(opcode, XCB_INPUT_HIERARCHY,
+                                                [this](const auto&) { repair(Adopt::nothing); }));
+    tokens_.push_back(keyboard_.onChange([this] { repair(Adopt::nothing); }));
+}
+
+X11Connection::Token X11KeyInput::listen(Listener listener) {
+    std::erase_if(listeners_, [](const auto& other) { return other.expired(); });
+    auto token = std::make_shared<Listener>(std::move(listener));
+    listeners_.push_back(token);
+    return token;
+}
+
+std::uint64_t X11KeyInput::modifierFlags() const {
+    std::uint64_t flags = keyboard_.lockFlags();
+    if (held_.none()) return flags;
+    for (unsigned key = 0; key < held_.size(); ++key) {
+        if (held_[key]) flags |= keyboard_.flagsOf(static_cast<xcb_keycode_t>(key));
+    }
+    return flags;
+}
+
+void X11KeyInput::fake(KeyStroke stroke) {
+    faked_.push_back({stroke, connection_.executor().now() + fakedKeyLife});
+    const std::uint8_t type =
+        stroke.direction == KeyStroke::Direction::down ? XCB_KEY_PRESS : XCB_KEY_RELEASE;
+    xcb_test_fake_input(connection_.get(), type, stroke.key, XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0, 0);
+}
+
+void X11KeyInput::handleRaw(const xcb_generic_event_t& event, KeyStroke::Direction direction) {
+    const auto& raw = reinterpret_cast<const xcb_input_raw_key_press_event_t&>(event);
+    handle({static_cast<xcb_keycode_t>(raw.detail), direction}, raw.time);
+}
+
+// While a grab of this connection holds the keyboard the server sends it no raw events, but those of the
+// grab.
+void X11KeyInput::handleGrabbed(const xcb_generic_event_t& event) {
+    const auto& key = reinterpret_cast<const xcb_key_press_event_t&>(event);
+    const bool down = (event.response_type & 0x7FU) == XCB_KEY_PRESS;
+    handle({key.detail, down ? KeyStroke::Direction::down : KeyStroke::Direction::up}, key.time);
+}
+
+void X11KeyInput::handle(const KeyStroke& stroke, std::uint32_t time) {
+    if (!wasFaked(stroke) && !isRepeat(stroke, time)) take(stroke);
+}
+
+bool X11KeyInput::wasFaked(const KeyStroke& stroke) {
+    const double now = connection_.executor().now();
+    std::erase_if(faked_, [now](const Faked& faked) { return faked.expires < now; });
+    const auto faked = std::ranges::find(faked_, stroke, &Faked::stroke);
+    if (faked == faked_.end()) return false;
+    // The server does what it is told in order: what was faked before has had no effect and never comes.
+    faked_.erase(faked_.begin(), faked + 1);
+    return true;
+}
+
+bool X11KeyInput::isRepeat(const KeyStroke& stroke, std::uint32_t time) {
+    const bool held = held_[stroke.key];
+    if (stroke.direction == KeyStroke::Direction::up) return !held;
+    const std::uint32_t since = time - std::exchange(lastDown_[stroke.key], time);
+    // A key that seems held since long ago went up while nobody could see it.
+    return held && since < repeatDelayMs;
+}
+
+void X11KeyInput::take(const KeyStroke& stroke) {
+    held_[stroke.key] = stroke.direction == KeyStroke::Direction::down;
+    const auto listeners = listeners_;
+    for (const auto& weak : listeners) {
+        if (const auto listener = weak.lock()) (*listener)(stroke);
+    }
+}
+
+void X11KeyInput::repair(Adopt adopt) {
+    const auto keymap = connection_.reply(xcb_query_keymap_reply, xcb_query_keymap(connection_.get()));
+    // While keys of our own are on their way the server's view is not the user's.
+    if (!keymap || !faked_.empty()) return;
+    for (unsigned key = 0; key < held_.size(); ++key) {
+        const bool down = (keymap->keys[key / 8] >> (key % 8) & 1U) != 0;
+        // A key that is down may be one whose event is still to be read.
+        if (down && adopt == Adopt::heldKeys) held_.set(key);
+        if (!down && held_[key]) take({static_cast<xcb_keycode_t>(key), KeyStroke::Direction::up});
+    }
+}
+
+}  // namespace dorix

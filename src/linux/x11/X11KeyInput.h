@@ -1,0 +1,76 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "linux/x11/X11Connection.h"
+#include "linux/x11/X11Keyboard.h"
+
+namespace dorix {
+
+/// A key that went down or up.
+struct KeyStroke {
+    enum class Direction { down, up };
+
+    xcb_keycode_t key = 0;
+    Direction direction = Direction::down;
+
+    bool operator==(const KeyStroke&) const = default;
+};
+
+/// What the user does on the keyboard, whoever has the focus or grabbed it, and the way to fake keys. Main
+/// executor; events come as the server sends them, without auto-repeat.
+///
+/// Keys faked here are hidden from the listeners and do not count as held; those that other programs fake
+/// (an on-screen keyboard, a remote desktop) are the user's.
+class X11KeyInput {
+  public:
+    using Listener = std::function<void(const KeyStroke&)>;
+
+    X11KeyInput(X11Connection& connection, X11Keyboard& keyboard);
+
+    /// Listeners are called after the held keys took the stroke in. The token may outlive this.
+    X11Connection::Token listen(Listener listener);
+
+    /// The keys that the user holds.
+    const X11Keyboard::KeySet& held() const { return held_; }
+
+    /// The modifier flags of the keys that the user holds, and of CapsLock.
+    std::uint64_t modifierFlags() const;
+
+    /// Sends a stroke as if typed; the caller flushes the connection.
+    void fake(KeyStroke stroke);
+
+    /// Asks the server which keys are down, a round trip: keys that went up unseen are told to the listeners
+    /// now. Keys that went down unseen are taken in silently if `adopt` says so.
+    enum class Adopt { nothing, heldKeys };
+    void repair(Adopt adopt);
+
+  private:
+    struct Faked {
+        KeyStroke stroke;
+        double expires = 0;
+    };
+
+    void selectEvents();
+    void handleRaw(const xcb_generic_event_t& event, KeyStroke::Direction direction);
+    void handleGrabbed(const xcb_generic_event_t& event);
+    void handle(const KeyStroke& stroke, std::uint32_t time);
+    bool wasFaked(const KeyStroke& stroke);
+    bool isRepeat(const KeyStroke& stroke, std::uint32_t time);
+    void take(const KeyStroke& stroke);
+
+    X11Connection& connection_;
+    X11Keyboard& keyboard_;
+    X11Keyboard::KeySet held_;
+    std::array<std::uint32_t, 256> lastDown_{};
+    std::deque<Faked> faked_;
+    std::vector<std::weak_ptr<Listener>> listeners_;
+    std::vector<X11Connection::Token> tokens_;
+};
+
+}  // namespace dorix

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "linux/x11/X11Connection.h"
+
+namespace dorix {
+
+/// A window's WM_CLASS, as it stands.
+struct WindowClass {
+    std::string instance;
+    std::string className;
+
+    bool operator==(const WindowClass&) const = default;
+};
+
+/// What windows tell of themselves. Main executor; each call is a round trip or a few to the X server. A
+/// window that has gone gives nothing.
+class X11Windows {
+  public:
+    explicit X11Windows(X11Connection& connection) : connection_(connection) {}
+
+    /// The top-level window that gets the keyboard: the window manager's active window or, without one, the
+    /// client window around the input focus. XCB_WINDOW_NONE when there is none.
+    xcb_window_t frontWindow();
+
+    bool hasWindowManager();
+
+    std::optional<std::int32_t> processIdentifier(xcb_window_t window);
+    WindowClass windowClass(xcb_window_t window);
+    std::string title(xcb_window_t window);
+
+    /// Asks for the window to come to the front with the focus.
+    void activate(xcb_window_t window);
+
+  private:
+    XcbPtr<xcb_get_property_reply_t> property(xcb_window_t window, xcb_atom_t name, xcb_atom_t type);
+    std::optional<std::uint32_t> number(xcb_window_t window, xcb_atom_t name, xcb_atom_t type);
+    std::string string(xcb_window_t window, xcb_atom_t name, xcb_atom_t type);
+    xcb_window_t focusedClient();
+
+    X11Connection& connection_;
+};
+
+}  // namespace dorix

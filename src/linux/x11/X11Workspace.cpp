@@ -1,0 +1,69 @@
+#include "linux/x11/X11Workspace.h"
+
+#include <filesystem>
+#include <system_error>
+
+#include <unistd.h>
+
+#include "linux/LinuxApplications.h"
+
+namespace dorix {
+
+namespace {
+
+std::string executableName(std::int32_t processIdentifier) {
+    std::error_code error;
+    const auto link = std::filesystem::path("/proc") / std::to_string(processIdentifier) / "exe";
+    return std::filesystem::read_symlink(link, error).filename().string();
+}
+
+std::optional<std::string> firstNotEmpty(std::initializer_list<std::string> candidates) {
+    for (const auto& candidate : candidates) {
+        if (!candidate.empty()) return candidate;
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+X11Workspace::X11Workspace(X11Windows& windows, DesktopEntries& entries)
+    : windows_(windows), entries_(entries) {}
+
+std::optional<RunningApplication> X11Workspace::frontmostApplication() const {
+    const auto window = windows_.frontWindow();
+    if (window == XCB_WINDOW_NONE) return std::nullopt;
+    RunningApplication app;
+    app.windowNumber = window;
+    app.processIdentifier = windows_.processIdentifier(window).value_or(0);
+    const auto windowClass = windows_.windowClass(window);
+    const auto* entry = entries_.find({windowClass.className, windowClass.instance});
+    app.localizedName =
+        firstNotEmpty({entry != nullptr ? entry->name : "", windowClass.className, windowClass.instance});
+    if (app.processIdentifier == ::getpid()) {
+        app.bundleIdentifier = ownBundleIdentifier();
+        return app;
+    }
+    const std::string desktopId = entry != nullptr ? entry->id : "";
+    const std::string executable = app.processIdentifier > 0 ? executableName(app.processIdentifier) : "";
+    app.bundleIdentifier =
+        linuxapps::bundleIdentifier({desktopId, windowClass.className, windowClass.instance, executable});
+    if (!app.bundleIdentifier)
+        app.bundleIdentifier = firstNotEmpty({desktopId, windowClass.className, windowClass.instance});
+    return app;
+}
+
+void X11Workspace::activate(const RunningApplication& app) {
+    const auto window = static_cast<xcb_window_t>(app.windowNumber);
+    // Window ids are used again; only the same process's window is the one that was seen.
+    if (window == XCB_WINDOW_NONE || windows_.processIdentifier(window).value_or(0) != app.processIdentifier)
+        return;
+    windows_.activate(window);
+}
+
+std::optional<std::string> X11Workspace::windowTitle(std::uint64_t windowNumber) const {
+    auto title = windows_.title(static_cast<xcb_window_t>(windowNumber));
+    if (title.empty()) return std::nullopt;
+    return title;
+}
+
+}  // namespace dorix

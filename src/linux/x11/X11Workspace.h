@@ -1,0 +1,30 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "linux/DesktopEntries.h"
+#include "linux/x11/X11Windows.h"
+#include "platform/Workspace.h"
+
+namespace dorix {
+
+/// The applications of an X11 session, known by their windows. Window numbers are X window ids. A question
+/// costs a few round trips to the X server and, for an application not met before, reading desktop entries.
+class X11Workspace final : public Workspace {
+  public:
+    X11Workspace(X11Windows& windows, DesktopEntries& entries);
+
+    std::optional<RunningApplication> frontmostApplication() const override;
+    std::string ownBundleIdentifier() const override { return "es.pelmora.dorix"; }
+    void activate(const RunningApplication& app) override;
+
+    /// The title of a window as its application set it; none when the window has gone or has none.
+    std::optional<std::string> windowTitle(std::uint64_t windowNumber) const;
+
+  private:
+    X11Windows& windows_;
+    DesktopEntries& entries_;
+};
+
+}  // namespace dorix

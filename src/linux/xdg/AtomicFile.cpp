@@ -1,0 +1,81 @@
+#include "linux/xdg/AtomicFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <string>
+#include <utility>
+
+namespace dorix {
+
+namespace {
+
+std::error_code lastError() { return {errno, std::generic_category()}; }
+
+class Descriptor {
+ public:
+    explicit Descriptor(int fd) : fd_(fd) {}
+    ~Descriptor() {
+        if (fd_ >= 0) ::close(fd_);
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    int get() const { return fd_; }
+    bool isOpen() const { return fd_ >= 0; }
+
+    /// Closing can report a write that failed late.
+    std::error_code close() { return ::close(std::exchange(fd_, -1)) == 0 ? std::error_code() : lastError(); }
+
+ private:
+    int fd_;
+};
+
+std::error_code writeAll(int fd, std::string_view contents) {
+    while (!contents.empty()) {
+        const auto written = ::write(fd, contents.data(), contents.size());
+        if (written < 0 && errno == EINTR) continue;
+        if (written < 0) return lastError();
+        contents.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return ::fsync(fd) == 0 ? std::error_code() : lastError();
+}
+
+std::error_code writeTemporary(std::string& path, std::string_view contents) {
+    Descriptor file(::mkostemp(path.data(), O_CLOEXEC));  // mode 0600
+    if (!file.isOpen()) return lastError();
+    auto error = writeAll(file.get(), contents);
+    if (const auto closing = file.close(); !error) error = closing;
+    if (error) ::unlink(path.c_str());
+    return error;
+}
+
+void syncFolder(const std::filesystem::path& folder) {
+    const Descriptor fd(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (fd.isOpen()) ::fsync(fd.get());
+}
+
+}  // namespace
+
+std::error_code replaceFile(const std::filesystem::path& file, std::string_view contents) {
+    std::error_code error;
+    const auto target = std::filesystem::weakly_canonical(file, error);
+    if (error) return error;
+    std::filesystem::create_directories(target.parent_path(), error);
+    if (error) return error;
+
+    std::string temporary = target.string() + ".XXXXXX";
+    if ((error = writeTemporary(temporary, contents))) return error;
+    if (::rename(temporary.c_str(), target.c_str()) != 0) {
+        error = lastError();
+        ::unlink(temporary.c_str());
+        return error;
+    }
+    syncFolder(target.parent_path());
+    return {};
+}
+
+}  // namespace dorix

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <filesystem>
+#include <string_view>
+#include <system_error>
+
+namespace dorix {
+
+/// Makes `file` hold exactly `contents`, readable by the user only. After a crash or a power cut at any
+/// moment the file is the old one or the new one, whole. Folders on the way are made. A symbolic link is
+/// followed, not replaced. Blocks on the disk. Any thread; two at once on one file, from whatever process,
+/// leave one of the two contents.
+std::error_code replaceFile(const std::filesystem::path& file, std::string_view contents);
+
+}  // namespace dorix

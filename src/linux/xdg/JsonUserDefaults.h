@@ -1,0 +1,50 @@
+#pragma once
+
+#include "base/async/SerialExecutor.h"
+#include "platform/UserDefaults.h"
+
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+
+namespace dorix {
+
+/// User defaults in one JSON file, an object by key. Every change is written soon after, on a thread of its
+/// own, by replacing the file as a whole, so that a crash leaves the old or the new one. A file that cannot
+/// be understood is set aside under another name and the program starts with none of it; where even that
+/// fails, nothing is written in this run.
+class JsonUserDefaults final : public UserDefaults {
+ public:
+    /// Reads the file, which need not exist. Observers are called on `main`, which must outlive this.
+    JsonUserDefaults(Executor& main, std::filesystem::path file);
+    /// Waits until what was set is written.
+    ~JsonUserDefaults() override;
+
+    std::optional<Json> value(std::string_view key) const override;
+    void set(std::string_view key, Json value) override;
+    void remove(std::string_view key) override;
+    Subscription observe(std::string_view key, Observer observer) override;
+
+ private:
+    using ObserverTable = std::map<std::string, Observers<>, std::less<>>;
+
+    void load();
+    void setAside(const std::string& reason);
+    void changed(std::string_view key);
+    void write();
+
+    Executor& main_;
+    const std::filesystem::path file_;
+    bool mayWrite_ = true;
+    std::shared_ptr<ObserverTable> observers_ = std::make_shared<ObserverTable>();
+
+    mutable std::mutex mutex_;
+    Json values_ = Json::object();  // guarded by mutex_
+    bool writeQueued_ = false;      // guarded by mutex_
+    bool failureLogged_ = false;    // the writer's
+    SerialExecutor writer_;         // last: it writes what is left when it goes
+};
+
+}  // namespace dorix

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "base/Observable.h"
+#include "localdata/PushToTalkKey.h"
+#include "platform/LoginItem.h"
+#include "platform/SystemLanguages.h"
+#include "platform/UserDefaults.h"
+
+#include <array>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace dorix {
+
+/// How dictations are written: by the best engine at hand, or on this computer only.
+enum class WritingEngine { automatic, local };
+
+struct DictationLanguage {
+    std::string_view id;
+    std::string_view label;
+};
+
+inline constexpr std::array dictationLanguages{
+    DictationLanguage{"es-ES", "Español"},
+    DictationLanguage{"en-US", "English"},
+    DictationLanguage{"fr-FR", "Français"},
+    DictationLanguage{"it-IT", "Italiano"},
+};
+
+/// The app language for views: they rebuild themselves when `code` ("es" or "en") changes.
+struct LanguageObserver {
+    Observable<std::string> code;
+};
+
+/// The user's choices. They are read once, at construction, and each is written to the defaults when it
+/// changes. Main executor.
+class SettingsStore {
+ public:
+    /// All three must outlive the store.
+    SettingsStore(UserDefaults& defaults, LoginItem& loginItem, const SystemLanguages& languages);
+    SettingsStore(const SettingsStore&) = delete;
+    SettingsStore& operator=(const SettingsStore&) = delete;
+
+    Observable<PushToTalkKey> pushToTalkKey;
+    Observable<std::string> language;     // a DictationLanguage id
+    Observable<std::string> appLanguage;  // "es" or "en"; change it with setAppLanguage
+    Observable<WritingEngine> engine;
+    Observable<bool> adaptTone;
+    Observable<bool> playSounds;
+    Observable<std::string> signatureName;
+    Observable<std::string> styleNotes;
+    Observable<bool> paused;
+    Observable<bool> onboardingDone;
+
+    LanguageObserver& languageObserver() { return languageObserver_; }
+
+    /// Makes `code` ("es" or "en") the app language; the dictation language follows it.
+    void setAppLanguage(const std::string& code);
+
+    /// The system keeps the state; a failure is logged.
+    void setLaunchAtLogin(bool enabled);
+
+ private:
+    template <typename T, typename ToJson>
+    void writeThrough(Observable<T>& field, std::string_view key, ToJson toJson);
+
+    UserDefaults& defaults_;
+    LoginItem& loginItem_;
+    LanguageObserver languageObserver_;
+    std::vector<Subscription> subscriptions_;
+};
+
+}  // namespace dorix

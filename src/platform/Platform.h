@@ -1,0 +1,40 @@
+#pragma once
+
+#include "platform/SystemLanguages.h"
+
+namespace dorix {
+
+class Accessibility;
+class AudioEngineFactory;
+class EventPoster;
+class Executor;
+class HotKeyRegistrar;
+class KeyEventMonitors;
+class LoginItem;
+class Pasteboard;
+class PrivacyGrants;
+class SpeechRecognition;
+class SystemSounds;
+class UserDefaults;
+class Workspace;
+
+/// All that the program asks of the operating system. Owned by whoever put it together, for longer than
+/// anything that uses it.
+struct Platform {
+    Executor& executor;
+    UserDefaults& defaults;
+    SystemLanguages languages;
+    KeyEventMonitors& keyEvents;
+    HotKeyRegistrar& hotKeys;
+    EventPoster& events;
+    Pasteboard& pasteboard;
+    Workspace& workspace;
+    Accessibility& accessibility;
+    AudioEngineFactory& audio;
+    SpeechRecognition& recognition;
+    PrivacyGrants& grants;
+    LoginItem& loginItem;
+    SystemSounds& sounds;
+};
+
+}  // namespace dorix

@@ -1,0 +1,116 @@
+#include "shell/AppController.h"
+
+#include "base/Error.h"
+#include "base/Log.h"
+#include "platform/KeyCodes.h"
+
+#include <string>
+
+namespace dorix {
+
+using Mode = DictationController::Mode;
+using Source = DictationController::Source;
+
+AppController::AppController(const Platform& platform)
+    : platform_(platform),
+      settings_(platform.defaults, platform.loginItem, platform.languages),
+      permissions_(platform.executor, platform.grants),
+      speech_(platform.executor, platform.audio, platform.recognition),
+      inserter_(platform.executor, platform.pasteboard, platform.events),
+      dictation_({.executor = platform.executor,
+                  .state = state_,
+                  .settings = settings_,
+                  .permissions = permissions_,
+                  .speech = speech_,
+                  .writer = writer_,
+                  .inserter = inserter_,
+                  .workspace = platform.workspace,
+                  .accessibility = platform.accessibility,
+                  .sounds = platform.sounds}),
+      ptt_(platform.executor, platform.keyEvents, settings_.pushToTalkKey.get()),
+      hotKeys_(platform.executor, platform.hotKeys),
+      tasks_(platform.executor) {}
+
+void AppController::applicationDidFinishLaunching() {
+    wireKeyMonitor();
+    registerHotKeys();
+    installObservers();
+    ptt_.isEnabled = !settings_.paused.get();
+    ptt_.start();
+    tasks_.spawn(prepareSpeech());
+}
+
+void AppController::wireKeyMonitor() {
+    const auto holdsKey = [this] { return dictation_.source() == Source::holdKey; };
+    ptt_.onBegin = [this] { dictation_.begin(Source::holdKey, Mode::write); };
+    ptt_.onConfirm = [this, holdsKey] {
+        state_.showFirstRunHint.set(false);
+        if (holdsKey()) dictation_.showListening();
+    };
+    ptt_.onEnd = [this, holdsKey] {
+        if (holdsKey()) dictation_.stopAndProcess();
+    };
+    ptt_.onCancel = [this, holdsKey] {
+        if (holdsKey()) dictation_.cancelRecording();
+    };
+    ptt_.onEscape = [this] {
+        if (!dictation_.isRecording()) return false;
+        dictation_.cancelRecording();
+        return true;
+    };
+}
+
+void AppController::registerHotKeys() {
+    const auto released = [this] { dictation_.shortcutReleased(); };
+    dictationHotKey_ =
+        GlobalHotKey::make(hotKeys_, keycode::space, hotkeymodifier::option, 1,
+                           {.pressed = [this] { shortcutPressed(Mode::write); }, .released = released});
+    askHotKey_ =
+        GlobalHotKey::make(hotKeys_, keycode::space, hotkeymodifier::option | hotkeymodifier::shift, 2,
+                           {.pressed = [this] { shortcutPressed(Mode::ask); }, .released = released});
+}
+
+void AppController::shortcutPressed(Mode mode) {
+    state_.showFirstRunHint.set(false);
+    if (ptt_.phase() != PushToTalkMonitor::Phase::idle) {
+        ptt_.reset();
+        ptt_.onCancel();
+    }
+    dictation_.shortcutPressed(mode);
+}
+
+void AppController::installObservers() {
+    bag_.push_back(settings_.pushToTalkKey.subscribe([this](PushToTalkKey key) {
+        ptt_.key = key;
+        ptt_.start();
+    }));
+    bag_.push_back(permissions_.accessibility.subscribe([this](bool trusted) {
+        if (trusted) ptt_.start();  // monitors from before the grant receive nothing
+    }));
+    bag_.push_back(settings_.paused.subscribe([this](bool paused) { applyPause(paused); }));
+    bag_.push_back(state_.hud.subscribe([this](const HUDPhase& phase) { logHUD(phase); }));
+}
+
+void AppController::applyPause(bool paused) {
+    ptt_.isEnabled = !paused;
+    if (paused && ptt_.phase() != PushToTalkMonitor::Phase::idle) {
+        ptt_.reset();
+        ptt_.onCancel();
+    }
+}
+
+/// Without a window the log is where the state can be seen. What was said is not written there.
+void AppController::logHUD(const HUDPhase& phase) {
+    logLine("HUD " + std::string(name(phase.kind)) + (phase.text.empty() ? "" : ": " + phase.text));
+}
+
+Task<void> AppController::prepareSpeech() {
+    try {
+        co_await speech_.prepare(settings_.language.get());
+    } catch (const Error& error) {
+        logLine("no se pudo preparar el dictado: " + error.localizedDescription());
+    }
+    logLine("listo");
+}
+
+}  // namespace dorix

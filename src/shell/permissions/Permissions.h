@@ -1,0 +1,44 @@
+#pragma once
+
+#include "base/Observable.h"
+#include "base/async/Timer.h"
+#include "platform/PrivacyGrants.h"
+
+namespace dorix {
+
+/// The four grants that the system gives or withholds, as they were when last read. Main executor.
+class Permissions {
+ public:
+    /// Both must outlive it. Reads the grants once.
+    Permissions(Executor& executor, PrivacyGrants& grants);
+    Permissions(const Permissions&) = delete;
+    Permissions& operator=(const Permissions&) = delete;
+
+    Observable<AuthorizationStatus> microphone;
+    Observable<SpeechAuthorizationStatus> speech;
+    Observable<bool> accessibility;
+    Observable<bool> screen;
+
+    void refresh();
+
+    /// Whether dictation has all it needs; the screen is optional.
+    bool allRequired() const;
+
+    /// Each asks the user, or opens the system's settings when the answer was no; then reads anew.
+    Task<void> requestMicrophone();
+    Task<void> requestSpeech();
+    void requestAccessibility();
+    void requestScreen();
+
+    void openPane(std::string_view name) { grants_.openPane(name); }
+
+    /// Reads the grants every second while a window shows them.
+    void startPolling();
+    void stopPolling() { timer_.stop(); }
+
+ private:
+    PrivacyGrants& grants_;
+    Timer timer_;
+};
+
+}  // namespace dorix

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "base/async/Task.h"
+#include "dictation/context/Tone.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace dorix {
+
+/// A raw transcript and all that a writing engine may know of where it goes.
+struct PolishRequest {
+    std::string transcript;
+    std::string appName;
+    std::optional<std::string> windowTitle;
+    Tone tone = Tone::neutral;
+    std::string signatureName;              // may be empty
+    std::optional<std::string> screenshot;  // JPEG bytes of the front window
+    std::optional<bool> editableFocus;      // absent when unknown
+    std::string styleNotes;                 // may be empty
+    std::vector<std::string> styleExamples;
+
+    bool operator==(const PolishRequest&) const = default;
+};
+
+struct PolishResult {
+    std::string title;   // a short label for the history
+    std::string text;    // the finished text
+    std::string engine;  // the name of the polisher that wrote it
+
+    bool operator==(const PolishResult&) const = default;
+};
+
+/// What an engine made of an utterance that may be either: a text, or the word that it is a question.
+struct Ask {
+    bool operator==(const Ask&) const = default;
+};
+using WriteOrAsk = std::variant<PolishResult, Ask>;
+
+/// A writing engine: turns a transcript into the text that is typed.
+class TextPolisher {
+ public:
+    virtual ~TextPolisher() = default;
+
+    /// The engine's name for people, kept in the history.
+    virtual std::string name() const = 0;
+
+    /// Throws an Error when the engine cannot write this one.
+    virtual Task<PolishResult> polish(PolishRequest request) = 0;
+};
+
+/// The rewrite prompt, in Spanish whatever the app language. Pure; any thread.
+std::string rewriteInstructions(const PolishRequest& request);
+
+/// The first seven words of the text, or the word for a dictation where it has none. Any thread.
+std::string titleFrom(std::string_view text);
+
+/// How much of the vocabulary of `produced` was dictated, from 0 to 1: of its words of four letters and more,
+/// greetings and closings aside, the share whose first five letters begin a word of `dictated`. A cheap guard
+/// against invented text; it says nothing about meaning. Pure; any thread.
+double faithfulnessScore(std::string_view produced, std::string_view dictated);
+
+}  // namespace dorix

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "linux/qt/QtMainLoop.h"
+
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <functional>
+
+namespace dorix {
+
+/// The main executor of a test against a real service: runs until something has come true.
+class EventLoop {
+    struct Application {
+        int argc = 1;
+        char name[5] = "test";
+        char* argv[2] = {name, nullptr};
+        QCoreApplication application{argc, argv};
+    };
+
+    Application application_;  // first: the loop needs it
+
+ public:
+    QtMainLoop main;
+
+    /// Runs the loop until `condition` holds, for `seconds` at most; whether it held.
+    bool runUntil(const std::function<bool()>& condition, double seconds = 10) {
+        const double deadline = main.now() + seconds;
+        // Conditions may hang on other threads: looked at on every turn, and every few milliseconds.
+        wakeSoon();
+        while (!condition()) {
+            if (main.now() > deadline) return false;
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        }
+        return true;
+    }
+
+    /// Runs the loop for a while, to see that nothing happens.
+    void runFor(double seconds) {
+        runUntil([] { return false; }, seconds);
+    }
+
+ private:
+    void wakeSoon() {
+        main.cancel(wake_);
+        wake_ = main.after(0.005, [this] { wakeSoon(); });
+    }
+
+    Executor::TimerId wake_ = Executor::TimerId::none;
+};
+
+}  // namespace dorix

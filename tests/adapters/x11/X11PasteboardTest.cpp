@@ -1,0 +1,387 @@
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+
+#include <gmock/gmock.h>
+#include <xcb/xtest.h>
+
+#include "adapters/x11/TestDesktop.h"
+#include "linux/x11/SelectionContents.h"
+#include "linux/x11/X11Pasteboard.h"
+
+namespace dorix::testing {
+namespace {
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::Pair;
+
+std::string patternOf(std::size_t size) {
+    std::string bytes(size, '\0');
+    std::uint32_t state = 12345;
+    for (auto& byte : bytes) {
+        state = state * 1664525U + 1013904223U;
+        byte = static_cast<char>(state >> 24U);
+    }
+    return bytes;
+}
+
+class X11PasteboardTest : public DesktopTest {
+  protected:
+    void SetUp() override {
+        DesktopTest::SetUp();
+        if (!connection_) return;
+        pasteboard_ = std::make_unique<X11Pasteboard>(*connection_);
+        clipboard_ = connection_->atom("CLIPBOARD");
+    }
+
+    void copyWithXclip(const std::string& bytes, const std::string& target) {
+        const auto before = pasteboard_->changeCount();
+        Process xclip("xclip -selection clipboard -t '" + target + "' -i", bytes);
+        ASSERT_TRUE(waitFor([&] { return xclip.hasEnded() && pasteboard_->changeCount() > before; }));
+    }
+
+    std::string pasteWithXclip(const std::string& target) {
+        const std::string file = ::testing::TempDir() + "dorix-xclip-out";
+        Process xclip("xclip -selection clipboard -t '" + target + "' -o > " + file);
+        EXPECT_TRUE(waitFor([&] { return xclip.hasEnded(); }, 10));
+        std::ifstream stream(file, std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+
+    xcb_window_t owner() {
+        return connection_
+            ->reply(xcb_get_selection_owner_reply, xcb_get_selection_owner(connection_->get(), clipboard_))
+            ->owner;
+    }
+
+    /// The clipboard as another program sees it.
+    X11SelectionRead::Result readAsOther(std::string_view target, xcb_atom_t selection = XCB_ATOM_NONE) {
+        X11SelectionRead read(*user_, selection == XCB_ATOM_NONE ? clipboard_ : selection,
+                              user_->atom(target), loop_.now() + 5);
+        waitFor([&] { return read.result().isDone(); }, 6);
+        const auto wait = [](Completion<X11SelectionRead::Result> done) -> Task<X11SelectionRead::Result> {
+            co_return co_await done;
+        };
+        return result(wait(read.result()));
+    }
+
+    std::vector<std::string> targetsSeenByOther() {
+        const auto data = readAsOther("TARGETS");
+        std::vector<std::string> names;
+        for (std::size_t i = 0; data && i + 4 <= data->bytes.size(); i += 4) {
+            xcb_atom_t atom = 0;
+            std::memcpy(&atom, data->bytes.data() + i, 4);
+            names.push_back(user_->atomName(atom));
+        }
+        return names;
+    }
+
+    std::unique_ptr<X11Pasteboard> pasteboard_;
+    xcb_atom_t clipboard_ = XCB_ATOM_NONE;
+};
+
+/// Owns the clipboard with answers of the test's own.
+class RawOwner {
+  public:
+    using Answer = std::function<void(const xcb_selection_request_event_t&)>;
+
+    RawOwner(X11Connection& connection, Answer answer)
+        : connection_(connection),
+          window_(connection.createHiddenWindow(XCB_EVENT_MASK_NO_EVENT)),
+          token_(connection.listen(XCB_SELECTION_REQUEST, [answer = std::move(answer)](const auto& event) {
+              answer(reinterpret_cast<const xcb_selection_request_event_t&>(event));
+          })) {
+        xcb_set_selection_owner(connection.get(), window_, connection.atom("CLIPBOARD"), XCB_CURRENT_TIME);
+        connection.flush();
+    }
+    ~RawOwner() { quit(); }
+
+    void quit() {
+        xcb_destroy_window(connection_.get(), std::exchange(window_, XCB_WINDOW_NONE));
+        connection_.flush();
+    }
+
+    void reply(const xcb_selection_request_event_t& request, std::string_view type, std::uint8_t format,
+               std::string_view bytes) {
+        xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, request.requestor, request.property,
+                            connection_.atom(type), format,
+                            static_cast<std::uint32_t>(bytes.size() / (format / 8)), bytes.data());
+        xcb_selection_notify_event_t notify{};
+        notify.response_type = XCB_SELECTION_NOTIFY;
+        notify.requestor = request.requestor;
+        notify.selection = request.selection;
+        notify.target = request.target;
+        notify.property = request.property;
+        xcb_send_event(connection_.get(), 0, request.requestor, 0, reinterpret_cast<const char*>(&notify));
+        connection_.flush();
+    }
+
+    void replyTargets(const xcb_selection_request_event_t& request, const std::vector<std::string>& names) {
+        std::string bytes;
+        for (const auto& name : names) {
+            const xcb_atom_t atom = connection_.atom(name);
+            bytes.append(reinterpret_cast<const char*>(&atom), sizeof atom);
+        }
+        reply(request, "ATOM", 32, bytes);
+    }
+
+  private:
+    X11Connection& connection_;
+    xcb_window_t window_;
+    X11Connection::Token token_;
+};
+
+TEST_F(X11PasteboardTest, OffersTextUnderEveryNameThatIsAskedFor) {
+    pasteboard_->clearContents();
+    pasteboard_->setString("señal");
+    for (const char* target : {"UTF8_STRING", "TEXT", "text/plain", "text/plain;charset=utf-8"}) {
+        EXPECT_EQ(pasteWithXclip(target), "señal") << target;
+    }
+    EXPECT_EQ(pasteWithXclip("STRING"),
+              "se\xF1"
+              "al");
+    pasteboard_->clearContents();
+    pasteboard_->setString("5 €");
+    EXPECT_THAT(targetsSeenByOther(), Not(Contains("STRING")));
+    EXPECT_EQ(result(pasteboard_->string()), "5 €");
+}
+
+TEST_F(X11PasteboardTest, LargeDataGoesOutInPiecesToSeveralAtOnceAndAsPartOfMultiple) {
+    const auto image = patternOf(3'000'001);
+    pasteboard_->clearContents();
+    pasteboard_->setData(image, "image/png");
+    const auto read = [this] {
+        return std::make_unique<X11SelectionRead>(*user_, clipboard_, user_->atom("image/png"),
+                                                  loop_.now() + 5);
+    };
+    const auto one = read();
+    const auto two = read();
+    auto gone = read();
+    gone.reset();
+    EXPECT_EQ(pasteWithXclip("image/png"), image);
+    EXPECT_TRUE(waitFor([&] { return one->result().isDone() && two->result().isDone(); }));
+    EXPECT_EQ(readAsOther("image/png")->bytes, image);
+}
+
+TEST_F(X11PasteboardTest, AnswersTheQuestionsThatOwnersAreAsked) {
+    pasteboard_->clearContents();
+    pasteboard_->setString("hola");
+    EXPECT_THAT(targetsSeenByOther(),
+                ElementsAre("TARGETS", "MULTIPLE", "TIMESTAMP", "SAVE_TARGETS", "UTF8_STRING",
+                            "text/plain;charset=utf-8", "TEXT", "STRING", "text/plain"));
+    const auto time = readAsOther("TIMESTAMP");
+    ASSERT_TRUE(time);
+    EXPECT_EQ(time->format, 32);
+    EXPECT_NE(time->bytes, std::string(4, '\0')) << "the server's time, not CurrentTime";
+    EXPECT_FALSE(readAsOther("image/png"));
+
+    // MULTIPLE: what cannot be had is marked in the list.
+    const auto window = user_->createHiddenWindow(XCB_EVENT_MASK_NO_EVENT);
+    const xcb_atom_t list = user_->atom("LIST");
+    const std::vector<xcb_atom_t> pairs{user_->atom("UTF8_STRING"), user_->atom("A"),
+                                        user_->atom("image/png"), user_->atom("B")};
+    xcb_change_property(user_->get(), XCB_PROP_MODE_REPLACE, window, list, user_->atom("ATOM_PAIR"), 32, 4,
+                        pairs.data());
+    bool answered = false;
+    const auto token = user_->listen(XCB_SELECTION_NOTIFY, [&](const auto&) { answered = true; });
+    xcb_convert_selection(user_->get(), window, clipboard_, user_->atom("MULTIPLE"), list, XCB_CURRENT_TIME);
+    user_->flush();
+    ASSERT_TRUE(waitFor([&] { return answered; }));
+    const auto value = [&](xcb_atom_t property) {
+        const auto reply = user_->reply(xcb_get_property_reply,
+                                        xcb_get_property(user_->get(), 0, window, property, 0, 0, 100));
+        return std::string(static_cast<const char*>(xcb_get_property_value(reply.get())),
+                           static_cast<std::size_t>(xcb_get_property_value_length(reply.get())));
+    };
+    EXPECT_EQ(value(pairs[1]), "hola");
+    auto expected = pairs;
+    expected[3] = XCB_ATOM_NONE;
+    EXPECT_EQ(value(list), std::string(reinterpret_cast<const char*>(expected.data()), 16));
+    xcb_destroy_window(user_->get(), window);
+}
+
+TEST_F(X11PasteboardTest, ReadsLargeDataInPieces) {
+    const auto image = patternOf(5'000'003);
+    copyWithXclip(image, "image/png");
+    const auto items = result(pasteboard_->pasteboardItems());
+    ASSERT_EQ(items.size(), 1U);
+    EXPECT_THAT(items[0], Contains(Pair("image/png", image)));
+}
+
+TEST_F(X11PasteboardTest, ASnapshotIsOfferedAgainExactlyAsItWas) {
+    const auto sixteen = patternOf(6);
+    const auto thirtyTwo = patternOf(400'000);
+    X11Connection& other = *user_;
+    RawOwner* raw = nullptr;
+    RawOwner owner(other, [&](const xcb_selection_request_event_t& request) {
+        const std::string target = other.atomName(request.target);
+        if (target == "TARGETS") {
+            raw->replyTargets(request,
+                              {"TARGETS", "TIMESTAMP", "MULTIPLE", "SAVE_TARGETS", "INSERT_SELECTION",
+                               "text/uri-list", "COMPOUND_TEXT", "X-SIXTEEN", "X-THIRTY-TWO", "X-EMPTY"});
+        }
+        if (target == "text/uri-list") raw->reply(request, target, 8, "file:///tmp/a\r\nfile:///tmp/b\r\n");
+        if (target == "COMPOUND_TEXT") raw->reply(request, "STRING", 8, "abc");
+        if (target == "X-SIXTEEN") raw->reply(request, "INTEGER", 16, sixteen);
+        if (target == "X-THIRTY-TWO") raw->reply(request, target, 32, thirtyTwo.substr(0, 200'000));
+        if (target == "X-EMPTY") raw->reply(request, target, 8, "");
+    });
+    raw = &owner;
+    settle();
+    const auto items = result(pasteboard_->pasteboardItems());
+    ASSERT_EQ(items.size(), 1U);
+    EXPECT_EQ(items[0].size(), 5U);
+
+    pasteboard_->clearContents();
+    pasteboard_->setString("de paso");
+    pasteboard_->clearContents();
+    pasteboard_->writeObjects(items);
+    EXPECT_THAT(targetsSeenByOther(),
+                ElementsAre("TARGETS", "MULTIPLE", "TIMESTAMP", "SAVE_TARGETS", "text/uri-list",
+                            "COMPOUND_TEXT", "X-SIXTEEN", "X-THIRTY-TWO", "X-EMPTY"));
+    EXPECT_EQ(readAsOther("text/uri-list")->bytes, "file:///tmp/a\r\nfile:///tmp/b\r\n");
+    const auto text = readAsOther("COMPOUND_TEXT");
+    EXPECT_EQ(text->type, xcb_atom_t{XCB_ATOM_STRING});
+    const auto integers = readAsOther("X-SIXTEEN");
+    EXPECT_EQ(integers->type, xcb_atom_t{XCB_ATOM_INTEGER});
+    EXPECT_EQ(integers->format, 16);
+    EXPECT_EQ(integers->bytes, sixteen);
+    EXPECT_EQ(readAsOther("X-THIRTY-TWO")->format, 32);
+    EXPECT_EQ(readAsOther("X-EMPTY")->bytes, "");
+    EXPECT_EQ(result(pasteboard_->pasteboardItems()), items);
+}
+
+TEST_F(X11PasteboardTest, CountsEachChangeOnce) {
+    settle();
+    const auto before = pasteboard_->changeCount();
+    pasteboard_->clearContents();
+    pasteboard_->setString("uno");
+    EXPECT_EQ(pasteboard_->changeCount(), before + 1);
+    settle();
+    EXPECT_EQ(pasteboard_->changeCount(), before + 1) << "counted again when the server told";
+    copyWithXclip("dos", "UTF8_STRING");
+    EXPECT_EQ(pasteboard_->changeCount(), before + 2);
+    // The clipboard is another's now.
+    pasteboard_->setString("tres");
+    EXPECT_EQ(result(pasteboard_->string()), "dos");
+    EXPECT_EQ(pasteWithXclip("UTF8_STRING"), "dos");
+}
+
+TEST_F(X11PasteboardTest, AClearedClipboardHasNoOwner) {
+    copyWithXclip("algo", "UTF8_STRING");
+    const auto before = pasteboard_->changeCount();
+    pasteboard_->clearContents();
+    EXPECT_TRUE(waitFor([&] { return owner() == XCB_WINDOW_NONE; }));
+    EXPECT_THAT(result(pasteboard_->pasteboardItems()), IsEmpty());
+    EXPECT_EQ(result(pasteboard_->string()), std::nullopt);
+    settle();
+    EXPECT_EQ(pasteboard_->changeCount(), before + 1);
+}
+
+TEST_F(X11PasteboardTest, PassingContentsSaySoToClipboardManagers) {
+    pasteboard_->clearContents();
+    pasteboard_->setString("dictado");
+    pasteboard_->setData({}, Pasteboard::transientType);
+    EXPECT_EQ(readAsOther("x-kde-passwordManagerHint")->bytes, "secret");
+    EXPECT_THAT(targetsSeenByOther(), Contains(std::string(Pasteboard::transientType)));
+    EXPECT_FALSE(result(pasteboard_->handOver()));
+}
+
+TEST_F(X11PasteboardTest, AHungOwnerCostsNoMoreThanTheBudget) {
+    const RawOwner silent(*user_, [](const auto&) {});
+    settle();
+    const double start = loop_.now();
+    EXPECT_THAT(result(pasteboard_->pasteboardItems()), IsEmpty());
+    EXPECT_LT(loop_.now() - start, 0.7);
+
+    RawOwner* raw = nullptr;
+    RawOwner half(*user_, [&](const xcb_selection_request_event_t& request) {
+        const auto target = user_->atomName(request.target);
+        if (target == "TARGETS") raw->replyTargets(request, {"A", "B", "C", "D", "text/plain"});
+        if (target == "text/plain") raw->reply(request, target, 8, "tarde");
+        // Announces pieces and never sends one.
+        if (target == "B") raw->reply(request, "INCR", 32, std::string(4, '\1'));
+    });
+    raw = &half;
+    settle();
+    const double second = loop_.now();
+    result(pasteboard_->pasteboardItems());
+    EXPECT_LT(loop_.now() - second, 1.3);
+}
+
+TEST_F(X11PasteboardTest, AnOwnerThatQuitsWhileItIsReadGivesNothing) {
+    RawOwner* raw = nullptr;
+    RawOwner quitter(*user_, [&](const xcb_selection_request_event_t& request) {
+        if (user_->atomName(request.target) == "TARGETS") {
+            raw->replyTargets(request, {"text/plain", "text/html"});
+        } else {
+            raw->quit();
+        }
+    });
+    raw = &quitter;
+    settle();
+    const double start = loop_.now();
+    EXPECT_THAT(result(pasteboard_->pasteboardItems()), IsEmpty());
+    EXPECT_LT(loop_.now() - start, 0.3) << "waited for an owner that is gone";
+}
+
+TEST_F(X11PasteboardTest, AReadUnderWayMayBeDestroyed) {
+    const RawOwner silent(*user_, [](const auto&) {});
+    settle();
+    {
+        TaskScope scope(loop_);
+        scope.spawn(pasteboard_->pasteboardItems());
+    }
+    settle();
+    EXPECT_FALSE(connection_->isLost());
+}
+
+TEST_F(X11PasteboardTest, HandsItsContentsOverToTheClipboardManager) {
+    pasteboard_->clearContents();
+    pasteboard_->setString("de antes");
+    EXPECT_FALSE(result(pasteboard_->handOver())) << "there is no clipboard manager";
+
+    // A manager saves everything, then says so.
+    const auto window = user_->createHiddenWindow(XCB_EVENT_MASK_NO_EVENT);
+    xcb_set_selection_owner(user_->get(), window, user_->atom("CLIPBOARD_MANAGER"), XCB_CURRENT_TIME);
+    user_->flush();
+    std::optional<xcb_selection_request_event_t> saving;
+    const auto token = user_->listen(XCB_SELECTION_REQUEST, [&](const auto& event) {
+        saving = reinterpret_cast<const xcb_selection_request_event_t&>(event);
+    });
+    std::optional<bool> done;
+    const auto run = [&]() -> Task<void> { done = co_await pasteboard_->handOver(); };
+    tasks_.spawn(run());
+    ASSERT_TRUE(waitFor([&] { return saving.has_value(); }));
+    EXPECT_EQ(user_->atomName(saving->target), "SAVE_TARGETS");
+    EXPECT_EQ(readAsOther("UTF8_STRING")->bytes, "de antes");
+    EXPECT_FALSE(done);
+    xcb_selection_notify_event_t notify{};
+    notify.response_type = XCB_SELECTION_NOTIFY;
+    notify.requestor = saving->requestor;
+    notify.selection = saving->selection;
+    notify.target = saving->target;
+    notify.property = saving->property;
+    xcb_send_event(user_->get(), 0, saving->requestor, 0, reinterpret_cast<const char*>(&notify));
+    user_->flush();
+    ASSERT_TRUE(waitFor([&] { return done.has_value(); }));
+    EXPECT_TRUE(*done);
+    xcb_destroy_window(user_->get(), window);
+}
+
+TEST(SelectionContentsTest, TypesCarryWhatTheirNameDoesNotTell) {
+    EXPECT_EQ(pasteboardType({"image/png", "image/png", 8}), "image/png");
+    for (const TargetName& name : {TargetName{"TEXT", "UTF8_STRING", 8}, TargetName{"X", "X", 32},
+                                   TargetName{"odd\tname", "T", 16}, TargetName{"plain", "plain", 8}}) {
+        EXPECT_EQ(parsePasteboardType(pasteboardType(name)), name);
+    }
+    EXPECT_EQ(parsePasteboardType("a\tb\t7").target, "a\tb\t7");
+}
+
+}  // namespace
+}  // namespace dorix::testing

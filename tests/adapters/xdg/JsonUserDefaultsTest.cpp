@@ -1,0 +1,189 @@
+#include "base/async/ManualExecutor.h"
+#include "linux/xdg/AtomicFile.h"
+#include "linux/xdg/AutostartLoginItem.h"
+#include "linux/xdg/JsonUserDefaults.h"
+#include "linux/xdg/LocaleEnvironment.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <string>
+
+namespace dorix {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class XdgTest : public testing::Test {
+ protected:
+    XdgTest() {
+        std::string pattern = (fs::temp_directory_path() / "dorix-test-XXXXXX").string();
+        folder = ::mkdtemp(pattern.data());
+        file = folder / "dorix" / "defaults.json";
+    }
+    ~XdgTest() override {
+        ::chmod(folder.c_str(), 0700);
+        fs::remove_all(folder);
+    }
+
+    static std::string read(const fs::path& path) {
+        std::ifstream stream(path, std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+    static void write(const fs::path& path, std::string_view text) {
+        fs::create_directories(path.parent_path());
+        std::ofstream(path, std::ios::binary) << text;
+    }
+    std::vector<std::string> namesBeside(const fs::path& path) const {
+        std::vector<std::string> names;
+        for (const auto& entry : fs::directory_iterator(path.parent_path())) {
+            if (entry.path() != path) names.push_back(entry.path().filename());
+        }
+        return names;
+    }
+
+    fs::path folder;
+    fs::path file;
+    ManualExecutor main;
+};
+
+TEST_F(XdgTest, KeepsWhatWasSetAcrossRuns) {
+    {
+        JsonUserDefaults defaults(main, file);
+        EXPECT_EQ(defaults.value("pttKey"), std::nullopt);
+        defaults.set("pttKey", "fn");
+        defaults.set("paused", true);
+        defaults.set("gone", 1);
+        defaults.remove("gone");
+        defaults.set("nombre", "Begoña\xFF");
+    }
+    JsonUserDefaults again(main, file);
+    EXPECT_EQ(again.string("pttKey"), "fn");
+    EXPECT_EQ(again.boolean("paused"), true);
+    EXPECT_EQ(again.boolean("pttKey"), std::nullopt) << "another type counts as absent";
+    EXPECT_EQ(again.value("gone"), std::nullopt);
+    EXPECT_EQ(again.string("nombre"), "Begoña\uFFFD");
+    EXPECT_THAT(namesBeside(file), IsEmpty()) << "no temporary file is left";
+    struct stat status{};
+    ASSERT_EQ(::stat(file.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0600U);
+}
+
+TEST_F(XdgTest, TellsObserversOnTheMainExecutor) {
+    JsonUserDefaults defaults(main, file);
+    int told = 0;
+    const auto subscription = defaults.observe("a", [&] { ++told; });
+    defaults.set("a", 1);
+    EXPECT_EQ(told, 0);
+    main.runPosted();
+    defaults.set("a", 1);
+    defaults.set("b", 1);
+    main.runPosted();
+    EXPECT_EQ(told, 1);
+}
+
+TEST_F(XdgTest, SetsADamagedFileAside) {
+    for (const std::string_view damaged : {"{\"a\":", "[1]", "\xFF\xFE", ""}) {
+        write(file, damaged);
+        JsonUserDefaults defaults(main, file);
+        EXPECT_EQ(defaults.value("a"), std::nullopt);
+        defaults.set("b", 1);
+    }
+    EXPECT_EQ(namesBeside(file).size(), 4U) << "each under a name of its own";
+    EXPECT_EQ(JsonUserDefaults(main, file).value("b"), 1);
+}
+
+TEST_F(XdgTest, AReadOnlyHomeCostsOnlyTheSaving) {
+    if (::geteuid() == 0) {
+        // Root may write anywhere; a file where a folder should be refuses root as well.
+        write(folder / "dorix", "not a folder");
+    } else {
+        ::chmod(folder.c_str(), 0500);
+    }
+    testing::internal::CaptureStderr();
+    {
+        JsonUserDefaults defaults(main, file);
+        defaults.set("a", 1);
+        EXPECT_EQ(defaults.value("a"), 1);
+    }
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::HasSubstr("DORIX: "));
+}
+
+TEST_F(XdgTest, WritesThroughASymbolicLink) {
+    const fs::path real = folder / "dotfiles" / "defaults.json";
+    write(real, "{}");
+    fs::create_directories(file.parent_path());
+    fs::create_symlink(real, file);
+    {
+        JsonUserDefaults(main, file).set("a", 1);
+    }
+    EXPECT_TRUE(fs::is_symlink(file));
+    EXPECT_EQ(Json::parse(read(real)).at("a"), 1);
+}
+
+TEST_F(XdgTest, AKilledWriterLeavesAWholeFile) {
+    const std::string small = "{\"size\":\"small\"}";
+    const std::string large = "{\"size\":\"" + std::string(300'000, 'x') + "\"}";
+    ASSERT_FALSE(replaceFile(file, small));
+    for (int round = 0; round < 20; ++round) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            while (true) {
+                if (replaceFile(file, large) || replaceFile(file, small)) ::_exit(1);
+            }
+        }
+        ::usleep(static_cast<useconds_t>(500 + round * 700));  // where the kill falls is chance, on purpose
+        ::kill(child, SIGKILL);
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        ASSERT_TRUE(WIFSIGNALED(status));
+        const auto contents = read(file);
+        ASSERT_TRUE(contents == small || contents == large) << contents.size();
+    }
+}
+
+TEST_F(XdgTest, TheLoginItemIsAnAutostartEntry) {
+    AutostartLoginItem item(folder, "/opt/a \"b\" $c 100%/dorix");
+    EXPECT_FALSE(item.isRegistered());
+    item.registerApplication();
+    EXPECT_TRUE(item.isRegistered());
+    EXPECT_THAT(read(folder / "autostart" / "es.pelmora.dorix.desktop"),
+                testing::HasSubstr("Exec=\"/opt/a \\\\\"b\\\\\" \\\\$c 100%%/dorix\"\n"));
+    item.unregisterApplication();
+    item.unregisterApplication();
+    EXPECT_FALSE(item.isRegistered());
+}
+
+SystemLanguages languagesOf(std::map<std::string, std::string> environment) {
+    return systemLanguages([environment](const char* name) -> std::optional<std::string> {
+        const auto found = environment.find(name);
+        if (found == environment.end()) return std::nullopt;
+        return found->second;
+    });
+}
+
+TEST(LocaleEnvironmentTest, ReadsTheVariablesAsTheSystemDoes) {
+    const auto plain = languagesOf({{"LANG", "es_ES.UTF-8"}});
+    EXPECT_THAT(plain.preferred, ElementsAre("es-ES"));
+    EXPECT_EQ(plain.currentLanguageCode, "es");
+    const auto list = languagesOf({{"LANGUAGE", "en_GB:ca@valencia::es"}, {"LANG", "it_IT@euro"}});
+    EXPECT_THAT(list.preferred, ElementsAre("en-GB", "ca", "es", "it-IT"));
+    EXPECT_EQ(list.currentLanguageCode, "it");
+    const auto none = languagesOf({{"LC_ALL", "C.UTF-8"}, {"LANGUAGE", "en"}, {"LANG", "fr_FR"}});
+    EXPECT_THAT(none.preferred, IsEmpty());
+    EXPECT_EQ(none.currentLanguageCode, std::nullopt);
+}
+
+}  // namespace
+}  // namespace dorix

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "platform/KeyEventMonitors.h"
+
+#include <utility>
+#include <vector>
+
+namespace dorix {
+
+/// A keyboard that the test types on, into other applications unless it says otherwise.
+class FakeKeyEventMonitors final : public KeyEventMonitors {
+ public:
+    Token addGlobalMonitor(KeyEventMask mask, GlobalHandler handler) override {
+        if (refuseGlobal) return nullptr;
+        return add(mask, false, [handler = std::move(handler)](const KeyEvent& event) {
+            handler(event);
+            return false;
+        });
+    }
+    Token addLocalMonitor(KeyEventMask mask, LocalHandler handler) override {
+        return add(mask, true, std::move(handler));
+    }
+    bool reportsKey(std::uint16_t) const override { return true; }
+
+    /// Whether a handler swallowed the event.
+    bool send(KeyEventMask mask, KeyEvent event, bool toOwnWindow = false) {
+        bool swallowed = false;
+        for (const auto& weak : std::vector(monitors_)) {
+            const auto monitor = weak.lock();
+            if (monitor && monitor->mask == mask && monitor->local == toOwnWindow) {
+                swallowed = monitor->handler(event) || swallowed;
+            }
+        }
+        return swallowed;
+    }
+    bool flags(std::uint16_t keyCode, std::uint64_t flags) {
+        return send(KeyEventMask::flagsChanged, {keyCode, flags});
+    }
+    bool keyDown(std::uint16_t keyCode, std::uint64_t flags = 0) {
+        return send(KeyEventMask::keyDown, {keyCode, flags});
+    }
+
+    int installed() const {
+        int count = 0;
+        for (const auto& monitor : monitors_) count += monitor.expired() ? 0 : 1;
+        return count;
+    }
+
+    bool refuseGlobal = false;
+
+ private:
+    struct Monitor {
+        KeyEventMask mask;
+        bool local;
+        LocalHandler handler;
+    };
+
+    Token add(KeyEventMask mask, bool local, LocalHandler handler) {
+        auto monitor = std::make_shared<Monitor>(Monitor{mask, local, std::move(handler)});
+        monitors_.push_back(monitor);
+        return monitor;
+    }
+
+    std::vector<std::weak_ptr<Monitor>> monitors_;
+};
+
+}  // namespace dorix

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "dictation/Collaborators.h"
+#include "writing/BasicPolisher.h"
+
+#include <utility>
+#include <vector>
+
+namespace dorix {
+
+/// Writes by rule and keeps what it was asked.
+class RecordingWriter final : public DictationWriter {
+ public:
+    Task<PolishResult> polish(PolishRequest request) override {
+        requests.push_back(request);
+        co_return polisher_.polished(request.transcript);
+    }
+    bool usesCloudEngine() const override { return cloud; }
+    void prewarm(PolishRequest request) override { prewarmed.push_back(std::move(request)); }
+
+    bool cloud = false;
+    std::vector<PolishRequest> requests;
+    std::vector<PolishRequest> prewarmed;
+
+ private:
+    BasicPolisher polisher_;
+};
+
+/// A history in memory, newest first.
+class FakeHistory final : public DictationHistory {
+ public:
+    const std::vector<HistoryItem>& items() const override { return items_; }
+    void add(HistoryItem item) override { items_.insert(items_.begin(), std::move(item)); }
+
+ private:
+    std::vector<HistoryItem> items_;
+};
+
+}  // namespace dorix

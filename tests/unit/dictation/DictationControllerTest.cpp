@@ -1,0 +1,314 @@
+#include "fakes/DictationBench.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace dorix {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using enum DictationController::Mode;
+using enum DictationController::Source;
+
+class DictationControllerTest : public testing::Test {
+ protected:
+    HUDPhase hud() const { return bench.state.hud.get(); }
+
+    /// A whole dictation with the hold key.
+    void dictate(std::string transcript) {
+        bench.speech.transcript = std::move(transcript);
+        ASSERT_TRUE(flow.begin(holdKey, write));
+        flow.showListening();
+        bench.executor.advanceBy(2);
+        flow.stopAndProcess();
+        bench.executor.advanceBy(0.45);
+    }
+
+    DictationBench bench;
+    DictationController& flow = bench.controller;
+};
+
+TEST_F(DictationControllerTest, AHoldEndsInTextAtTheCursorAndInTheHistory) {
+    bench.pasteboard.copyElsewhere("lo de antes");
+    bench.settings.language.set("en-US");
+    bench.speech.transcript = " mañana este te llamo \n";
+    EXPECT_TRUE(flow.begin(holdKey, write));
+    EXPECT_EQ(hud(), HUDPhase::hidden()) << "nothing shows before the hold is sure";
+    EXPECT_TRUE(flow.isRecording());
+    bench.executor.advanceBy(0.3);
+    flow.showListening();
+    EXPECT_EQ(hud(), HUDPhase::listening());
+    bench.executor.advanceBy(1);
+    flow.stopAndProcess();
+    EXPECT_EQ(hud(), HUDPhase::processing());
+    EXPECT_TRUE(flow.busy().get());
+    EXPECT_FALSE(flow.begin(holdKey, write)) << "one utterance at a time";
+    bench.executor.advanceBy(0.45);
+    EXPECT_EQ(bench.inserted, "Mañana te llamo.");
+    EXPECT_EQ(hud(), HUDPhase::done("Escrito en TextEdit"));
+    EXPECT_FALSE(flow.busy().get());
+    EXPECT_EQ(bench.pasteboard.items[0][0].second, "lo de antes");
+    bench.executor.advanceBy(1.6);
+    EXPECT_EQ(hud(), HUDPhase::hidden());
+    EXPECT_TRUE(flow.isIdle());
+
+    EXPECT_THAT(bench.speech.log, ElementsAre("start en-US", "stop"));
+    EXPECT_THAT(bench.sounds.played, ElementsAre("Tink 0.25", "Pop 0.25"));
+    ASSERT_EQ(bench.history.items().size(), 1U);
+    const auto& item = bench.history.items()[0];
+    EXPECT_EQ(item.query, "mañana este te llamo");
+    EXPECT_EQ(item.answer, "Mañana te llamo.");
+    EXPECT_EQ(item.bundleID, "com.apple.TextEdit");
+    EXPECT_EQ(item.createdAt, 1'750'000'000);
+    EXPECT_EQ(item.meta.tone, "Natural");
+    EXPECT_EQ(item.meta.durationMs, 1750);
+    EXPECT_EQ(item.meta.source, "voz");
+}
+
+TEST_F(DictationControllerTest, WithNowhereToTypeTheTextStaysOnTheClipboard) {
+    bench.setFocus(false);
+    dictate("hola");
+    EXPECT_EQ(hud(), HUDPhase::done("Escrito en TextEdit · también en el portapapeles (⌘V)"));
+    EXPECT_THAT(bench.pasteboard.items, ElementsAre(ElementsAre(std::pair<std::string, std::string>(
+                                            std::string(Pasteboard::stringType), "Hola"))));
+    bench.executor.advanceBy(2.3);
+    EXPECT_NE(hud(), HUDPhase::hidden());
+    bench.executor.advanceBy(0.1);
+    EXPECT_EQ(hud(), HUDPhase::hidden());
+}
+
+TEST_F(DictationControllerTest, ATapIsDroppedInSilence) {
+    EXPECT_TRUE(flow.begin(holdKey, write));
+    flow.cancelRecording();
+    bench.executor.advanceBy(10);
+    EXPECT_EQ(hud(), HUDPhase::hidden());
+    EXPECT_FALSE(flow.source().has_value());
+    EXPECT_THAT(bench.speech.log, ElementsAre("start es-ES", "cancel"));
+    EXPECT_THAT(bench.sounds.played, IsEmpty());
+    EXPECT_EQ(bench.inserted, std::nullopt);
+}
+
+TEST_F(DictationControllerTest, RefusalsSayWhatTheUserCanDo) {
+    bench.settings.paused.set(true);
+    EXPECT_FALSE(flow.begin(holdKey, write));
+    bench.settings.paused.set(false);
+    flow.accountReady = [] { return false; };
+    EXPECT_FALSE(flow.begin(holdKey, write));
+    EXPECT_EQ(hud(), HUDPhase::hidden());
+    flow.accountReady = [] { return true; };
+    bench.grants.microphone = AuthorizationStatus::denied;
+    EXPECT_FALSE(flow.begin(holdKey, write));
+    EXPECT_EQ(hud(), HUDPhase::error("DORIX necesita acceso al micrófono. Ábrelo desde Ajustes."));
+    bench.grants.microphone = AuthorizationStatus::authorized;
+    bench.grants.screen = false;
+    EXPECT_FALSE(flow.begin(shortcut, ask));
+    EXPECT_EQ(hud().kind, HUDPhase::Kind::error);
+    EXPECT_THAT(bench.grants.log, ElementsAre("request screen", "open Privacy_ScreenCapture"));
+    bench.executor.advanceBy(5);
+    EXPECT_EQ(hud(), HUDPhase::hidden());
+    EXPECT_TRUE(flow.begin(holdKey, write)) << "writing needs no screen";
+    EXPECT_FALSE(flow.begin(shortcut, write)) << "one recording at a time";
+}
+
+TEST_F(DictationControllerTest, FailuresOfSpeechEndInAMessageAndFreeTheFlow) {
+    bench.speech.startError = "No hay micrófono disponible.";
+    dictate("nunca");
+    EXPECT_EQ(hud(), HUDPhase::error("No hay micrófono disponible."));
+    EXPECT_FALSE(flow.busy().get());
+    EXPECT_EQ(bench.inserted, std::nullopt);
+    bench.speech.startError.clear();
+    dictate(" \n ");
+    EXPECT_EQ(hud(), HUDPhase::info("No te he oído. Mantén pulsado ⌥ Espacio mientras hablas."));
+
+    flow.begin(holdKey, write);
+    flow.showListening();
+    bench.speech.onAudioLost();
+    EXPECT_EQ(hud().text,
+              "No me llega sonido del micrófono. Si acabas de conectar unos auriculares, prueba otra vez.");
+    EXPECT_FALSE(flow.isRecording());
+    bench.speech.onAudioLost();
+    bench.executor.advanceBy(4);
+    EXPECT_EQ(hud(), HUDPhase::hidden());
+}
+
+TEST_F(DictationControllerTest, ReleasingBeforeTheMicrophoneIsReadyWaitsForIt) {
+    bench.speech.holdStart = true;
+    bench.speech.transcript = "una frase de prueba";
+    flow.begin(holdKey, write);
+    flow.stopAndProcess();
+    bench.executor.advanceBy(3);
+    EXPECT_EQ(hud(), HUDPhase::processing());
+    bench.speech.started.complete();
+    bench.executor.advanceBy(0.45);
+    EXPECT_EQ(bench.inserted, "Una frase de prueba.");
+}
+
+TEST_F(DictationControllerTest, AShortcutHeldIsHoldToTalkAndTappedIsHandsFree) {
+    bench.speech.transcript = "hola";
+    flow.shortcutPressed(write);
+    flow.shortcutPressed(write);  // auto-repeat
+    bench.executor.advanceBy(0.4);
+    flow.shortcutReleased();
+    EXPECT_EQ(hud(), HUDPhase::processing());
+    bench.executor.advanceBy(10);
+
+    flow.shortcutPressed(write);
+    bench.executor.advanceBy(0.39);
+    flow.shortcutReleased();
+    EXPECT_TRUE(bench.state.handsFree.get());
+    flow.shortcutPressed(write);
+    EXPECT_FALSE(bench.state.handsFree.get());
+    EXPECT_EQ(hud(), HUDPhase::processing());
+    bench.executor.advanceBy(0.45);
+    EXPECT_EQ(bench.inserted, "Hola");
+    flow.shortcutReleased();
+    EXPECT_FALSE(flow.isRecording());
+}
+
+class HandsFreeTest : public DictationControllerTest {
+ protected:
+    HandsFreeTest() {
+        bench.speech.transcript = "hola";
+        flow.shortcutPressed(write);
+        flow.shortcutReleased();
+        start = bench.executor.now();
+    }
+    void waitUntilEnded(double limit) {
+        while (bench.state.handsFree.get() && bench.executor.now() < start + limit)
+            bench.executor.advanceBy(0.01);
+    }
+    double elapsed() const { return bench.executor.now() - start; }
+
+    double start = 0;
+};
+
+TEST_F(HandsFreeTest, SilenceBeforeAnyWordDropsIt) {
+    bench.speech.level.set(0.9F);
+    waitUntilEnded(60);
+    EXPECT_NEAR(elapsed(), 8.1, 0.011) << "noise without words does not keep it open";
+    EXPECT_EQ(hud(), HUDPhase::info("No te he oído. Pulsa ⌥ Espacio y habla."));
+    bench.executor.advanceBy(2.4);
+    EXPECT_EQ(hud(), HUDPhase::hidden());
+    EXPECT_TRUE(bench.history.items().empty());
+}
+
+TEST_F(HandsFreeTest, SilenceAfterWordsEndsIt) {
+    bench.executor.advanceBy(1);
+    bench.speech.partial.set("hola");
+    waitUntilEnded(60);
+    EXPECT_NEAR(elapsed(), 1.05 + 1.95, 0.011) << "the first beat past 1.8 s after the change was seen";
+    bench.executor.advanceBy(0.45);
+    EXPECT_EQ(bench.inserted, "Hola");
+}
+
+TEST_F(HandsFreeTest, NoiseKeepsItOpenUntilTheLimit) {
+    bench.speech.partial.set("hola");
+    bench.speech.level.set(0.36F);
+    waitUntilEnded(300);
+    EXPECT_NEAR(elapsed(), 120.15, 0.011);
+    bench.executor.advanceBy(0.45);
+    EXPECT_EQ(bench.inserted, "Hola");
+}
+
+TEST_F(HandsFreeTest, EscapeDropsIt) {
+    bench.speech.partial.set("hola");
+    flow.cancelRecording();
+    bench.executor.advanceBy(300);
+    EXPECT_EQ(bench.inserted, std::nullopt);
+    EXPECT_EQ(hud(), HUDPhase::hidden());
+}
+
+TEST_F(DictationControllerTest, TheRequestTellsTheWriterWhereTheTextGoes) {
+    bench.workspace.frontmost->bundleIdentifier = "com.apple.mail";
+    bench.workspace.frontmost->localizedName = "Mail";
+    const auto remember = [this](std::string answer, std::optional<bool> inserted, std::string tone) {
+        bench.history.add({.kind = HistoryKind::dictado,
+                           .answer = std::move(answer),
+                           .meta = {.tone = std::move(tone), .inserted = inserted}});
+    };
+    remember(std::string(41, 'e'), true, "Profesional");
+    remember(std::string(41, 'd'), true, "Profesional");
+    remember(std::string(40, 'x'), true, "Profesional");
+    remember(std::string(41, 'x'), std::nullopt, "Profesional");
+    remember(std::string(41, 'x'), true, "Informal");
+    remember(std::string(41, 'c'), true, "Profesional");
+    remember(std::string(41, 'b'), true, "Profesional");
+    bench.settings.signatureName.set("Teo");
+    dictate("hola");
+    ASSERT_EQ(bench.writer.requests.size(), 1U);
+    const auto& request = bench.writer.requests[0];
+    EXPECT_EQ(request.tone, Tone::profesional);
+    EXPECT_EQ(request.appName, "Mail");
+    EXPECT_EQ(request.signatureName, "Teo");
+    EXPECT_THAT(request.styleExamples,
+                ElementsAre(std::string(41, 'b'), std::string(41, 'c'), std::string(41, 'd')));
+    ASSERT_EQ(bench.writer.prewarmed.size(), 1U);
+    EXPECT_EQ(bench.writer.prewarmed[0].transcript, "");
+
+    bench.settings.adaptTone.set(false);
+    dictate("hola");
+    EXPECT_EQ(bench.writer.requests[1].tone, Tone::neutral);
+    EXPECT_EQ(bench.history.items()[0].meta.tone, "Natural");
+}
+
+TEST_F(DictationControllerTest, MessagesLastTheirFullTime) {
+    flow.flash(HUDPhase::info("uno"), 2);
+    bench.executor.advanceBy(1.5);
+    flow.flash(HUDPhase::info("uno"), 2);
+    bench.executor.advanceBy(1.5);
+    EXPECT_EQ(hud(), HUDPhase::info("uno"));
+    bench.executor.advanceBy(0.5);
+    EXPECT_EQ(hud(), HUDPhase::hidden());
+    flow.flash(HUDPhase::info("dos"), 1);
+    bench.state.hud.set(HUDPhase::info("tres"));
+    bench.executor.advanceBy(2);
+    EXPECT_EQ(hud(), HUDPhase::info("tres"));
+    flow.flash(HUDPhase::learned("cuatro"), 1, DictationController::Sticky::yes);
+    bench.executor.advanceBy(60);
+    EXPECT_EQ(hud(), HUDPhase::learned("cuatro"));
+}
+
+TEST_F(DictationControllerTest, OverThePanelTheTextGoesToTheApplicationBehindIt) {
+    flow.panelTarget.displayName = "Notas";
+    flow.closePanel = [this] { bench.state.panelOpen.set(false); };
+    bench.state.panelOpen.set(true);
+    dictate("hola");
+    EXPECT_FALSE(bench.state.panelOpen.get());
+    EXPECT_EQ(hud(), HUDPhase::done("Escrito en Notas"));
+}
+
+TEST_F(DictationControllerTest, ReinsertTypesAnItemWithoutItsMarkup) {
+    flow.panelTarget = {.app = RunningApplication{.processIdentifier = 7}, .displayName = "Editor"};
+    flow.closePanel = [this] { flow.panelTarget = {}; };
+    flow.reinsert({.answer = "**Hola** `x`"});
+    bench.executor.advanceBy(0.17);
+    EXPECT_EQ(bench.workspace.activated.at(0).processIdentifier, 7);
+    EXPECT_EQ(bench.inserted, std::nullopt);
+    bench.executor.advanceBy(0.01 + 0.45);
+    EXPECT_EQ(bench.inserted, "Hola x");
+    EXPECT_EQ(hud(), HUDPhase::done("Escrito en Editor"));
+}
+
+TEST_F(DictationControllerTest, TheComposersMicrophoneAddsToItsText) {
+    bench.state.composerText.set("Dime ");
+    bench.speech.transcript = "qué hora es";
+    flow.toggleComposerMic();
+    EXPECT_TRUE(bench.state.composerRecording.get());
+    EXPECT_FALSE(flow.isIdle());
+    flow.toggleComposerMic();
+    bench.executor.advanceBy(0);
+    EXPECT_EQ(bench.state.composerText.get(), "Dime qué hora es");
+    EXPECT_EQ(bench.state.focusRequest.get(), AppState::FocusTarget::composer);
+
+    bench.speech.startError = "roto";
+    flow.toggleComposerMic();
+    EXPECT_FALSE(bench.state.composerRecording.get());
+    EXPECT_EQ(hud(), HUDPhase::error("roto"));
+}
+
+}  // namespace
+}  // namespace dorix

@@ -1,0 +1,170 @@
+#include "base/async/ManualExecutor.h"
+#include "dictation/GlobalHotKey.h"
+#include "dictation/PushToTalkMonitor.h"
+#include "fakes/FakeHotKeyRegistrar.h"
+#include "fakes/FakeKeyEventMonitors.h"
+#include "platform/KeyCodes.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace dorix {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr std::uint64_t rightOptionDown = modifier::option | modifier::deviceRightOption;
+constexpr std::uint16_t letter = 0;
+
+class PushToTalkTest : public testing::Test {
+ protected:
+    PushToTalkTest() {
+        const auto record = [this](std::string name) {
+            return [this, name] {
+                calls.push_back(name);
+                phases.push_back(monitor.phase());
+            };
+        };
+        monitor.onBegin = record("begin");
+        monitor.onConfirm = record("confirm");
+        monitor.onEnd = record("end");
+        monitor.onCancel = record("cancel");
+        monitor.onEscape = [this] { return escapeIsUsed; };
+        monitor.start();
+    }
+
+    void press() { keyboard.flags(keycode::rightOption, rightOptionDown); }
+    void release() { keyboard.flags(keycode::rightOption, 0); }
+    void hold() {
+        press();
+        executor.advanceBy(0.3);
+    }
+
+    ManualExecutor executor;
+    FakeKeyEventMonitors keyboard;
+    PushToTalkMonitor monitor{executor, keyboard, PushToTalkKey::rightOption};
+    std::vector<std::string> calls;
+    std::vector<PushToTalkMonitor::Phase> phases;
+    bool escapeIsUsed = false;
+};
+
+TEST_F(PushToTalkTest, AHoldBeginsConfirmsAndEnds) {
+    using enum PushToTalkMonitor::Phase;
+    press();
+    executor.advanceBy(0.29);
+    EXPECT_THAT(calls, ElementsAre("begin"));
+    executor.advanceBy(0.01);
+    keyboard.keyDown(letter);
+    keyboard.flags(keycode::leftShift, rightOptionDown | modifier::shift);
+    executor.advanceBy(60);
+    release();
+    EXPECT_THAT(calls, ElementsAre("begin", "confirm", "end"));
+    EXPECT_THAT(phases, ElementsAre(armed, active, idle));
+}
+
+TEST_F(PushToTalkTest, ATapAChordOrAnotherModifierCallsItOff) {
+    press();
+    release();
+    press();
+    EXPECT_FALSE(keyboard.keyDown(letter));
+    release();
+    press();
+    keyboard.flags(keycode::leftControl, rightOptionDown | modifier::control);
+    executor.advanceBy(1);
+    EXPECT_THAT(calls, ElementsAre("begin", "cancel", "begin", "cancel", "begin", "cancel"));
+}
+
+TEST_F(PushToTalkTest, OnlyTheCleanRightHandKeyCounts) {
+    keyboard.flags(keycode::leftOption, modifier::option | modifier::deviceLeftOption);
+    keyboard.flags(keycode::rightOption, rightOptionDown | modifier::shift);
+    executor.advanceBy(1);
+    release();
+    EXPECT_THAT(calls, IsEmpty());
+    monitor.key = PushToTalkKey::rightCommand;
+    press();
+    EXPECT_THAT(calls, IsEmpty());
+    keyboard.flags(keycode::rightCommand, modifier::command | modifier::deviceRightCommand);
+    EXPECT_THAT(calls, ElementsAre("begin"));
+}
+
+TEST_F(PushToTalkTest, EscapeCancelsAHoldAndIsSwallowedOnlyInOwnWindows) {
+    hold();
+    EXPECT_TRUE(keyboard.send(KeyEventMask::keyDown, {keycode::escape, 0}, true));
+    EXPECT_THAT(calls, ElementsAre("begin", "confirm", "cancel"));
+    EXPECT_FALSE(keyboard.send(KeyEventMask::keyDown, {keycode::escape, 0}, true));
+    escapeIsUsed = true;
+    EXPECT_TRUE(keyboard.send(KeyEventMask::keyDown, {keycode::escape, 0}, true));
+    EXPECT_FALSE(keyboard.send(KeyEventMask::keyDown, {letter, 0}, true));
+    EXPECT_FALSE(keyboard.keyDown(keycode::escape)) << "other applications keep their events";
+}
+
+TEST_F(PushToTalkTest, DisabledItIgnoresModifiersAndResetIsSilent) {
+    monitor.isEnabled = false;
+    hold();
+    EXPECT_THAT(calls, IsEmpty());
+    monitor.isEnabled = true;
+    hold();
+    monitor.reset();
+    release();
+    executor.advanceBy(1);
+    EXPECT_THAT(calls, ElementsAre("begin", "confirm"));
+}
+
+TEST_F(PushToTalkTest, StartingAgainKeepsFourMonitorsAndDoesWithoutARefusedOne) {
+    monitor.start();
+    EXPECT_EQ(keyboard.installed(), 4);
+    keyboard.refuseGlobal = true;
+    monitor.start();
+    EXPECT_EQ(keyboard.installed(), 2);
+    monitor.stop();
+    EXPECT_EQ(keyboard.installed(), 0);
+}
+
+class GlobalHotKeyTest : public testing::Test {
+ protected:
+    std::unique_ptr<GlobalHotKey> make(std::uint32_t id) {
+        const auto number = std::to_string(id);
+        return GlobalHotKey::make(table, keycode::space, hotkeymodifier::option, id,
+                                  {.pressed = [this, number] { calls.push_back("pressed " + number); },
+                                   .released = [this, number] { calls.push_back("released " + number); }});
+    }
+
+    ManualExecutor executor;
+    FakeHotKeyRegistrar registrar;
+    HotKeyTable table{executor, registrar};
+    std::vector<std::string> calls;
+};
+
+TEST_F(GlobalHotKeyTest, DispatchesByNumberLaterAndOnlyToThoseThatLive) {
+    const auto first = make(1);
+    auto second = make(2);
+    EXPECT_EQ(registrar.registered.begin()->second,
+              (FakeHotKeyRegistrar::Chord{49, 0x800, {.signature = 0x44525821, .id = 1}}));
+    registrar.send(1, HotKeyRegistrar::eventPressed);
+    registrar.send(2, HotKeyRegistrar::eventPressed);
+    registrar.send(1, HotKeyRegistrar::eventReleased);
+    registrar.send(3, HotKeyRegistrar::eventPressed);
+    EXPECT_THAT(calls, IsEmpty());
+    second.reset();
+    executor.runPosted();
+    EXPECT_THAT(calls, ElementsAre("pressed 1", "released 1"));
+    EXPECT_EQ(registrar.registered.size(), 1U);
+}
+
+TEST_F(GlobalHotKeyTest, ARefusedChordIsLoggedAndDoneWithout) {
+    registrar.refuseWith = -9878;
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(make(1), nullptr);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "DORIX: no se pudo registrar el atajo global (-9878)\n");
+    registrar.send(1, HotKeyRegistrar::eventPressed);
+    executor.runPosted();
+    EXPECT_THAT(calls, IsEmpty());
+}
+
+}  // namespace
+}  // namespace dorix

@@ -1,0 +1,128 @@
+#include "base/Log.h"
+#include "fakes/FakeLoginItem.h"
+#include "fakes/MemoryUserDefaults.h"
+#include "localdata/Language.h"
+#include "localdata/SettingsStore.h"
+
+#include <gtest/gtest.h>
+
+namespace dorix {
+namespace {
+
+class SettingsTest : public testing::Test {
+ protected:
+    ~SettingsTest() override { uninstallLanguage(); }
+
+    void system(SystemLanguages languages) {
+        languages_ = std::move(languages);
+        installLanguage(defaults, languages_);
+    }
+    SettingsStore store() { return {defaults, loginItem, languages_}; }
+
+    MemoryUserDefaults defaults;
+    FakeLoginItem loginItem;
+
+ private:
+    SystemLanguages languages_;
+};
+
+TEST_F(SettingsTest, TheSystemDecidesTheLanguageUntilTheUserDoes) {
+    EXPECT_EQ(currentAppLanguage(), "es") << "before anything is installed";
+    system({.preferred = {"EN-GB", "es"}});
+    EXPECT_EQ(currentAppLanguage(), "en");
+    system({.preferred = {"ca-ES", "en"}});
+    EXPECT_EQ(currentAppLanguage(), "es");
+    defaults.set("appLanguage", "en");
+    EXPECT_EQ(currentAppLanguage(), "en");
+    EXPECT_EQ(appLocaleIdentifier(), "en_US");
+    defaults.set("appLanguage", "fr");
+    EXPECT_EQ(currentAppLanguage(), "es") << "a language that the app does not speak counts as no choice";
+}
+
+TEST_F(SettingsTest, TranslatesFillsAndGroups) {
+    system({});
+    EXPECT_EQ(tr("Pregunta"), "Pregunta");
+    EXPECT_EQ(formatNumber(1234567), "1.234.567");
+    defaults.set("appLanguage", "en");
+    EXPECT_EQ(tr("Pregunta"), "Question");
+    EXPECT_EQ(tr("Ask Screen"), "Ask Screen");
+    EXPECT_EQ(tr(" y "), " and ");
+    EXPECT_EQ(formatNumber(999), "999");
+    EXPECT_EQ(formatNumber(-1000), "-1,000");
+    EXPECT_EQ(formatText("%d de %@: 100 %%", {3, std::string("%@")}), "3 de %@: 100 %");
+    EXPECT_EQ(formatText("%@ y %@", {std::string("uno")}), "uno y %@");
+}
+
+TEST_F(SettingsTest, StartsWithDefaultsForWhatIsAbsentOrOfTheWrongType) {
+    for (const auto& [key, value] : Json{{"pttKey", "leftShift"},
+                                         {"engine", 3},
+                                         {"adaptTone", "no"},
+                                         {"playSounds", 0},
+                                         {"signatureName", false},
+                                         {"paused", "yes"}}
+                                        .items()) {
+        defaults.set(key, value);
+    }
+    system({.preferred = {"it"}, .currentLanguageCode = "it"});
+    const auto settings = store();
+    EXPECT_EQ(settings.pushToTalkKey.get(), PushToTalkKey::rightOption);
+    EXPECT_EQ(settings.engine.get(), WritingEngine::automatic);
+    EXPECT_TRUE(settings.adaptTone.get());
+    EXPECT_TRUE(settings.playSounds.get());
+    EXPECT_EQ(settings.signatureName.get(), "");
+    EXPECT_FALSE(settings.paused.get());
+    EXPECT_EQ(settings.language.get(), "it-IT");
+    EXPECT_EQ(settings.appLanguage.get(), "es");
+    EXPECT_EQ(defaults.value("language"), std::nullopt) << "a default is not written until it is chosen";
+}
+
+TEST_F(SettingsTest, WritesEveryChangeAndReadsItBack) {
+    system({.currentLanguageCode = "ca"});
+    {
+        auto settings = store();
+        EXPECT_EQ(settings.language.get(), "es-ES");
+        settings.pushToTalkKey.set(PushToTalkKey::fn);
+        settings.engine.set(WritingEngine::local);
+        settings.adaptTone.set(false);
+        settings.styleNotes.set("tuteo");
+        settings.paused.set(true);
+    }
+    EXPECT_EQ(defaults.string("pttKey"), "fn");
+    EXPECT_EQ(defaults.string("engine"), "local");
+    const auto again = store();
+    EXPECT_EQ(again.pushToTalkKey.get(), PushToTalkKey::fn);
+    EXPECT_EQ(again.engine.get(), WritingEngine::local);
+    EXPECT_FALSE(again.adaptTone.get());
+    EXPECT_EQ(again.styleNotes.get(), "tuteo");
+    EXPECT_TRUE(again.paused.get());
+}
+
+TEST_F(SettingsTest, TheDictationLanguageFollowsTheAppLanguage) {
+    defaults.set("language", "fr-FR");
+    system({.currentLanguageCode = "es"});
+    auto settings = store();
+    EXPECT_EQ(settings.language.get(), "fr-FR");
+    std::string seen;
+    const auto subscription = settings.languageObserver().code.subscribe(
+        [&](const std::string& code) { seen = code + " " + tr("Hoy"); });
+    settings.setAppLanguage("es");
+    EXPECT_EQ(settings.language.get(), "fr-FR") << "nothing changed";
+    settings.setAppLanguage("en");
+    EXPECT_EQ(seen, "en Today") << "observers find the new language in force";
+    EXPECT_EQ(defaults.string("language"), "en-US");
+}
+
+TEST_F(SettingsTest, ALoginItemThatTheSystemRefusesIsOnlyLogged) {
+    system({});
+    auto settings = store();
+    settings.setLaunchAtLogin(true);
+    EXPECT_TRUE(loginItem.registered);
+    loginItem.refuses = true;
+    testing::internal::CaptureStderr();
+    settings.setLaunchAtLogin(false);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "DORIX: no se pudo cambiar el inicio automático: refused\n");
+}
+
+}  // namespace
+}  // namespace dorix

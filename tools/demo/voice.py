@@ -1,0 +1,18 @@
+"""Speaks into the virtual microphone."""
+
+import subprocess
+from pathlib import Path
+
+from virtual_desktop import VirtualDesktop
+
+
+def synthesise(sentence: str, path: Path) -> None:
+    # Of the voices in the distribution, the one that the recogniser understands word for word.
+    subprocess.run(["flite", "-voice", "slt", "-t", sentence, "-o", str(path)], check=True)
+
+
+def speak(desktop: VirtualDesktop, words: Path) -> None:
+    """Returns when the last sample has been heard."""
+    status = desktop.spawn(["paplay", "--device=mic", "--latency-msec=100", str(words)]).wait()
+    if status != 0:
+        raise subprocess.CalledProcessError(status, "paplay")

@@ -1,0 +1,41 @@
+#include "lab/Command.h"
+
+namespace dorix::lab {
+
+std::string requiredString(const Json& input, const char* field) {
+    auto value = optionalString(input, field);
+    if (!value) throw BadInput(std::string("missing field \"") + field + "\"");
+    return *std::move(value);
+}
+
+std::optional<std::string> optionalString(const Json& input, const char* field) {
+    const auto found = input.find(field);
+    if (found == input.end() || found->is_null()) return std::nullopt;
+    if (!found->is_string()) throw BadInput(std::string("field \"") + field + "\" must be a string");
+    return found->get<std::string>();
+}
+
+double requiredNumber(const Json& input, const char* field) {
+    const auto found = input.find(field);
+    if (found == input.end()) throw BadInput(std::string("missing field \"") + field + "\"");
+    if (!found->is_number()) throw BadInput(std::string("field \"") + field + "\" must be a number");
+    return found->get<double>();
+}
+
+std::int64_t requiredInteger(const Json& input, const char* field) {
+    const auto found = input.find(field);
+    if (found == input.end() || !found->is_number_integer()) {
+        throw BadInput(std::string("field \"") + field + "\" must be a whole number");
+    }
+    return found->get<std::int64_t>();
+}
+
+AppLanguage::AppLanguage(const std::string& code) {
+    if (code != "es" && code != "en") throw BadInput("field \"language\" must be \"es\" or \"en\"");
+    defaults_.set("appLanguage", code);
+    installLanguage(defaults_, {});
+}
+
+std::string languageOf(const Json& input) { return optionalString(input, "language").value_or("es"); }
+
+}  // namespace dorix::lab
