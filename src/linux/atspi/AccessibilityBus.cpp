@@ -13,6 +13,8 @@ constexpr const char* busPath = "/org/a11y/bus";
 constexpr std::array registeredEvents = {"object:state-changed:focused", "window:activate",
                                          "window:deactivate"};
 
+constexpr int maxRetries = 3;
+
 constexpr const char* busComesRule =
     "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
     "member='NameOwnerChanged',arg0='org.a11y.Bus'";
@@ -60,9 +62,12 @@ bool AccessibilityBus::openSession() {
     });
     if (!session_) return false;
     session_->listen(busComesRule, [this](sd_bus_message* signal) {
-        if (newOwner(signal).second.empty()) return;
         asking_ = false;
-        connect();
+        // Another launcher means another bus, even where the old one still answers.
+        if (!newOwner(signal).second.empty())
+            askAddress();
+        else if (!bus_)
+            retry();
     });
     return true;
 }
@@ -78,11 +83,14 @@ void AccessibilityBus::askAddress() {
                             const char* address = nullptr;
                             if (isError(reply) || sd_bus_message_read_basic(reply, 's', &address) <= 0)
                                 return;
-                            if (!bus_) open(address);
+                            if (!bus_ || address_ != address) open(address);
                         });
 }
 
 void AccessibilityBus::open(const std::string& address) {
+    focus_ = {};
+    applications_ = {};
+    address_ = address;
     bus_ = BusConnection::openAddress(address, queue_, watcher_, [this] { lost(); });
     if (bus_) listen();
 }
@@ -106,16 +114,22 @@ void AccessibilityBus::listen() {
         const auto request = bus_->newCall("org.a11y.atspi.Registry", "/org/a11y/atspi/registry",
                                            "org.a11y.atspi.Registry", "RegisterEvent");
         sd_bus_message_append(request.get(), "sass", event, 0, "");
-        bus_->callLater(request, [](sd_bus_message*) {});
+        bus_->callLater(request, [this](sd_bus_message* reply) {
+            if (!isError(reply)) retries_ = maxRetries;
+        });
     }
 }
 
-/// It comes back when somebody starts it anew, which is told, or when it is asked for; after a bus that
-/// worked that is done here, once.
 void AccessibilityBus::lost() {
     bus_.reset();
-    focus_ = {};
-    applications_ = {};
+    retry();
+}
+
+/// It comes back when somebody starts it anew, which is told, or when it is asked for. One that has worked is
+/// started again here, a few times only: it may be breaking each time.
+void AccessibilityBus::retry() {
+    if (retries_ == 0) return;
+    --retries_;
     connect();
 }
 

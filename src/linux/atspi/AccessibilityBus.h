@@ -34,10 +34,13 @@ class AccessibilityBus {
     void open(const std::string& address);
     void listen();
     void lost();
+    void retry();
 
     WorkQueue& queue_;
     FdWatcher& watcher_;
     bool asking_ = false;
+    int retries_ = 0;
+    std::string address_;
     FocusTracker focus_;
     ApplicationDirectory applications_;
     std::unique_ptr<BusConnection> session_;

@@ -9,6 +9,7 @@ namespace dorix {
 namespace {
 
 constexpr const char* rootPath = "/org/a11y/atspi/accessible/root";
+constexpr const char* registry = "org.a11y.atspi.Registry";
 
 }  // namespace
 
@@ -17,7 +18,7 @@ std::expected<ObjectRef, AXError> ApplicationDirectory::find(AtspiClient& client
     if (const auto known = std::ranges::find_if(processes_, isIt); known != processes_.end()) {
         return ObjectRef{known->first, rootPath};
     }
-    const auto registered = client.children({"org.a11y.atspi.Registry", rootPath});
+    const auto registered = client.children({registry, rootPath});
     if (!registered) return std::unexpected(registered.error());
     for (const auto& root : *registered) {
         if (processes_.contains(root.bus)) continue;
@@ -27,6 +28,12 @@ std::expected<ObjectRef, AXError> ApplicationDirectory::find(AtspiClient& client
         if (*owner == process) return root;
     }
     return std::unexpected(AXError::cannotComplete);
+}
+
+bool ApplicationDirectory::isApplication(AtspiClient& client, const std::string& bus) {
+    if (processes_.contains(bus)) return true;
+    const auto registered = client.children({registry, rootPath});
+    return registered && std::ranges::find(*registered, bus, &ObjectRef::bus) != registered->end();
 }
 
 }  // namespace dorix

@@ -19,6 +19,9 @@ class ApplicationDirectory {
     /// The root object of the application; cannotComplete when it is not on the bus.
     std::expected<ObjectRef, AXError> find(AtspiClient& client, std::int32_t process);
 
+    /// Whether the connection is an application's own, not that of a part of one.
+    bool isApplication(AtspiClient& client, const std::string& bus);
+
     /// The connection is closed.
     void gone(const std::string& bus) { processes_.erase(bus); }
 

@@ -83,10 +83,10 @@ AtspiClient::Answer<sdbus::Message> AtspiClient::send(const sdbus::Message& requ
     return std::move(*reply);
 }
 
-AtspiClient::Answer<sdbus::Message> AtspiClient::property(const ObjectRef& object, const char* name,
-                                                          const char* type) {
+AtspiClient::Answer<sdbus::Message> AtspiClient::property(const ObjectRef& object, const char* interface,
+                                                          const char* name, const char* type) {
     auto request = ask(object, "org.freedesktop.DBus.Properties", "Get");
-    if (request) sd_bus_message_append(request.get(), "ss", accessible, name);
+    if (request) sd_bus_message_append(request.get(), "ss", interface, name);
     auto reply = send(request);
     if (reply && sd_bus_message_enter_container(reply->get(), 'v', type) < 0) return malformed();
     return reply;
@@ -114,7 +114,7 @@ AtspiClient::Answer<atspi::StateSet> AtspiClient::states(const ObjectRef& object
 }
 
 AtspiClient::Answer<std::string> AtspiClient::name(const ObjectRef& object) {
-    const auto reply = property(object, "Name", "s");
+    const auto reply = property(object, accessible, "Name", "s");
     if (!reply) return std::unexpected(reply.error());
     auto name = readString(reply->get());
     if (!name) return malformed();
@@ -122,7 +122,7 @@ AtspiClient::Answer<std::string> AtspiClient::name(const ObjectRef& object) {
 }
 
 AtspiClient::Answer<ObjectRef> AtspiClient::parent(const ObjectRef& object) {
-    const auto reply = property(object, "Parent", "(so)");
+    const auto reply = property(object, accessible, "Parent", "(so)");
     if (!reply) return std::unexpected(reply.error());
     auto parent = readObject(reply->get());
     if (!parent) return malformed();
@@ -192,6 +192,14 @@ AtspiClient::Answer<std::string> AtspiClient::text(const ObjectRef& object, Rang
     auto text = readString(reply->get());
     if (!text) return malformed();
     return std::move(*text);
+}
+
+AtspiClient::Answer<std::int32_t> AtspiClient::textLength(const ObjectRef& object) {
+    const auto reply = property(object, textInterface, "CharacterCount", "i");
+    if (!reply) return std::unexpected(reply.error());
+    std::int32_t count = 0;
+    if (sd_bus_message_read_basic(reply->get(), 'i', &count) <= 0) return malformed();
+    return count;
 }
 
 AtspiClient::Answer<std::string> AtspiClient::documentAttribute(const ObjectRef& object, const char* name) {

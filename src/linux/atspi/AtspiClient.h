@@ -47,6 +47,8 @@ class AtspiClient {
     /// The first selected stretch of the object's text; noValue when nothing is selected.
     Answer<Range> selection(const ObjectRef& object);
     Answer<std::string> text(const ObjectRef& object, Range range);
+    /// The number of characters in the object's text.
+    Answer<std::int32_t> textLength(const ObjectRef& object);
     Answer<std::string> documentAttribute(const ObjectRef& object, const char* name);
 
     /// The process behind a connection, as the bus knows it.
@@ -55,7 +57,8 @@ class AtspiClient {
  private:
     sdbus::Message ask(const ObjectRef& object, const char* interface, const char* member) const;
     Answer<sdbus::Message> send(const sdbus::Message& request);
-    Answer<sdbus::Message> property(const ObjectRef& object, const char* name, const char* type);
+    Answer<sdbus::Message> property(const ObjectRef& object, const char* interface, const char* name,
+                                    const char* type);
 
     BusConnection* connection_;
     const Executor& clock_;

@@ -3,6 +3,7 @@
 #include "linux/atspi/AtspiClient.h"
 #include "linux/atspi/FocusFinder.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace dorix {
@@ -106,7 +107,9 @@ class ObjectElement final : public AXUIElement {
         const auto secret = isSecret(client);
         if (!secret) return std::unexpected(secret.error());
         if (*secret) return unsupported();
-        return client.text(object_, {0, maxCharacters});
+        const auto length = client.textLength(object_);
+        if (!length) return std::unexpected(length.error());
+        return client.text(object_, {0, std::min(*length, maxCharacters)});
     }
 
     /// Empty when nothing is selected. An error when it is not to be had this way, where a copy may do.
@@ -138,10 +141,19 @@ Answer<ObjectRef> applicationOf(AtspiClient& client, const AtspiLook& look) {
     return bus->applications().find(client, look.process);
 }
 
-Answer<ObjectRef> focusIn(AtspiClient& client, const AtspiLook& look) {
-    auto application = applicationOf(client, look);
+/// The finder for the application, handed to `find`; or the reason why there is none.
+template <typename Find>
+Answer<ObjectRef> findIn(AtspiClient& client, const AtspiLook& look, Find find) {
+    const auto bus = look.bus.lock();
+    if (!bus || !bus->connection()) return std::unexpected(AXError::apiDisabled);
+    auto application = bus->applications().find(client, look.process);
     if (!application) return std::unexpected(application.error());
-    return FocusFinder(client, look.bus.lock()->focus(), std::move(*application)).focusedElement();
+    FocusFinder finder(client, bus->focus(), bus->applications(), std::move(*application));
+    return find(finder);
+}
+
+Answer<ObjectRef> focusIn(AtspiClient& client, const AtspiLook& look) {
+    return findIn(client, look, [](FocusFinder& finder) { return finder.focusedElement(); });
 }
 
 /// The active window of the application. Its title is known to the window system even where the application
@@ -202,10 +214,7 @@ class ApplicationElement final : public AXUIElement {
 
  private:
     Value focusedWindow(AtspiClient& client) const {
-        auto window = applicationOf(client, *look_);
-        if (window) {
-            window = FocusFinder(client, look_->bus.lock()->focus(), std::move(*window)).activeWindow();
-        }
+        auto window = findIn(client, *look_, [](FocusFinder& finder) { return finder.activeWindow(); });
         if (!window && !look_->windowTitle(look_->process)) return std::unexpected(window.error());
         return std::make_shared<WindowElement>(look_, std::move(window));
     }

@@ -1,5 +1,6 @@
 #include "linux/atspi/FocusFinder.h"
 
+#include "linux/atspi/ApplicationDirectory.h"
 #include "linux/atspi/AtspiClient.h"
 #include "linux/atspi/FocusTracker.h"
 
@@ -56,6 +57,8 @@ FocusFinder::Found FocusFinder::reported() {
 FocusFinder::Found FocusFinder::reportedByPart() {
     const auto latest = tracker_.latest();
     if (!latest || latest->bus == application_.bus) return std::unexpected(AXError::noValue);
+    // Another application is not asked: it may hang, and this one's budget is not for it.
+    if (directory_.isApplication(client_, latest->bus)) return std::unexpected(AXError::noValue);
     if (!isBelow(*latest, application_) || !hasFocus(*latest)) return std::unexpected(AXError::noValue);
     return *latest;
 }
@@ -65,14 +68,19 @@ FocusFinder::Found FocusFinder::searched() {
     // An application in front that has no active window does not tell all.
     if (!window) return std::unexpected(AXError::cannotComplete);
     auto found = client_.firstBelow(*window, State::focused);
-    if (!found && found.error() == AXError::attributeUnsupported) found = searchBelow(*window);
+    // Toolkits that cannot search say so with errors of all kinds.
+    const bool searches =
+        found || found.error() == AXError::noValue || found.error() == AXError::cannotComplete;
+    if (!searches) found = searchBelow(*window);
     if (found) {
         tracker_.focusGained(*found);
         return found;
     }
+    // Only of one that is known to tell is nothing found the same as nothing there: many show no more than
+    // the frame of their window.
     const auto* told = tracker_.find(application_.bus);
-    const bool leftForNowhere = told && told->focusWasLost && found.error() == AXError::noValue;
-    return std::unexpected(leftForNowhere ? AXError::noValue : AXError::cannotComplete);
+    const bool certain = told && told->tellsOfFocus && found.error() == AXError::noValue;
+    return std::unexpected(certain ? AXError::noValue : AXError::cannotComplete);
 }
 
 /// Level by level through what shows, for applications that cannot search themselves.
@@ -89,6 +97,7 @@ FocusFinder::Found FocusFinder::searchBelow(const ObjectRef& window) {
         if (atspi::has(*states, State::managesDescendants)) continue;
         const auto children = client_.children(object);
         if (!children) return std::unexpected(children.error());
+        if (children->size() == AtspiClient::maxChildren) return std::unexpected(AXError::cannotComplete);
         left.insert(left.end(), children->begin(), children->end());
     }
     return std::unexpected(AXError::noValue);

@@ -4,9 +4,11 @@
 #include "platform/Accessibility.h"
 
 #include <expected>
+#include <utility>
 
 namespace dorix {
 
+class ApplicationDirectory;
 class AtspiClient;
 class FocusTracker;
 
@@ -15,10 +17,12 @@ class FocusTracker;
 /// executor; blocks within the client's budget.
 class FocusFinder {
  public:
-    FocusFinder(AtspiClient& client, FocusTracker& tracker, ObjectRef application)
-        : client_(client), tracker_(tracker), application_(std::move(application)) {}
+    FocusFinder(AtspiClient& client, FocusTracker& tracker, ApplicationDirectory& directory,
+                ObjectRef application)
+        : client_(client), tracker_(tracker), directory_(directory), application_(std::move(application)) {}
 
-    /// noValue only when the application told that the focus left, and nothing in its active window has it.
+    /// noValue only when the application is known to tell of its focus, and nothing in its active window has
+    /// it.
     std::expected<ObjectRef, AXError> focusedElement();
 
     /// noValue when none of its windows is active.
@@ -36,6 +40,7 @@ class FocusFinder {
 
     AtspiClient& client_;
     FocusTracker& tracker_;
+    ApplicationDirectory& directory_;
     const ObjectRef application_;
 };
 

@@ -5,7 +5,7 @@ namespace dorix {
 void FocusTracker::focusGained(const ObjectRef& object) {
     auto& app = apps_[object.bus];
     app.focus = object.path;
-    app.focusWasLost = false;
+    app.tellsOfFocus = true;
     app.focusMayBeBehind = false;
     latest_ = object;
 }
@@ -13,10 +13,8 @@ void FocusTracker::focusGained(const ObjectRef& object) {
 void FocusTracker::focusLost(const ObjectRef& object) {
     auto& app = apps_[object.bus];
     // Toolkits tell of the new focus before or after the old one.
-    if (!app.focus || app.focus == object.path) {
-        app.focus.reset();
-        app.focusWasLost = true;
-    }
+    if (app.focus == object.path) app.focus.reset();
+    app.tellsOfFocus = true;
     if (latest_ == object) latest_.reset();
 }
 

@@ -13,8 +13,8 @@ class FocusTracker {
  public:
     struct App {
         std::optional<std::string> focus;
-        /// It told that its focus went, and not yet where to.
-        bool focusWasLost = false;
+        /// It has told of a focus at least once, so that its silence means something.
+        bool tellsOfFocus = false;
         std::optional<std::string> activeWindow;
         /// Another window came to the front after the focus was seen: the focus may be in the one behind.
         bool focusMayBeBehind = false;
