@@ -60,9 +60,10 @@ void silenceLibrary() {
 std::vector<std::string> optionsFor(const ModelFiles& files) {
     std::vector<std::string> words{"dorix",        "-hmm",  files.acoustic,  "-lm",
                                    files.language, "-dict", files.dictionary};
-    const std::vector<std::string> search{"-cmn", "live",  // sound comes as it is spoken, not as a whole
-                                          // The search that keeps up with the speaker looks wider than by
-                                          // default: there is time while one talks.
+    const std::vector<std::string> search{"-cmn",
+                                          "live",  // sound comes as it is spoken, not as a whole
+                                                   // The search that keeps up with the speaker looks wider
+                                                   // than by default: there is time while one talks.
                                           "-beam", "1e-60", "-wbeam", "1e-40", "-pl_window", "0",
                                           // The second pass is what the speaker waits for at the end: it
                                           // looks less far around the words of the first.

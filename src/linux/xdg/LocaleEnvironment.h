@@ -9,8 +9,8 @@
 namespace dorix {
 
 /// The languages that the locale variables name (LANGUAGE, LC_ALL, LC_MESSAGES, LANG, as gettext reads them).
-/// The C locale, and none at all, is American English. `variable` gives a variable's value, nothing when it is
-/// unset or empty.
+/// The C locale, and none at all, is American English. `variable` gives a variable's value, nothing when it
+/// is unset or empty.
 SystemLanguages systemLanguages(const std::function<std::optional<std::string>(const char*)>& variable);
 
 /// The same from the process environment.
