@@ -64,10 +64,11 @@ bool AccessibilityBus::openSession() {
     session_->listen(busComesRule, [this](sd_bus_message* signal) {
         asking_ = false;
         // Another launcher means another bus, even where the old one still answers.
-        if (!newOwner(signal).second.empty())
+        if (!newOwner(signal).second.empty()) {
             askAddress();
-        else if (!bus_)
+        } else if (!bus_) {
             retry();
+        }
     });
     return true;
 }
