@@ -82,8 +82,7 @@ void AccessibilityBus::askAddress() {
                         [this](sd_bus_message* reply) {
                             asking_ = false;
                             const char* address = nullptr;
-                            if (isError(reply) || sd_bus_message_read_basic(reply, 's', &address) <= 0)
-                                return;
+                            if (isError(reply) || sd_bus_message_read(reply, "s", &address) <= 0) return;
                             if (!bus_ || address_ != address) open(address);
                         });
 }
