@@ -174,6 +174,22 @@ TEST_F(PocketsphinxRecognitionTest, PausesCutTheSoundIntoFinalResultsWithoutLosi
     EXPECT_EQ(transcription->finals.size(), 3U);
 }
 
+TEST_F(PocketsphinxRecognitionTest, AShortSoundAtFirstDoesNotSpoilWhatFollows) {
+    for (const auto& sentence : {sentences[0], sentences[3]}) {
+        recognition = std::make_unique<PocketsphinxRecognition>();
+        auto sound = speaker.say(sentence);
+        const auto spoken = sound;
+        sound.resize(4800);
+        const auto tap = begin();
+        tap->hear(sound);
+        finish(*tap);
+        const auto transcription = begin();
+        transcription->hear(spoken);
+        finish(*transcription);
+        EXPECT_TRUE(isMostly(sentence, transcription->text())) << transcription->text();
+    }
+}
+
 TEST_F(PocketsphinxRecognitionTest, NothingSaidGivesNothing) {
     const auto quiet = begin();
     quiet->hear(silence(1));
