@@ -75,6 +75,7 @@ pid_t SoundServer::spawn(std::vector<std::string> command) const {
     setenv("HOME", folder_.c_str(), 1);
     unsetenv("PULSE_SERVER");
     unsetenv("DISPLAY");
+    unsetenv("DBUS_SESSION_BUS_ADDRESS");  // a server that finds another's name on the bus gives up
     std::vector<char*> arguments;
     for (auto& argument : command) arguments.push_back(argument.data());
     arguments.push_back(nullptr);
