@@ -126,8 +126,10 @@ void PulseConnection::subscribe() {
     const auto happened = [](pa_context*, pa_subscription_event_type_t event, std::uint32_t index,
                              void* self) { static_cast<PulseConnection*>(self)->sourceEvent(event, index); };
     pa_context_set_subscribe_callback(context_.get(), happened, this);
+    // NOLINTBEGIN(clang-analyzer-optin.core.EnumCastOutOfRange): masks are sums
     const auto mask =
         static_cast<pa_subscription_mask_t>(PA_SUBSCRIPTION_MASK_SERVER | PA_SUBSCRIPTION_MASK_SOURCE);
+    // NOLINTEND(clang-analyzer-optin.core.EnumCastOutOfRange)
     forget(pa_context_subscribe(context_.get(), mask, nullptr, nullptr));
 }
 
