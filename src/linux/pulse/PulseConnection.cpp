@@ -165,7 +165,9 @@ void PulseConnection::readServer(const pa_server_info* info) {
     }
     const auto answer = [](pa_context*, const pa_source_info* source, int end, void* userdata) {
         auto& self = *static_cast<PulseConnection*>(userdata);
-        if (source && end == 0) self.found_ = sourceOf(*source);
+        // Without a microphone the server's default is the monitor of a sink: what the computer plays.
+        const bool isMicrophone = source && end == 0 && source->monitor_of_sink == PA_INVALID_INDEX;
+        if (isMicrophone) self.found_ = sourceOf(*source);
         if (end != 0) self.refreshed(self.found_);
     };
     forget(pa_context_get_source_info_by_name(context_.get(), info->default_source_name, answer, this));

@@ -16,11 +16,11 @@
 #include "shell/AppController.h"
 #include "shell/FirstRunHint.h"
 
-#include <memory>
-#include <string>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
 
 namespace dorix {
 namespace {
@@ -170,13 +170,14 @@ TEST_F(AppControllerTest, WithoutItsHotKeysOrItsModelItGoesOn) {
     hotKeys.refuseWith = 10;
     recognition.locales.clear();
     launch();
-    EXPECT_EQ(log(),
-              "DORIX: no se pudo registrar el atajo global (10)\n"
-              "DORIX: no se pudo registrar el atajo global (10)\n"
-              "DORIX: no se pudo preparar el modelo de voz: El idioma es-ES no está disponible para el dictado en "
-              "este Mac.\n"
-              "DORIX: HUD error: El idioma es-ES no está disponible para el dictado en este Mac.\n"
-              "DORIX: listo\n");
+    EXPECT_EQ(
+        log(),
+        "DORIX: no se pudo registrar el atajo global (10)\n"
+        "DORIX: no se pudo registrar el atajo global (10)\n"
+        "DORIX: no se pudo preparar el modelo de voz: El idioma es-ES no está disponible para el dictado en "
+        "este Mac.\n"
+        "DORIX: HUD error: El idioma es-ES no está disponible para el dictado en este Mac.\n"
+        "DORIX: listo\n");
 }
 
 TEST(FirstRunHintTest, ShowsThreeTimesUnlessForced) {
