@@ -11,16 +11,17 @@
 #include "fakes/MemoryUserDefaults.h"
 #include "fakes/RecordingEventPoster.h"
 #include "fakes/RecordingSystemSounds.h"
+#include "fakes/TemporaryFolder.h"
 #include "localdata/Language.h"
 #include "platform/KeyCodes.h"
 #include "shell/AppController.h"
 #include "shell/FirstRunHint.h"
 
-#include <memory>
-#include <string>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
 
 namespace dorix {
 namespace {
@@ -45,6 +46,7 @@ class AppControllerTest : public testing::Test {
         app = std::make_unique<AppController>(Platform{.executor = executor,
                                                        .defaults = defaults,
                                                        .languages = {},
+                                                       .userData = folder.path(),
                                                        .keyEvents = keyboard,
                                                        .hotKeys = hotKeys,
                                                        .events = poster,
@@ -84,6 +86,7 @@ class AppControllerTest : public testing::Test {
         return "";
     }
 
+    TemporaryFolder folder;
     ManualExecutor executor;
     MemoryUserDefaults defaults;
     FakeKeyEventMonitors keyboard;
@@ -112,6 +115,20 @@ TEST_F(AppControllerTest, AHeldKeyBecomesTextAtTheCursor) {
     EXPECT_EQ(pasted(), "Hola a todos.");
     EXPECT_EQ(log(), "DORIX: HUD listening\nDORIX: HUD processing\nDORIX: HUD done: Escrito en Escritorio\n");
     EXPECT_FALSE(audio.isRunning());
+}
+
+TEST_F(AppControllerTest, RemembersWhatWasDictated) {
+    launch();
+    press();
+    executor.advanceBy(0.3);
+    say("nos vemos mañana");
+    release();
+    executor.advanceBy(0.45);
+    app.reset();
+    const HistoryStore history(folder.path() / "DORIX" / "dorix.sqlite");
+    ASSERT_EQ(history.items().size(), 1U);
+    EXPECT_EQ(history.items()[0].query, "nos vemos mañana");
+    EXPECT_EQ(history.items()[0].answer, "Nos vemos mañana.");
 }
 
 TEST_F(AppControllerTest, ATapOrEscapeLeavesNothingBehind) {
@@ -170,13 +187,14 @@ TEST_F(AppControllerTest, WithoutItsHotKeysOrItsModelItGoesOn) {
     hotKeys.refuseWith = 10;
     recognition.locales.clear();
     launch();
-    EXPECT_EQ(log(),
-              "DORIX: no se pudo registrar el atajo global (10)\n"
-              "DORIX: no se pudo registrar el atajo global (10)\n"
-              "DORIX: no se pudo preparar el modelo de voz: El idioma es-ES no está disponible para el dictado en "
-              "este Mac.\n"
-              "DORIX: HUD error: El idioma es-ES no está disponible para el dictado en este Mac.\n"
-              "DORIX: listo\n");
+    EXPECT_EQ(
+        log(),
+        "DORIX: no se pudo registrar el atajo global (10)\n"
+        "DORIX: no se pudo registrar el atajo global (10)\n"
+        "DORIX: no se pudo preparar el modelo de voz: El idioma es-ES no está disponible para el dictado en "
+        "este Mac.\n"
+        "DORIX: HUD error: El idioma es-ES no está disponible para el dictado en este Mac.\n"
+        "DORIX: listo\n");
 }
 
 TEST(FirstRunHintTest, ShowsThreeTimesUnlessForced) {
