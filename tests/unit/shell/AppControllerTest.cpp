@@ -11,6 +11,7 @@
 #include "fakes/MemoryUserDefaults.h"
 #include "fakes/RecordingEventPoster.h"
 #include "fakes/RecordingSystemSounds.h"
+#include "fakes/TemporaryFolder.h"
 #include "localdata/Language.h"
 #include "platform/KeyCodes.h"
 #include "shell/AppController.h"
@@ -45,6 +46,7 @@ class AppControllerTest : public testing::Test {
         app = std::make_unique<AppController>(Platform{.executor = executor,
                                                        .defaults = defaults,
                                                        .languages = {},
+                                                       .userData = folder.path(),
                                                        .keyEvents = keyboard,
                                                        .hotKeys = hotKeys,
                                                        .events = poster,
@@ -84,6 +86,7 @@ class AppControllerTest : public testing::Test {
         return "";
     }
 
+    TemporaryFolder folder;
     ManualExecutor executor;
     MemoryUserDefaults defaults;
     FakeKeyEventMonitors keyboard;
@@ -112,6 +115,20 @@ TEST_F(AppControllerTest, AHeldKeyBecomesTextAtTheCursor) {
     EXPECT_EQ(pasted(), "Hola a todos.");
     EXPECT_EQ(log(), "DORIX: HUD listening\nDORIX: HUD processing\nDORIX: HUD done: Escrito en Escritorio\n");
     EXPECT_FALSE(audio.isRunning());
+}
+
+TEST_F(AppControllerTest, RemembersWhatWasDictated) {
+    launch();
+    press();
+    executor.advanceBy(0.3);
+    say("nos vemos mañana");
+    release();
+    executor.advanceBy(0.45);
+    app.reset();
+    const HistoryStore history(folder.path() / "DORIX" / "dorix.sqlite");
+    ASSERT_EQ(history.items().size(), 1U);
+    EXPECT_EQ(history.items()[0].query, "nos vemos mañana");
+    EXPECT_EQ(history.items()[0].answer, "Nos vemos mañana.");
 }
 
 TEST_F(AppControllerTest, ATapOrEscapeLeavesNothingBehind) {
