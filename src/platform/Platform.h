@@ -13,6 +13,7 @@ class KeyEventMonitors;
 class LoginItem;
 class Pasteboard;
 class PrivacyGrants;
+class ProgramLauncher;
 class SpeechRecognition;
 class SystemSounds;
 class UserDefaults;
@@ -35,6 +36,7 @@ struct Platform {
     PrivacyGrants& grants;
     LoginItem& loginItem;
     SystemSounds& sounds;
+    ProgramLauncher& launcher;
 };
 
 }  // namespace dorix

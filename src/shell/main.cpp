@@ -4,13 +4,19 @@
 #include "linux/log/JournalLog.h"
 #include "linux/qt/QtMainLoop.h"
 #include "localdata/Language.h"
+#include "platform/ProgramLauncher.h"
 #include "shell/AppController.h"
+#include "shell/WatchdogProcess.h"
+#include "shell/watchdog/WatchdogArguments.h"
+#include "shell/watchdog/WatchdogTask.h"
 
 #include <sys/signalfd.h>
 #include <unistd.h>
 
 #include <QCoreApplication>
 #include <csignal>
+#include <string_view>
+#include <vector>
 
 namespace {
 
@@ -34,6 +40,9 @@ Task<void> quit(LinuxDesktop& desktop) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    const std::vector<std::string_view> arguments(argv, argv + argc);
+    if (isWatchdog(arguments)) return runWatchdog(arguments);
+
     const int signals = blockedTerminationSignals();
     std::signal(SIGPIPE, SIG_IGN);  // a peer that goes shows in the write to it
     logToStderrAndJournal();
@@ -43,6 +52,8 @@ int main(int argc, char** argv) {
     const auto platform = desktop.platform();
     installLanguage(platform.defaults, platform.languages);
 
+    WatchdogTask watchdog(platform.launcher);
+    watchdog.spawn();
     int status = 0;
     {
         AppController controller(platform);
@@ -57,6 +68,7 @@ int main(int argc, char** argv) {
         });
         controller.applicationDidFinishLaunching();
         status = QCoreApplication::exec();
+        watchdog.terminate();
     }
     uninstallLanguage();
     return status;

@@ -4,6 +4,7 @@
 #include "linux/atspi/AtspiAccessibility.h"
 #include "linux/grants/LinuxPrivacyGrants.h"
 #include "linux/pocketsphinx/PocketsphinxRecognition.h"
+#include "linux/process/LinuxProgramLauncher.h"
 #include "linux/pulse/PulseAudioEngineFactory.h"
 #include "linux/x11/X11Connection.h"
 #include "linux/x11/X11EventPoster.h"
@@ -59,7 +60,8 @@ struct LinuxDesktop::Parts {
           defaults(main, xdgConfigHome() / "dorix" / "defaults.json"),
           loginItem(xdgConfigHome(), std::filesystem::read_symlink("/proc/self/exe")),
           accessibility(main, watcher, [this](std::int32_t process) { return windowTitle(process); }),
-          audio(main) {
+          audio(main),
+          launcher(watcher) {
         if (auto connection = X11Connection::open(main, watcher)) {
             x11 = std::make_unique<X11Session>(std::move(connection));
         }
@@ -90,7 +92,8 @@ struct LinuxDesktop::Parts {
                 .recognition = recognition,
                 .grants = grants,
                 .loginItem = loginItem,
-                .sounds = sounds};
+                .sounds = sounds,
+                .launcher = launcher};
     }
 
     Executor& executor;
@@ -105,6 +108,7 @@ struct LinuxDesktop::Parts {
          .canUseOtherApplications = [this] { return hasDisplay() && accessibility.isAvailable(); },
          .canCaptureScreen = [this] { return hasDisplay(); }}};
     UnavailableSystemSounds sounds;
+    LinuxProgramLauncher launcher;
     NoSession none;
     std::unique_ptr<X11Session> x11;
 };
