@@ -11,6 +11,7 @@ class Executor;
 class HotKeyRegistrar;
 class KeyEventMonitors;
 class LoginItem;
+class Notifications;
 class Pasteboard;
 class PrivacyGrants;
 class ProgramLauncher;
@@ -37,6 +38,7 @@ struct Platform {
     LoginItem& loginItem;
     SystemSounds& sounds;
     ProgramLauncher& launcher;
+    Notifications& notifications;
 };
 
 }  // namespace dorix

@@ -1,5 +1,6 @@
 #include "base/Log.h"
 #include "base/async/TaskScope.h"
+#include "linux/dbus/DBusSingleInstance.h"
 #include "linux/desktop/LinuxDesktop.h"
 #include "linux/log/JournalLog.h"
 #include "linux/qt/QtMainLoop.h"
@@ -48,6 +49,8 @@ int main(int argc, char** argv) {
     logToStderrAndJournal();
     const QCoreApplication application(argc, argv);
     QtMainLoop loop;
+    DBusSingleInstance instance(loop, loop);
+    if (!instance.claim()) return 0;
     LinuxDesktop desktop(loop, loop);
     const auto platform = desktop.platform();
     installLanguage(platform.defaults, platform.languages);

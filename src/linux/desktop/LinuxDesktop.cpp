@@ -2,6 +2,8 @@
 
 #include "linux/DesktopEntries.h"
 #include "linux/atspi/AtspiAccessibility.h"
+#include "linux/dbus/BusConnection.h"
+#include "linux/dbus/DBusNotifications.h"
 #include "linux/grants/LinuxPrivacyGrants.h"
 #include "linux/pocketsphinx/PocketsphinxRecognition.h"
 #include "linux/process/LinuxProgramLauncher.h"
@@ -61,10 +63,19 @@ struct LinuxDesktop::Parts {
           loginItem(xdgConfigHome(), std::filesystem::read_symlink("/proc/self/exe")),
           accessibility(main, watcher, [this](std::int32_t process) { return windowTitle(process); }),
           audio(main),
-          launcher(watcher) {
+          launcher(watcher),
+          bus(BusConnection::openSession(main, watcher, [] {})),
+          notifications(serviceOn<Notifications, DBusNotifications, UnavailableNotifications>(main)) {
         if (auto connection = X11Connection::open(main, watcher)) {
             x11 = std::make_unique<X11Session>(std::move(connection));
         }
+    }
+
+    /// A service of the session bus, or what stands in for it where there is none.
+    template <typename Port, typename Adapter, typename Unavailable>
+    std::unique_ptr<Port> serviceOn(Executor& main) const {
+        if (bus) return std::make_unique<Adapter>(main, *bus);
+        return std::make_unique<Unavailable>();
     }
 
     /// The title of the window in front, if it is that process's.
@@ -93,7 +104,8 @@ struct LinuxDesktop::Parts {
                 .grants = grants,
                 .loginItem = loginItem,
                 .sounds = sounds,
-                .launcher = launcher};
+                .launcher = launcher,
+                .notifications = *notifications};
     }
 
     Executor& executor;
@@ -109,6 +121,8 @@ struct LinuxDesktop::Parts {
          .canCaptureScreen = [this] { return hasDisplay(); }}};
     UnavailableSystemSounds sounds;
     LinuxProgramLauncher launcher;
+    std::unique_ptr<BusConnection> bus;  // none where there is no session bus
+    std::unique_ptr<Notifications> notifications;
     NoSession none;
     std::unique_ptr<X11Session> x11;
 };
