@@ -8,6 +8,7 @@
 #include "linux/pocketsphinx/PocketsphinxRecognition.h"
 #include "linux/process/LinuxProgramLauncher.h"
 #include "linux/pulse/PulseAudioEngineFactory.h"
+#include "linux/pulse/PulseSystemSounds.h"
 #include "linux/x11/X11Connection.h"
 #include "linux/x11/X11EventPoster.h"
 #include "linux/x11/X11HotKeyRegistrar.h"
@@ -21,7 +22,6 @@
 #include "linux/xdg/JsonUserDefaults.h"
 #include "linux/xdg/LocaleEnvironment.h"
 #include "linux/xdg/XdgFolders.h"
-#include "platform/SystemSounds.h"
 
 #include <utility>
 
@@ -119,7 +119,7 @@ struct LinuxDesktop::Parts {
          .hasRecogniser = [this] { return recognition.supportedLocale("en-US").has_value(); },
          .canUseOtherApplications = [this] { return hasDisplay() && accessibility.isAvailable(); },
          .canCaptureScreen = [this] { return hasDisplay(); }}};
-    UnavailableSystemSounds sounds;
+    PulseSystemSounds sounds{audio.connection()};
     LinuxProgramLauncher launcher;
     std::unique_ptr<BusConnection> bus;  // none where there is no session bus
     std::unique_ptr<Notifications> notifications;
