@@ -5,6 +5,7 @@
 namespace dorix {
 
 class Accessibility;
+class Application;
 class AudioEngineFactory;
 class EventPoster;
 class Executor;
@@ -17,6 +18,7 @@ class PrivacyGrants;
 class ProgramLauncher;
 class SpeechRecognition;
 class SystemSounds;
+class UrlOpener;
 class UserDefaults;
 class Workspace;
 
@@ -39,6 +41,8 @@ struct Platform {
     SystemSounds& sounds;
     ProgramLauncher& launcher;
     Notifications& notifications;
+    UrlOpener& urls;
+    Application& application;
 };
 
 }  // namespace dorix

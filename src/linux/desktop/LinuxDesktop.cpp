@@ -7,6 +7,7 @@
 #include "linux/grants/LinuxPrivacyGrants.h"
 #include "linux/pocketsphinx/PocketsphinxRecognition.h"
 #include "linux/process/LinuxProgramLauncher.h"
+#include "linux/process/XdgUrlOpener.h"
 #include "linux/pulse/PulseAudioEngineFactory.h"
 #include "linux/pulse/PulseSystemSounds.h"
 #include "linux/x11/X11Connection.h"
@@ -64,6 +65,7 @@ struct LinuxDesktop::Parts {
           accessibility(main, watcher, [this](std::int32_t process) { return windowTitle(process); }),
           audio(main),
           launcher(watcher),
+          urls(watcher),
           bus(BusConnection::openSession(main, watcher, [] {})),
           notifications(serviceOn<Notifications, DBusNotifications, UnavailableNotifications>(main)) {
         if (auto connection = X11Connection::open(main, watcher)) {
@@ -89,7 +91,7 @@ struct LinuxDesktop::Parts {
     bool hasDisplay() const { return x11 && !x11->connection->isLost(); }
 
     template <typename Session>
-    Platform platformWith(Session& session) {
+    Platform platformWith(Session& session, Application& application) {
         return {.executor = executor,
                 .defaults = defaults,
                 .languages = systemLanguages(),
@@ -105,7 +107,9 @@ struct LinuxDesktop::Parts {
                 .loginItem = loginItem,
                 .sounds = sounds,
                 .launcher = launcher,
-                .notifications = *notifications};
+                .notifications = *notifications,
+                .urls = urls,
+                .application = application};
     }
 
     Executor& executor;
@@ -121,6 +125,7 @@ struct LinuxDesktop::Parts {
          .canCaptureScreen = [this] { return hasDisplay(); }}};
     PulseSystemSounds sounds{audio.connection()};
     LinuxProgramLauncher launcher;
+    XdgUrlOpener urls;
     std::unique_ptr<BusConnection> bus;  // none where there is no session bus
     std::unique_ptr<Notifications> notifications;
     NoSession none;
@@ -132,8 +137,9 @@ LinuxDesktop::LinuxDesktop(Executor& executor, FdWatcher& watcher)
 
 LinuxDesktop::~LinuxDesktop() = default;
 
-Platform LinuxDesktop::platform() {
-    return parts_->x11 ? parts_->platformWith(*parts_->x11) : parts_->platformWith(parts_->none);
+Platform LinuxDesktop::platform(Application& application) {
+    return parts_->x11 ? parts_->platformWith(*parts_->x11, application)
+                       : parts_->platformWith(parts_->none, application);
 }
 
 void LinuxDesktop::onDisplayLost(std::function<void()> callback) {

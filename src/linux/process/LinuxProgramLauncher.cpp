@@ -77,4 +77,8 @@ std::vector<std::string> openCommand(const fs::path& bundlePath) {
     return entry ? parseExec(entry->exec) : std::vector<std::string>{};
 }
 
+bool openApplication(const fs::path& bundlePath) {
+    return spawn(openCommand(bundlePath), SpawnAs::detached).has_value();
+}
+
 }  // namespace dorix

@@ -32,4 +32,8 @@ class LinuxProgramLauncher final : public ProgramLauncher {
 /// entry cannot be read or has none.
 std::vector<std::string> openCommand(const std::filesystem::path& bundlePath);
 
+/// Starts the application at `bundlePath` from a process that is about to end and waits for nobody. Whether
+/// it could be started.
+bool openApplication(const std::filesystem::path& bundlePath);
+
 }  // namespace dorix

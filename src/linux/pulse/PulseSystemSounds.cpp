@@ -1,8 +1,8 @@
 #include "linux/pulse/PulseSystemSounds.h"
 
-#include "embedded/popSound.h"
-#include "embedded/tinkSound.h"
 #include "linux/pulse/PulseConnection.h"
+#include "linux/pulse/embedded/popSound.h"
+#include "linux/pulse/embedded/tinkSound.h"
 
 #include <algorithm>
 #include <cmath>

@@ -2,6 +2,7 @@
 #include "linux/DesktopEntry.h"
 #include "linux/process/LinuxProcessWatcher.h"
 #include "linux/process/LinuxProgramLauncher.h"
+#include "linux/process/XdgUrlOpener.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -13,6 +14,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <string>
 
 namespace dorix {
@@ -48,6 +50,11 @@ class ProgramLauncherTest : public testing::Test {
         return mkdtemp(pattern.data());
     }
 
+    static std::string read(const fs::path& file) {
+        std::ifstream stream(file);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+
     const fs::path folder = newFolder();
     const fs::path program = folder / "bin/dorix";
     const fs::path trace = folder / "trace";
@@ -78,8 +85,24 @@ TEST_F(ProgramLauncherTest, WhatWasStartedIsWaitedFor) {
         return waitid(P_ALL, 0, &ended, WEXITED | WNOHANG | WNOWAIT) < 0 && errno == ECHILD;
     };
     EXPECT_TRUE(loop.runUntil(noChildIsLeft));
-    EXPECT_EQ(fs::file_size(trace), std::string("help me\n\n").size());
+    EXPECT_THAT(read(trace), testing::AnyOf("help me\n\n", "\nhelp me\n"));
     helper->terminate();
+}
+
+TEST_F(ProgramLauncherTest, AddressesAreGivenToTheDesktop) {
+    const auto command = folder / "bin/xdg-open";
+    fs::copy(program, command);
+    const std::string path = getenv("PATH");
+    setenv("PATH", ((folder / "bin").string() + ":" + path).c_str(), 1);
+    XdgUrlOpener urls(loop.main);
+    for (const char* refused : {"", "--help", "/etc/passwd", "manual", ":x", "1a:x", "a b:c", "-a:b"}) {
+        EXPECT_FALSE(urls.open(refused)) << refused;
+    }
+    EXPECT_TRUE(urls.open("https://example.com/?a=$(id)&b=%20"));
+    EXPECT_TRUE(loop.runUntil([&] { return read(trace) == "https://example.com/?a=$(id)&b=%20\n"; }));
+    setenv("PATH", (folder / "share").c_str(), 1);
+    EXPECT_FALSE(urls.open("https://example.com/")) << "without xdg-open";
+    setenv("PATH", path.c_str(), 1);
 }
 
 TEST_F(ProgramLauncherTest, AnExitIsToldOnce) {
