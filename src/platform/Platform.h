@@ -7,16 +7,20 @@
 namespace dorix {
 
 class Accessibility;
+class Application;
 class AudioEngineFactory;
 class EventPoster;
 class Executor;
 class HotKeyRegistrar;
 class KeyEventMonitors;
 class LoginItem;
+class Notifications;
 class Pasteboard;
 class PrivacyGrants;
+class ProgramLauncher;
 class SpeechRecognition;
 class SystemSounds;
+class UrlOpener;
 class UserDefaults;
 class Workspace;
 
@@ -38,6 +42,10 @@ struct Platform {
     PrivacyGrants& grants;
     LoginItem& loginItem;
     SystemSounds& sounds;
+    ProgramLauncher& launcher;
+    Notifications& notifications;
+    UrlOpener& urls;
+    Application& application;
 };
 
 }  // namespace dorix
