@@ -4,6 +4,7 @@
 #include "linux/atspi/AtspiAccessibility.h"
 #include "linux/dbus/BusConnection.h"
 #include "linux/dbus/DBusNotifications.h"
+#include "linux/dbus/DBusStatusItem.h"
 #include "linux/grants/LinuxPrivacyGrants.h"
 #include "linux/pocketsphinx/PocketsphinxRecognition.h"
 #include "linux/process/LinuxProgramLauncher.h"
@@ -67,7 +68,8 @@ struct LinuxDesktop::Parts {
           launcher(watcher),
           urls(watcher),
           bus(BusConnection::openSession(main, watcher, [] {})),
-          notifications(serviceOn<Notifications, DBusNotifications, UnavailableNotifications>(main)) {
+          notifications(serviceOn<Notifications, DBusNotifications, UnavailableNotifications>(main)),
+          statusItem(serviceOn<StatusItem, DBusStatusItem, UnavailableStatusItem>(main)) {
         if (auto connection = X11Connection::open(main, watcher)) {
             x11 = std::make_unique<X11Session>(std::move(connection));
         }
@@ -109,6 +111,7 @@ struct LinuxDesktop::Parts {
                 .sounds = sounds,
                 .launcher = launcher,
                 .notifications = *notifications,
+                .statusItem = *statusItem,
                 .urls = urls,
                 .application = application};
     }
@@ -129,6 +132,7 @@ struct LinuxDesktop::Parts {
     XdgUrlOpener urls;
     std::unique_ptr<BusConnection> bus;  // none where there is no session bus
     std::unique_ptr<Notifications> notifications;
+    std::unique_ptr<StatusItem> statusItem;
     NoSession none;
     std::unique_ptr<X11Session> x11;
 };
