@@ -3,8 +3,8 @@
 #include <span>
 #include <string_view>
 
-/// The regular expressions that tell what an utterance wants, in ICU's syntax, each a search without flags in the
-/// normalised text. Several rows are tried in their order. Constants; any thread.
+/// The regular expressions that tell what an utterance wants, in ICU's syntax, each a search without flags in
+/// the normalised text. Several rows are tried in their order. Constants; any thread.
 namespace dorix::intentpatterns {
 
 std::span<const std::string_view> teach();

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <deque>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -22,28 +23,37 @@ using Rows = std::span<const std::string_view>;
 
 constexpr std::size_t mostWordsOfTransform = 12;
 
-/// Whether a text matches one of many patterns. Those that remember a word until a later one are searched for by
-/// themselves: one automaton for several would have to remember every combination.
+/// Whether a text matches one of many patterns.
 class AnyPattern {
  public:
     explicit AnyPattern(Rows patterns) {
         std::vector<std::string_view> shortSighted;
+        std::vector<std::string_view> heads;
         for (const auto& pattern : patterns) {
-            if (pattern.contains(".*")) {
-                searches_.emplace_back(Rows(&pattern, 1));
-            } else {
+            const auto gap = pattern.find(".*");
+            if (gap == std::string_view::npos) {
                 shortSighted.push_back(pattern);
+            } else {
+                heads.push_back(pattern.substr(0, gap));
+                farSighted_.emplace_back(Rows(&pattern, 1));
             }
         }
-        if (!shortSighted.empty()) searches_.emplace_front(shortSighted);
+        shortSighted_.emplace(shortSighted);
+        if (!heads.empty()) heads_.emplace(heads);
     }
 
     bool matches(std::string_view symbols) const {
-        return std::ranges::any_of(searches_, [&](const auto& search) { return search.matches(symbols); });
+        const auto isFound = [&](const auto& search) { return search.matches(symbols); };
+        return isFound(*shortSighted_) ||
+               (heads_ && isFound(*heads_) && std::ranges::any_of(farSighted_, isFound));
     }
 
  private:
-    std::deque<LinearRegex> searches_;
+    std::optional<LinearRegex> shortSighted_;
+    /// Patterns that remember a word until a later one comes are searched for one by one, as an automaton for
+    /// several had to remember every combination; and only where the first part of one is found.
+    std::deque<LinearRegex> farSighted_;
+    std::optional<LinearRegex> heads_;
 };
 
 bool startsWithAny(std::string_view text, Rows openings) {
@@ -56,9 +66,7 @@ bool startsWithWords(std::string_view text, std::string_view words) {
 
 }  // namespace
 
-std::string normalise(std::string_view transcript) {
-    return std::string(Utterance(transcript).normalised());
-}
+std::string normalise(std::string_view transcript) { return std::string(Utterance(transcript).normalised()); }
 
 bool isTeach(const Utterance& utterance) {
     static const AnyPattern patterns(intentpatterns::teach());
@@ -72,7 +80,8 @@ bool isSearch(const Utterance& utterance) {
 
 bool isAction(const Utterance& utterance) {
     static const AnyPattern patterns(intentpatterns::action());
-    return !isSearch(utterance) && patterns.matches(utterance.symbols());
+    // A search is told at more cost than most utterances need to be no action.
+    return patterns.matches(utterance.symbols()) && !isSearch(utterance);
 }
 
 bool isRecap(const Utterance& utterance) {
@@ -114,8 +123,8 @@ bool refersToScreen(const Utterance& utterance) {
 }
 
 bool isScreenQuestion(const Utterance& utterance) {
-    if (!refersToScreen(utterance) || isReply(utterance)) return false;
-    return startsWithAny(utterance.normalised(), intentwords::screenQuestionOpenings());
+    return startsWithAny(utterance.normalised(), intentwords::screenQuestionOpenings()) &&
+           !isReply(utterance) && refersToScreen(utterance);
 }
 
 bool matchesMeetingStart(const Utterance& utterance) {

@@ -9,8 +9,8 @@ namespace dorix {
 
 class Regex;
 
-/// What a finished transcript wants, told by fixed words and patterns in Spanish and English, without a language
-/// model. Pure functions; any thread; time linear in the transcript.
+/// What a finished transcript wants, told by fixed words and patterns in Spanish and English, without a
+/// language model. Pure functions; any thread; time linear in the transcript.
 namespace IntentRules {
 
 /// The text that all tests look at.

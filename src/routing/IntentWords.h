@@ -3,8 +3,8 @@
 #include <span>
 #include <string_view>
 
-/// The words that tell what an utterance wants, as the normaliser leaves them: lower case, no diacritics. Their
-/// order matters for `fillerPrefixes` alone. Constants; any thread.
+/// The words that tell what an utterance wants, as the normaliser leaves them: lower case, no diacritics.
+/// Their order matters for `fillerPrefixes` alone. Constants; any thread.
 namespace dorix::intentwords {
 
 /// What people say before they come to the point. The product's name stands twice: at the start of an

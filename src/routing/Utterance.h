@@ -7,13 +7,14 @@
 
 namespace dorix {
 
-/// A finished transcript, normalised once for all the tests that look at it. A transcript turns into one where a
-/// test asks for it; who runs several tests keeps the utterance. Pure; any thread.
+/// A finished transcript, normalised once for all the tests that look at it. A transcript turns into one
+/// where a test asks for it; who runs several tests keeps the utterance. Pure; any thread.
 class Utterance {
  public:
     template <typename Transcript>
         requires std::convertible_to<Transcript, std::string_view>
-    Utterance(const Transcript& transcript) : Utterance(std::string_view(transcript), FromText{}) {}  // NOLINT
+    Utterance(const Transcript& transcript)
+        : Utterance(std::string_view(transcript), FromText{}) {}  // NOLINT
 
     /// Folded, without punctuation, single blanks, and without the words that people begin with.
     std::string_view normalised() const { return inner(text_); }

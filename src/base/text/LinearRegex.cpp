@@ -9,6 +9,7 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
+#include <cstdlib>
 #include <mutex>
 #include <unordered_map>
 #include <vector>
@@ -96,13 +97,16 @@ struct SituationHash {
     }
 };
 
+constexpr std::size_t mostClasses = 40;
+
 struct State {
     enum class Verdict : std::uint8_t { open, found, hopeless };
-    using Next = std::atomic<const State*>;
 
     Verdict verdict = Verdict::open;
     const Situation* situation = nullptr;  // of an open state, as is what follows
-    std::unique_ptr<Next[]> next{};        // by class, with one more for the end; null where not yet built
+    /// By class, the last for the end of the text; null where not yet built. Part of the state, as a search
+    /// does little else than go from one to the next.
+    mutable std::array<std::atomic<const State*>, mostClasses> next{};
 };
 
 }  // namespace
@@ -116,6 +120,7 @@ class LinearRegex::Automaton {
           here_(program_.nodes.size()),
           there_(program_.nodes.size()),
           visited_(program_.nodes.size()) {
+        if (end_ >= mostClasses) std::abort();
         collect(program_.start, here_);
         isAnchored_ = std::ranges::all_of(here_.nodes(), [&](NodeIndex index) {
             return program_.nodes[index].kind == Node::Kind::textStart;
@@ -167,8 +172,8 @@ class LinearRegex::Automaton {
     bool isAnchored_ = false;
     const State* start_ = nullptr;
 
-    const State found_{.verdict = State::Verdict::found};
-    const State hopeless_{.verdict = State::Verdict::hopeless};
+    const State found_{.verdict = State::Verdict::found, .situation = nullptr};
+    const State hopeless_{.verdict = State::Verdict::hopeless, .situation = nullptr};
 
     mutable std::mutex mutex_;  // guards what follows
     mutable std::unordered_map<Situation, State, SituationHash> states_;
@@ -186,7 +191,8 @@ const State* LinearRegex::Automaton::step(const Situation& situation, std::size_
     for (std::size_t i = 0; i < here_.nodes().size(); ++i) {
         const Node& node = program_.nodes[here_.nodes()[i]];
         switch (node.kind) {
-            case Node::Kind::match: return &found_;
+            case Node::Kind::match:
+                return &found_;
             case Node::Kind::wordBoundary:
                 if (situation.afterWord != isWord(symbolClass)) collect(node.next, here_);
                 break;
@@ -201,7 +207,8 @@ const State* LinearRegex::Automaton::step(const Situation& situation, std::size_
                     collect(node.next, there_);
                 }
                 break;
-            case Node::Kind::fork: break;  // never collected
+            case Node::Kind::fork:
+                break;  // never collected
         }
     }
     if (isEnd) return &hopeless_;
@@ -237,10 +244,7 @@ const State* LinearRegex::Automaton::stateOf(Situation situation) const {
     std::ranges::sort(situation.nodes);
 
     const auto [entry, isNew] = states_.try_emplace(std::move(situation));
-    if (isNew) {
-        entry->second.situation = &entry->first;
-        entry->second.next = std::make_unique<State::Next[]>(end_ + 1);
-    }
+    if (isNew) entry->second.situation = &entry->first;
     return &entry->second;
 }
 

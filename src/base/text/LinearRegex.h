@@ -9,16 +9,16 @@ namespace dorix {
 
 /// Regular expressions whose search takes time linear in the text whatever the text, and some nanoseconds a
 /// character. They answer as ICU's do, for what there is of ICU's syntax: groups, |, ?, *, +, classes without
-/// escapes or negation, the dot, \b, ^ and $. Two things are left out, so they are for folded text of one line:
-/// the dot takes every character, and a pattern's letters beyond ASCII match nothing.
+/// escapes or negation, the dot, \b, ^ and $. Two things are left out, so they are for folded text of one
+/// line: the dot takes every character, and a pattern's letters beyond ASCII match nothing.
 ///
 /// The automaton behind is built as texts ask for it, so the first texts cost more. It stays as long as the
-/// expression; its size depends on the patterns, not on the texts. Any thread; nobody waits but for a step that
-/// is being built.
+/// expression; its size depends on the patterns, not on the texts. Any thread; nobody waits but for a step
+/// that is being built.
 class LinearRegex {
  public:
-    /// Searches for all of the patterns at once. A pattern beyond the syntax is a mistake of the program and ends
-    /// it.
+    /// Searches for any of the patterns; of none, nothing matches. A pattern beyond the syntax is a mistake
+    /// of the program and ends it.
     explicit LinearRegex(std::span<const std::string_view> patterns);
     ~LinearRegex();
     LinearRegex(const LinearRegex&) = delete;

@@ -71,17 +71,25 @@ class Parser {
     Expression single() {
         const char c = pattern_[at_++];
         switch (c) {
-            case '(': return group();
-            case '[': return nodeExpression(Node::Kind::symbols, characterClass());
-            case '^': return nodeExpression(Node::Kind::textStart);
-            case '$': return nodeExpression(Node::Kind::textEnd);
-            case '.': return nodeExpression(Node::Kind::symbols, SymbolSet().set());
-            case '\\': return escape();
+            case '(':
+                return group();
+            case '[':
+                return nodeExpression(Node::Kind::symbols, characterClass());
+            case '^':
+                return nodeExpression(Node::Kind::textStart);
+            case '$':
+                return nodeExpression(Node::Kind::textEnd);
+            case '.':
+                return nodeExpression(Node::Kind::symbols, SymbolSet().set());
+            case '\\':
+                return escape();
             case '?':
             case '*':
             case '+':
-            case '{': reject();
-            default: return letter(c);
+            case '{':
+                reject();
+            default:
+                return letter(c);
         }
     }
 
@@ -109,7 +117,8 @@ class Parser {
         while (!take(']')) {
             const unsigned char first = classMember();
             // A hyphen that closes the class stands for itself.
-            const bool isRange = at_ + 1 < pattern_.size() && pattern_[at_] == '-' && pattern_[at_ + 1] != ']';
+            const bool isRange =
+                at_ + 1 < pattern_.size() && pattern_[at_] == '-' && pattern_[at_ + 1] != ']';
             if (isRange) ++at_;
             const unsigned char last = isRange ? classMember() : first;
             for (unsigned symbol = first; symbol <= last; ++symbol) set.set(symbol);
@@ -160,12 +169,18 @@ class Layout {
     NodeIndex lay(const Expression& expression, NodeIndex next) {
         using enum Expression::Kind;
         switch (expression.kind) {
-            case node: return add({expression.nodeKind, indexOf(expression.symbols), next});
-            case sequence: return laySequence(expression, next);
-            case choice: return layChoice(expression, next);
-            case optional: return fork(lay(expression.parts.front(), next), next);
-            case anyNumber: return layLoop(expression.parts.front(), next);
-            case oneOrMore: return nodes_[layLoop(expression.parts.front(), next)].next;
+            case node:
+                return add({expression.nodeKind, indexOf(expression.symbols), next});
+            case sequence:
+                return laySequence(expression, next);
+            case choice:
+                return layChoice(expression, next);
+            case optional:
+                return fork(lay(expression.parts.front(), next), next);
+            case anyNumber:
+                return layLoop(expression.parts.front(), next);
+            case oneOrMore:
+                return nodes_[layLoop(expression.parts.front(), next)].next;
         }
         std::unreachable();
     }
@@ -213,6 +228,7 @@ class Layout {
 Program compile(std::span<const std::string_view> patterns) {
     Expression any = emptyExpression(Expression::Kind::choice);
     for (const auto pattern : patterns) any.parts.push_back(Parser(pattern).parse());
+    if (any.parts.empty()) any.parts.push_back(nodeExpression(Node::Kind::symbols));  // never matches
     Layout layout;
     const NodeIndex match = layout.add({.kind = Node::Kind::match});
     const NodeIndex start = layout.lay(any, match);

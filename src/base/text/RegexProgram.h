@@ -33,8 +33,8 @@ struct Program {
     NodeIndex start = 0;
 };
 
-/// A program that matches where one of the patterns does. A pattern that has no such program is a mistake of the
-/// program and ends it.
+/// A program that matches where one of the patterns does. A pattern that has no such program is a mistake of
+/// the program and ends it.
 Program compile(std::span<const std::string_view> patterns);
 
 }  // namespace dorix::regexprogram
