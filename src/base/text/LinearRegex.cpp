@@ -131,10 +131,11 @@ class LinearRegex::Automaton {
     bool matches(std::string_view symbols) const {
         const State* state = start_;
         for (const char symbol : symbols) {
+            if (state->verdict != State::Verdict::open) break;
             state = after(*state, classes_.of[static_cast<unsigned char>(symbol)]);
-            if (state->verdict != State::Verdict::open) return state->verdict == State::Verdict::found;
         }
-        return after(*state, end_)->verdict == State::Verdict::found;
+        if (state->verdict == State::Verdict::open) state = after(*state, end_);
+        return state->verdict == State::Verdict::found;
     }
 
     std::size_t stateCount() const {
