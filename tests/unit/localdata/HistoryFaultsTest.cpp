@@ -74,6 +74,29 @@ TEST_F(HistoryFaultsTest, AFileThatIsNoDatabaseStaysAsItIs) {
     }
 }
 
+TEST_F(HistoryFaultsTest, OfADamagedDatabaseItShowsWhatCanBeRead) {
+    {
+        HistoryStore store(file);
+        auto item = historyItem("", 0);
+        item.answer = std::string(1000, 'r');
+        for (; item.createdAt < 100; ++item.createdAt) {
+            item.id = std::to_string(item.createdAt);
+            store.add(item, Persist::yes);
+        }
+    }
+    const auto whole = bytes(file);
+    for (std::size_t at = 4096; at < whole.size(); at += std::size_t{4} * 4096) {
+        auto damaged = whole;
+        damaged.replace(at, 2000, 2000, '\xff');
+        std::ofstream(file, std::ios::binary) << damaged;
+        HistoryStore store(file);
+        EXPECT_LE(store.items().size(), 100U);
+        store.add(historyItem("nuevo", 1000), Persist::yes);
+        EXPECT_EQ(store.items().front().id, "nuevo");
+        store.remove(store.items().back().id);
+    }
+}
+
 TEST_F(HistoryFaultsTest, ADatabaseThatAnotherProgramHasLockedIsNotWaitedFor) {
     makeFile();
     {
