@@ -7,16 +7,21 @@
 namespace dorix {
 
 class Accessibility;
+class Application;
 class AudioEngineFactory;
 class EventPoster;
 class Executor;
 class HotKeyRegistrar;
 class KeyEventMonitors;
 class LoginItem;
+class Notifications;
 class Pasteboard;
 class PrivacyGrants;
+class ProgramLauncher;
 class SpeechRecognition;
+class StatusItem;
 class SystemSounds;
+class UrlOpener;
 class UserDefaults;
 class Workspace;
 
@@ -38,6 +43,11 @@ struct Platform {
     PrivacyGrants& grants;
     LoginItem& loginItem;
     SystemSounds& sounds;
+    ProgramLauncher& launcher;
+    Notifications& notifications;
+    StatusItem& statusItem;
+    UrlOpener& urls;
+    Application& application;
 };
 
 }  // namespace dorix

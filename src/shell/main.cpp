@@ -1,16 +1,26 @@
 #include "base/Log.h"
 #include "base/async/TaskScope.h"
+#include "linux/dbus/DBusSingleInstance.h"
 #include "linux/desktop/LinuxDesktop.h"
 #include "linux/log/JournalLog.h"
+#include "linux/process/LinuxProgramLauncher.h"
 #include "linux/qt/QtMainLoop.h"
 #include "localdata/Language.h"
+#include "platform/Application.h"
 #include "shell/AppController.h"
+#include "shell/WatchdogProcess.h"
+#include "shell/watchdog/WatchdogArguments.h"
+#include "shell/watchdog/WatchdogTask.h"
 
 #include <sys/signalfd.h>
 #include <unistd.h>
 
 #include <QCoreApplication>
 #include <csignal>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -26,30 +36,59 @@ int blockedTerminationSignals() {
     return signalfd(-1, &signals, SFD_CLOEXEC);
 }
 
-Task<void> quit(LinuxDesktop& desktop) {
-    co_await desktop.handOverClipboard();
-    QCoreApplication::quit();
-}
+/// The program's main loop, as the core may end it.
+class MainApplication final : public Application {
+ public:
+    MainApplication(Executor& loop, LinuxDesktop& desktop) : desktop_(desktop), tasks_(loop) {}
 
-}  // namespace
+    void terminate() override {
+        if (!std::exchange(isEnding_, true)) tasks_.spawn(quit());
+    }
+    void relaunch() override {
+        relaunches_ = true;
+        terminate();
+    }
 
-int main(int argc, char** argv) {
+    bool relaunches() const { return relaunches_; }
+
+ private:
+    Task<void> quit() {
+        co_await desktop_.handOverClipboard();
+        QCoreApplication::quit();
+    }
+
+    LinuxDesktop& desktop_;
+    bool isEnding_ = false;
+    bool relaunches_ = false;
+    TaskScope tasks_;
+};
+
+struct Ending {
+    int status = 0;
+    std::string openedNext;  // by its bundle path; "" for nothing
+};
+
+Ending run(int argc, char** argv) {
     const int signals = blockedTerminationSignals();
     std::signal(SIGPIPE, SIG_IGN);  // a peer that goes shows in the write to it
     logToStderrAndJournal();
     const QCoreApplication application(argc, argv);
     QtMainLoop loop;
+    DBusSingleInstance instance(loop, loop);
+    if (!instance.claim()) return {};
     LinuxDesktop desktop(loop, loop);
-    const auto platform = desktop.platform();
+    MainApplication ending(loop, desktop);
+    const auto platform = desktop.platform(ending);
     installLanguage(platform.defaults, platform.languages);
 
+    WatchdogTask watchdog(platform.launcher);
+    watchdog.spawn();
     int status = 0;
     {
         AppController controller(platform);
-        TaskScope ending(loop);
         const auto watch = loop.watchReadable(signals, [&] {
             signalfd_siginfo signal{};
-            if (read(signals, &signal, sizeof signal) == sizeof signal) ending.spawn(quit(desktop));
+            if (read(signals, &signal, sizeof signal) == sizeof signal) ending.terminate();
         });
         desktop.onDisplayLost([] {
             logLine("se ha perdido la pantalla");
@@ -57,7 +96,20 @@ int main(int argc, char** argv) {
         });
         controller.applicationDidFinishLaunching();
         status = QCoreApplication::exec();
+        watchdog.terminate();
     }
     uninstallLanguage();
-    return status;
+    return {status, ending.relaunches() ? platform.launcher.bundlePath() : ""};
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const std::vector<std::string_view> arguments(argv, argv + argc);
+    if (isWatchdog(arguments)) return runWatchdog(arguments);
+
+    const auto ending = run(argc, argv);
+    // Nothing of this one is left by now.
+    if (!ending.openedNext.empty()) openApplication(ending.openedNext);
+    return ending.status;
 }

@@ -2,9 +2,15 @@
 
 #include "linux/DesktopEntries.h"
 #include "linux/atspi/AtspiAccessibility.h"
+#include "linux/dbus/BusConnection.h"
+#include "linux/dbus/DBusNotifications.h"
+#include "linux/dbus/DBusStatusItem.h"
 #include "linux/grants/LinuxPrivacyGrants.h"
 #include "linux/pocketsphinx/PocketsphinxRecognition.h"
+#include "linux/process/LinuxProgramLauncher.h"
+#include "linux/process/XdgUrlOpener.h"
 #include "linux/pulse/PulseAudioEngineFactory.h"
+#include "linux/pulse/PulseSystemSounds.h"
 #include "linux/x11/X11Connection.h"
 #include "linux/x11/X11EventPoster.h"
 #include "linux/x11/X11HotKeyRegistrar.h"
@@ -18,7 +24,6 @@
 #include "linux/xdg/JsonUserDefaults.h"
 #include "linux/xdg/LocaleEnvironment.h"
 #include "linux/xdg/XdgFolders.h"
-#include "platform/SystemSounds.h"
 
 #include <utility>
 
@@ -59,10 +64,22 @@ struct LinuxDesktop::Parts {
           defaults(main, xdgConfigHome() / "dorix" / "defaults.json"),
           loginItem(xdgConfigHome(), std::filesystem::read_symlink("/proc/self/exe")),
           accessibility(main, watcher, [this](std::int32_t process) { return windowTitle(process); }),
-          audio(main) {
+          audio(main),
+          launcher(watcher),
+          urls(watcher),
+          bus(BusConnection::openSession(main, watcher, [] {})),
+          notifications(serviceOn<Notifications, DBusNotifications, UnavailableNotifications>(main)),
+          statusItem(serviceOn<StatusItem, DBusStatusItem, UnavailableStatusItem>(main)) {
         if (auto connection = X11Connection::open(main, watcher)) {
             x11 = std::make_unique<X11Session>(std::move(connection));
         }
+    }
+
+    /// A service of the session bus, or what stands in for it where there is none.
+    template <typename Port, typename Adapter, typename Unavailable>
+    std::unique_ptr<Port> serviceOn(Executor& main) const {
+        if (bus) return std::make_unique<Adapter>(main, *bus);
+        return std::make_unique<Unavailable>();
     }
 
     /// The title of the window in front, if it is that process's.
@@ -76,7 +93,7 @@ struct LinuxDesktop::Parts {
     bool hasDisplay() const { return x11 && !x11->connection->isLost(); }
 
     template <typename Session>
-    Platform platformWith(Session& session) {
+    Platform platformWith(Session& session, Application& application) {
         return {.executor = executor,
                 .defaults = defaults,
                 .languages = systemLanguages(),
@@ -91,7 +108,12 @@ struct LinuxDesktop::Parts {
                 .recognition = recognition,
                 .grants = grants,
                 .loginItem = loginItem,
-                .sounds = sounds};
+                .sounds = sounds,
+                .launcher = launcher,
+                .notifications = *notifications,
+                .statusItem = *statusItem,
+                .urls = urls,
+                .application = application};
     }
 
     Executor& executor;
@@ -105,7 +127,12 @@ struct LinuxDesktop::Parts {
          .hasRecogniser = [this] { return recognition.supportedLocale("en-US").has_value(); },
          .canUseOtherApplications = [this] { return hasDisplay() && accessibility.isAvailable(); },
          .canCaptureScreen = [this] { return hasDisplay(); }}};
-    UnavailableSystemSounds sounds;
+    PulseSystemSounds sounds{audio.connection()};
+    LinuxProgramLauncher launcher;
+    XdgUrlOpener urls;
+    std::unique_ptr<BusConnection> bus;  // none where there is no session bus
+    std::unique_ptr<Notifications> notifications;
+    std::unique_ptr<StatusItem> statusItem;
     NoSession none;
     std::unique_ptr<X11Session> x11;
 };
@@ -115,8 +142,9 @@ LinuxDesktop::LinuxDesktop(Executor& executor, FdWatcher& watcher)
 
 LinuxDesktop::~LinuxDesktop() = default;
 
-Platform LinuxDesktop::platform() {
-    return parts_->x11 ? parts_->platformWith(*parts_->x11) : parts_->platformWith(parts_->none);
+Platform LinuxDesktop::platform(Application& application) {
+    return parts_->x11 ? parts_->platformWith(*parts_->x11, application)
+                       : parts_->platformWith(parts_->none, application);
 }
 
 void LinuxDesktop::onDisplayLost(std::function<void()> callback) {

@@ -20,8 +20,8 @@ class LinuxDesktop {
     LinuxDesktop(const LinuxDesktop&) = delete;
     LinuxDesktop& operator=(const LinuxDesktop&) = delete;
 
-    /// Refers to what this object owns.
-    Platform platform();
+    /// Refers to what this object owns, and to the application, whose main loop is not ours.
+    Platform platform(Application& application);
 
     /// Called once when the display that the program was started on goes away.
     void onDisplayLost(std::function<void()> callback);

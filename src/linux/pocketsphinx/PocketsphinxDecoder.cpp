@@ -8,6 +8,7 @@
 #include <sphinxbase/err.h>
 #include <sphinxbase/feat.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdarg>
 #include <cstdio>
@@ -106,8 +107,8 @@ PocketsphinxDecoder::PocketsphinxDecoder(const fs::path& models) {
     silenceLibrary();
     lastComplaint().clear();
     auto words = optionsFor(ModelFiles(models));
-    std::vector<char*> arguments;
-    for (auto& word : words) arguments.push_back(word.data());
+    std::vector<char*> arguments(words.size());
+    std::ranges::transform(words, arguments.begin(), [](auto& word) { return word.data(); });
     options_.reset(
         cmd_ln_parse_r(nullptr, ps_args(), static_cast<std::int32_t>(arguments.size()), arguments.data(), 1));
     if (!options_) fail("options");

@@ -1,12 +1,16 @@
 #include "base/async/ManualExecutor.h"
 #include "fakes/FakeAccessibility.h"
+#include "fakes/FakeApplication.h"
 #include "fakes/FakeAudioEngine.h"
 #include "fakes/FakeHotKeyRegistrar.h"
 #include "fakes/FakeKeyEventMonitors.h"
 #include "fakes/FakeLoginItem.h"
+#include "fakes/FakeNotifications.h"
 #include "fakes/FakePasteboard.h"
 #include "fakes/FakePrivacyGrants.h"
+#include "fakes/FakeProgramLauncher.h"
 #include "fakes/FakeSpeechRecognition.h"
+#include "fakes/FakeUrlOpener.h"
 #include "fakes/FakeWorkspace.h"
 #include "fakes/MemoryUserDefaults.h"
 #include "fakes/RecordingEventPoster.h"
@@ -56,7 +60,11 @@ class AppControllerTest : public testing::Test {
                                                        .recognition = recognition,
                                                        .grants = grants,
                                                        .loginItem = loginItem,
-                                                       .sounds = sounds});
+                                                       .sounds = sounds,
+                                                       .launcher = launcher,
+                                                       .notifications = notifications,
+                                                       .urls = urls,
+                                                       .application = application});
         app->applicationDidFinishLaunching();
         executor.runPosted();
     }
@@ -99,6 +107,10 @@ class AppControllerTest : public testing::Test {
     FakePrivacyGrants grants;
     FakeLoginItem loginItem;
     RecordingSystemSounds sounds;
+    FakeProgramLauncher launcher;
+    FakeNotifications notifications;
+    FakeUrlOpener urls;
+    FakeApplication application;
     std::unique_ptr<AppController> app;
 };
 
