@@ -31,7 +31,6 @@
 namespace dorix {
 namespace {
 
-using testing::ElementsAre;
 using testing::HasSubstr;
 
 constexpr std::uint32_t dictationKey = 1;
