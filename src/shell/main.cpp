@@ -5,12 +5,17 @@
 #include "linux/qt/QtMainLoop.h"
 #include "localdata/Language.h"
 #include "shell/AppController.h"
+#include "shell/icon/IconLook.h"
+#include "views/Application.h"
+#include "views/Views.h"
 
 #include <sys/signalfd.h>
 #include <unistd.h>
 
 #include <QCoreApplication>
 #include <csignal>
+#include <memory>
+#include <vector>
 
 namespace {
 
@@ -31,13 +36,35 @@ Task<void> quit(LinuxDesktop& desktop) {
     QCoreApplication::quit();
 }
 
+std::vector<MenuItem> iconMenu(SettingsStore& settings) {
+    const bool paused = settings.paused.get();
+    return {{.label = tr(paused ? "Reanudar DORIX" : "Pausar DORIX"),
+             .handler = [&settings, paused] { settings.paused.set(!paused); }},
+            {.separator = true},
+            {.label = tr("Salir de DORIX"), .handler = [] { std::raise(SIGTERM); }}};
+}
+
+/// The windows, where there is a display to draw on.
+std::unique_ptr<Views> makeViews(AppController& controller, const Platform& platform, LinuxDesktop& desktop) {
+    if (!canDraw()) return nullptr;
+    return std::make_unique<Views>(
+        Views::Environment{.executor = platform.executor,
+                           .defaults = platform.defaults,
+                           .state = controller.state(),
+                           .settings = controller.settings(),
+                           .speech = controller.speech(),
+                           .appearance = desktop.appearance()},
+        Views::Verbs{.iconTooltip = [] { return iconTooltip({}); },
+                     .iconMenu = [&controller] { return iconMenu(controller.settings()); }});
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     const int signals = blockedTerminationSignals();
     std::signal(SIGPIPE, SIG_IGN);  // a peer that goes shows in the write to it
     logToStderrAndJournal();
-    const QCoreApplication application(argc, argv);
+    const auto application = makeApplication(argc, argv);
     QtMainLoop loop;
     LinuxDesktop desktop(loop, loop);
     const auto platform = desktop.platform();
@@ -55,6 +82,8 @@ int main(int argc, char** argv) {
             logLine("se ha perdido la pantalla");
             QCoreApplication::exit(1);
         });
+        const auto views = makeViews(controller, platform, desktop);
+        if (views) views->showIcon();
         controller.applicationDidFinishLaunching();
         status = QCoreApplication::exec();
     }

@@ -1,6 +1,7 @@
 #include "linux/desktop/LinuxDesktop.h"
 
 #include "linux/DesktopEntries.h"
+#include "linux/appearance/LinuxAppearance.h"
 #include "linux/atspi/AtspiAccessibility.h"
 #include "linux/grants/LinuxPrivacyGrants.h"
 #include "linux/pocketsphinx/PocketsphinxRecognition.h"
@@ -59,7 +60,8 @@ struct LinuxDesktop::Parts {
           defaults(main, xdgConfigHome() / "dorix" / "defaults.json"),
           loginItem(xdgConfigHome(), std::filesystem::read_symlink("/proc/self/exe")),
           accessibility(main, watcher, [this](std::int32_t process) { return windowTitle(process); }),
-          audio(main) {
+          audio(main),
+          appearance(main, watcher, xdgConfigHome()) {
         if (auto connection = X11Connection::open(main, watcher)) {
             x11 = std::make_unique<X11Session>(std::move(connection));
         }
@@ -98,6 +100,7 @@ struct LinuxDesktop::Parts {
     AutostartLoginItem loginItem;
     AtspiAccessibility accessibility;
     PulseAudioEngineFactory audio;
+    LinuxAppearance appearance;
     PocketsphinxRecognition recognition;
     LinuxPrivacyGrants grants{
         {.hasSoundInput = [this] { return audio.makeEngine()->inputFormat().channelCount > 0; },
@@ -117,6 +120,8 @@ LinuxDesktop::~LinuxDesktop() = default;
 Platform LinuxDesktop::platform() {
     return parts_->x11 ? parts_->platformWith(*parts_->x11) : parts_->platformWith(parts_->none);
 }
+
+DesktopAppearance& LinuxDesktop::appearance() { return parts_->appearance; }
 
 void LinuxDesktop::onDisplayLost(std::function<void()> callback) {
     if (parts_->x11) parts_->x11->connection->onLost(std::move(callback));
