@@ -80,8 +80,8 @@ void HUDWindow::place(const Rect& icon, const Screens& screens) {
 }
 
 void HUDWindow::setContent(const HUDContent& content) {
-    const bool isNew = content.look != content_.look || content.look != Look::listening;
-    const bool staysWide = !isNew && !content_.isPlaceholder;
+    const bool listensOn = content.look == Look::listening && content_.look == Look::listening;
+    const bool staysWide = listensOn && !content.isPlaceholder;
     content_ = content;
     const QString text = shown(content.text);
     const QString caption = shown(content.caption);
@@ -92,7 +92,7 @@ void HUDWindow::setContent(const HUDContent& content) {
                    {"placeholder", content.isPlaceholder},
                    {"spoken", content.look == Look::processing ? shown(dorix::tr("Redactando…")) : text}});
     fitText();
-    if (isNew) announce();
+    if (!listensOn) announce();
 }
 
 void HUDWindow::fitText() {

@@ -8,9 +8,9 @@ namespace dorix {
 namespace {
 
 // Points about the item's centre.
-constexpr double letterLeft = -7;
-constexpr double letterHalfHeight = 9;
-constexpr double letterCorner = 2.5;
+constexpr double letterLeft = -8;
+constexpr double letterHalfHeight = 10.5;
+constexpr double letterCorner = 3;
 constexpr double outline = 2.25;
 constexpr double haloAtRest = 13;
 constexpr double haloOpen = 23;
@@ -23,8 +23,11 @@ QColor faded(QColor color, double opacity) {
     return color;
 }
 
+/// An arc on the faint circle that it turns along.
 void strokeArc(QPainter& painter, const QColor& color, double radius, double width, double angle) {
     painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(faded(color, 0.18), width));
+    painter.drawEllipse(QPointF(0, 0), radius, radius);
     painter.setPen(QPen(color, width, Qt::SolidLine, Qt::RoundCap));
     // Sixteenths of a degree, counted anticlockwise from three o'clock.
     const int start = static_cast<int>((90 - angle) * 16);
@@ -77,9 +80,9 @@ void IconMark::paintHalo(QPainter& painter) const {
 
 void IconMark::paintLetter(QPainter& painter) const {
     painter.save();
-    painter.translate(-0.75, 0);  // a D looks centred a little to the left of where it is
+    painter.translate(-1, 0);  // a D looks centred a little to the left of where it is
     const double busy = std::max(halo_, arc_);
-    painter.scale(1 - 0.22 * busy, 1 - 0.22 * busy);
+    painter.scale(1 - 0.3 * busy, 1 - 0.3 * busy);
     painter.fillPath(letter(0), faded(color_, body_ * (1 - alarm_)));
     if (body_ < 1) {
         const auto ring = letter(0).subtracted(letter(outline));

@@ -1,9 +1,9 @@
 #include "views/OverlayPanel.h"
 
+#include <QBitmap>
 #include <QKeyEvent>
-#include <QPainterPath>
+#include <QPainter>
 #include <QQmlContext>
-#include <QTransform>
 
 namespace dorix {
 
@@ -49,10 +49,16 @@ void OverlayPanel::cutTo(const QRectF& shape, qreal radius) {
 }
 
 QRegion OverlayPanel::pixels(const QRectF& shape, qreal radius) const {
-    QPainterPath path;
-    path.addRoundedRect(shape, radius, radius);
     const qreal scale = devicePixelRatio();
-    return QRegion(path.toFillPolygon(QTransform::fromScale(scale, scale)).toPolygon());
+    QBitmap inside(size() * scale);
+    inside.clear();
+    QPainter painter(&inside);
+    painter.scale(scale, scale);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(Qt::color1);
+    painter.drawRoundedRect(shape, radius, radius);
+    painter.end();
+    return QRegion(inside);
 }
 
 void OverlayPanel::keyPressEvent(QKeyEvent* event) {

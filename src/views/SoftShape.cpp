@@ -47,7 +47,7 @@ void SoftShape::paintShadow(QPainter& painter, const QRectF& shape) const {
     double laid = 0;
     for (int step = 0; step < shadowSteps; ++step) {
         const double inwards = (step + 1.0) / shadowSteps;
-        const double wanted = tokens::shadowStrength * inwards * inwards * inwards;
+        const double wanted = tokens::shadowStrength * inwards * inwards;
         const double grow = tokens::shadowReach * (1 - inwards);
         painter.setBrush(QColor::fromRgbF(0, 0, 0, static_cast<float>((wanted - laid) / (1 - laid))));
         laid = wanted;

@@ -65,7 +65,7 @@ inline constexpr int motionOut = 250;
 inline constexpr int turn = 1200;  // of the arc that says that something goes on
 
 // How dark the shadow is beside its shape.
-inline constexpr double shadowStrength = 0.18;
+inline constexpr double shadowStrength = 0.14;
 
 }  // namespace tokens
 
