@@ -71,14 +71,18 @@ void MenuWindow::popUp(QPoint where) {
     cutTo(QRectF(reach, reach, visible.width(), visible.height()), tokens::bubbleRadius);
     orderFrontRegardless();
     // Where another program holds one of them the menu does without.
-    setMouseGrabEnabled(true);
-    setKeyboardGrabEnabled(true);
+    grab(true);
+}
+
+void MenuWindow::grab(bool on) {
+    if (context().x11 == nullptr) return;
+    setMouseGrabEnabled(on);
+    setKeyboardGrabEnabled(on);
 }
 
 void MenuWindow::close() {
     if (std::exchange(closed_, true)) return;
-    setKeyboardGrabEnabled(false);
-    setMouseGrabEnabled(false);
+    grab(false);
     orderOut();
     onClosed();
 }

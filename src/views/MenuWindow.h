@@ -41,6 +41,7 @@ class MenuWindow final : public OverlayPanel {
     };
 
     void layOut();
+    void grab(bool on);
     bool canChoose(int row) const;
     int rowAt(QPointF position) const;
     void setCurrent(int row, bool byKeyboard);

@@ -31,7 +31,7 @@ void OverlayPanel::orderFrontRegardless() {
         view_.insert("visible", true);
         show();
     }
-    raise();
+    if (context_.x11 != nullptr) raise();
 }
 
 void OverlayPanel::orderOut() {
