@@ -21,10 +21,10 @@ QGuiApplication& offscreenApplication() {
     static int count = 1;
     static char name[] = "views_test";
     static char* arguments[] = {name, nullptr};
-    static const auto application = [] {
+    static auto* const application = [] {
         qputenv("QT_QPA_PLATFORM", "offscreen");
         qputenv("QT_SCALE_FACTOR", "1");
-        return makeApplication(count, arguments);
+        return makeApplication(count, arguments).release();
     }();
     return static_cast<QGuiApplication&>(*application);
 }
