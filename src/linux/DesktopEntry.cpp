@@ -1,6 +1,7 @@
 #include "linux/DesktopEntry.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace dorix {
 
@@ -68,6 +69,7 @@ std::optional<DesktopEntry> parseDesktopEntry(std::string_view contents,
         const auto value = trimBlanks(line.substr(equals + 1));
         if (key == "Type") isApplication = value == "Application";
         if (key == "StartupWMClass") entry.startupWmClass = unescape(value);
+        if (key == "Exec") entry.exec = unescape(value);
         if (const auto rank = rankOfNameKey(key, languages); rank && *rank < nameRank) {
             nameRank = *rank;
             entry.name = unescape(value);
@@ -75,6 +77,30 @@ std::optional<DesktopEntry> parseDesktopEntry(std::string_view contents,
     }
     if (!isApplication || entry.name.empty()) return std::nullopt;
     return entry;
+}
+
+std::vector<std::string> parseExec(std::string_view exec) {
+    std::vector<std::string> arguments;
+    std::optional<std::string> argument;  // the one being read
+    bool quoted = false;
+    for (std::size_t i = 0; i < exec.size(); ++i) {
+        const char c = exec[i];
+        if (c == '"') {
+            quoted = !quoted;
+            if (!argument) argument.emplace();
+        } else if (c == ' ' && !quoted) {
+            if (argument) arguments.push_back(*std::exchange(argument, std::nullopt));
+        } else {
+            const bool escape = c == '%' || (quoted && c == '\\');
+            if (escape && ++i == exec.size()) return {};
+            if (c == '%' && exec[i] != '%') continue;  // a place for a file or the like
+            if (!argument) argument.emplace();
+            *argument += exec[i];
+        }
+    }
+    if (quoted) return {};
+    if (argument) arguments.push_back(*argument);
+    return arguments;
 }
 
 }  // namespace dorix

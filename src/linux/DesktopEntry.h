@@ -15,6 +15,8 @@ struct DesktopEntry {
     std::string name;
     /// The WM_CLASS of its windows, where the entry tells it.
     std::string startupWmClass;
+    /// The command that starts it, as `parseExec` reads it.
+    std::string exec;
 
     bool operator==(const DesktopEntry&) const = default;
 };
@@ -23,5 +25,9 @@ struct DesktopEntry {
 /// names, the most wanted first ("es_ES", "es"). None for anything but an application with a name.
 std::optional<DesktopEntry> parseDesktopEntry(std::string_view contents,
                                               const std::vector<std::string>& languages);
+
+/// The arguments of an Exec value, its quotes taken away and its places for files and the like left out.
+/// Empty when it is not well formed.
+std::vector<std::string> parseExec(std::string_view exec);
 
 }  // namespace dorix

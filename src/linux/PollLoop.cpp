@@ -35,11 +35,8 @@ void PollLoop::post(Work work) {
     wake();
 }
 
-void PollLoop::wake() {
-    const std::uint64_t one = 1;
-    // A full counter means that the loop is about to wake anyway.
-    [[maybe_unused]] const auto written = ::write(wakeFd_, &one, sizeof one);
-}
+// A full counter refuses, and means that the loop is about to wake anyway.
+void PollLoop::wake() const { ::eventfd_write(wakeFd_, 1); }
 
 Executor::TimerId PollLoop::after(double seconds, Work work) {
     const TimerId id{++lastId_};
@@ -103,9 +100,8 @@ void PollLoop::awaitEvents() {
         fds.push_back({watch ? watch->fd : -1, POLLIN, 0});
     }
     if (::poll(fds.data(), fds.size(), timeout()) <= 0) return;
-    std::uint64_t count = 0;
-    if (fds[0].revents != 0) [[maybe_unused]]
-        const auto taken = ::read(wakeFd_, &count, sizeof count);
+    eventfd_t wakes = 0;
+    if (fds[0].revents != 0) ::eventfd_read(wakeFd_, &wakes);
     for (std::size_t i = 0; i < watches.size(); ++i) {
         const auto watch = fds[i + 1].revents != 0 ? watches[i].lock() : nullptr;
         if (watch) watch->ready();

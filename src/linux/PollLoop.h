@@ -44,7 +44,7 @@ class PollLoop final : public Executor, public FdWatcher {
     void runDueTimers();
     void awaitEvents();
     int timeout() const;
-    void wake();
+    void wake() const;
 
     const int wakeFd_;
     std::map<Due, Work> timers_;

@@ -2,19 +2,25 @@
 
 #include "platform/SystemLanguages.h"
 
+#include <filesystem>
+
 namespace dorix {
 
 class Accessibility;
+class Application;
 class AudioEngineFactory;
 class EventPoster;
 class Executor;
 class HotKeyRegistrar;
 class KeyEventMonitors;
 class LoginItem;
+class Notifications;
 class Pasteboard;
 class PrivacyGrants;
+class ProgramLauncher;
 class SpeechRecognition;
 class SystemSounds;
+class UrlOpener;
 class UserDefaults;
 class Workspace;
 
@@ -24,6 +30,7 @@ struct Platform {
     Executor& executor;
     UserDefaults& defaults;
     SystemLanguages languages;
+    std::filesystem::path userData;  // the folder in which programs keep a folder each for the user's data
     KeyEventMonitors& keyEvents;
     HotKeyRegistrar& hotKeys;
     EventPoster& events;
@@ -35,6 +42,10 @@ struct Platform {
     PrivacyGrants& grants;
     LoginItem& loginItem;
     SystemSounds& sounds;
+    ProgramLauncher& launcher;
+    Notifications& notifications;
+    UrlOpener& urls;
+    Application& application;
 };
 
 }  // namespace dorix

@@ -1,11 +1,17 @@
 #include "base/Log.h"
 #include "base/async/TaskScope.h"
+#include "linux/dbus/DBusSingleInstance.h"
 #include "linux/desktop/LinuxDesktop.h"
 #include "linux/log/JournalLog.h"
+#include "linux/process/LinuxProgramLauncher.h"
 #include "linux/qt/QtMainLoop.h"
 #include "localdata/Language.h"
+#include "platform/Application.h"
 #include "shell/AppController.h"
+#include "shell/WatchdogProcess.h"
 #include "shell/icon/IconLook.h"
+#include "shell/watchdog/WatchdogArguments.h"
+#include "shell/watchdog/WatchdogTask.h"
 #include "views/Application.h"
 #include "views/Views.h"
 
@@ -15,6 +21,9 @@
 #include <QCoreApplication>
 #include <csignal>
 #include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -31,21 +40,44 @@ int blockedTerminationSignals() {
     return signalfd(-1, &signals, SFD_CLOEXEC);
 }
 
-Task<void> quit(LinuxDesktop& desktop) {
-    co_await desktop.handOverClipboard();
-    QCoreApplication::quit();
-}
+/// The program's main loop, as the core may end it.
+class MainApplication final : public Application {
+ public:
+    MainApplication(Executor& loop, LinuxDesktop& desktop) : desktop_(desktop), tasks_(loop) {}
 
-std::vector<MenuItem> iconMenu(SettingsStore& settings) {
+    void terminate() override {
+        if (!std::exchange(isEnding_, true)) tasks_.spawn(quit());
+    }
+    void relaunch() override {
+        relaunches_ = true;
+        terminate();
+    }
+
+    bool relaunches() const { return relaunches_; }
+
+ private:
+    Task<void> quit() {
+        co_await desktop_.handOverClipboard();
+        QCoreApplication::quit();
+    }
+
+    LinuxDesktop& desktop_;
+    bool isEnding_ = false;
+    bool relaunches_ = false;
+    TaskScope tasks_;
+};
+
+std::vector<MenuItem> iconMenu(SettingsStore& settings, Application& application) {
     const bool paused = settings.paused.get();
     return {{.label = tr(paused ? "Reanudar DORIX" : "Pausar DORIX"),
              .handler = [&settings, paused] { settings.paused.set(!paused); }},
             {.separator = true},
-            {.label = tr("Salir de DORIX"), .handler = [] { std::raise(SIGTERM); }}};
+            {.label = tr("Salir de DORIX"), .handler = [&application] { application.terminate(); }}};
 }
 
 /// The windows, where there is a display to draw on.
-std::unique_ptr<Views> makeViews(AppController& controller, const Platform& platform, LinuxDesktop& desktop) {
+std::unique_ptr<Views> makeViews(AppController& controller, const Platform& platform, LinuxDesktop& desktop,
+                                 Application& application) {
     if (!canDraw()) return nullptr;
     return std::make_unique<Views>(
         Views::Environment{.executor = platform.executor,
@@ -55,38 +87,58 @@ std::unique_ptr<Views> makeViews(AppController& controller, const Platform& plat
                            .speech = controller.speech(),
                            .appearance = desktop.appearance()},
         Views::Verbs{.iconTooltip = [] { return iconTooltip({}); },
-                     .iconMenu = [&controller] { return iconMenu(controller.settings()); }});
+                     .iconMenu = [&] { return iconMenu(controller.settings(), application); }});
 }
 
-}  // namespace
+struct Ending {
+    int status = 0;
+    std::string openedNext;  // by its bundle path; "" for nothing
+};
 
-int main(int argc, char** argv) {
+Ending run(int argc, char** argv) {
     const int signals = blockedTerminationSignals();
     std::signal(SIGPIPE, SIG_IGN);  // a peer that goes shows in the write to it
     logToStderrAndJournal();
     const auto application = makeApplication(argc, argv);
     QtMainLoop loop;
+    DBusSingleInstance instance(loop, loop);
+    if (!instance.claim()) return {};
     LinuxDesktop desktop(loop, loop);
-    const auto platform = desktop.platform();
+    MainApplication ending(loop, desktop);
+    const auto platform = desktop.platform(ending);
     installLanguage(platform.defaults, platform.languages);
 
+    WatchdogTask watchdog(platform.launcher);
+    watchdog.spawn();
     int status = 0;
     {
         AppController controller(platform);
-        TaskScope ending(loop);
         const auto watch = loop.watchReadable(signals, [&] {
             signalfd_siginfo signal{};
-            if (read(signals, &signal, sizeof signal) == sizeof signal) ending.spawn(quit(desktop));
+            if (read(signals, &signal, sizeof signal) == sizeof signal) ending.terminate();
         });
         desktop.onDisplayLost([] {
             logLine("se ha perdido la pantalla");
             QCoreApplication::exit(1);
         });
-        const auto views = makeViews(controller, platform, desktop);
+        const auto views = makeViews(controller, platform, desktop, ending);
         if (views) views->showIcon();
         controller.applicationDidFinishLaunching();
         status = QCoreApplication::exec();
+        watchdog.terminate();
     }
     uninstallLanguage();
-    return status;
+    return {status, ending.relaunches() ? platform.launcher.bundlePath() : ""};
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const std::vector<std::string_view> arguments(argv, argv + argc);
+    if (isWatchdog(arguments)) return runWatchdog(arguments);
+
+    const auto ending = run(argc, argv);
+    // Nothing of this one is left by now.
+    if (!ending.openedNext.empty()) openApplication(ending.openedNext);
+    return ending.status;
 }

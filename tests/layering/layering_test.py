@@ -33,11 +33,12 @@ RANK = {folder: rank for rank, row in enumerate(LAYERS) for folder in row}
 
 # What an operating system or a toolkit may enter, and what of ours it may include.
 OUTSIDE = {"linux": {"base", "platform", "linux"}}
-# The one file that puts all of it together.
-COMPOSITION = {"shell/main.cpp"}
+# The files that put all of it together, one for each process of the program.
+COMPOSITION = {"shell/main.cpp", "shell/WatchdogProcess.cpp"}
 
 LIBRARIES = {
     "base": [r"nlohmann/json\.hpp"],
+    "base/sqlite": [r"sqlite3\.h"],
     "base/text": [r"unicode/.*\.h"],
     "speech": [r"samplerate\.h"],
 }

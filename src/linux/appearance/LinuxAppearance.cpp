@@ -1,7 +1,7 @@
 #include "linux/appearance/LinuxAppearance.h"
 
 #include "linux/appearance/GtkSettings.h"
-#include "linux/atspi/BusConnection.h"
+#include "linux/dbus/BusConnection.h"
 
 #include <sys/inotify.h>
 #include <unistd.h>
@@ -42,11 +42,11 @@ std::optional<std::uint32_t> unwrapped(sd_bus_message* message) {
 
 }  // namespace
 
-LinuxAppearance::LinuxAppearance(WorkQueue& queue, FdWatcher& watcher, std::filesystem::path configHome)
-    : folder_(std::move(configHome) / "gtk-3.0"), bus_(BusConnection::openSession(queue, watcher, [] {})) {
+LinuxAppearance::LinuxAppearance(BusConnection* bus, FdWatcher& watcher, std::filesystem::path configHome)
+    : folder_(std::move(configHome) / "gtk-3.0"), bus_(bus) {
     readFile();
     watchFile(watcher);
-    if (!bus_) return;
+    if (bus_ == nullptr) return;
     bus_->listen(
         "type='signal',interface='org.freedesktop.portal.Settings',member='SettingChanged',"
         "path='/org/freedesktop/portal/desktop'",

@@ -1,11 +1,9 @@
 #pragma once
 
-#include "base/async/Executor.h"
 #include "linux/FdWatcher.h"
 #include "platform/DesktopAppearance.h"
 
 #include <filesystem>
-#include <memory>
 #include <string>
 
 struct sd_bus_message;
@@ -18,8 +16,9 @@ class BusConnection;
 /// answered, or where there is none, GTK's settings file, which is watched. Main executor; nothing blocks.
 class LinuxAppearance final : public DesktopAppearance {
  public:
-    /// `configHome` is the user's folder for configuration. Queue and watcher must outlive the object.
-    LinuxAppearance(WorkQueue& queue, FdWatcher& watcher, std::filesystem::path configHome);
+    /// `bus` is the session's, nullptr where there is none; `configHome` the user's folder for configuration.
+    /// Bus and watcher must outlive the object, which must not outlive the loop that feeds them.
+    LinuxAppearance(BusConnection* bus, FdWatcher& watcher, std::filesystem::path configHome);
     ~LinuxAppearance() override;
 
  private:
@@ -29,7 +28,7 @@ class LinuxAppearance final : public DesktopAppearance {
     void take(const std::string& group, const std::string& key, sd_bus_message* value);
 
     const std::filesystem::path folder_;
-    std::unique_ptr<BusConnection> bus_;
+    BusConnection* const bus_;
     bool portalKnowsTheme_ = false;
     bool portalKnowsMotion_ = false;
     int inotify_ = -1;

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "linux/atspi/ApplicationDirectory.h"
-#include "linux/atspi/BusConnection.h"
 #include "linux/atspi/FocusTracker.h"
+#include "linux/dbus/BusConnection.h"
 
 #include <memory>
 #include <string>

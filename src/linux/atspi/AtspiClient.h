@@ -2,8 +2,8 @@
 
 #include "base/async/Executor.h"
 #include "linux/atspi/AtspiRoles.h"
-#include "linux/atspi/BusConnection.h"
 #include "linux/atspi/ObjectRef.h"
+#include "linux/dbus/BusConnection.h"
 #include "platform/Accessibility.h"
 
 #include <expected>

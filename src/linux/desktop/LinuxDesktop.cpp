@@ -3,9 +3,14 @@
 #include "linux/DesktopEntries.h"
 #include "linux/appearance/LinuxAppearance.h"
 #include "linux/atspi/AtspiAccessibility.h"
+#include "linux/dbus/BusConnection.h"
+#include "linux/dbus/DBusNotifications.h"
 #include "linux/grants/LinuxPrivacyGrants.h"
 #include "linux/pocketsphinx/PocketsphinxRecognition.h"
+#include "linux/process/LinuxProgramLauncher.h"
+#include "linux/process/XdgUrlOpener.h"
 #include "linux/pulse/PulseAudioEngineFactory.h"
+#include "linux/pulse/PulseSystemSounds.h"
 #include "linux/x11/X11Connection.h"
 #include "linux/x11/X11EventPoster.h"
 #include "linux/x11/X11HotKeyRegistrar.h"
@@ -19,7 +24,6 @@
 #include "linux/xdg/JsonUserDefaults.h"
 #include "linux/xdg/LocaleEnvironment.h"
 #include "linux/xdg/XdgFolders.h"
-#include "platform/SystemSounds.h"
 
 #include <utility>
 
@@ -61,10 +65,21 @@ struct LinuxDesktop::Parts {
           loginItem(xdgConfigHome(), std::filesystem::read_symlink("/proc/self/exe")),
           accessibility(main, watcher, [this](std::int32_t process) { return windowTitle(process); }),
           audio(main),
-          appearance(main, watcher, xdgConfigHome()) {
+          launcher(watcher),
+          urls(watcher),
+          bus(BusConnection::openSession(main, watcher, [] {})),
+          notifications(serviceOn<Notifications, DBusNotifications, UnavailableNotifications>(main)),
+          appearance(bus.get(), watcher, xdgConfigHome()) {
         if (auto connection = X11Connection::open(main, watcher)) {
             x11 = std::make_unique<X11Session>(std::move(connection));
         }
+    }
+
+    /// A service of the session bus, or what stands in for it where there is none.
+    template <typename Port, typename Adapter, typename Unavailable>
+    std::unique_ptr<Port> serviceOn(Executor& main) const {
+        if (bus) return std::make_unique<Adapter>(main, *bus);
+        return std::make_unique<Unavailable>();
     }
 
     /// The title of the window in front, if it is that process's.
@@ -78,10 +93,11 @@ struct LinuxDesktop::Parts {
     bool hasDisplay() const { return x11 && !x11->connection->isLost(); }
 
     template <typename Session>
-    Platform platformWith(Session& session) {
+    Platform platformWith(Session& session, Application& application) {
         return {.executor = executor,
                 .defaults = defaults,
                 .languages = systemLanguages(),
+                .userData = xdgDataHome(),
                 .keyEvents = session.keyEvents,
                 .hotKeys = session.hotKeys,
                 .events = session.events,
@@ -92,7 +108,11 @@ struct LinuxDesktop::Parts {
                 .recognition = recognition,
                 .grants = grants,
                 .loginItem = loginItem,
-                .sounds = sounds};
+                .sounds = sounds,
+                .launcher = launcher,
+                .notifications = *notifications,
+                .urls = urls,
+                .application = application};
     }
 
     Executor& executor;
@@ -100,14 +120,18 @@ struct LinuxDesktop::Parts {
     AutostartLoginItem loginItem;
     AtspiAccessibility accessibility;
     PulseAudioEngineFactory audio;
-    LinuxAppearance appearance;
     PocketsphinxRecognition recognition;
     LinuxPrivacyGrants grants{
         {.hasSoundInput = [this] { return audio.makeEngine()->inputFormat().channelCount > 0; },
          .hasRecogniser = [this] { return recognition.supportedLocale("en-US").has_value(); },
          .canUseOtherApplications = [this] { return hasDisplay() && accessibility.isAvailable(); },
          .canCaptureScreen = [this] { return hasDisplay(); }}};
-    UnavailableSystemSounds sounds;
+    PulseSystemSounds sounds{audio.connection()};
+    LinuxProgramLauncher launcher;
+    XdgUrlOpener urls;
+    std::unique_ptr<BusConnection> bus;  // none where there is no session bus
+    std::unique_ptr<Notifications> notifications;
+    LinuxAppearance appearance;
     NoSession none;
     std::unique_ptr<X11Session> x11;
 };
@@ -117,8 +141,9 @@ LinuxDesktop::LinuxDesktop(Executor& executor, FdWatcher& watcher)
 
 LinuxDesktop::~LinuxDesktop() = default;
 
-Platform LinuxDesktop::platform() {
-    return parts_->x11 ? parts_->platformWith(*parts_->x11) : parts_->platformWith(parts_->none);
+Platform LinuxDesktop::platform(Application& application) {
+    return parts_->x11 ? parts_->platformWith(*parts_->x11, application)
+                       : parts_->platformWith(parts_->none, application);
 }
 
 DesktopAppearance& LinuxDesktop::appearance() { return parts_->appearance; }

@@ -21,8 +21,8 @@ class LinuxDesktop {
     LinuxDesktop(const LinuxDesktop&) = delete;
     LinuxDesktop& operator=(const LinuxDesktop&) = delete;
 
-    /// Refers to what this object owns.
-    Platform platform();
+    /// Refers to what this object owns, and to the application, whose main loop is not ours.
+    Platform platform(Application& application);
 
     /// How the user wants programs to look.
     DesktopAppearance& appearance();

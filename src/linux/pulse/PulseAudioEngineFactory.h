@@ -22,6 +22,9 @@ class PulseAudioEngineFactory final : public AudioEngineFactory {
 
     std::unique_ptr<AudioEngine> makeEngine() override;
 
+    /// The connection, for others that need the server.
+    const std::shared_ptr<PulseConnection>& connection() const { return connection_; }
+
  private:
     std::shared_ptr<PulseConnection> connection_;
 };

@@ -2,6 +2,7 @@
 
 #include "base/Log.h"
 #include "linux/xdg/AtomicFile.h"
+#include "linux/xdg/FolderLock.h"
 
 #include <ctime>
 #include <fstream>
@@ -10,22 +11,45 @@
 
 namespace dorix {
 
+namespace {
+
+void applyChanges(const std::map<std::string, std::optional<Json>, std::less<>>& changes, Json& values) {
+    for (const auto& [key, value] : changes) {
+        if (value) {
+            values[key] = *value;
+        } else {
+            values.erase(key);
+        }
+    }
+}
+
+/// The folder that the file really lies in, made if need be.
+std::filesystem::path folderOf(const std::filesystem::path& file) {
+    std::error_code error;
+    const auto folder = std::filesystem::weakly_canonical(file, error).parent_path();
+    std::filesystem::create_directories(folder, error);
+    return folder;
+}
+
+}  // namespace
+
 JsonUserDefaults::JsonUserDefaults(Executor& main, std::filesystem::path file)
     : main_(main), file_(std::move(file)) {
-    load();
+    values_ = read().value_or(Json::object());
 }
 
 JsonUserDefaults::~JsonUserDefaults() = default;
 
-void JsonUserDefaults::load() {
+/// What the file holds; none when there is no file, or not any more because it was damaged.
+std::optional<Json> JsonUserDefaults::read() {
     std::error_code error;
-    if (!std::filesystem::exists(file_, error) && !error) return;
+    if (!std::filesystem::exists(file_, error) && !error) return std::nullopt;
     std::ifstream stream(file_, std::ios::binary);
     const std::string text{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-    if (!stream) return setAside("no se puede leer");
-    Json parsed = Json::parse(text, nullptr, /*allow_exceptions=*/false);
-    if (!parsed.is_object()) return setAside("está dañado");
-    values_ = std::move(parsed);
+    Json parsed = stream ? Json::parse(text, nullptr, /*allow_exceptions=*/false) : Json();
+    if (parsed.is_object()) return parsed;
+    setAside(stream ? "está dañado" : "no se puede leer");
+    return std::nullopt;
 }
 
 void JsonUserDefaults::setAside(const std::string& reason) {
@@ -34,7 +58,10 @@ void JsonUserDefaults::setAside(const std::string& reason) {
     std::error_code error;
     for (int i = 2; std::filesystem::exists(aside, error); ++i) aside = base + "-" + std::to_string(i);
     std::filesystem::rename(file_, aside, error);
-    mayWrite_ = !error;
+    {
+        std::scoped_lock lock(mutex_);
+        mayWrite_ = !error;
+    }
     logLine("el archivo de ajustes " + reason + "; " +
             (error ? "no se guardarán cambios: " + error.message() : "se guarda como " + aside.string()));
 }
@@ -46,48 +73,82 @@ std::optional<Json> JsonUserDefaults::value(std::string_view key) const {
     return *found;
 }
 
-void JsonUserDefaults::set(std::string_view key, Json value) {
-    {
-        std::scoped_lock lock(mutex_);
-        const auto found = values_.find(key);
-        if (found != values_.end() && *found == value) return;
-        values_[std::string(key)] = std::move(value);
-    }
-    changed(key);
-}
+void JsonUserDefaults::set(std::string_view key, Json value) { change(key, std::move(value)); }
 
-void JsonUserDefaults::remove(std::string_view key) {
-    {
-        std::scoped_lock lock(mutex_);
-        if (values_.erase(std::string(key)) == 0) return;
-    }
-    changed(key);
-}
+void JsonUserDefaults::remove(std::string_view key) { change(key, std::nullopt); }
 
 Subscription JsonUserDefaults::observe(std::string_view key, Observer observer) {
     return (*observers_)[std::string(key)].add(std::move(observer));
 }
 
-void JsonUserDefaults::changed(std::string_view key) {
-    main_.post([weak = std::weak_ptr(observers_), key = std::string(key)] {
+void JsonUserDefaults::change(std::string_view key, std::optional<Json> value) {
+    const std::string name(key);
+    {
+        std::scoped_lock lock(mutex_);
+        const auto found = values_.find(name);
+        const bool same = value ? found != values_.end() && *found == *value : found == values_.end();
+        if (same) return;
+        applyChanges({{name, value}}, values_);
+        pending_[name] = std::move(value);
+        if (mayWrite_ && !std::exchange(writeQueued_, true)) writer_.post([this] { write(); });
+    }
+    notify(name);
+}
+
+void JsonUserDefaults::notify(const std::string& key) {
+    main_.post([weak = std::weak_ptr(observers_), key] {
         const auto observers = weak.lock();
         if (!observers) return;
         if (const auto found = observers->find(key); found != observers->end()) found->second.notify();
     });
-    std::scoped_lock lock(mutex_);
-    if (mayWrite_ && !std::exchange(writeQueued_, true)) writer_.post([this] { write(); });
 }
 
 void JsonUserDefaults::write() {
-    std::string text;
+    Changes changes;
     {
         std::scoped_lock lock(mutex_);
         writeQueued_ = false;
-        text = values_.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+        changes.swap(pending_);
     }
+    writeMerged(changes);
+}
+
+void JsonUserDefaults::writeMerged(const Changes& changes) {
+    const FolderLock alone(folderOf(file_));
+    auto merged = read();
+    {
+        std::scoped_lock lock(mutex_);
+        if (!mayWrite_) return;
+        // Without a file to go by, all that is known goes into a new one.
+        if (!merged) merged = values_;
+    }
+    applyChanges(changes, *merged);
+    const auto text = merged->dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
     const auto error = replaceFile(file_, text);
     if (error && !failureLogged_) logLine("no se pudieron guardar los ajustes: " + error.message());
     failureLogged_ = static_cast<bool>(error);
+    if (!error) return adopt(*merged);
+    std::scoped_lock lock(mutex_);
+    for (const auto& change : changes) pending_.insert(change);  // unless it has been set anew since
+}
+
+/// What other processes have written becomes ours as well, but for what has been set here meanwhile.
+void JsonUserDefaults::adopt(const Json& written) {
+    Json before;
+    Json now = written;
+    {
+        std::scoped_lock lock(mutex_);
+        applyChanges(pending_, now);
+        if (now == values_) return;
+        before = std::exchange(values_, now);
+    }
+    for (const auto& [key, value] : now.items()) {
+        const auto old = before.find(key);
+        if (old == before.end() || *old != value) notify(key);
+    }
+    for (const auto& [key, value] : before.items()) {
+        if (!now.contains(key)) notify(key);
+    }
 }
 
 }  // namespace dorix

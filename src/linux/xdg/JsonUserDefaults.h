@@ -7,14 +7,16 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 
 namespace dorix {
 
 /// User defaults in one JSON file, an object by key. Every change is written soon after, on a thread of its
-/// own, by replacing the file as a whole, so that a crash leaves the old or the new one. A file that cannot
-/// be understood is set aside under another name and the program starts with none of it; where even that
-/// fails, nothing is written in this run.
+/// own, by replacing the file as a whole, so that a crash leaves the old or the new one. Several processes
+/// may use one file: only the keys that were set here are written over what the file holds by then, and what
+/// others wrote is taken over on that occasion. A file that cannot be understood is set aside under another
+/// name and the program starts with none of it; where even that fails, nothing is written in this run.
 class JsonUserDefaults final : public UserDefaults {
  public:
     /// Reads the file, which need not exist. Observers are called on `main`, which must outlive this.
@@ -29,20 +31,26 @@ class JsonUserDefaults final : public UserDefaults {
 
  private:
     using ObserverTable = std::map<std::string, Observers<>, std::less<>>;
+    /// By key the new value, or none for a key that was removed.
+    using Changes = std::map<std::string, std::optional<Json>, std::less<>>;
 
-    void load();
+    std::optional<Json> read();
     void setAside(const std::string& reason);
-    void changed(std::string_view key);
+    void change(std::string_view key, std::optional<Json> value);
+    void notify(const std::string& key);
     void write();
+    void writeMerged(const Changes& changes);
+    void adopt(const Json& written);
 
     Executor& main_;
     const std::filesystem::path file_;
-    bool mayWrite_ = true;
     std::shared_ptr<ObserverTable> observers_ = std::make_shared<ObserverTable>();
 
     mutable std::mutex mutex_;
     Json values_ = Json::object();  // guarded by mutex_
+    Changes pending_;               // guarded by mutex_: not in the file yet
     bool writeQueued_ = false;      // guarded by mutex_
+    bool mayWrite_ = true;          // guarded by mutex_
     bool failureLogged_ = false;    // the writer's
     SerialExecutor writer_;         // last: it writes what is left when it goes
 };

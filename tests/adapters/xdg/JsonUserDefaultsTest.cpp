@@ -1,6 +1,7 @@
 #include "base/async/ManualExecutor.h"
 #include "linux/xdg/AtomicFile.h"
 #include "linux/xdg/AutostartLoginItem.h"
+#include "linux/xdg/FolderLock.h"
 #include "linux/xdg/JsonUserDefaults.h"
 #include "linux/xdg/LocaleEnvironment.h"
 
@@ -17,6 +18,7 @@
 #include <iterator>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace dorix {
 namespace {
@@ -151,6 +153,71 @@ TEST_F(XdgTest, AKilledWriterLeavesAWholeFile) {
         const auto contents = read(file);
         ASSERT_TRUE(contents == small || contents == large) << contents.size();
     }
+}
+
+TEST_F(XdgTest, TwoProcessesDoNotUndoEachOther) {
+    int told = 0;
+    {
+        JsonUserDefaults defaults(main, file);
+        const auto subscription = defaults.observe("theirs", [&] { ++told; });
+        defaults.set("gone", 1);
+        defaults.set("mine", 1);
+        while (!fs::exists(file)) ::usleep(1000);
+        {
+            JsonUserDefaults other(main, file);
+            other.set("theirs", 2);
+            other.set("mine", 0);
+        }
+        {
+            JsonUserDefaults other(main, file);
+            other.remove("gone");
+        }
+        defaults.set("mine", 3);
+        while (!defaults.value("theirs")) ::usleep(1000);
+        main.runPosted();
+        EXPECT_EQ(told, 1);
+        EXPECT_EQ(defaults.value("gone"), std::nullopt);
+    }
+    EXPECT_EQ(Json::parse(read(file)), Json::parse(R"({"mine": 3, "theirs": 2})"));
+}
+
+TEST_F(XdgTest, ManyProcessesLoseNothing) {
+    constexpr int processes = 4;
+    constexpr int rounds = 25;
+    std::vector<pid_t> children;
+    for (int i = 0; i < processes; ++i) {
+        children.push_back(::fork());
+        if (children.back() != 0) continue;
+        for (int round = 0; round < rounds; ++round) {
+            JsonUserDefaults(main, file).set(std::to_string(i) + "-" + std::to_string(round), true);
+        }
+        ::_exit(0);
+    }
+    for (const auto child : children) ::waitpid(child, nullptr, 0);
+    EXPECT_EQ(Json::parse(read(file)).size(), static_cast<std::size_t>(processes * rounds));
+}
+
+TEST_F(XdgTest, TheFileMayGoOrBreakWhileItIsUsed) {
+    for (const bool broken : {false, true}) {
+        JsonUserDefaults defaults(main, file);
+        defaults.set("first", broken);
+        while (!fs::exists(file)) ::usleep(1000);
+        if (broken) {
+            write(file, "{");
+        } else {
+            fs::remove(file);
+        }
+        defaults.set("second", broken);
+        while (!fs::exists(file) || !Json::accept(read(file))) ::usleep(1000);
+        EXPECT_EQ(Json::parse(read(file)).at("first"), broken);
+    }
+}
+
+TEST_F(XdgTest, AStoppedProcessDoesNotHoldTheOthersUp) {
+    fs::create_directories(file.parent_path());
+    const FolderLock held(file.parent_path());
+    JsonUserDefaults(main, file).set("a", 1);
+    EXPECT_EQ(Json::parse(read(file)).at("a"), 1);
 }
 
 TEST_F(XdgTest, TheLoginItemIsAnAutostartEntry) {

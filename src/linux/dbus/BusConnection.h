@@ -2,7 +2,7 @@
 
 #include "base/async/Executor.h"
 #include "linux/FdWatcher.h"
-#include "linux/atspi/SdBus.h"
+#include "linux/dbus/SdBus.h"
 
 #include <expected>
 #include <functional>
@@ -41,6 +41,20 @@ class BusConnection {
     std::expected<sdbus::Message, std::string> call(const sdbus::Message& request, double seconds);
 
     void callLater(const sdbus::Message& request, Handler handler);
+
+    /// Waits for the bus to greet us, up to `seconds`; whether it has.
+    bool awaitReady(double seconds);
+
+    /// Offers an interface at a path, as long as the connection lives. `object` is what the table's functions
+    /// get, and must live as long. The functions must not call `call`.
+    bool addObject(const char* path, const char* interface, const sd_bus_vtable* table, void* object);
+
+    /// Tells those who listen. The message is made by `fill`, which may do nothing.
+    void emit(const char* path, const char* interface, const char* signal,
+              const std::function<void(sd_bus_message*)>& fill);
+
+    /// Our name on the bus; "" before the greeting.
+    std::string uniqueName() const;
 
     /// Calls the handler for every signal that the match rule takes, as long as the connection lives.
     void listen(const char* rule, Handler handler);

@@ -1,7 +1,8 @@
-#include "linux/atspi/BusConnection.h"
+#include "linux/dbus/BusConnection.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdint>
 #include <utility>
 
@@ -88,6 +89,38 @@ void BusConnection::callLater(const sdbus::Message& request, Handler handler) {
     if (code >= 0) return;
     pending.done = true;
     std::exchange(pending.handler, nullptr)(nullptr);
+}
+
+bool BusConnection::awaitReady(double seconds) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
+    while (!isReady() && sd_bus_is_open(bus_.get()) > 0) {
+        const std::chrono::duration<double> left = deadline - std::chrono::steady_clock::now();
+        if (left.count() <= 0) return false;
+        // One step at a time: what comes after the greeting is for the main loop.
+        if (sd_bus_process(bus_.get(), nullptr) == 0)
+            sd_bus_wait(bus_.get(), static_cast<std::uint64_t>(left.count() * 1e6));
+    }
+    return isReady();
+}
+
+bool BusConnection::addObject(const char* path, const char* interface, const sd_bus_vtable* table,
+                              void* object) {
+    return sd_bus_add_object_vtable(bus_.get(), nullptr, path, interface, table, object) >= 0;
+}
+
+void BusConnection::emit(const char* path, const char* interface, const char* signal,
+                         const std::function<void(sd_bus_message*)>& fill) {
+    sd_bus_message* raw = nullptr;
+    if (sd_bus_message_new_signal(bus_.get(), &raw, path, interface, signal) < 0) return;
+    const sdbus::Message message(raw);
+    fill(raw);
+    sd_bus_send(bus_.get(), raw, nullptr);
+}
+
+std::string BusConnection::uniqueName() const {
+    const char* name = nullptr;
+    if (!isReady() || sd_bus_get_unique_name(bus_.get(), &name) < 0) return {};
+    return name;
 }
 
 void BusConnection::listen(const char* rule, Handler handler) {

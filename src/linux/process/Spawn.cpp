@@ -1,0 +1,79 @@
+#include "linux/process/Spawn.h"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <memory>
+
+namespace dorix {
+
+namespace {
+
+/// Ours were changed for the main loop's sake, and would be inherited.
+void setSignals(posix_spawnattr_t& attributes, SpawnAs as) {
+    sigset_t blocked{};
+    sigemptyset(&blocked);
+    if (as == SpawnAs::helper) sigaddset(&blocked, SIGTERM);
+    posix_spawnattr_setsigmask(&attributes, &blocked);
+    sigset_t defaults{};
+    sigfillset(&defaults);
+    posix_spawnattr_setsigdefault(&attributes, &defaults);
+}
+
+class Attributes {
+ public:
+    explicit Attributes(SpawnAs as) {
+        posix_spawnattr_init(&attributes_);
+        setSignals(attributes_, as);
+        const int group = as == SpawnAs::helper ? POSIX_SPAWN_SETPGROUP : POSIX_SPAWN_SETSID;
+        const int flags = POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | group;
+        posix_spawnattr_setflags(&attributes_, static_cast<short>(flags));
+    }
+    ~Attributes() { posix_spawnattr_destroy(&attributes_); }
+    Attributes(const Attributes&) = delete;
+    Attributes& operator=(const Attributes&) = delete;
+
+    const posix_spawnattr_t* get() const { return &attributes_; }
+
+ private:
+    posix_spawnattr_t attributes_{};
+};
+
+/// The null device, and nothing else.
+class Files {
+ public:
+    Files() {
+        posix_spawn_file_actions_init(&actions_);
+        for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+            posix_spawn_file_actions_addopen(&actions_, fd, "/dev/null", O_RDWR, 0);
+        posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1);
+    }
+    ~Files() { posix_spawn_file_actions_destroy(&actions_); }
+    Files(const Files&) = delete;
+    Files& operator=(const Files&) = delete;
+
+    const posix_spawn_file_actions_t* get() const { return &actions_; }
+
+ private:
+    posix_spawn_file_actions_t actions_{};
+};
+
+}  // namespace
+
+std::optional<pid_t> spawn(const std::vector<std::string>& command, SpawnAs as) {
+    if (command.empty() || command.front().empty()) return std::nullopt;
+    auto texts = command;
+    std::vector<char*> arguments;
+    arguments.reserve(texts.size() + 1);
+    for (auto& text : texts) arguments.push_back(text.data());
+    arguments.push_back(nullptr);
+    pid_t process = -1;
+    const int error = posix_spawnp(&process, arguments.front(), Files().get(), Attributes(as).get(),
+                                   arguments.data(), environ);
+    if (error != 0) return std::nullopt;
+    return process;
+}
+
+}  // namespace dorix

@@ -1,0 +1,133 @@
+#include "adapters/EventLoop.h"
+#include "linux/DesktopEntry.h"
+#include "linux/process/LinuxProcessWatcher.h"
+#include "linux/process/LinuxProgramLauncher.h"
+#include "linux/process/XdgUrlOpener.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace dorix {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+TEST(ExecTest, IsReadAsDesktopsDo) {
+    EXPECT_THAT(parseExec("dorix"), ElementsAre("dorix"));
+    EXPECT_THAT(parseExec("  /usr/bin/dorix  --a %U b%%c "), ElementsAre("/usr/bin/dorix", "--a", "b%c"));
+    EXPECT_THAT(parseExec(R"("/opt/a \"b\" \$c \\d/dorix" "" x"y z")"),
+                ElementsAre(R"(/opt/a "b" $c \d/dorix)", "", "xy z"));
+    EXPECT_THAT(parseExec(R"("/opt/dorix)"), IsEmpty());
+    EXPECT_THAT(parseExec("%"), IsEmpty());
+}
+
+class ProgramLauncherTest : public testing::Test {
+ protected:
+    ProgramLauncherTest() {
+        fs::create_directories(folder / "bin");
+        fs::create_directories(folder / "share/applications");
+        write(program, "#!/bin/sh\necho \"$@\" >> " + trace.string() + "\n");
+        fs::permissions(program, fs::perms::owner_all);
+    }
+    ~ProgramLauncherTest() override { fs::remove_all(folder); }
+
+    static void write(const fs::path& file, const std::string& text) { std::ofstream(file) << text; }
+
+    static fs::path newFolder() {
+        auto pattern = (fs::temp_directory_path() / "dorix-launch-XXXXXX").string();
+        return mkdtemp(pattern.data());
+    }
+
+    static std::string read(const fs::path& file) {
+        std::ifstream stream(file);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+
+    const fs::path folder = newFolder();
+    const fs::path program = folder / "bin/dorix";
+    const fs::path trace = folder / "trace";
+    EventLoop loop;
+    LinuxProgramLauncher launcher{loop.main, program};
+    LinuxProcessWatcher watcher{loop.main};
+};
+
+TEST_F(ProgramLauncherTest, TheInstalledEntryIsWhatItIsOpenedBy) {
+    EXPECT_EQ(launcher.bundlePath(), program);
+    const auto entry = folder / "share/applications/es.pelmora.dorix.desktop";
+    write(entry,
+          "[Desktop Entry]\nType=Application\nName=DORIX\nExec=\"" + program.string() + "\" here %u\n");
+    EXPECT_EQ(launcher.bundlePath(), entry);
+    EXPECT_THAT(openCommand(entry), ElementsAre(program, "here"));
+    EXPECT_THAT(openCommand(folder / "none.desktop"), IsEmpty());
+    EXPECT_FALSE(launcher.open(folder / "none.desktop"));
+    EXPECT_FALSE(launcher.open(folder / "none"));
+    EXPECT_EQ(LinuxProgramLauncher(loop.main, folder / "none").launchSelf({}), nullptr);
+}
+
+TEST_F(ProgramLauncherTest, WhatWasStartedIsWaitedFor) {
+    const auto helper = launcher.launchSelf({"help", "me"});
+    ASSERT_NE(helper, nullptr);
+    EXPECT_TRUE(launcher.open(program));
+    const auto noChildIsLeft = [] {
+        siginfo_t ended{};
+        return waitid(P_ALL, 0, &ended, WEXITED | WNOHANG | WNOWAIT) < 0 && errno == ECHILD;
+    };
+    EXPECT_TRUE(loop.runUntil(noChildIsLeft));
+    EXPECT_THAT(read(trace), testing::AnyOf("help me\n\n", "\nhelp me\n"));
+    helper->terminate();
+}
+
+TEST_F(ProgramLauncherTest, AddressesAreGivenToTheDesktop) {
+    const auto command = folder / "bin/xdg-open";
+    fs::copy(program, command);
+    const std::string path = getenv("PATH");
+    setenv("PATH", ((folder / "bin").string() + ":" + path).c_str(), 1);
+    XdgUrlOpener urls(loop.main);
+    for (const char* refused : {"", "--help", "/etc/passwd", "manual", ":x", "1a:x", "a b:c", "-a:b"}) {
+        EXPECT_FALSE(urls.open(refused)) << refused;
+    }
+    EXPECT_TRUE(urls.open("https://example.com/?a=$(id)&b=%20"));
+    EXPECT_TRUE(loop.runUntil([&] { return read(trace) == "https://example.com/?a=$(id)&b=%20\n"; }));
+    setenv("PATH", (folder / "share").c_str(), 1);
+    EXPECT_FALSE(urls.open("https://example.com/")) << "without xdg-open";
+    setenv("PATH", path.c_str(), 1);
+}
+
+TEST_F(ProgramLauncherTest, AnExitIsToldOnce) {
+    const pid_t child = fork();
+    if (child == 0) {
+        pause();
+        _exit(0);
+    }
+    int told = 0;
+    ProcessWatcher::Token watch;
+    watch = watcher.watchExit(child, [&] {
+        ++told;
+        watch.reset();
+    });
+    ASSERT_NE(watch, nullptr);
+    loop.runFor(0.02);
+    EXPECT_EQ(told, 0);
+    kill(child, SIGKILL);
+    EXPECT_TRUE(loop.runUntil([&] { return told == 1; })) << "also before it is waited for";
+    loop.runFor(0.02);
+    EXPECT_EQ(told, 1);
+    waitpid(child, nullptr, 0);
+    EXPECT_EQ(watcher.watchExit(child, [] {}), nullptr);
+    EXPECT_EQ(watcher.watchExit(-1, [] {}), nullptr);
+}
+
+}  // namespace
+}  // namespace dorix
