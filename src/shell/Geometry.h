@@ -4,7 +4,8 @@
 
 namespace dorix {
 
-// Points, with the origin at the bottom left of the main screen and y upwards. Views flip and scale at their edge.
+// Points, with the origin at the bottom left of the main screen and y upwards. Views flip and scale at their
+// edge.
 
 struct Point {
     double x = 0;

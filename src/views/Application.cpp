@@ -15,11 +15,12 @@ namespace dorix {
 
 namespace {
 
-/// Sets a variable of the environment as long as it lives, unless the user has set it: what this program tells
-/// its toolkit is not for the programs that it starts.
+/// Sets a variable of the environment as long as it lives, unless the user has set it: what this program
+/// tells its toolkit is not for the programs that it starts.
 class EnvironmentDefault {
  public:
-    EnvironmentDefault(const char* name, const char* value) : name_(name), isOurs_(!qEnvironmentVariableIsSet(name)) {
+    EnvironmentDefault(const char* name, const char* value)
+        : name_(name), isOurs_(!qEnvironmentVariableIsSet(name)) {
         if (isOurs_) qputenv(name, value);
     }
     ~EnvironmentDefault() {

@@ -53,11 +53,20 @@ HUDWindow::HUDWindow(const ViewContext& context)
     setFlag(Qt::WindowTransparentForInput);
     resize(static_cast<int>(hudmeasure::width) + 2 * tokens::shadowReach,
            static_cast<int>(hudmeasure::height) + 2 * tokens::shadowReach);
-    usable_ = QRect(QPoint(0, 0), size()).marginsRemoved(
-        {tokens::shadowReach, tokens::shadowReach, tokens::shadowReach, tokens::shadowReach});
-    view().insert({{"look", "hidden"}, {"text", ""}, {"caption", ""}, {"placeholder", false},
-                   {"spoken", ""}, {"shown", false}, {"level", 0.0}, {"opensLeft", false},
-                   {"textWidth", 0}, {"lines", listeningLines}, {"usable", QRectF(usable_)}});
+    usable_ = QRect(QPoint(0, 0), size())
+                  .marginsRemoved(
+                      {tokens::shadowReach, tokens::shadowReach, tokens::shadowReach, tokens::shadowReach});
+    view().insert({{"look", "hidden"},
+                   {"text", ""},
+                   {"caption", ""},
+                   {"placeholder", false},
+                   {"spoken", ""},
+                   {"shown", false},
+                   {"level", 0.0},
+                   {"opensLeft", false},
+                   {"textWidth", 0},
+                   {"lines", listeningLines},
+                   {"usable", QRectF(usable_)}});
     load("HUD");
     if (auto* bubble = rootObject()->property("bubble").value<QQuickItem*>()) {
         for (const auto signal : {&QQuickItem::xChanged, &QQuickItem::yChanged, &QQuickItem::widthChanged,

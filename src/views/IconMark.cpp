@@ -31,8 +31,7 @@ void strokeArc(QPainter& painter, const QColor& color, double radius, double wid
     painter.setPen(QPen(color, width, Qt::SolidLine, Qt::RoundCap));
     // Sixteenths of a degree, counted anticlockwise from three o'clock.
     const int start = static_cast<int>((90 - angle) * 16);
-    painter.drawArc(QRectF(-radius, -radius, 2 * radius, 2 * radius), start,
-                    static_cast<int>(-arcSpan * 16));
+    painter.drawArc(QRectF(-radius, -radius, 2 * radius, 2 * radius), start, static_cast<int>(-arcSpan * 16));
 }
 
 /// A D, `inset` points within its outline.

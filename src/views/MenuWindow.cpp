@@ -104,8 +104,8 @@ int MenuWindow::rowAt(QPointF position) const {
     const double x = position.x() - reach;
     const double y = position.y() - reach;
     if (x < 0 || x >= width() - 2 * reach) return -1;
-    const auto found = std::ranges::find_if(
-        rows_, [&](const Row& row) { return y >= row.top && y < row.top + row.height; });
+    const auto found =
+        std::ranges::find_if(rows_, [&](const Row& row) { return y >= row.top && y < row.top + row.height; });
     const int row = static_cast<int>(found - rows_.begin());
     return canChoose(row) ? row : -1;
 }

@@ -11,7 +11,8 @@ OverlayPanel::OverlayPanel(const ViewContext& context, X11Desktop::Kind kind, Fo
     : QQuickView(&context.engine, nullptr), context_(context), focusable_(focusable) {
     // No window manager has a say: it might refuse the place, decorate, raise another window or hand over the
     // focus, and some desktops have none.
-    auto flags = Qt::Window | Qt::FramelessWindowHint | Qt::BypassWindowManagerHint | Qt::WindowStaysOnTopHint;
+    auto flags =
+        Qt::Window | Qt::FramelessWindowHint | Qt::BypassWindowManagerHint | Qt::WindowStaysOnTopHint;
     if (focusable == Focusable::no) flags |= Qt::WindowDoesNotAcceptFocus;
     setFlags(flags);
     setColor(Qt::transparent);
@@ -66,6 +67,7 @@ void OverlayPanel::keyPressEvent(QKeyEvent* event) {
         onCancel();
         return;
     }
+    event->ignore();  // whichever item takes it accepts it
     QQuickView::keyPressEvent(event);
 }
 

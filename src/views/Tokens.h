@@ -56,7 +56,8 @@ inline constexpr int fontBody = 13;
 inline constexpr double lineHeight = 1.4;  // of the font's size
 inline constexpr int glyph = 16;
 inline constexpr int bubbleRadius = 10;
-inline constexpr int shadowReach = 12;  // how far the soft shadow goes beyond its shape, downwards and sideways
+inline constexpr int shadowReach =
+    12;  // how far the soft shadow goes beyond its shape, downwards and sideways
 
 // Milliseconds.
 inline constexpr int motionIn = 120;

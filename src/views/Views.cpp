@@ -98,9 +98,8 @@ void Views::Parts::wireHUD() {
     bag.push_back(presenter.content.subscribe([this](const HUDContent& now) {
         if (hud) hud->setContent(now);
     }));
-    bag.push_back(presenter.isOrderedIn.subscribe([this](bool ordered) {
-        ordered ? hudWindow().orderFrontRegardless() : hudWindow().orderOut();
-    }));
+    bag.push_back(presenter.isOrderedIn.subscribe(
+        [this](bool ordered) { ordered ? hudWindow().orderFrontRegardless() : hudWindow().orderOut(); }));
     bag.push_back(presenter.isShown.subscribe([this](bool shown) { hudWindow().setShown(shown); }));
     bag.push_back(level.shown.subscribe([this](double now) {
         icon.setLevel(now);
@@ -128,7 +127,8 @@ void Views::Parts::watchAppearance() {
     theme.setDark(env.appearance.prefersDark.get());
     theme.setReducesMotion(env.appearance.reducesMotion.get());
     bag.push_back(env.appearance.prefersDark.subscribe([this](bool dark) { theme.setDark(dark); }));
-    bag.push_back(env.appearance.reducesMotion.subscribe([this](bool less) { theme.setReducesMotion(less); }));
+    bag.push_back(
+        env.appearance.reducesMotion.subscribe([this](bool less) { theme.setReducesMotion(less); }));
     if (!x11) return;
     theme.setComposited(x11->composited.get());
     bag.push_back(x11->composited.subscribe([this](bool composited) {

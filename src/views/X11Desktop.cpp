@@ -16,7 +16,6 @@ namespace {
 template <typename T>
 using Reply = std::unique_ptr<T, decltype([](T* reply) { std::free(reply); })>;
 
-
 const char* windowType(X11Desktop::Kind kind) {
     switch (kind) {
         case X11Desktop::Kind::utility:
@@ -61,8 +60,7 @@ X11Desktop::X11Desktop(xcb_connection_t* connection) : connection_(connection) {
 X11Desktop::~X11Desktop() { qGuiApp->removeNativeEventFilter(this); }
 
 std::uint32_t X11Desktop::atom(const char* name) const {
-    const auto cookie =
-        xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(std::strlen(name)), name);
+    const auto cookie = xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(std::strlen(name)), name);
     const Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection_, cookie, nullptr));
     return reply ? reply->atom : XCB_ATOM_NONE;
 }
@@ -73,8 +71,8 @@ void X11Desktop::watchCompositor() {
     const auto* extension = xcb_get_extension_data(connection_, &xcb_xfixes_id);
     if (extension == nullptr || extension->present == 0) return;
     const Reply<xcb_xfixes_query_version_reply_t> version(xcb_xfixes_query_version_reply(
-        connection_, xcb_xfixes_query_version(connection_, XCB_XFIXES_MAJOR_VERSION, XCB_XFIXES_MINOR_VERSION),
-        nullptr));
+        connection_,
+        xcb_xfixes_query_version(connection_, XCB_XFIXES_MAJOR_VERSION, XCB_XFIXES_MINOR_VERSION), nullptr));
     selectionEvent_ = static_cast<std::uint8_t>(extension->first_event + XCB_XFIXES_SELECTION_NOTIFY);
     xcb_xfixes_select_selection_input(connection_, root_, compositorSelection_,
                                       XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |

@@ -73,8 +73,9 @@ class Display {
     /// A window over the whole screen, or a part of it; it gets the focus.
     xcb_window_t openWindow(QRect frame) {
         const xcb_window_t window = xcb_generate_id(connection_);
-        xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window, root_, static_cast<std::int16_t>(frame.x()),
-                          static_cast<std::int16_t>(frame.y()), static_cast<std::uint16_t>(frame.width()),
+        xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window, root_,
+                          static_cast<std::int16_t>(frame.x()), static_cast<std::int16_t>(frame.y()),
+                          static_cast<std::uint16_t>(frame.width()),
                           static_cast<std::uint16_t>(frame.height()), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
                           XCB_COPY_FROM_PARENT, 0, nullptr);
         xcb_map_window(connection_, window);
@@ -115,8 +116,8 @@ class Display {
 
  private:
     void fake(std::uint8_t type, std::uint8_t detail, QPoint at = {}) {
-        xcb_test_fake_input(connection_, type, detail, XCB_CURRENT_TIME, root_, static_cast<std::int16_t>(at.x()),
-                            static_cast<std::int16_t>(at.y()), 0);
+        xcb_test_fake_input(connection_, type, detail, XCB_CURRENT_TIME, root_,
+                            static_cast<std::int16_t>(at.x()), static_cast<std::int16_t>(at.y()), 0);
         Reply<xcb_get_input_focus_reply_t>(
             xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
     }
@@ -151,16 +152,15 @@ class ViewsDesktopTest : public ::testing::Test {
         loop_ = std::make_unique<QtMainLoop>();
         installLanguage(defaults_, {});
         settings_ = std::make_unique<SettingsStore>(defaults_, loginItem_, SystemLanguages{});
-        views_ = std::make_unique<Views>(
-            Views::Environment{.executor = *loop_,
-                               .defaults = defaults_,
-                               .state = state_,
-                               .settings = *settings_,
-                               .speech = speech_,
-                               .appearance = appearance_},
-            Views::Verbs{.iconClicked = [this] { ++clicks_; },
-                         .iconTooltip = [] { return iconTooltip({}); },
-                         .iconMenu = [this] { return menuItems(); }});
+        views_ = std::make_unique<Views>(Views::Environment{.executor = *loop_,
+                                                            .defaults = defaults_,
+                                                            .state = state_,
+                                                            .settings = *settings_,
+                                                            .speech = speech_,
+                                                            .appearance = appearance_},
+                                         Views::Verbs{.iconClicked = [this] { ++clicks_; },
+                                                      .iconTooltip = [] { return iconTooltip({}); },
+                                                      .iconMenu = [this] { return menuItems(); }});
         views_->showIcon();
         display_ = std::make_unique<Display>();
         runUntil([&] { return icon().isExposed(); });
@@ -306,6 +306,29 @@ TEST_F(ViewsDesktopTest, ACompositorMayComeAndGo) {
     EXPECT_TRUE(runUntil([&] { return !display_->isCut(icon()) && !display_->isCut(*hud()); }));
     display_->claimCompositing(false);
     EXPECT_TRUE(runUntil([&] { return display_->isCut(icon()) && display_->isCut(*hud()); }));
+}
+
+TEST_F(ViewsDesktopTest, TheIconLeavesAScreenThatGetsSmaller) {
+    ASSERT_EQ(std::system("xrandr --newmode small 40 800 840 968 1056 600 601 605 628 && "
+                          "xrandr --addmode screen small && xrandr --output screen --mode small"),
+              0);
+    EXPECT_TRUE(runUntil([&] { return icon().geometry() == QRect(800 - 98, 600 - 98, 96, 96); }));
+    EXPECT_FALSE(savedIconOrigin(defaults_)) << "it was not the user";
+    ASSERT_EQ(std::system("xrandr --output screen --mode 1280x800 && xrandr --delmode screen small && "
+                          "xrandr --rmmode small"),
+              0);
+    EXPECT_TRUE(runUntil([&] { return icon().geometry() == QRect(1280 - 98, 800 - 98, 96, 96); }));
+}
+
+TEST_F(ViewsDesktopTest, EscGoesToWhoeverWantsIt) {
+    int cancelled = 0;
+    QKeyEvent esc(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+    QCoreApplication::sendEvent(&icon(), &esc);
+    EXPECT_FALSE(esc.isAccepted()) << "nobody asked for it here";
+    icon().onCancel = [&] { ++cancelled; };
+    QCoreApplication::sendEvent(&icon(), &esc);
+    EXPECT_EQ(cancelled, 1);
+    EXPECT_FALSE(icon().isFocusable());
 }
 
 TEST_F(ViewsDesktopTest, LanguageAndThemeChangeWhileItShows) {

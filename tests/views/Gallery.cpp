@@ -42,7 +42,8 @@ void settle() {
 }
 
 /// Cut to its shape where nothing composites, as the display does it.
-void draw(QPainter& painter, const Style& style, QPoint at, const QImage& image, const QRectF& shape, double radius) {
+void draw(QPainter& painter, const Style& style, QPoint at, const QImage& image, const QRectF& shape,
+          double radius) {
     painter.save();
     painter.translate(at);
     if (!style.composited) {
@@ -89,20 +90,30 @@ std::vector<Scene> scenes() {
         {.name = "listening", .set = listening(false, false)},
         {.name = "listening-short", .set = listening(false, false), .partial = "hola Ana"},
         {.name = "listening-long", .set = listening(false, false), .partial = longPartial},
-        {.name = "listening-left", .set = listening(false, false), .partial = longPartial, .atLeftEdge = true},
+        {.name = "listening-left",
+         .set = listening(false, false),
+         .partial = longPartial,
+         .atLeftEdge = true},
         {.name = "asking", .set = listening(true, false)},
         {.name = "asking-hands-free", .set = listening(true, true), .partial = "qué dice el tercer párrafo"},
         {.name = "processing", .set = phase([] { return Phase::processing(); })},
         {.name = "done", .set = phase([] { return Phase::done(writtenIn("Escrito en %@")); })},
         {.name = "done-clipboard",
-         .set = phase([] { return Phase::done(writtenIn("Escrito en %@ · también en el portapapeles (⌘V)")); })},
-        {.name = "info",
-         .set = phase([] { return Phase::info(tr("No te he oído. Mantén pulsado ⌥ Espacio mientras hablas.")); })},
-        {.name = "error",
-         .set = phase([] { return Phase::error(tr("DORIX necesita acceso al micrófono. Ábrelo desde Ajustes.")); })},
-        {.name = "error-long", .set = phase([] {
-             return Phase::error(tr("Para preguntar sobre la pantalla, activa «Grabación de pantalla» para DORIX y "
-                                    "vuelve a abrir la app."));
+         .set =
+             phase([] { return Phase::done(writtenIn("Escrito en %@ · también en el portapapeles (⌘V)")); })},
+        {.name = "info", .set = phase([] {
+                             return Phase::info(
+                                 tr("No te he oído. Mantén pulsado ⌥ Espacio mientras hablas."));
+                         })},
+        {.name = "error", .set = phase([] {
+                              return Phase::error(
+                                  tr("DORIX necesita acceso al micrófono. Ábrelo desde Ajustes."));
+                          })},
+        {.name = "error-long",
+         .set = phase([] {
+             return Phase::error(
+                 tr("Para preguntar sobre la pantalla, activa «Grabación de pantalla» para DORIX y "
+                    "vuelve a abrir la app."));
          })},
         {.name = "learned", .set = phase([] { return Phase::learned(tr("Aprendido") + ": Velmar"); })},
     };

@@ -33,8 +33,8 @@ class PictureTest : public ::testing::Test {
  protected:
     PictureTest() { offscreenApplication(); }
 
-    /// Glyphs differ a little from one version of the font library to the next; a line that breaks elsewhere, a
-    /// colour or a shape differs in far more.
+    /// Glyphs differ a little from one version of the font library to the next; a line that breaks elsewhere,
+    /// a colour or a shape differs in far more.
     static bool areAlike(const QImage& one, const QImage& other) {
         if (one.size() != other.size()) return false;
         int different = 0;
@@ -90,7 +90,8 @@ TEST_F(PictureTest, WithoutACompositorNoPixelIsHalfTransparent) {
 
 TEST_F(PictureTest, LinesOfAMessageAreOfLikeLength) {
     const TextFit fit(tokens::fontBody);
-    const QString text = "Para preguntar sobre la pantalla, activa «Grabación de pantalla» para DORIX y vuelve.";
+    const QString text =
+        "Para preguntar sobre la pantalla, activa «Grabación de pantalla» para DORIX y vuelve.";
     const int width = fit.balancedWidth(text, 392);
     EXPECT_LT(width, 350);
     EXPECT_EQ(fit.lines(text, width), fit.lines(text, 392));

@@ -1,5 +1,5 @@
-// Draws every state of the icon and the HUD in both languages into one picture: contact_sheet light|dark FILE.
-// The scale is QT_SCALE_FACTOR's.
+// Draws every state of the icon and the HUD in both languages into one picture: contact_sheet light|dark
+// FILE. The scale is QT_SCALE_FACTOR's.
 
 #include "views/Application.h"
 #include "views/Gallery.h"
@@ -29,7 +29,8 @@ QImage column(Gallery& gallery, const Style& style) {
     const qreal scale = pictures.front().second.devicePixelRatio();
     const int width = pictures.front().second.width();
     int height = 0;
-    for (const auto& [name, image] : pictures) height += image.height() + static_cast<int>(captionHeight * scale);
+    for (const auto& [name, image] : pictures)
+        height += image.height() + static_cast<int>(captionHeight * scale);
     QImage all(width, height, QImage::Format_RGB32);
     all.setDevicePixelRatio(scale);
     all.fill(style.dark ? Qt::black : Qt::white);

@@ -89,7 +89,8 @@ void LinuxAppearance::read(const char* group, const char* key) {
     const auto request = bus_->newCall(portal, portalPath, settings, "Read");
     if (!request || sd_bus_message_append(request.get(), "ss", group, key) < 0) return;
     bus_->callLater(request, [this, group, key](sd_bus_message* answer) {
-        if (answer != nullptr && sd_bus_message_is_method_error(answer, nullptr) == 0) take(group, key, answer);
+        if (answer != nullptr && sd_bus_message_is_method_error(answer, nullptr) == 0)
+            take(group, key, answer);
     });
 }
 

@@ -20,8 +20,9 @@ HUDContent listening(const AppState& state, const std::string& partial) {
                                  : "Se escribe al terminar de hablar · Esc cancela");
     }
     if (asking) {
-        content.caption = tr(state.handsFree.get() ? "Mirando la ventana activa · responde al terminar de hablar"
-                                                   : "Mirando la ventana activa");
+        content.caption =
+            tr(state.handsFree.get() ? "Mirando la ventana activa · responde al terminar de hablar"
+                                     : "Mirando la ventana activa");
     }
     return content;
 }

@@ -26,8 +26,8 @@ void saveIconOrigin(UserDefaults& defaults, Point origin);
 /// to its default place at the edge of the main screen.
 Point iconOrigin(std::optional<Point> saved, const Screens& screens);
 
-/// `origin` moved so far that the glyph stays in the visible frame of the screen that the icon stands on, but for
-/// its margin, of which all but 4 points may be beyond it.
+/// `origin` moved so far that the glyph stays in the visible frame of the screen that the icon stands on, but
+/// for its margin, of which all but 4 points may be beyond it.
 Point clampedIconOrigin(Point origin, const Screens& screens);
 
 }  // namespace dorix

@@ -42,14 +42,16 @@ TEST_F(HUDTest, WhileListeningThePartialTextStandsInPlaceOfTheAdvice) {
                                                  .caption = "Mirando la ventana activa",
                                                  .isPlaceholder = true}));
     state.handsFree.set(true);
-    EXPECT_EQ(hudContent(state, "qué es").caption, "Mirando la ventana activa · responde al terminar de hablar");
+    EXPECT_EQ(hudContent(state, "qué es").caption,
+              "Mirando la ventana activa · responde al terminar de hablar");
 }
 
 TEST_F(HUDTest, TheHintShowsOnlyWhileNothingElseDoes) {
     EXPECT_EQ(hudContent(state, "").look, Look::hidden);
     state.showFirstRunHint.set(true);
-    EXPECT_EQ(hudContent(state, ""), (HUDContent{.look = Look::hint,
-                                                 .text = "dicta o pregunta · clic en el icono para tu historial"}));
+    EXPECT_EQ(
+        hudContent(state, ""),
+        (HUDContent{.look = Look::hint, .text = "dicta o pregunta · clic en el icono para tu historial"}));
     state.hud.set(HUDPhase::error("no"));
     EXPECT_EQ(hudContent(state, ""), (HUDContent{.look = Look::error, .text = "no"}));
 }

@@ -31,7 +31,8 @@ TEST(IconPlacementTest, TheClampLeavesTheMarginBeyondTheFrame) {
     EXPECT_EQ(clampedIconOrigin({300, -500}, oneScreen), (Point{300, 30 - 18}));
     EXPECT_EQ(clampedIconOrigin({300, 5000}, oneScreen), (Point{300, 800 + 18 - 96}));
     EXPECT_EQ(clampedIconOrigin({1290, 300}, twoScreens), (Point{1290, 300}));
-    EXPECT_EQ(clampedIconOrigin({1200, 900}, twoScreens), (Point{1280 - 18, 900})) << "above the first screen";
+    EXPECT_EQ(clampedIconOrigin({1200, 900}, twoScreens), (Point{1280 - 18, 900}))
+        << "above the first screen";
 }
 
 TEST(IconPlacementTest, WhatIsNoPlaceCountsAsNone) {
