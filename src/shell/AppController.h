@@ -31,6 +31,11 @@ class AppController {
     /// The start-up sequence; once.
     void applicationDidFinishLaunching();
 
+    /// What views render and change.
+    AppState& state() { return state_; }
+    SettingsStore& settings() { return settings_; }
+    SpeechInput& speech() { return speech_; }
+
  private:
     void wireKeyMonitor();
     void registerHotKeys();

@@ -9,14 +9,18 @@
 #include "platform/Application.h"
 #include "shell/AppController.h"
 #include "shell/WatchdogProcess.h"
+#include "shell/icon/IconLook.h"
 #include "shell/watchdog/WatchdogArguments.h"
 #include "shell/watchdog/WatchdogTask.h"
+#include "views/Application.h"
+#include "views/Views.h"
 
 #include <sys/signalfd.h>
 #include <unistd.h>
 
 #include <QCoreApplication>
 #include <csignal>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -63,6 +67,29 @@ class MainApplication final : public Application {
     TaskScope tasks_;
 };
 
+std::vector<MenuItem> iconMenu(SettingsStore& settings, Application& application) {
+    const bool paused = settings.paused.get();
+    return {{.label = tr(paused ? "Reanudar DORIX" : "Pausar DORIX"),
+             .handler = [&settings, paused] { settings.paused.set(!paused); }},
+            {.separator = true},
+            {.label = tr("Salir de DORIX"), .handler = [&application] { application.terminate(); }}};
+}
+
+/// The windows, where there is a display to draw on.
+std::unique_ptr<Views> makeViews(AppController& controller, const Platform& platform, LinuxDesktop& desktop,
+                                 Application& application) {
+    if (!canDraw()) return nullptr;
+    return std::make_unique<Views>(
+        Views::Environment{.executor = platform.executor,
+                           .defaults = platform.defaults,
+                           .state = controller.state(),
+                           .settings = controller.settings(),
+                           .speech = controller.speech(),
+                           .appearance = desktop.appearance()},
+        Views::Verbs{.iconTooltip = [] { return iconTooltip({}); },
+                     .iconMenu = [&] { return iconMenu(controller.settings(), application); }});
+}
+
 struct Ending {
     int status = 0;
     std::string openedNext;  // by its bundle path; "" for nothing
@@ -72,7 +99,7 @@ Ending run(int argc, char** argv) {
     const int signals = blockedTerminationSignals();
     std::signal(SIGPIPE, SIG_IGN);  // a peer that goes shows in the write to it
     logToStderrAndJournal();
-    const QCoreApplication application(argc, argv);
+    const auto application = makeApplication(argc, argv);
     QtMainLoop loop;
     DBusSingleInstance instance(loop, loop);
     if (!instance.claim()) return {};
@@ -94,6 +121,8 @@ Ending run(int argc, char** argv) {
             logLine("se ha perdido la pantalla");
             QCoreApplication::exit(1);
         });
+        const auto views = makeViews(controller, platform, desktop, ending);
+        if (views) views->showIcon();
         controller.applicationDidFinishLaunching();
         status = QCoreApplication::exec();
         watchdog.terminate();
