@@ -1,5 +1,6 @@
 #include "linux/dbus/DBusSingleInstance.h"
 
+#include <array>
 #include <cstdint>
 #include <cstdlib>
 #include <utility>
@@ -46,14 +47,14 @@ struct ApplicationInterface {
     }
 
     static const sd_bus_vtable* table() {
-        static const sd_bus_vtable entries[] = {
+        static const auto entries = std::to_array<sd_bus_vtable>({
             SD_BUS_VTABLE_START(0),
             SD_BUS_METHOD("Activate", "a{sv}", "", activate, SD_BUS_VTABLE_UNPRIVILEGED),
             SD_BUS_METHOD("Open", "asa{sv}", "", open, SD_BUS_VTABLE_UNPRIVILEGED),
             SD_BUS_METHOD("ActivateAction", "sava{sv}", "", activateAction, SD_BUS_VTABLE_UNPRIVILEGED),
             SD_BUS_VTABLE_END,
-        };
-        return entries;
+        });
+        return entries.data();
     }
 };
 
