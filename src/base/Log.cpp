@@ -15,7 +15,11 @@ LogSink& sink() {
 }
 }  // namespace
 
-void logLine(std::string_view text) { sink()("DORIX: " + std::string(text)); }
+void logLine(std::string_view text, std::string_view component) {
+    std::string line = "DORIX";
+    if (!component.empty()) line.append(" ").append(component);
+    sink()(line.append(": ").append(text));
+}
 
 void setLogSink(LogSink newSink) { sink() = std::move(newSink); }
 

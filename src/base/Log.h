@@ -5,9 +5,10 @@
 
 namespace dorix {
 
-/// Writes one line for whoever looks after the program, in Spanish, with the prefix "DORIX: ". There are no
-/// levels. Any thread; not the audio thread.
-void logLine(std::string_view text);
+/// Writes one line for whoever looks after the program, in Spanish, with the prefix "DORIX: ", or with the
+/// name of a component whose own words it passes on, "DORIX SQLite: ". There are no levels. Any thread; not
+/// the audio thread.
+void logLine(std::string_view text, std::string_view component = {});
 
 /// Where log lines go, standard error until it is set. Set once, before other threads start; the sink may be
 /// called from any thread and gets the line with its prefix and without a line end.

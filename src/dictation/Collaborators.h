@@ -6,7 +6,6 @@
 #include "writing/TextPolisher.h"
 
 #include <string>
-#include <vector>
 
 /// What the dictation flow asks of subsystems that stand beside it. It owns these interfaces, they fill them.
 /// Main executor.
@@ -30,7 +29,7 @@ class DictationHistory {
     virtual ~DictationHistory() = default;
 
     /// Newest first.
-    virtual const std::vector<HistoryItem>& items() const = 0;
+    virtual const HistoryItems& items() const = 0;
     virtual void add(HistoryItem item) = 0;
 };
 

@@ -35,23 +35,14 @@ void PollLoop::post(Work work) {
     wake();
 }
 
-void PollLoop::wake() {
-    const std::uint64_t one = 1;
-    // A full counter means that the loop is about to wake anyway.
-    [[maybe_unused]] const auto written = ::write(wakeFd_, &one, sizeof one);
-}
+// A full counter refuses, and means that the loop is about to wake anyway.
+void PollLoop::wake() const { ::eventfd_write(wakeFd_, 1); }
 
 Executor::TimerId PollLoop::after(double seconds, Work work) {
-    const TimerId id{++lastId_};
-    timers_.emplace(Due{now() + std::max(seconds, 0.0), id}, std::move(work));
-    return id;
+    return timers_.add(now() + std::max(seconds, 0.0), std::move(work));
 }
 
-void PollLoop::cancel(TimerId id) {
-    const auto timer =
-        std::ranges::find_if(timers_, [id](const auto& entry) { return entry.first.second == id; });
-    if (timer != timers_.end()) timers_.erase(timer);
-}
+void PollLoop::cancel(TimerId id) { timers_.remove(id); }
 
 double PollLoop::now() const { return steadySeconds(); }
 double PollLoop::date() const { return wallSeconds(); }
@@ -82,15 +73,13 @@ bool PollLoop::runPosted() {
 
 void PollLoop::runDueTimers() {
     const double time = now();
-    while (!timers_.empty() && timers_.begin()->first.first <= time) {
-        auto timer = timers_.extract(timers_.begin());
-        timer.mapped()();
-    }
+    while (auto work = timers_.takeDue(time)) work();
 }
 
 int PollLoop::timeout() const {
-    if (timers_.empty()) return -1;
-    const double wait = std::max(timers_.begin()->first.first - now(), 0.0);
+    const auto due = timers_.nextDue();
+    if (!due) return -1;
+    const double wait = std::max(*due - now(), 0.0);
     return static_cast<int>(std::min(std::ceil(wait * 1000), 86'400'000.0));
 }
 
@@ -103,9 +92,8 @@ void PollLoop::awaitEvents() {
         fds.push_back({watch ? watch->fd : -1, POLLIN, 0});
     }
     if (::poll(fds.data(), fds.size(), timeout()) <= 0) return;
-    std::uint64_t count = 0;
-    if (fds[0].revents != 0) [[maybe_unused]]
-        const auto taken = ::read(wakeFd_, &count, sizeof count);
+    eventfd_t wakes = 0;
+    if (fds[0].revents != 0) ::eventfd_read(wakeFd_, &wakes);
     for (std::size_t i = 0; i < watches.size(); ++i) {
         const auto watch = fds[i + 1].revents != 0 ? watches[i].lock() : nullptr;
         if (watch) watch->ready();

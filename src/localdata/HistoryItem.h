@@ -1,14 +1,14 @@
 #pragma once
 
+#include "localdata/HistoryKind.h"
+
 #include <cstdint>
+#include <deque>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace dorix {
-
-/// What the user did with an utterance.
-enum class HistoryKind { dictado, screen, seleccion, pregunta, reunion, busqueda, accion };
 
 /// One thing that was written or answered.
 struct HistoryItem {
@@ -37,5 +37,8 @@ struct HistoryItem {
 
     bool operator==(const HistoryItem&) const = default;
 };
+
+/// A list that grows at its front without moving what it holds.
+using HistoryItems = std::deque<HistoryItem>;
 
 }  // namespace dorix

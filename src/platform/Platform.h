@@ -2,6 +2,8 @@
 
 #include "platform/SystemLanguages.h"
 
+#include <filesystem>
+
 namespace dorix {
 
 class Accessibility;
@@ -29,6 +31,7 @@ struct Platform {
     Executor& executor;
     UserDefaults& defaults;
     SystemLanguages languages;
+    std::filesystem::path userData;  // the folder in which programs keep a folder each for the user's data
     KeyEventMonitors& keyEvents;
     HotKeyRegistrar& hotKeys;
     EventPoster& events;

@@ -14,6 +14,8 @@ using Source = DictationController::Source;
 AppController::AppController(const Platform& platform)
     : platform_(platform),
       settings_(platform.defaults, platform.loginItem, platform.languages),
+      history_(platform.userData / "DORIX" / "dorix.sqlite"),
+      recorder_(history_),
       permissions_(platform.executor, platform.grants),
       speech_(platform.executor, platform.audio, platform.recognition),
       inserter_(platform.executor, platform.pasteboard, platform.events),
@@ -26,7 +28,8 @@ AppController::AppController(const Platform& platform)
                   .inserter = inserter_,
                   .workspace = platform.workspace,
                   .accessibility = platform.accessibility,
-                  .sounds = platform.sounds}),
+                  .sounds = platform.sounds,
+                  .history = &recorder_}),
       ptt_(platform.executor, platform.keyEvents, settings_.pushToTalkKey.get()),
       hotKeys_(platform.executor, platform.hotKeys),
       tasks_(platform.executor) {}

@@ -6,9 +6,11 @@
 #include "dictation/GlobalHotKey.h"
 #include "dictation/PushToTalkMonitor.h"
 #include "dictation/context/TextInsertion.h"
+#include "localdata/HistoryStore.h"
 #include "localdata/SettingsStore.h"
 #include "platform/Platform.h"
 #include "shell/BasicWriter.h"
+#include "shell/HistoryRecorder.h"
 #include "shell/permissions/Permissions.h"
 #include "speech/SpeechEngine.h"
 
@@ -41,6 +43,8 @@ class AppController {
     const Platform platform_;
     AppState state_;
     SettingsStore settings_;
+    HistoryStore history_;
+    HistoryRecorder recorder_;
     Permissions permissions_;
     SpeechEngine speech_;
     BasicWriter writer_;

@@ -199,7 +199,7 @@ Task<void> SpeechEngine::finish(std::shared_ptr<SpeechAnalyzer> analyzer,
         if (analyzer) co_await analyzer->finalizeAndFinishThroughEndOfInput();
     } catch (const Cancelled&) {
         throw;
-    } catch (...) {
+    } catch (...) {  // NOLINT(bugprone-empty-catch)
         // Nothing to do about it: what was recognised until here is the transcript.
     }
     if (results) co_await *results;

@@ -4,7 +4,9 @@
 
 #include <QCoreApplication>
 #include <QEventLoop>
+#include <array>
 #include <functional>
+#include <string>
 
 namespace dorix {
 
@@ -12,9 +14,9 @@ namespace dorix {
 class EventLoop {
     struct Application {
         int argc = 1;
-        char name[5] = "test";
-        char* argv[2] = {name, nullptr};
-        QCoreApplication application{argc, argv};
+        std::string name = "test";
+        std::array<char*, 2> argv{name.data(), nullptr};
+        QCoreApplication application{argc, argv.data()};
     };
 
     Application application_;  // first: the loop needs it

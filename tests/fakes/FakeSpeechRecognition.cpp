@@ -9,7 +9,10 @@ class FakeAnalyzer final : public SpeechAnalyzer {
  public:
     FakeAnalyzer(std::shared_ptr<FakeSpeechRecognition::Transcription> transcription,
                  std::exception_ptr startError, FakeSpeechRecognition::AtFinish atFinish)
-        : transcription_(std::move(transcription)), startError_(std::move(startError)), atFinish_(atFinish) {}
+        : transcription_(std::move(transcription)),
+          // NOLINTNEXTLINE(bugprone-throw-keyword-missing): kept until start
+          startError_(std::move(startError)),
+          atFinish_(atFinish) {}
 
     Task<void> start(AsyncStream<AnalyzerInput> input) override {
         if (startError_) std::rethrow_exception(startError_);

@@ -29,11 +29,11 @@ class RecordingWriter final : public DictationWriter {
 /// A history in memory, newest first.
 class FakeHistory final : public DictationHistory {
  public:
-    const std::vector<HistoryItem>& items() const override { return items_; }
-    void add(HistoryItem item) override { items_.insert(items_.begin(), std::move(item)); }
+    const HistoryItems& items() const override { return items_; }
+    void add(HistoryItem item) override { items_.push_front(std::move(item)); }
 
  private:
-    std::vector<HistoryItem> items_;
+    HistoryItems items_;
 };
 
 }  // namespace dorix

@@ -38,6 +38,7 @@ COMPOSITION = {"shell/main.cpp", "shell/WatchdogProcess.cpp"}
 
 LIBRARIES = {
     "base": [r"nlohmann/json\.hpp"],
+    "base/sqlite": [r"sqlite3\.h"],
     "base/text": [r"unicode/.*\.h"],
     "speech": [r"samplerate\.h"],
 }

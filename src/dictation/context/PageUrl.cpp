@@ -49,7 +49,8 @@ std::optional<std::string_view> bracketedHost(std::string_view hostAndPort) {
     const auto end = hostAndPort.find(']');
     if (end == std::string_view::npos) return std::nullopt;
     const auto rest = hostAndPort.substr(end + 1);
-    if (!rest.empty() && !(rest.front() == ':' && isPort(rest.substr(1)))) return std::nullopt;
+    const bool isRestPort = rest.starts_with(':') && isPort(rest.substr(1));
+    if (!rest.empty() && !isRestPort) return std::nullopt;
     const auto host = hostAndPort.substr(1, end - 1);
     if (!isIPv6(host)) return std::nullopt;
     return host;

@@ -64,10 +64,11 @@ bool AccessibilityBus::openSession() {
     session_->listen(busComesRule, [this](sd_bus_message* signal) {
         asking_ = false;
         // Another launcher means another bus, even where the old one still answers.
-        if (!newOwner(signal).second.empty())
+        if (!newOwner(signal).second.empty()) {
             askAddress();
-        else if (!bus_)
+        } else if (!bus_) {
             retry();
+        }
     });
     return true;
 }
@@ -81,8 +82,7 @@ void AccessibilityBus::askAddress() {
                         [this](sd_bus_message* reply) {
                             asking_ = false;
                             const char* address = nullptr;
-                            if (isError(reply) || sd_bus_message_read_basic(reply, 's', &address) <= 0)
-                                return;
+                            if (isError(reply) || sd_bus_message_read(reply, "s", &address) <= 0) return;
                             if (!bus_ || address_ != address) open(address);
                         });
 }

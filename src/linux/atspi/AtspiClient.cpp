@@ -31,7 +31,7 @@ std::unexpected<AXError> malformed() { return std::unexpected(AXError::failure);
 
 std::optional<std::string> readString(sd_bus_message* message) {
     const char* text = nullptr;
-    if (sd_bus_message_read_basic(message, 's', &text) <= 0) return std::nullopt;
+    if (sd_bus_message_read(message, "s", &text) <= 0) return std::nullopt;
     return std::string(text);
 }
 

@@ -9,7 +9,9 @@ namespace dorix::atspi {
 enum class Role : std::uint32_t {
     comboBox = 11,
     passwordText = 40,
+    terminal = 60,
     text = 61,
+    treeTable = 66,
     entry = 79,
     documentFrame = 82,
     documentWeb = 95,

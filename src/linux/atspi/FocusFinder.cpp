@@ -88,7 +88,7 @@ FocusFinder::Found FocusFinder::searchBelow(const ObjectRef& window) {
     std::deque<ObjectRef> left{window};
     for (int visits = 0; !left.empty(); ++visits) {
         if (visits == maxVisits) return std::unexpected(AXError::cannotComplete);
-        const auto object = std::move(left.front());
+        ObjectRef object = std::move(left.front());
         left.pop_front();
         const auto states = client_.states(object);
         if (!states) return std::unexpected(states.error());

@@ -97,6 +97,7 @@ struct LinuxDesktop::Parts {
         return {.executor = executor,
                 .defaults = defaults,
                 .languages = systemLanguages(),
+                .userData = xdgDataHome(),
                 .keyEvents = session.keyEvents,
                 .hotKeys = session.hotKeys,
                 .events = session.events,

@@ -30,7 +30,8 @@ PocketsphinxRecognition::PocketsphinxRecognition(std::filesystem::path models)
 PocketsphinxRecognition::~PocketsphinxRecognition() = default;
 
 std::filesystem::path PocketsphinxRecognition::defaultModelFolder() {
-    const char* chosen = std::getenv("DORIX_POCKETSPHINX_MODELS");
+    // Read at start-up, when nobody changes the environment.
+    const char* chosen = std::getenv("DORIX_POCKETSPHINX_MODELS");  // NOLINT(concurrency-mt-unsafe)
     return chosen && *chosen != '\0' ? chosen : DORIX_POCKETSPHINX_MODELDIR;
 }
 

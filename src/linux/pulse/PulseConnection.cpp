@@ -126,8 +126,10 @@ void PulseConnection::subscribe() {
     const auto happened = [](pa_context*, pa_subscription_event_type_t event, std::uint32_t index,
                              void* self) { static_cast<PulseConnection*>(self)->sourceEvent(event, index); };
     pa_context_set_subscribe_callback(context_.get(), happened, this);
+    // NOLINTBEGIN(clang-analyzer-optin.core.EnumCastOutOfRange): masks are sums
     const auto mask =
         static_cast<pa_subscription_mask_t>(PA_SUBSCRIPTION_MASK_SERVER | PA_SUBSCRIPTION_MASK_SOURCE);
+    // NOLINTEND(clang-analyzer-optin.core.EnumCastOutOfRange)
     forget(pa_context_subscribe(context_.get(), mask, nullptr, nullptr));
 }
 
@@ -163,7 +165,9 @@ void PulseConnection::readServer(const pa_server_info* info) {
     }
     const auto answer = [](pa_context*, const pa_source_info* source, int end, void* userdata) {
         auto& self = *static_cast<PulseConnection*>(userdata);
-        if (source && end == 0) self.found_ = sourceOf(*source);
+        // Without a microphone the server's default is the monitor of a sink: what the computer plays.
+        const bool isMicrophone = source && end == 0 && source->monitor_of_sink == PA_INVALID_INDEX;
+        if (isMicrophone) self.found_ = sourceOf(*source);
         if (end != 0) self.refreshed(self.found_);
     };
     forget(pa_context_get_source_info_by_name(context_.get(), info->default_source_name, answer, this));

@@ -55,7 +55,7 @@ class PulseConnection {
 
     Executor& main() const { return main_; }
 
-    /// The default source as last heard of; none without one, or without a server. Any thread.
+    /// The default source as last heard of; none without a server, or when it is no microphone. Any thread.
     std::optional<Source> defaultSource() const;
 
     /// Tries a server that is not there again at once. Main executor.

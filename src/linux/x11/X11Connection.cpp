@@ -110,7 +110,7 @@ void X11Connection::selectRootEvents(std::uint32_t mask) {
     xcb_change_window_attributes(get(), root_, XCB_CW_EVENT_MASK, &rootEventMask_);
 }
 
-xcb_window_t X11Connection::createHiddenWindow(std::uint32_t eventMask) {
+xcb_window_t X11Connection::createHiddenWindow(std::uint32_t eventMask) const {
     const xcb_window_t window = xcb_generate_id(get());
     xcb_create_window(get(), XCB_COPY_FROM_PARENT, window, root_, -10, -10, 1, 1, 0,
                       XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &eventMask);

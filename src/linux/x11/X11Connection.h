@@ -75,7 +75,7 @@ class X11Connection {
     void selectRootEvents(std::uint32_t mask);
 
     /// A window that is never shown, for properties and selections. The caller destroys it.
-    xcb_window_t createHiddenWindow(std::uint32_t eventMask);
+    xcb_window_t createHiddenWindow(std::uint32_t eventMask) const;
 
     /// Sends what requests left in the buffer. Whoever makes requests that need no reply calls it afterwards;
     /// event handlers need not.

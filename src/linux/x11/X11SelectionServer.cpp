@@ -126,9 +126,9 @@ bool X11SelectionServer::convert(const Offer& offer, xcb_atom_t target, const De
         setProperty(to, connection_.atom("NULL"), 32, {});
         return true;
     }
-    auto data = offer.contents.find(target);
+    const auto data = offer.contents.find(target);
     if (!data) return false;
-    send(std::move(data), to);
+    send(data, to);
     return true;
 }
 
@@ -158,9 +158,9 @@ bool X11SelectionServer::convertMultiple(const Offer& offer, const Destination& 
     return true;
 }
 
-void X11SelectionServer::send(std::shared_ptr<const SelectionData> data, const Destination& to) {
+void X11SelectionServer::send(const std::shared_ptr<const SelectionData>& data, const Destination& to) {
     if (data->bytes.size() > pieceSize_) {
-        startTransfer(std::move(data), to);
+        startTransfer(data, to);
     } else {
         setProperty(to, data->type, data->format, data->bytes);
     }

@@ -60,7 +60,7 @@ class X11SelectionServer {
     bool convert(const Offer& offer, xcb_atom_t target, const Destination& to);
     bool convertMultiple(const Offer& offer, const Destination& to);
     void sendTargets(const Offer& offer, const Destination& to);
-    void send(std::shared_ptr<const SelectionData> data, const Destination& to);
+    void send(const std::shared_ptr<const SelectionData>& data, const Destination& to);
     void startTransfer(std::shared_ptr<const SelectionData> data, const Destination& to);
     void continueTransfer(const Destination& to);
     void endTransfer(const Destination& to);

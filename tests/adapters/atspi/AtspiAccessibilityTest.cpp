@@ -7,7 +7,6 @@
 #include <QCoreApplication>
 #include <QTimer>
 #include <algorithm>
-#include <cstdlib>
 #include <fstream>
 
 namespace dorix {
@@ -18,12 +17,12 @@ using Text = std::expected<std::string, AXError>;
 class AtspiTest : public testing::Test {
  protected:
     void SetUp() override {
-        if (!std::getenv("DISPLAY")) {
-            if (std::getenv("CI")) FAIL() << "no display";
+        if (!qEnvironmentVariableIsSet("DISPLAY")) {
+            if (qEnvironmentVariableIsSet("CI")) FAIL() << "no display";
             GTEST_SKIP() << "no display";
         }
         session = std::make_unique<PrivateSession>();
-        setenv("DBUS_SESSION_BUS_ADDRESS", session->address().c_str(), 1);
+        setSessionBus(session->address());
         loop = std::make_unique<QtMainLoop>();
     }
     void TearDown() override {
@@ -31,6 +30,10 @@ class AtspiTest : public testing::Test {
         editor.reset();
         loop.reset();
         session.reset();
+    }
+
+    static void setSessionBus(const std::string& address) {
+        qputenv("DBUS_SESSION_BUS_ADDRESS", QByteArray::fromStdString(address));
     }
 
     void start() {
@@ -187,14 +190,14 @@ TEST_F(AtspiTest, ABusThatDiesIsFoundAgain) {
 }
 
 TEST_F(AtspiTest, ASessionThatComesLateIsTakenUp) {
-    setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus", 1);
+    setSessionBus("unix:path=/nonexistent/bus");
     start();
     EXPECT_FALSE(accessibility->isAvailable());
     const auto element = accessibility->createApplication(1, 0.25);
     EXPECT_EQ(element->copyAttributeValue("AXFocusedUIElement").error(), AXError::apiDisabled);
     EXPECT_EQ(element->copyAttributeValue("AXFocusedWindow").error(), AXError::apiDisabled);
 
-    setenv("DBUS_SESSION_BUS_ADDRESS", session->address().c_str(), 1);
+    setSessionBus(session->address());
     accessibility->createApplication(1, 0.25);
     EXPECT_TRUE(becomesAvailable());
 }

@@ -11,8 +11,6 @@
 #include <stdexcept>
 #include <string_view>
 
-extern char** environ;
-
 namespace dorix {
 
 namespace {
@@ -24,13 +22,14 @@ std::vector<std::string> environmentWith(const std::map<std::string, std::string
         if (!changes.contains(std::string(text.substr(0, text.find('='))))) result.emplace_back(text);
     }
     for (const auto& [name, value] : changes) {
-        if (!value.empty()) result.push_back(name + "=" + value);
+        if (!value.empty()) result.emplace_back(name).append("=").append(value);
     }
     return result;
 }
 
 std::vector<char*> pointers(std::vector<std::string>& texts) {
     std::vector<char*> result;
+    result.reserve(texts.size() + 1);
     for (auto& text : texts) result.push_back(text.data());
     result.push_back(nullptr);
     return result;
@@ -127,7 +126,7 @@ PrivateSession::~PrivateSession() {
 std::string PrivateSession::accessibilityAddress() const {
     const BusCall call(address_, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress");
     const char* address = "";
-    sd_bus_message_read_basic(call.reply(), 's', &address);
+    sd_bus_message_read(call.reply(), "s", &address);
     return address;
 }
 

@@ -112,6 +112,12 @@ TEST_F(PulseAudioEngineTest, RecordsEverySampleOfWhatIsPlayed) {
     EXPECT_EQ(changes, 0);
 }
 
+TEST_F(PulseAudioEngineTest, WhatTheComputerPlaysIsNoMicrophone) {
+    launch();
+    useSource("speaker.monitor");
+    EXPECT_TRUE(loop.runUntil([&] { return inputFormat().channelCount == 0; }));
+}
+
 TEST_F(PulseAudioEngineTest, NoTapRunsAfterStop) {
     launch();
     for (int round = 0; round < 20; ++round) {
@@ -158,7 +164,7 @@ TEST_F(PulseAudioEngineTest, ASourceThatGoesAwayIsReported) {
     // The observer may do what the speech engine does: open anew, which destroys the engine that calls it.
     Recording after;
     engine->onConfigurationChange([&] { engine = record(after); });
-    ASSERT_TRUE(server.control({"unload-module", "module-remap-source"}));
+    ASSERT_TRUE(server.control({"unload-module", SoundServer::virtmicModule}));
     EXPECT_TRUE(hears(after));
 }
 

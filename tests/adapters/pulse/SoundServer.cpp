@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
@@ -71,13 +72,15 @@ pid_t SoundServer::spawn(std::vector<std::string> command) const {
     const auto child = fork();
     if (child != 0) return child;
     prctl(PR_SET_PDEATHSIG, SIGKILL);
+    // NOLINTBEGIN(concurrency-mt-unsafe): the child has one thread
     setenv("XDG_RUNTIME_DIR", folder_.c_str(), 1);
     setenv("HOME", folder_.c_str(), 1);
     unsetenv("PULSE_SERVER");
     unsetenv("DISPLAY");
-    std::vector<char*> arguments;
-    for (auto& argument : command) arguments.push_back(argument.data());
-    arguments.push_back(nullptr);
+    unsetenv("DBUS_SESSION_BUS_ADDRESS");  // a server that finds another's name on the bus gives up
+    // NOLINTEND(concurrency-mt-unsafe)
+    std::vector<char*> arguments(command.size() + 1);
+    std::ranges::transform(command, arguments.begin(), [](auto& argument) { return argument.data(); });
     if (std::freopen("/dev/null", "w", stderr)) execvp(arguments[0], arguments.data());
     _exit(127);
 }

@@ -17,6 +17,9 @@ class SoundServer {
     /// Whether this computer has the server's program.
     static bool isInstalled();
 
+    /// The number of the module that makes the source "virtmic": they are counted as launch() loads them.
+    static constexpr const char* virtmicModule = "2";
+
     SoundServer();
     ~SoundServer();
 

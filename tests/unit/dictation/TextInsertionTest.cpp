@@ -151,7 +151,7 @@ class Selection : public Insertion {
     }
 
     /// Plays an application that copies `text` this long after being told to.
-    void copies(std::string text, double seconds) {
+    void copies(const std::string& text, double seconds) {
         poster.onPost = [this, text, seconds](const RecordingEventPoster::Posted& event) {
             if (event.keyCode != keycode::c || event.direction != Direction::up) return;
             executor.after(seconds, [this, text] { pasteboard.copyElsewhere(text); });

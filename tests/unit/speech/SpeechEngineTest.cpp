@@ -71,14 +71,14 @@ class SpeechEngineTest : public testing::Test {
     }
 
     /// What a task gave; "(pending)" when it has not ended.
-    std::string outcome(TaskHandle<std::string> handle) {
+    std::string outcome(const TaskHandle<std::string>& handle) {
         std::string into = "(pending)";
         TaskScope watching(executor);
         watching.spawn(note(handle, into));
         executor.runPosted();
         return into;
     }
-    std::string outcome(TaskHandle<void> handle) {
+    std::string outcome(const TaskHandle<void>& handle) {
         TaskScope watching(executor);
         return outcome(watching.spawn(asText(handle)));
     }

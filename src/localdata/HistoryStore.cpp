@@ -1,0 +1,209 @@
+#include "localdata/HistoryStore.h"
+
+#include "base/Log.h"
+#include "base/Uuid.h"
+#include "localdata/HistoryMetaJson.h"
+
+#include <algorithm>
+#include <functional>
+#include <iterator>
+#include <utility>
+
+namespace dorix {
+
+namespace {
+
+using Kind = HistoryChange::Kind;
+
+/// Opening must not take longer as the file grows.
+constexpr int shownAtStart = 2000;
+
+constexpr const char* schema =
+    "PRAGMA journal_mode=WAL;\n"
+    "CREATE TABLE IF NOT EXISTS history (\n"
+    "    id TEXT PRIMARY KEY,\n"
+    "    kind TEXT NOT NULL,\n"
+    "    app TEXT NOT NULL,\n"
+    "    bundle_id TEXT,\n"
+    "    title TEXT NOT NULL,\n"
+    "    created_at REAL NOT NULL,\n"
+    "    query TEXT NOT NULL,\n"
+    "    answer TEXT NOT NULL,\n"
+    "    meta TEXT\n"
+    ");\n"
+    "CREATE INDEX IF NOT EXISTS history_created ON history(created_at DESC);";
+
+constexpr const char* selectNewestFirst =
+    "SELECT id, kind, app, bundle_id, title, created_at, query, answer, meta FROM history "
+    "ORDER BY created_at DESC";
+
+constexpr const char* insertOrReplace =
+    "INSERT OR REPLACE INTO history (id, kind, app, bundle_id, title, created_at, query, answer, meta) "
+    "VALUES (?,?,?,?,?,?,?,?,?)";
+
+/// Nothing for a row whose kind this version does not know. The file may have been written by anybody, so any
+/// column may be NULL.
+std::optional<HistoryItem> itemOf(sqlite3_stmt* row) {
+    const auto text = [row](int column) { return sqlite::columnText(row, column).value_or(""); };
+    const auto kind = historyKind(text(1));
+    if (!kind) return std::nullopt;
+    auto id = sqlite::columnText(row, 0);
+    return HistoryItem{.id = id ? *std::move(id) : makeUuid(),
+                       .kind = *kind,
+                       .app = text(2),
+                       .bundleID = sqlite::columnText(row, 3),
+                       .title = text(4),
+                       .createdAt = sqlite3_column_double(row, 5),
+                       .query = text(6),
+                       .answer = text(7),
+                       .meta = decodeMeta(text(8))};
+}
+
+/// Stable. An insertion sort, as no more than a few items are ever out of place.
+void sortNewestFirst(HistoryItems& items) {
+    for (auto item = items.begin(); item != items.end(); ++item) {
+        const auto place = std::upper_bound(
+            items.begin(), item, *item,
+            [](const auto& one, const auto& other) { return one.createdAt > other.createdAt; });
+        std::rotate(place, item, item + 1);
+    }
+}
+
+}  // namespace
+
+HistoryStore::HistoryStore(const std::filesystem::path& database) : db_(sqlite::open(database)) {
+    if (!db_) logLine("no se pudo abrir la base de datos en " + database.string());
+    sqlite::exec(db_.get(), schema);
+    auto loaded = load(shownAtStart);
+    for (const auto& item : loaded) shownIds_.insert(item.id);
+    items_.assign(std::move_iterator(loaded.begin()), std::move_iterator(loaded.end()));
+    inOrder_ = std::ranges::is_sorted(items_, std::greater{}, &HistoryItem::createdAt);
+}
+
+Subscription HistoryStore::observe(std::function<void(const HistoryChange&)> observer) {
+    return observers_.add(std::move(observer));
+}
+
+void HistoryStore::add(const HistoryItem& item, Persist persist) {
+    show(item);
+    if (persist == Persist::no) return;
+    const bool isNew = !isStored(item.id);
+    write(item);
+    if (isNew && onNewItem) onNewItem(item);
+}
+
+void HistoryStore::remove(const std::string& id) {
+    if (erase(id)) hide(id);
+}
+
+void HistoryStore::clear() {
+    sqlite::exec(db_.get(), "DELETE FROM history; VACUUM;");
+    items_.clear();
+    shownIds_.clear();
+    inOrder_ = true;
+    observers_.notify({.kind = Kind::reset});
+}
+
+std::vector<HistoryItem> HistoryStore::load(int limit) const {
+    return read(std::string(selectNewestFirst) + " LIMIT " + std::to_string(limit));
+}
+
+std::vector<HistoryItem> HistoryStore::loadAll() const { return read(selectNewestFirst); }
+
+std::optional<double> HistoryStore::firstDate() const {
+    const auto statement = sqlite::prepare(db_.get(), "SELECT MIN(created_at) FROM history");
+    if (!statement || sqlite3_step(statement.get()) != SQLITE_ROW) return std::nullopt;
+    if (sqlite3_column_type(statement.get(), 0) == SQLITE_NULL) return std::nullopt;
+    return sqlite3_column_double(statement.get(), 0);
+}
+
+// The list
+
+void HistoryStore::show(const HistoryItem& item) {
+    if (shownIds_.insert(item.id).second) {
+        insert(item);
+    } else {
+        replace(item);
+    }
+}
+
+/// Leaves the item where it is, whatever its date has become, so that nothing jumps under the user's eyes.
+void HistoryStore::replace(const HistoryItem& item) {
+    // From the front: what changes is nearly always among the newest.
+    const auto shown = std::ranges::find(items_, item.id, &HistoryItem::id);
+    if (*shown == item) return;
+    if (shown->createdAt != item.createdAt) inOrder_ = false;
+    *shown = item;
+    observers_.notify({.kind = Kind::updated, .index = static_cast<std::size_t>(shown - items_.begin())});
+}
+
+/// The item takes the place that sorting the list with it in front would give it.
+void HistoryStore::insert(const HistoryItem& item) {
+    if (!inOrder_) {
+        items_.push_front(item);
+        sortNewestFirst(items_);
+        inOrder_ = true;
+        observers_.notify({.kind = Kind::reset});
+        return;
+    }
+    const auto place =
+        std::ranges::lower_bound(items_, item.createdAt, std::greater{}, &HistoryItem::createdAt);
+    const auto index = static_cast<std::size_t>(place - items_.begin());
+    items_.insert(place, item);
+    observers_.notify({.kind = Kind::inserted, .index = index});
+}
+
+void HistoryStore::hide(const std::string& id) {
+    if (shownIds_.erase(id) == 0) return;
+    const auto shown = std::ranges::find(items_, id, &HistoryItem::id);
+    const auto index = static_cast<std::size_t>(shown - items_.begin());
+    items_.erase(shown);
+    observers_.notify({.kind = Kind::removed, .index = index});
+}
+
+// The file
+
+/// No when nobody can tell.
+bool HistoryStore::isStored(const std::string& id) const {
+    const auto statement = sqlite::prepare(db_.get(), "SELECT 1 FROM history WHERE id = ?");
+    if (!statement) return false;
+    sqlite::bindText(statement.get(), 1, id);
+    return sqlite3_step(statement.get()) == SQLITE_ROW;
+}
+
+void HistoryStore::write(const HistoryItem& item) {
+    const auto statement = sqlite::prepare(db_.get(), insertOrReplace);
+    if (!statement) return;
+    auto* const row = statement.get();
+    sqlite::bindText(row, 1, item.id);
+    sqlite::bindText(row, 2, std::string(storedName(item.kind)));
+    sqlite::bindText(row, 3, item.app);
+    sqlite::bindText(row, 4, item.bundleID);
+    sqlite::bindText(row, 5, item.title);
+    sqlite3_bind_double(row, 6, item.createdAt);
+    sqlite::bindText(row, 7, item.query);
+    sqlite::bindText(row, 8, item.answer);
+    sqlite::bindText(row, 9, encodeMeta(item.meta));
+    sqlite3_step(row);  // a failure leaves the item in the list, for this run
+}
+
+/// Whether the statement could be run, not whether there was such a row.
+bool HistoryStore::erase(const std::string& id) {
+    const auto statement = sqlite::prepare(db_.get(), "DELETE FROM history WHERE id = ?");
+    if (!statement) return false;
+    sqlite::bindText(statement.get(), 1, id);
+    sqlite3_step(statement.get());
+    return true;
+}
+
+std::vector<HistoryItem> HistoryStore::read(const std::string& sql) const {
+    std::vector<HistoryItem> items;
+    const auto statement = sqlite::prepare(db_.get(), sql.c_str());
+    if (!statement) return items;
+    while (sqlite3_step(statement.get()) == SQLITE_ROW) {
+        if (auto item = itemOf(statement.get())) items.push_back(*std::move(item));
+    }
+    return items;
+}
+
+}  // namespace dorix

@@ -1,0 +1,90 @@
+#pragma once
+
+#include "base/Observable.h"
+#include "base/sqlite/Sqlite.h"
+#include "localdata/HistoryItem.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+namespace dorix {
+
+/// What has just changed in the list of the history.
+struct HistoryChange {
+    enum class Kind {
+        inserted,  // at `index`
+        updated,   // at `index`, in its place
+        removed,   // from `index`
+        reset,     // any of it
+    };
+
+    Kind kind = Kind::reset;
+    std::size_t index = 0;
+
+    bool operator==(const HistoryChange&) const = default;
+};
+
+/// Everything that the user dictated or asked: in a SQLite file, and the newest of it in a list to look at.
+/// What goes wrong with the file is never reported to the caller; the list then goes on from memory alone,
+/// and what is in the file stays as it was. Main executor; every call but items() blocks on the disk, for one
+/// row only unless it says more.
+class HistoryStore {
+ public:
+    enum class Persist { no, yes };
+
+    /// Opens the file, making it when it is missing, and reads the newest rows.
+    explicit HistoryStore(const std::filesystem::path& database);
+    HistoryStore(const HistoryStore&) = delete;
+    HistoryStore& operator=(const HistoryStore&) = delete;
+
+    /// Newest first: what was read at the start, and what was added since.
+    const HistoryItems& items() const { return items_; }
+
+    /// Tells of every change of items(), after it. An observer may not change the history.
+    Subscription observe(std::function<void(const HistoryChange&)> observer);
+
+    /// Called once for an item, when it is first written to the file.
+    std::function<void(const HistoryItem&)> onNewItem;
+
+    /// Shows the item, in the place of the one with its id if there is one, and writes it to the file too
+    /// unless told not to, which is for an answer that is still growing.
+    void add(const HistoryItem& item, Persist persist);
+
+    /// Takes the item of that id out of the file and the list.
+    void remove(const std::string& id);
+
+    /// Forgets everything, and gives the space back. Takes a while with a large file.
+    void clear();
+
+    /// The newest rows, up to `limit`, and all of them; newest first. Rows of a kind that a later version
+    /// brought are left out.
+    std::vector<HistoryItem> load(int limit) const;
+    std::vector<HistoryItem> loadAll() const;
+
+    /// When the oldest row was made, in seconds since 1970; nothing when there is no row.
+    std::optional<double> firstDate() const;
+
+ private:
+    void show(const HistoryItem& item);
+    void replace(const HistoryItem& item);
+    void insert(const HistoryItem& item);
+    void hide(const std::string& id);
+    bool isStored(const std::string& id) const;
+    void write(const HistoryItem& item);
+    bool erase(const std::string& id);
+    std::vector<HistoryItem> read(const std::string& sql) const;
+
+    sqlite::Connection db_;
+    HistoryItems items_;
+    std::unordered_set<std::string>
+        shownIds_;         // of items_: most items that come are new, which this tells at once
+    bool inOrder_ = true;  // items_ is, by date
+    Observers<HistoryChange> observers_;
+};
+
+}  // namespace dorix

@@ -1,0 +1,255 @@
+#include "fakes/TemporaryFolder.h"
+#include "localdata/HistoryStore.h"
+#include "unit/localdata/HistoryFile.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <random>
+#include <string>
+#include <thread>
+
+namespace dorix {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Persist = HistoryStore::Persist;
+
+class HistoryFaultsTest : public testing::Test {
+ protected:
+    /// A file that an earlier run left.
+    void makeFile() const { HistoryStore(file).add(historyItem("antes", 1), Persist::yes); }
+
+    TemporaryFolder folder;
+    fs::path file = folder.path() / "dorix.sqlite";
+};
+
+/// The list goes on without the file.
+void expectWorksFromMemory(HistoryStore& store) {
+    store.add(historyItem("x", 50), Persist::yes);
+    store.add(historyItem("y", 40), Persist::yes);
+    EXPECT_THAT(ids(store.items()), ElementsAre("x", "y"));
+    EXPECT_THAT(store.loadAll(), IsEmpty());
+    EXPECT_EQ(store.firstDate(), std::nullopt);
+    store.remove("x");
+    EXPECT_EQ(store.items().size(), 2U) << "what may still be in the file is not shown as gone";
+}
+
+TEST_F(HistoryFaultsTest, WithoutAFileItGoesOnFromMemory) {
+    std::ofstream(folder.path() / "no folder") << "x";
+    const auto nowhere = folder.path() / "no folder" / "dorix.sqlite";
+    int told = 0;
+    const auto log = logOf([&] {
+        HistoryStore store(nowhere);
+        store.onNewItem = [&](const HistoryItem& /*item*/) { ++told; };
+        expectWorksFromMemory(store);
+        store.clear();
+        EXPECT_THAT(store.items(), IsEmpty());
+    });
+    EXPECT_EQ(told, 2);
+    EXPECT_EQ(log, "DORIX: no se pudo abrir la base de datos en " + nowhere.string() +
+                       "\n"
+                       "DORIX SQLite: bad parameter or other API misuse\n"
+                       "DORIX SQLite: bad parameter or other API misuse\n");
+}
+
+TEST_F(HistoryFaultsTest, AFileThatIsNoDatabaseStaysAsItIs) {
+    for (const auto& contents : {std::string("mis notas\n"), std::string(100'000, 'x')}) {
+        std::ofstream(file, std::ios::binary) << contents;
+        const auto log = logOf([&] {
+            HistoryStore store(file);
+            expectWorksFromMemory(store);
+            store.clear();
+        });
+        EXPECT_EQ(log, "DORIX SQLite: file is not a database\nDORIX SQLite: file is not a database\n");
+        EXPECT_EQ(bytes(file), contents);
+    }
+}
+
+TEST_F(HistoryFaultsTest, ADatabaseThatAnotherProgramHasLockedIsNotWaitedFor) {
+    makeFile();
+    {
+        const auto other = sqlite::open(file);
+        sqlite::exec(other.get(), "PRAGMA journal_mode=DELETE; BEGIN EXCLUSIVE");
+        const auto log = logOf([&] {
+            HistoryStore store(file);
+            expectWorksFromMemory(store);
+            sqlite::exec(other.get(),
+                         "INSERT INTO history SELECT 'otro', kind, app, NULL, title, 2, '', '', NULL "
+                         "FROM history; COMMIT");
+            store.add(historyItem("z", 60), Persist::yes);
+        });
+        EXPECT_EQ(log, "DORIX SQLite: database is locked\n");
+    }
+    EXPECT_THAT(ids(HistoryStore(file).items()), ElementsAre("z", "otro", "antes"));
+
+    HistoryStore store(file);
+    const auto other = sqlite::open(file);
+    sqlite::exec(other.get(), "BEGIN IMMEDIATE");
+    store.add(historyItem("solo a la vista", 70), Persist::yes);
+    EXPECT_EQ(store.items().size(), 4U);
+    EXPECT_EQ(store.loadAll().size(), 3U);
+}
+
+/// No file can grow beyond `size` while it lives: to SQLite the disk is full.
+class FullDisk {
+ public:
+    explicit FullDisk(rlim_t size) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit limit{.rlim_cur = size, .rlim_max = before_.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FullDisk() {
+        setrlimit(RLIMIT_FSIZE, &before_);
+        std::signal(SIGXFSZ, handler_);
+    }
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+
+ private:
+    rlimit before_{};
+    void (*handler_)(int);
+};
+
+TEST_F(HistoryFaultsTest, AFullDiskCostsOnlyWhatDidNotFit) {
+    makeFile();
+    auto large = historyItem("grande", 2);
+    large.answer = std::string(400'000, 'a');
+    {
+        HistoryStore store(file);
+        store.add(historyItem("cabe", 3), Persist::yes);
+        {
+            const FullDisk disk(200'000);
+            store.add(large, Persist::yes);
+        }
+        EXPECT_THAT(ids(store.items()), ElementsAre("cabe", "grande", "antes"));
+        EXPECT_THAT(ids(store.loadAll()), ElementsAre("cabe", "antes"));
+        store.add(historyItem("despues", 4), Persist::yes);
+    }
+    EXPECT_TRUE(isWhole(file));
+    EXPECT_THAT(ids(HistoryStore(file).items()), ElementsAre("despues", "cabe", "antes"));
+}
+
+/// Gives up the rights that the tests may have been started with, which no permission would stop.
+class OrdinaryUser {
+ public:
+    static constexpr uid_t nobody = 65534;
+    OrdinaryUser() {
+        if (before_ == 0 && seteuid(nobody) != 0) throw std::runtime_error("cannot become an ordinary user");
+    }
+    ~OrdinaryUser() {
+        if (seteuid(before_) != 0) std::abort();
+    }
+    OrdinaryUser(const OrdinaryUser&) = delete;
+    OrdinaryUser& operator=(const OrdinaryUser&) = delete;
+
+ private:
+    uid_t before_ = geteuid();
+};
+
+TEST_F(HistoryFaultsTest, AReadOnlyFileIsRead) {
+    makeFile();
+    if (geteuid() == 0) {
+        ASSERT_EQ(chown(folder.path().c_str(), OrdinaryUser::nobody, OrdinaryUser::nobody), 0);
+        ASSERT_EQ(chown(file.c_str(), OrdinaryUser::nobody, OrdinaryUser::nobody), 0);
+    }
+    fs::permissions(file, fs::perms::owner_read);
+    const auto before = bytes(file);
+    {
+        const OrdinaryUser user;
+        HistoryStore store(file);
+        store.add(historyItem("ahora", 2), Persist::yes);
+        EXPECT_THAT(ids(store.items()), ElementsAre("ahora", "antes"));
+        EXPECT_THAT(ids(store.loadAll()), ElementsAre("antes"));
+    }
+    EXPECT_EQ(bytes(file), before);
+
+    for (const auto* beside : {"-wal", "-shm"}) fs::remove(file.string() + beside);
+    fs::permissions(folder.path(), fs::perms::owner_read | fs::perms::owner_exec);
+    const auto log = logOf([&] {
+        const OrdinaryUser user;
+        HistoryStore store(file);
+        expectWorksFromMemory(store);
+    });
+    fs::permissions(folder.path(), fs::perms::owner_all);
+    EXPECT_THAT(log, testing::StartsWith("DORIX SQLite: ")) << "SQLite needs files beside it";
+    EXPECT_EQ(bytes(file), before);
+}
+
+// Crashes
+
+constexpr int writes = 2000;
+
+HistoryItem numbered(int number) {
+    auto item = historyItem(std::to_string(number), number);
+    item.answer = std::string(static_cast<std::size_t>(number % 97) * 10, 'r');
+    return item;
+}
+
+/// Says the number of each item once `add` has returned.
+[[noreturn]] void writeItems(const fs::path& file, int says) {
+    HistoryStore store(file);
+    for (int number = 0; number < writes; ++number) {
+        store.add(numbered(number), Persist::yes);
+        if (write(says, &number, sizeof number) != sizeof number) _exit(1);
+    }
+    while (true) pause();
+}
+
+/// How many items a process had written that was killed somewhere around the `last`.
+int writtenUntilKilled(const fs::path& file, int last, std::chrono::microseconds after) {
+    std::array<int, 2> ends{};
+    if (pipe(ends.data()) != 0) return -1;
+    const pid_t writer = fork();
+    if (writer == 0) writeItems(file, ends[1]);
+    close(ends[1]);
+    int number = -1;
+    while (number < last && read(ends[0], &number, sizeof number) > 0) {
+    }
+    std::this_thread::sleep_for(after);
+    kill(writer, SIGKILL);
+    while (read(ends[0], &number, sizeof number) > 0) {
+    }
+    close(ends[0]);
+    waitpid(writer, nullptr, 0);
+    return number + 1;
+}
+
+void expectHolds(const fs::path& file, int written) {
+    EXPECT_TRUE(isWhole(file));
+    HistoryStore store(file);
+    const auto size = static_cast<int>(store.items().size());
+    EXPECT_GE(size, written);
+    EXPECT_LE(size, written + 1) << "the write that was under way may have been done";
+    int number = size;
+    for (const auto& item : store.items()) EXPECT_EQ(item, numbered(--number));
+    store.add(historyItem("despues", writes), Persist::yes);
+    EXPECT_EQ(store.firstDate(), size == 0 ? writes : 0);
+}
+
+TEST_F(HistoryFaultsTest, NoCrashLosesARowThatWasWritten) {
+    // What a process has written outlives it wherever it lies; in memory the rounds take less time.
+    const fs::path memory = "/dev/shm";
+    const TemporaryFolder place(fs::is_directory(memory) ? memory : fs::temp_directory_path());
+    const auto seed = std::random_device{}();
+    std::mt19937 random(seed);
+    for (int round = 0; round < 100 && !HasFailure(); ++round) {
+        SCOPED_TRACE("round " + std::to_string(round) + " of seed " + std::to_string(seed));
+        const auto crashed = place.path() / std::to_string(round) / "dorix.sqlite";
+        const int last = std::uniform_int_distribution(-1, writes - 1)(random);
+        const std::chrono::microseconds after(std::uniform_int_distribution(0, 100)(random));
+        expectHolds(crashed, writtenUntilKilled(crashed, last, after));
+        fs::remove_all(crashed.parent_path());
+    }
+}
+
+}  // namespace
+}  // namespace dorix

@@ -1,0 +1,232 @@
+#include "base/async/ManualExecutor.h"
+#include "fakes/FakeAccessibility.h"
+#include "fakes/FakeApplication.h"
+#include "fakes/FakeAudioEngine.h"
+#include "fakes/FakeHotKeyRegistrar.h"
+#include "fakes/FakeKeyEventMonitors.h"
+#include "fakes/FakeLoginItem.h"
+#include "fakes/FakeNotifications.h"
+#include "fakes/FakePasteboard.h"
+#include "fakes/FakePrivacyGrants.h"
+#include "fakes/FakeProgramLauncher.h"
+#include "fakes/FakeSpeechRecognition.h"
+#include "fakes/FakeUrlOpener.h"
+#include "fakes/FakeWorkspace.h"
+#include "fakes/MemoryUserDefaults.h"
+#include "fakes/RecordingEventPoster.h"
+#include "fakes/RecordingSystemSounds.h"
+#include "fakes/TemporaryFolder.h"
+#include "localdata/Language.h"
+#include "platform/KeyCodes.h"
+#include "shell/AppController.h"
+#include "shell/FirstRunHint.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+namespace dorix {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+constexpr std::uint32_t dictationKey = 1;
+constexpr std::uint32_t askKey = 2;
+
+/// The whole program above the ports.
+class AppControllerTest : public testing::Test {
+ protected:
+    AppControllerTest() {
+        installLanguage(defaults, {});
+        recognition.locales = {{"es-ES", "es-ES"}};
+    }
+    ~AppControllerTest() override { uninstallLanguage(); }
+
+    void launch() {
+        testing::internal::CaptureStderr();  // the HUD, for as long as it is a log
+        app = std::make_unique<AppController>(Platform{.executor = executor,
+                                                       .defaults = defaults,
+                                                       .languages = {},
+                                                       .userData = folder.path(),
+                                                       .keyEvents = keyboard,
+                                                       .hotKeys = hotKeys,
+                                                       .events = poster,
+                                                       .pasteboard = pasteboard,
+                                                       .workspace = workspace,
+                                                       .accessibility = accessibility,
+                                                       .audio = audio,
+                                                       .recognition = recognition,
+                                                       .grants = grants,
+                                                       .loginItem = loginItem,
+                                                       .sounds = sounds,
+                                                       .launcher = launcher,
+                                                       .notifications = notifications,
+                                                       .urls = urls,
+                                                       .application = application});
+        app->applicationDidFinishLaunching();
+        executor.runPosted();
+    }
+    /// What the log has since the last look.
+    std::string log() {
+        const auto text = testing::internal::GetCapturedStderr();
+        testing::internal::CaptureStderr();
+        return text;
+    }
+    void TearDown() override { testing::internal::GetCapturedStderr(); }
+
+    void press() { keyboard.flags(keycode::rightOption, modifier::option | modifier::deviceRightOption); }
+    void release() { keyboard.flags(keycode::rightOption, 0); }
+    void hotKey(std::uint32_t id, std::uint32_t kind) {
+        hotKeys.send(id, kind);
+        executor.runPosted();
+    }
+    void say(std::string words) {
+        recognition.current().sayFinal(std::move(words));
+        executor.runPosted();
+    }
+    std::string pasted() const {
+        for (const auto& entry : pasteboard.log) {
+            if (entry.starts_with("setString ")) return entry.substr(10);
+        }
+        return "";
+    }
+
+    TemporaryFolder folder;
+    ManualExecutor executor;
+    MemoryUserDefaults defaults;
+    FakeKeyEventMonitors keyboard;
+    FakeHotKeyRegistrar hotKeys;
+    RecordingEventPoster poster;
+    FakePasteboard pasteboard;
+    FakeWorkspace workspace;
+    FakeAccessibility accessibility;
+    FakeAudioEngineFactory audio;
+    FakeSpeechRecognition recognition;
+    FakePrivacyGrants grants;
+    FakeLoginItem loginItem;
+    RecordingSystemSounds sounds;
+    FakeProgramLauncher launcher;
+    FakeNotifications notifications;
+    FakeUrlOpener urls;
+    FakeApplication application;
+    std::unique_ptr<AppController> app;
+};
+
+TEST_F(AppControllerTest, AHeldKeyBecomesTextAtTheCursor) {
+    launch();
+    EXPECT_EQ(log(), "DORIX: listo\n");
+    press();
+    EXPECT_TRUE(audio.isRunning()) << "the microphone opens with the key, before the hold is sure";
+    executor.advanceBy(0.3);
+    say("hola a todos");
+    release();
+    executor.advanceBy(0.45);
+    EXPECT_EQ(pasted(), "Hola a todos.");
+    EXPECT_EQ(log(), "DORIX: HUD listening\nDORIX: HUD processing\nDORIX: HUD done: Escrito en Escritorio\n");
+    EXPECT_FALSE(audio.isRunning());
+}
+
+TEST_F(AppControllerTest, RemembersWhatWasDictated) {
+    launch();
+    press();
+    executor.advanceBy(0.3);
+    say("nos vemos mañana");
+    release();
+    executor.advanceBy(0.45);
+    app.reset();
+    const HistoryStore history(folder.path() / "DORIX" / "dorix.sqlite");
+    ASSERT_EQ(history.items().size(), 1U);
+    EXPECT_EQ(history.items()[0].query, "nos vemos mañana");
+    EXPECT_EQ(history.items()[0].answer, "Nos vemos mañana.");
+}
+
+TEST_F(AppControllerTest, ATapOrEscapeLeavesNothingBehind) {
+    launch();
+    press();
+    release();
+    EXPECT_FALSE(audio.isRunning());
+    press();
+    executor.advanceBy(0.3);
+    keyboard.keyDown(keycode::escape);
+    EXPECT_FALSE(audio.isRunning());
+    release();
+    executor.advanceBy(10);
+    EXPECT_EQ(log(), "DORIX: listo\nDORIX: HUD listening\nDORIX: HUD hidden\n");
+
+    hotKey(dictationKey, HotKeyRegistrar::eventPressed);
+    hotKey(dictationKey, HotKeyRegistrar::eventReleased);
+    EXPECT_TRUE(audio.isRunning()) << "hands-free";
+    EXPECT_TRUE(keyboard.send(KeyEventMask::keyDown, {keycode::escape, 0}, true)) << "Esc was of use";
+    EXPECT_FALSE(audio.isRunning());
+    EXPECT_FALSE(keyboard.send(KeyEventMask::keyDown, {keycode::escape, 0}, true));
+}
+
+TEST_F(AppControllerTest, AHotKeyTakesOverFromTheHoldKey) {
+    launch();
+    press();
+    executor.advanceBy(1);
+    hotKey(askKey, HotKeyRegistrar::eventPressed);
+    release();  // the press it belonged to is over
+    EXPECT_TRUE(audio.isRunning());
+    say("y ahora esto");
+    executor.advanceBy(0.5);
+    hotKey(askKey, HotKeyRegistrar::eventReleased);
+    executor.advanceBy(1);
+    EXPECT_THAT(pasteboard.log, testing::Contains("setString Ahora esto"));
+}
+
+TEST_F(AppControllerTest, PausedItNeverOpensTheMicrophone) {
+    defaults.set("paused", true);
+    launch();
+    press();
+    EXPECT_FALSE(audio.isRunning());
+    EXPECT_EQ(audio.opened, 0);
+}
+
+TEST_F(AppControllerTest, AGrantThatComesWithAPressDoesNotLoseThePress) {
+    grants.trusted = false;
+    launch();
+    grants.trusted = true;
+    press();  // reads the grants anew
+    executor.advanceBy(0.3);
+    EXPECT_THAT(log(), HasSubstr("HUD listening"));
+}
+
+TEST_F(AppControllerTest, WithoutItsHotKeysOrItsModelItGoesOn) {
+    hotKeys.refuseWith = 10;
+    recognition.locales.clear();
+    launch();
+    EXPECT_EQ(
+        log(),
+        "DORIX: no se pudo registrar el atajo global (10)\n"
+        "DORIX: no se pudo registrar el atajo global (10)\n"
+        "DORIX: no se pudo preparar el modelo de voz: El idioma es-ES no está disponible para el dictado en "
+        "este Mac.\n"
+        "DORIX: HUD error: El idioma es-ES no está disponible para el dictado en este Mac.\n"
+        "DORIX: listo\n");
+}
+
+TEST(FirstRunHintTest, ShowsThreeTimesUnlessForced) {
+    ManualExecutor executor;
+    MemoryUserDefaults defaults;
+    AppState state;
+    FirstRunHint hint(executor, defaults, state);
+    for (int i = 0; i < 3; ++i) {
+        hint.show(FirstRunHint::Forced::no);
+        executor.advanceBy(5.9);
+        EXPECT_TRUE(state.showFirstRunHint.get());
+        executor.advanceBy(0.1);
+        EXPECT_FALSE(state.showFirstRunHint.get());
+    }
+    hint.show(FirstRunHint::Forced::no);
+    EXPECT_FALSE(state.showFirstRunHint.get());
+    hint.show(FirstRunHint::Forced::yes);
+    EXPECT_TRUE(state.showFirstRunHint.get());
+    EXPECT_EQ(defaults.value("hintShownCount"), 4);
+}
+
+}  // namespace
+}  // namespace dorix
