@@ -51,8 +51,9 @@ Intents judgeInTime(std::string_view transcript) {
     auto intents = judge(transcript);
     const auto time = Clock::now() - start;
     if (time > mostTime) {
-        std::fprintf(stderr, "an utterance of %zu bytes took %lld ms\n", transcript.size(),
-                     static_cast<long long>(std::chrono::duration_cast<std::chrono::milliseconds>(time).count()));
+        std::fprintf(
+            stderr, "an utterance of %zu bytes took %lld ms\n", transcript.size(),
+            static_cast<long long>(std::chrono::duration_cast<std::chrono::milliseconds>(time).count()));
         std::abort();
     }
     return intents;
@@ -62,7 +63,8 @@ void compare(const Intents& intents, std::string_view transcript) {
     static const NaiveIntentRules naive;
     const auto expected = naive.judge(transcript);
     if (intents == expected) return;
-    std::fprintf(stderr, "the rules: %s\nnaive:     %s\n", describe(intents).c_str(), describe(expected).c_str());
+    std::fprintf(stderr, "the rules: %s\nnaive:     %s\n", describe(intents).c_str(),
+                 describe(expected).c_str());
     std::abort();
 }
 

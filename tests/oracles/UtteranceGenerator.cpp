@@ -24,9 +24,9 @@ std::vector<std::string_view> allPatterns() {
 std::vector<std::string_view> allPhrases() {
     using namespace intentwords;
     std::vector<std::string_view> all;
-    for (const auto rows :
-         {fillerPrefixes(), recapPhrases(), selectionVerbs(), selectionPhrases(), transformVerbs(),
-          transformPhrases(), replyOpenings(), selectionOpenings(), screenPhrases(), screenQuestionOpenings()}) {
+    for (const auto rows : {fillerPrefixes(), recapPhrases(), selectionVerbs(), selectionPhrases(),
+                            transformVerbs(), transformPhrases(), replyOpenings(), selectionOpenings(),
+                            screenPhrases(), screenQuestionOpenings()}) {
         all.insert(all.end(), rows.begin(), rows.end());
     }
     return all;
@@ -47,10 +47,10 @@ void addWords(std::string_view text, std::set<std::string>& words) {
 
 // What speech engines and odd keyboards put between and into words.
 constexpr auto oddities = std::to_array<std::string_view>({
-    " ",      ".",      ",",   "?",    "¿",      "¡",      "«",      "»",      "’",      "'",      "-",
-    "/",      "#",      "_",   "7",    "Á",      "ñ",      "ü",      "ß",      "ø",      "Ω",      "я",
-    "日",     "한",     "ᄒ",  "ᅡ",   "\u0301", "\u0308", "\u20DD", "\u200D", "\u00AD", "\u00A0", "\u2028",
-    "\u037E", "\u0130", "ﬁ",   "\xFF", "\xE2\x80", "\t",    "\n",     "\u0903", "\u0345", "X",      "e",
+    " ",      ".",      ",",  "?",    "¿",        "¡",      "«",      "»",      "’",      "'",      "-",
+    "/",      "#",      "_",  "7",    "Á",        "ñ",      "ü",      "ß",      "ø",      "Ω",      "я",
+    "日",     "한",     "ᄒ", "ᅡ",    "\u0301",   "\u0308", "\u20DD", "\u200D", "\u00AD", "\u00A0", "\u2028",
+    "\u037E", "\u0130", "ﬁ",  "\xFF", "\xE2\x80", "\t",     "\n",     "\u0903", "\u0345", "X",      "e",
 });
 
 }  // namespace
@@ -89,10 +89,18 @@ std::string UtteranceGenerator::words(std::size_t count) {
 void UtteranceGenerator::mutate(std::string& text) {
     const auto at = random_() % (text.size() + 1);
     switch (random_() % 4) {
-        case 0: text.insert(at, pick(oddities)); break;
-        case 1: text.insert(at, " " + pick(intentVocabulary()) + " "); break;
-        case 2: text.erase(at, 1 + random_() % 4); break;
-        default: text.insert(at, pick(oddities)).insert(0, pick(oddities)); break;
+        case 0:
+            text.insert(at, pick(oddities));
+            break;
+        case 1:
+            text.insert(at, " " + pick(intentVocabulary()) + " ");
+            break;
+        case 2:
+            text.erase(at, 1 + random_() % 4);
+            break;
+        default:
+            text.insert(at, pick(oddities)).insert(0, pick(oddities));
+            break;
     }
 }
 

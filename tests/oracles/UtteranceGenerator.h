@@ -11,7 +11,8 @@ namespace dorix {
 /// The words of all patterns and phrases of the intent rules, each once.
 const std::vector<std::string>& intentVocabulary();
 
-/// Makes utterances that the intent rules match, nearly match, or just do not. The same seed makes the same ones.
+/// Makes utterances that the intent rules match, nearly match, or just do not. The same seed makes the same
+/// ones.
 class UtteranceGenerator {
  public:
     explicit UtteranceGenerator(std::uint32_t seed) : random_(seed) {}

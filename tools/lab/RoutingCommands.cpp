@@ -39,9 +39,7 @@ std::vector<Command> routingCommands() {
          R"("isSelectionCommand","refersToScreen","isScreenQuestion","meetingStart","meetingStop","teachDone"})",
          [](const Json& input) -> Json { return intents(requiredString(input, "transcript")); }},
         {"secret", R"({"name"} or {"content"})", R"({"secret"})",
-         [](const Json& input) -> Json {
-             return {{"secret", isSecret(input)}};
-         }},
+         [](const Json& input) -> Json { return {{"secret", isSecret(input)}}; }},
     };
 }
 
