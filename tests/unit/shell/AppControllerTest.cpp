@@ -225,7 +225,7 @@ TEST_F(AppControllerTest, TheMenuPausesRestartsAndQuits) {
     launch();
     press();
     auto menu = app->iconMenu();
-    EXPECT_THAT(labels(menu), ElementsAre("Pausar DORIX", "", "Reiniciar DORIX", "Salir de DORIX"));
+    EXPECT_THAT(labels(menu), testing::ElementsAre("Pausar DORIX", "", "Reiniciar DORIX", "Salir de DORIX"));
     menu[0].handler();
     EXPECT_FALSE(audio.isRunning()) << "pausing ends a press";
     release();
