@@ -19,6 +19,7 @@
 
 #include <QCoreApplication>
 #include <csignal>
+#include <cstdlib>
 #include <functional>
 #include <memory>
 #include <string>
@@ -85,6 +86,14 @@ std::unique_ptr<Views> makeViews(AppController& controller, const Platform& plat
                      .iconMenu = [&controller] { return controller.iconMenu(); }});
 }
 
+/// The watchdog over this process, while it stands on the stack of run(). The toolkit calls exit() when the display
+/// goes away; that too is an end that is meant, not a crash.
+WatchdogTask* endsAtExit = nullptr;
+
+void endWatchdog() {
+    if (auto* watchdog = std::exchange(endsAtExit, nullptr)) watchdog->terminate();
+}
+
 struct Ending {
     int status = 0;
     std::string openedNext;  // by its bundle path; "" for nothing
@@ -105,6 +114,8 @@ Ending run(int argc, char** argv) {
 
     WatchdogTask watchdog(platform.launcher);
     watchdog.spawn();
+    endsAtExit = &watchdog;
+    std::atexit([] { endWatchdog(); });
     int status = 0;
     {
         AppController controller(platform);
@@ -121,8 +132,8 @@ Ending run(int argc, char** argv) {
         if (views) controller.showIcon = [&views] { views->showIcon(); };
         controller.applicationDidFinishLaunching();
         status = QCoreApplication::exec();
-        watchdog.terminate();
     }
+    endWatchdog();
     uninstallLanguage();
     return {status, ending.relaunches() ? platform.launcher.bundlePath() : ""};
 }
