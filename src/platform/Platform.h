@@ -19,6 +19,7 @@ class Pasteboard;
 class PrivacyGrants;
 class ProgramLauncher;
 class SpeechRecognition;
+class StatusItem;
 class SystemSounds;
 class UrlOpener;
 class UserDefaults;
@@ -44,6 +45,7 @@ struct Platform {
     SystemSounds& sounds;
     ProgramLauncher& launcher;
     Notifications& notifications;
+    StatusItem& statusItem;
     UrlOpener& urls;
     Application& application;
 };

@@ -9,7 +9,6 @@
 #include "platform/Application.h"
 #include "shell/AppController.h"
 #include "shell/WatchdogProcess.h"
-#include "shell/icon/IconLook.h"
 #include "shell/watchdog/WatchdogArguments.h"
 #include "shell/watchdog/WatchdogTask.h"
 #include "views/Application.h"
@@ -20,6 +19,7 @@
 
 #include <QCoreApplication>
 #include <csignal>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -45,6 +45,9 @@ class MainApplication final : public Application {
  public:
     MainApplication(Executor& loop, LinuxDesktop& desktop) : desktop_(desktop), tasks_(loop) {}
 
+    /// Gives what has to end well before the program does.
+    std::function<Task<void>()> settled;
+
     void terminate() override {
         if (!std::exchange(isEnding_, true)) tasks_.spawn(quit());
     }
@@ -57,6 +60,7 @@ class MainApplication final : public Application {
 
  private:
     Task<void> quit() {
+        if (settled) co_await settled();
         co_await desktop_.handOverClipboard();
         QCoreApplication::quit();
     }
@@ -67,17 +71,8 @@ class MainApplication final : public Application {
     TaskScope tasks_;
 };
 
-std::vector<MenuItem> iconMenu(SettingsStore& settings, Application& application) {
-    const bool paused = settings.paused.get();
-    return {{.label = tr(paused ? "Reanudar DORIX" : "Pausar DORIX"),
-             .handler = [&settings, paused] { settings.paused.set(!paused); }},
-            {.separator = true},
-            {.label = tr("Salir de DORIX"), .handler = [&application] { application.terminate(); }}};
-}
-
 /// The windows, where there is a display to draw on.
-std::unique_ptr<Views> makeViews(AppController& controller, const Platform& platform, LinuxDesktop& desktop,
-                                 Application& application) {
+std::unique_ptr<Views> makeViews(AppController& controller, const Platform& platform, LinuxDesktop& desktop) {
     if (!canDraw()) return nullptr;
     return std::make_unique<Views>(
         Views::Environment{.executor = platform.executor,
@@ -86,8 +81,8 @@ std::unique_ptr<Views> makeViews(AppController& controller, const Platform& plat
                            .settings = controller.settings(),
                            .speech = controller.speech(),
                            .appearance = desktop.appearance()},
-        Views::Verbs{.iconTooltip = [] { return iconTooltip({}); },
-                     .iconMenu = [&] { return iconMenu(controller.settings(), application); }});
+        Views::Verbs{.iconTooltip = [&controller] { return controller.iconTooltip(); },
+                     .iconMenu = [&controller] { return controller.iconMenu(); }});
 }
 
 struct Ending {
@@ -121,8 +116,9 @@ Ending run(int argc, char** argv) {
             logLine("se ha perdido la pantalla");
             QCoreApplication::exit(1);
         });
-        const auto views = makeViews(controller, platform, desktop, ending);
-        if (views) views->showIcon();
+        ending.settled = [&controller] { return controller.settled(); };
+        const auto views = makeViews(controller, platform, desktop);
+        if (views) controller.showIcon = [&views] { views->showIcon(); };
         controller.applicationDidFinishLaunching();
         status = QCoreApplication::exec();
         watchdog.terminate();

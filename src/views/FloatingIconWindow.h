@@ -1,9 +1,9 @@
 #pragma once
 
 #include "base/async/Timer.h"
+#include "platform/ClosureMenuItem.h"
 #include "shell/icon/IconLook.h"
 #include "shell/icon/IconMouse.h"
-#include "shell/icon/MenuItem.h"
 #include "shell/icon/Screens.h"
 #include "views/OverlayPanel.h"
 
@@ -29,7 +29,7 @@ class FloatingIconWindow final : public OverlayPanel {
     std::function<void()> onClick = [] {};
     /// The user has dragged it somewhere else.
     std::function<void()> onMoved = [] {};
-    MenuProvider menuProvider;
+    MenuBuilder menuProvider;
 
     /// Takes the place that the user gave it, or the default one; also when the screens have changed.
     void place();

@@ -23,11 +23,11 @@ constexpr int sidePadding = 3 * tokens::space;
 constexpr int leastWidth = 44 * tokens::space;
 constexpr double slip = 3;  // points that the pointer moves in the click that opens the menu
 
-QString shown(const MenuItem& item) { return QString::fromStdString(desktopWords(item.label)); }
+QString shown(const ClosureMenuItem& item) { return QString::fromStdString(desktopWords(item.label)); }
 
 }  // namespace
 
-MenuWindow::MenuWindow(const ViewContext& context, std::vector<MenuItem> items)
+MenuWindow::MenuWindow(const ViewContext& context, Menu items)
     : OverlayPanel(context, X11Desktop::Kind::menu, Focusable::yes), items_(std::move(items)) {
     layOut();
     view().insert({{"current", -1}, {"byKeyboard", false}});
@@ -41,14 +41,11 @@ void MenuWindow::layOut() {
     int top = tokens::space;
     int widest = leastWidth;
     const TextFit fit(tokens::fontBody);
-    for (const MenuItem& item : items_) {
-        const int height = item.separator ? separatorHeight : rowHeight;
+    for (const ClosureMenuItem& item : items_) {
+        const int height = item.isSeparator() ? separatorHeight : rowHeight;
         rows_.push_back({.top = top, .height = height});
-        rows.append(QVariantMap{{"label", shown(item)},
-                                {"separator", item.separator},
-                                {"enabled", item.enabled},
-                                {"y", top},
-                                {"height", height}});
+        rows.append(QVariantMap{
+            {"label", shown(item)}, {"separator", item.isSeparator()}, {"y", top}, {"height", height}});
         top += height;
         widest = std::max(widest, fit.width(shown(item)) + 2 * sidePadding);
     }
@@ -89,8 +86,7 @@ void MenuWindow::close() {
 
 bool MenuWindow::canChoose(int row) const {
     if (row < 0 || row >= static_cast<int>(items_.size())) return false;
-    const MenuItem& item = items_[static_cast<std::size_t>(row)];
-    return item.enabled && !item.separator;
+    return !items_[static_cast<std::size_t>(row)].isSeparator();
 }
 
 void MenuWindow::activate(int row) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "shell/icon/MenuItem.h"
+#include "platform/ClosureMenuItem.h"
 #include "views/OverlayPanel.h"
 
 #include <functional>
@@ -14,7 +14,7 @@ class MenuWindow final : public OverlayPanel {
     Q_OBJECT
 
  public:
-    MenuWindow(const ViewContext& context, std::vector<MenuItem> items);
+    MenuWindow(const ViewContext& context, Menu items);
 
     /// Called once it has closed. It may let go of the window with deleteLater, not at once.
     std::function<void()> onClosed = [] {};
@@ -48,7 +48,7 @@ class MenuWindow final : public OverlayPanel {
     void step(int direction);
     void choosePrefix(const QString& typed);
 
-    std::vector<MenuItem> items_;
+    Menu items_;
     std::vector<Row> rows_;
     int current_ = -1;
     bool armed_ = false;  // the release that follows is of a press meant for the menu

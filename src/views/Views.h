@@ -2,8 +2,8 @@
 
 #include "dictation/AppState.h"
 #include "localdata/SettingsStore.h"
+#include "platform/ClosureMenuItem.h"
 #include "platform/DesktopAppearance.h"
-#include "shell/icon/MenuItem.h"
 #include "speech/SpeechInput.h"
 
 #include <functional>
@@ -31,7 +31,7 @@ class Views {
         std::function<void()> iconClicked = [] {};
         /// In the app language; asked anew when that changes.
         std::function<std::string()> iconTooltip = [] { return std::string(); };
-        MenuProvider iconMenu;
+        MenuBuilder iconMenu;
     };
 
     /// Needs an application that can draw.

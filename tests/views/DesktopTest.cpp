@@ -171,12 +171,12 @@ class ViewsDesktopTest : public ::testing::Test {
         uninstallLanguage();
     }
 
-    std::vector<MenuItem> menuItems() {
+    Menu menuItems() {
         const auto choose = [this](const char* name) { return [this, name] { chosen_ = name; }; };
-        return {{.label = tr("Abrir historial"), .handler = choose("history")},
-                {.separator = true},
-                {.label = tr("Tu cuenta…"), .enabled = false, .handler = choose("account")},
-                {.label = tr("Salir de DORIX"), .handler = choose("quit")}};
+        return {{tr("Abrir historial"), choose("history")},
+                ClosureMenuItem::separator(),
+                {tr("Tu cuenta…"), choose("account")},
+                {tr("Salir de DORIX"), choose("quit")}};
     }
 
     bool runUntil(const std::function<bool()>& condition, double seconds = 5) {

@@ -5,6 +5,7 @@
 #include "linux/atspi/AtspiAccessibility.h"
 #include "linux/dbus/BusConnection.h"
 #include "linux/dbus/DBusNotifications.h"
+#include "linux/dbus/DBusStatusItem.h"
 #include "linux/grants/LinuxPrivacyGrants.h"
 #include "linux/pocketsphinx/PocketsphinxRecognition.h"
 #include "linux/process/LinuxProgramLauncher.h"
@@ -69,6 +70,7 @@ struct LinuxDesktop::Parts {
           urls(watcher),
           bus(BusConnection::openSession(main, watcher, [] {})),
           notifications(serviceOn<Notifications, DBusNotifications, UnavailableNotifications>(main)),
+          statusItem(serviceOn<StatusItem, DBusStatusItem, UnavailableStatusItem>(main)),
           appearance(bus.get(), watcher, xdgConfigHome()) {
         if (auto connection = X11Connection::open(main, watcher)) {
             x11 = std::make_unique<X11Session>(std::move(connection));
@@ -111,6 +113,7 @@ struct LinuxDesktop::Parts {
                 .sounds = sounds,
                 .launcher = launcher,
                 .notifications = *notifications,
+                .statusItem = *statusItem,
                 .urls = urls,
                 .application = application};
     }
@@ -131,6 +134,7 @@ struct LinuxDesktop::Parts {
     XdgUrlOpener urls;
     std::unique_ptr<BusConnection> bus;  // none where there is no session bus
     std::unique_ptr<Notifications> notifications;
+    std::unique_ptr<StatusItem> statusItem;
     LinuxAppearance appearance;
     NoSession none;
     std::unique_ptr<X11Session> x11;

@@ -49,8 +49,11 @@ std::int32_t LinuxProgramLauncher::ownProcessIdentifier() const { return ::getpi
 
 std::string LinuxProgramLauncher::bundlePath() const {
     const auto entry = executable_.parent_path().parent_path() / "share" / "applications" / entryName;
+    // An entry of another installation would start that one.
+    const auto command = openCommand(entry);
     std::error_code error;
-    return fs::exists(entry, error) ? entry.string() : executable_.string();
+    const bool isOurs = !command.empty() && fs::equivalent(command.front(), executable_, error);
+    return isOurs ? entry.string() : executable_.string();
 }
 
 std::unique_ptr<ChildProcess> LinuxProgramLauncher::launchSelf(const std::vector<std::string>& arguments) {

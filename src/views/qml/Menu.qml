@@ -66,7 +66,7 @@ Item {
                     verticalAlignment: Text.AlignVCenter
                     font.family: theme.textFont
                     font.pixelSize: theme.fontBody
-                    color: row.modelData.enabled ? theme.text : theme.textSecondary
+                    color: theme.text
                     Accessible.ignored: true
                 }
             }

@@ -71,6 +71,8 @@ TEST_F(ProgramLauncherTest, TheInstalledEntryIsWhatItIsOpenedBy) {
     EXPECT_EQ(launcher.bundlePath(), entry);
     EXPECT_THAT(openCommand(entry), ElementsAre(program, "here"));
     EXPECT_THAT(openCommand(folder / "none.desktop"), IsEmpty());
+    write(entry, "[Desktop Entry]\nType=Application\nName=DORIX\nExec=/bin/sh\n");
+    EXPECT_EQ(launcher.bundlePath(), program) << "an entry of something else";
     EXPECT_FALSE(launcher.open(folder / "none.desktop"));
     EXPECT_FALSE(launcher.open(folder / "none"));
     EXPECT_EQ(LinuxProgramLauncher(loop.main, folder / "none").launchSelf({}), nullptr);
@@ -87,6 +89,8 @@ TEST_F(ProgramLauncherTest, WhatWasStartedIsWaitedFor) {
     EXPECT_TRUE(loop.runUntil(noChildIsLeft));
     EXPECT_THAT(read(trace), testing::AnyOf("help me\n\n", "\nhelp me\n"));
     helper->terminate();
+    EXPECT_TRUE(openApplication(program));
+    EXPECT_GT(wait(nullptr), 0) << "of itself nobody waits for it";
 }
 
 TEST_F(ProgramLauncherTest, AddressesAreGivenToTheDesktop) {

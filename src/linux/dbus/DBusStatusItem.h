@@ -1,0 +1,37 @@
+#pragma once
+
+#include "linux/dbus/BusConnection.h"
+#include "linux/dbus/DBusMenu.h"
+#include "platform/StatusItem.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace dorix {
+
+/// A status icon as desktops take them over the session bus (StatusNotifierItem), with its menu. It is
+/// announced to whoever looks after such icons, now and when that comes up anew.
+class DBusStatusItem final : public StatusItem {
+ public:
+    /// On the session bus. Both must outlive it; it must outlive the running of the main loop.
+    DBusStatusItem(Executor& main, BusConnection& bus);
+
+    void show(std::function<void()> clicked, MenuBuilder menu) override;
+    void setToolTip(const std::string& text) override;
+
+ private:
+    friend struct StatusItemInterface;
+
+    void announce();
+
+    Executor& main_;
+    BusConnection& bus_;
+    DBusMenu menu_;
+    bool shown_ = false;
+    std::function<void()> clicked_;
+    std::string toolTip_;
+    std::shared_ptr<DBusStatusItem*> self_ = std::make_shared<DBusStatusItem*>(this);
+};
+
+}  // namespace dorix
