@@ -46,8 +46,7 @@ class FloatingIconWindow final : public OverlayPanel {
     /// The menu that stands open, if one does.
     MenuWindow* menu() const { return menu_.get(); }
 
- private Q_SLOTS:
-    void pressed() { onClick(); }
+    Q_SLOT void pressed() { onClick(); }
 
  protected:
     void mousePressEvent(QMouseEvent* event) override;

@@ -25,8 +25,8 @@ class MenuWindow final : public OverlayPanel {
 
     int currentRow() const { return current_; }
 
- public Q_SLOTS:
-    void activate(int row);
+    /// Chooses the row, if it can be chosen.
+    Q_SLOT void activate(int row);
 
  protected:
     void keyPressEvent(QKeyEvent* event) override;

@@ -53,7 +53,7 @@ constexpr const Palette& palette(bool isDark) { return isDark ? dark : light; }
 inline constexpr int space = 4;
 inline constexpr int fontSmall = 12;
 inline constexpr int fontBody = 13;
-inline constexpr double lineHeight = 1.4;  // of the font's size
+inline constexpr int lineHeight = 140;  // per cent of the font's size
 inline constexpr int glyph = 16;
 inline constexpr int bubbleRadius = 10;
 inline constexpr int shadowReach =
@@ -71,7 +71,7 @@ inline constexpr double shadowStrength = 0.14;
 }  // namespace tokens
 
 /// The text lines of one size are this many whole points apart.
-constexpr int lineSpacing(int fontSize) { return static_cast<int>(fontSize * tokens::lineHeight + 0.5); }
+constexpr int lineSpacing(int fontSize) { return (fontSize * tokens::lineHeight + 50) / 100; }
 
 /// A hairline as it looks on the surface, for where nothing may shine through.
 constexpr Argb opaqueOn(Argb color, Argb surface) {
