@@ -1,5 +1,7 @@
 #include "linux/x11/X11Pasteboard.h"
 
+#include "base/Log.h"
+
 #include <xcb/xfixes.h>
 
 #include <algorithm>
@@ -11,7 +13,10 @@ namespace dorix {
 
 namespace {
 
-constexpr double readBudget = 1.0;
+constexpr double snapshotBudget = 5.0;
+constexpr double stringBudget = 1.0;
+// A hung owner must not hold up whoever waits for the snapshot; one that has answered may take its time.
+constexpr double unprovenPatience = 0.4;
 constexpr double handOverBudget = 1.0;
 constexpr double primaryLife = 1.0;
 constexpr std::size_t maxTargets = 256;
@@ -66,6 +71,8 @@ void X11Pasteboard::handleChange(const xcb_generic_event_t& event) {
     // What others did before our own change was seen is undone by it.
     if (own || unseenChanges_ > 0 || commitPending_) return;
     ++changeCount_;
+    ownerAnswers_ = false;
+    ownerFailed_ = false;
     loseClipboard();
     // What an owner that is gone was asked for will not come; from the next one it would be something else.
     for (auto* read : reads_) read->abandon();
@@ -140,7 +147,9 @@ void X11Pasteboard::writeObjects(std::vector<Item> items) {
 }
 
 Task<X11SelectionRead::Result> X11Pasteboard::read(xcb_atom_t target, double deadline) {
-    X11SelectionRead conversion(connection_, clipboard_, target, deadline);
+    const double firstAnswer = ownerAnswers_ ? X11SelectionRead::patience : unprovenPatience;
+    X11SelectionRead conversion(connection_, clipboard_, target, deadline, firstAnswer);
+    const auto count = changeCount_;
     struct Registered {
         std::set<X11SelectionRead*>& reads;
         X11SelectionRead* read;
@@ -149,8 +158,18 @@ Task<X11SelectionRead::Result> X11Pasteboard::read(xcb_atom_t target, double dea
     reads_.insert(&conversion);
     const Registered registered{reads_, &conversion};
     auto data = co_await conversion.result();
+    // Another owner since then has yet to show what it does.
+    if (count == changeCount_) {
+        ownerAnswers_ = !conversion.timedOut();
+        if (!ownerAnswers_) noteFailure(target);
+    }
     if (data && data->type == XCB_ATOM_NONE) data.reset();
     co_return data;
+}
+
+void X11Pasteboard::noteFailure(xcb_atom_t target) {
+    if (std::exchange(ownerFailed_, true)) return;
+    logLine("la aplicación dueña del portapapeles no entregó a tiempo " + connection_.atomName(target));
 }
 
 Task<std::vector<xcb_atom_t>> X11Pasteboard::readTargets(double deadline) {
@@ -169,9 +188,13 @@ Task<Pasteboard::Item> X11Pasteboard::readItem(double deadline) {
     Item item;
     std::set<xcb_atom_t> seen;
     for (const auto target : targets) {
-        if (count != changeCount_ || connection_.executor().now() >= deadline) break;
+        if (count != changeCount_) break;
         const std::string name = connection_.atomName(target);
         if (!isContents(name) || !seen.insert(target).second) continue;
+        if (connection_.executor().now() >= deadline) {
+            noteFailure(target);
+            break;
+        }
         auto data = co_await read(target, deadline);
         if (!data) continue;
         item.emplace_back(pasteboardType({name, connection_.atomName(data->type), data->format}),
@@ -191,7 +214,7 @@ Pasteboard::Item X11Pasteboard::ownItem() {
 }
 
 Task<std::vector<Pasteboard::Item>> X11Pasteboard::pasteboardItems() {
-    const double deadline = connection_.executor().now() + readBudget;
+    const double deadline = connection_.executor().now() + snapshotBudget;
     Item item;
     for (;;) {
         const auto count = changeCount_;
@@ -207,7 +230,7 @@ Task<std::vector<Pasteboard::Item>> X11Pasteboard::pasteboardItems() {
 }
 
 Task<std::optional<std::string>> X11Pasteboard::string() {
-    const double deadline = connection_.executor().now() + readBudget;
+    const double deadline = connection_.executor().now() + stringBudget;
     for (const std::string_view target :
          {"UTF8_STRING", "text/plain;charset=utf-8", "STRING", "text/plain"}) {
         const xcb_atom_t atom = connection_.atom(target);

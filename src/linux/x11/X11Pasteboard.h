@@ -13,8 +13,11 @@
 namespace dorix {
 
 /// The CLIPBOARD selection. It holds at most one item, whose types are the targets that its owner offers,
-/// with the property's type and format where they matter. Reading a whole clipboard takes at most a second
-/// and leaves out what has not come by then. Its tasks must have ended before it is destroyed.
+/// with the property's type and format where they matter. Its tasks must have ended before it is destroyed.
+///
+/// Reading a whole clipboard takes at most five seconds, and the plain text at most one; what has not come by
+/// then is left out. An owner that has answered may take two seconds for each target; one that has yet to
+/// answer, or was silent at the last target, a fraction of one.
 class X11Pasteboard final : public Pasteboard {
  public:
     explicit X11Pasteboard(X11Connection& connection);
@@ -49,6 +52,7 @@ class X11Pasteboard final : public Pasteboard {
     bool isPassing() const;
     void put(std::string_view target, std::string_view type, std::uint8_t format, std::string bytes);
     Task<X11SelectionRead::Result> read(xcb_atom_t target, double deadline);
+    void noteFailure(xcb_atom_t target);
     Task<Item> readItem(double deadline);
     Task<std::vector<xcb_atom_t>> readTargets(double deadline);
     Item ownItem();
@@ -66,6 +70,10 @@ class X11Pasteboard final : public Pasteboard {
     std::shared_ptr<bool> commitPending_;
     /// Own changes whose event is still to come; those of other owners before that are older.
     int unseenChanges_ = 0;
+    /// The clipboard's present owner answered the last time it was asked.
+    bool ownerAnswers_ = false;
+    /// It has failed to, and the log says so.
+    bool ownerFailed_ = false;
     bool servesPrimary_ = false;
     Timer primaryTimer_;
     std::vector<X11Connection::Token> tokens_;
