@@ -65,11 +65,16 @@ X11Pasteboard::~X11Pasteboard() {
 void X11Pasteboard::handleChange(const xcb_generic_event_t& event) {
     const auto& change = reinterpret_cast<const xcb_xfixes_selection_notify_event_t&>(event);
     if (change.window != window_ || change.selection != clipboard_) return;
-    const bool own =
-        change.owner == owner_.window() || (change.owner == XCB_WINDOW_NONE && unseenChanges_ > 0);
-    if (own) unseenChanges_ = std::max(unseenChanges_ - 1, 0);
-    // What others did before our own change was seen is undone by it.
-    if (own || unseenChanges_ > 0 || commitPending_) return;
+    // What others did before our own change is undone by it.
+    if (!commitPending_ && !isSettled(event)) noteForeignChange();
+}
+
+bool X11Pasteboard::isSettled(const xcb_generic_event_t& event) const {
+    // The numbers wrap around.
+    return settledBefore_ && static_cast<std::int32_t>(event.full_sequence - *settledBefore_) < 0;
+}
+
+void X11Pasteboard::noteForeignChange() {
     ++changeCount_;
     ownerAnswers_ = false;
     ownerFailed_ = false;
@@ -102,13 +107,25 @@ void X11Pasteboard::scheduleCommit() {
 
 void X11Pasteboard::commit() {
     if (!std::exchange(commitPending_, nullptr)) return;
-    ++unseenChanges_;
+    if (owner_.window() == XCB_WINDOW_NONE) return;
     // A clipboard without an owner is how others see that it is empty.
-    if (contents_.entries().empty()) {
+    const bool empty = contents_.entries().empty();
+    if (empty) {
         owner_.giveUp(clipboard_);
     } else {
         owner_.take(clipboard_, contents_);
     }
+    settle(empty ? xcb_window_t{XCB_WINDOW_NONE} : owner_.window());
+}
+
+// Events of changes do not say enough to tell our own from others', nor which came last. The server's answer
+// does: it holds all that happened before it was given, and the events of that are passed over.
+void X11Pasteboard::settle(xcb_window_t expected) {
+    const auto cookie = xcb_get_selection_owner(connection_.get(), clipboard_);
+    const auto now = connection_.reply(xcb_get_selection_owner_reply, cookie);
+    if (!now) return;
+    settledBefore_ = cookie.sequence;
+    if (now->owner != expected) noteForeignChange();
 }
 
 void X11Pasteboard::put(std::string_view target, std::string_view type, std::uint8_t format,

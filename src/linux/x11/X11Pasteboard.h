@@ -46,7 +46,10 @@ class X11Pasteboard final : public Pasteboard {
 
  private:
     void handleChange(const xcb_generic_event_t& event);
+    bool isSettled(const xcb_generic_event_t& event) const;
+    void noteForeignChange();
     void loseClipboard();
+    void settle(xcb_window_t expected);
     void scheduleCommit();
     void endPrimary();
     bool isPassing() const;
@@ -68,8 +71,9 @@ class X11Pasteboard final : public Pasteboard {
     bool owns_ = false;
     /// Whether contents_ have yet to be put on the clipboard; gone with this.
     std::shared_ptr<bool> commitPending_;
-    /// Own changes whose event is still to come; those of other owners before that are older.
-    int unseenChanges_ = 0;
+    /// The number of the request that told who has the clipboard after our last change: events before it are
+    /// taken into account.
+    std::optional<std::uint32_t> settledBefore_;
     /// The clipboard's present owner answered the last time it was asked.
     bool ownerAnswers_ = false;
     /// It has failed to, and the log says so.

@@ -45,6 +45,12 @@ class X11PasteboardTest : public DesktopTest {
         ASSERT_TRUE(waitFor([&] { return xclip.hasEnded() && pasteboard_->changeCount() > before; }));
     }
 
+    void offer(const std::string& text) {
+        pasteboard_->clearContents();
+        pasteboard_->setString(text);
+        pasteboard_->commit();
+    }
+
     std::string pasteWithXclip(const std::string& target) {
         const std::string file = ::testing::TempDir() + "dorix-xclip-out";
         Process xclip("xclip -selection clipboard -t '" + target + "' -o > " + file);
@@ -279,6 +285,43 @@ TEST_F(X11PasteboardTest, CountsEachChangeOnce) {
     pasteboard_->setString("tres");
     EXPECT_EQ(result(pasteboard_->string()), "dos");
     EXPECT_EQ(pasteWithXclip("UTF8_STRING"), "dos");
+}
+
+TEST_F(X11PasteboardTest, TheLastOfSeveralChangesCountsHoweverLateTheyAreHeardOf) {
+    settle();
+    const auto carriedOut = [this] {
+        user_->reply(xcb_get_input_focus_reply, xcb_get_input_focus(user_->get()));
+    };
+    const auto refuse = [](const auto&) {};
+    const auto before = pasteboard_->changeCount();
+    // One owner dies and another comes before our change, and all of it is heard of afterwards.
+    RawOwner dying(*user_, refuse);
+    dying.quit();
+    const RawOwner earlier(*user_, refuse);
+    carriedOut();
+    offer("nuestro");
+    settle();
+    EXPECT_EQ(pasteboard_->changeCount(), before + 1);
+    EXPECT_EQ(result(pasteboard_->string()), "nuestro");
+    EXPECT_EQ(pasteWithXclip("UTF8_STRING"), "nuestro");
+
+    // Another takes it right after us, before we have heard of ourselves.
+    offer("de paso");
+    RawOwner* raw = nullptr;
+    RawOwner later(*user_, [&](const auto& request) { raw->reply(request, "UTF8_STRING", 8, "ajeno"); });
+    raw = &later;
+    carriedOut();
+    settle();
+    EXPECT_EQ(pasteboard_->changeCount(), before + 3);
+    EXPECT_EQ(result(pasteboard_->string()), "ajeno");
+
+    // Emptied by us, then by an owner that comes and dies.
+    pasteboard_->clearContents();
+    pasteboard_->commit();
+    RawOwner last(*user_, refuse);
+    last.quit();
+    settle();
+    EXPECT_EQ(pasteboard_->changeCount(), before + 6) << "it came and it went";
 }
 
 TEST_F(X11PasteboardTest, AClearedClipboardHasNoOwner) {
