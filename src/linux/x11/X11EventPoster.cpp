@@ -1,5 +1,6 @@
 #include "linux/x11/X11EventPoster.h"
 
+#include "base/Log.h"
 #include "platform/KeyCodes.h"
 
 #include <xkbcommon/xkbcommon-keysyms.h>
@@ -69,27 +70,39 @@ CommandChord X11EventPoster::commandChordInFront() {
     return chord == CommandChord::controlShift ? CommandChord::insertPrimary : chord;
 }
 
+X11EventPoster::Chord X11EventPoster::keysOf(const std::vector<OptionalKey>& keys) {
+    Chord chord;
+    for (const auto& key : keys) {
+        if (!key) {
+            logLine("el teclado no tiene las teclas para copiar o pegar en la aplicación de delante");
+            return {};
+        }
+        chord.push_back(*key);
+    }
+    return chord;
+}
+
 X11EventPoster::Chord X11EventPoster::commandChord(std::uint16_t keyCode) {
     const auto letter = keyboard_.keyFor(keyCode);
     const auto control = keyboard_.keyFor(keycode::leftControl);
     const auto shift = keyboard_.keyFor(keycode::leftShift);
     const auto insert = keyboard_.keyForSymbol(XKB_KEY_Insert);
-    if (!letter || !control || !shift || !insert) return {};
     const bool paste = keyCode == keycode::v;
     switch (commandChordInFront()) {
         case CommandChord::control:
-            return {*control, *letter};
+            return keysOf({control, letter});
         case CommandChord::controlShift:
-            return {*control, *shift, *letter};
+            return keysOf({control, shift, letter});
         case CommandChord::insert:
-            return paste ? Chord{*shift, *insert} : Chord{*control, *insert};
+            return keysOf({paste ? shift : control, insert});
         case CommandChord::insertPrimary:
             break;
     }
     // Control and C would interrupt the program in the terminal.
     if (!paste) return {};
-    pasteboard_.servePrimaryForPaste();
-    return {*shift, *insert};
+    auto chord = keysOf({shift, insert});
+    if (!chord.empty()) pasteboard_.servePrimaryForPaste();
+    return chord;
 }
 
 void X11EventPoster::press(const Chord& chord) {

@@ -24,9 +24,11 @@ class X11EventPoster final : public EventPoster {
  private:
     /// Keys in the order they are pressed.
     using Chord = std::vector<xcb_keycode_t>;
+    using OptionalKey = std::optional<xcb_keycode_t>;
 
     Chord chordFor(std::uint16_t keyCode, std::uint64_t flags);
     CommandChord commandChordInFront();
+    static Chord keysOf(const std::vector<OptionalKey>& keys);
     Chord commandChord(std::uint16_t keyCode);
     void press(const Chord& chord);
     void release();

@@ -84,6 +84,27 @@ TEST_F(X11PasteTest, NeverInterruptsTheProgramInATerminalThatPastesPrimaryOnly) 
     EXPECT_THAT(terminal->keys(), ElementsAre("+Shift_L/0", "+Insert/1", "-Insert/1", "-Shift_L/1"));
 }
 
+TEST_F(X11PasteTest, NeedsNoOtherKeysThanThoseOfTheChord) {
+    setLayout("us");
+    bool changed = false;
+    const auto token = keyboard_->onChange([&] { changed = true; });
+    const xcb_keycode_t insert = keyboard_->keyForSymbol(XKB_KEY_Insert).value();
+    const xcb_keysym_t nothing = XCB_NO_SYMBOL;
+    xcb_change_keyboard_mapping(user_->get(), 1, insert, 1, &nothing);
+    user_->flush();
+    ASSERT_TRUE(waitFor([&] { return changed && !keyboard_->keyForSymbol(XKB_KEY_Insert); }));
+    {
+        const auto editor = openApplication("mousepad", "Mousepad");
+        post(keycode::v);
+        EXPECT_TRUE(waitFor([&] { return editor->count("+v/4") == 1; }));
+    }
+    const auto terminal = openApplication("xterm", "XTerm");
+    ::testing::internal::CaptureStderr();
+    post(keycode::v);
+    EXPECT_THAT(::testing::internal::GetCapturedStderr(), ::testing::HasSubstr("DORIX: el teclado no tiene"));
+    EXPECT_THAT(terminal->keys(), IsEmpty());
+}
+
 TEST_F(X11PasteTest, HeldModifiersDoNotMixInAndAreHeldAgainAfterwards) {
     setLayout("es");
     const auto editor = openApplication("mousepad", "Mousepad");
