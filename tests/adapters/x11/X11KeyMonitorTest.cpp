@@ -3,7 +3,6 @@
 #include "platform/KeyCodes.h"
 
 #include <gmock/gmock.h>
-#include <unistd.h>
 #include <xkbcommon/xkbcommon-keysyms.h>
 
 namespace dorix::testing {
@@ -118,7 +117,7 @@ TEST_F(X11KeyMonitorTest, SeesKeysWhileAnotherProgramHasGrabbedTheKeyboard) {
 }
 
 TEST_F(X11KeyMonitorTest, OwnWindowsAreLocal) {
-    const auto own = openApplication("dorix", "Dorix", static_cast<std::uint32_t>(::getpid()));
+    const auto own = openApplication("dorix", "Dorix", OtherApplication::Belongs::toUs);
     tap(keycode::escape);
     EXPECT_THAT(keys_, IsEmpty());
     EXPECT_THAT(localKeys_, ElementsAre(KeyEvent{keycode::escape, 0}));
