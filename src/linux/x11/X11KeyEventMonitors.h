@@ -11,8 +11,8 @@
 namespace dorix {
 
 /// The key monitors of an X11 session. A key is local when one of this process's windows has the focus, and
-/// global otherwise. Keys can only be observed here: a local handler's true does not keep the key from the
-/// window, which therefore must not act on what the handler has used.
+/// global otherwise. Raw events can only be observed: a local handler's true does not swallow the key. Windows
+/// of ours that act on Esc filter it themselves where the handler has used it.
 ///
 /// While somebody monitors, an Alt or Super key that is held alone no longer opens the menu of the application
 /// in front when it goes up, as text that is pasted then would go there. A short tap still does.
