@@ -19,7 +19,17 @@ constexpr double stringBudget = 1.0;
 constexpr double unprovenPatience = 0.4;
 constexpr double handOverBudget = 1.0;
 constexpr double primaryLife = 1.0;
+// The paste waits for it, and the clipboard is put back soon after.
+constexpr double primaryBudget = 0.2;
 constexpr std::size_t maxTargets = 256;
+
+std::vector<xcb_atom_t> atomsIn(const X11SelectionRead::Result& data) {
+    std::vector<xcb_atom_t> atoms;
+    if (!data || data->format != 32) return atoms;
+    atoms.resize(std::min(data->bytes.size() / sizeof(xcb_atom_t), maxTargets));
+    if (!atoms.empty()) std::memcpy(atoms.data(), data->bytes.data(), atoms.size() * sizeof(xcb_atom_t));
+    return atoms;
+}
 
 /// What clipboard managers on Linux look for before they keep contents.
 struct Marker {
@@ -189,18 +199,8 @@ void X11Pasteboard::noteFailure(xcb_atom_t target) {
     logLine("la aplicación dueña del portapapeles no entregó a tiempo " + connection_.atomName(target));
 }
 
-Task<std::vector<xcb_atom_t>> X11Pasteboard::readTargets(double deadline) {
-    const auto data = co_await read(connection_.atom("TARGETS"), deadline);
-    std::vector<xcb_atom_t> targets;
-    if (!data || data->format != 32) co_return targets;
-    targets.resize(std::min(data->bytes.size() / sizeof(xcb_atom_t), maxTargets));
-    if (!targets.empty())
-        std::memcpy(targets.data(), data->bytes.data(), targets.size() * sizeof(xcb_atom_t));
-    co_return targets;
-}
-
 Task<Pasteboard::Item> X11Pasteboard::readItem(double deadline) {
-    const auto targets = co_await readTargets(deadline);
+    const auto targets = atomsIn(co_await read(connection_.atom("TARGETS"), deadline));
     const auto count = changeCount_;
     Item item;
     std::set<xcb_atom_t> seen;
@@ -265,18 +265,42 @@ Task<std::optional<std::string>> X11Pasteboard::string() {
     co_return std::nullopt;
 }
 
-void X11Pasteboard::servePrimaryForPaste() {
-    if (!owns_ || contents_.entries().empty()) return;
+Task<void> X11Pasteboard::servePrimaryForPaste() {
     commit();
+    const auto count = changeCount_;
+    if (!owns_ || contents_.entries().empty()) co_return;
+    co_await keepPrimary();
+    if (count != changeCount_) co_return;
     servesPrimary_ = true;
     owner_.take(XCB_ATOM_PRIMARY, contents_);
     primaryTimer_.once(primaryLife, [this] { endPrimary(); });
 }
 
+Task<void> X11Pasteboard::keepPrimary() {
+    const auto present =
+        connection_.reply(xcb_get_selection_owner_reply,
+                          xcb_get_selection_owner(connection_.get(), xcb_atom_t{XCB_ATOM_PRIMARY}));
+    // What was kept for an earlier paste is still what the user selected last.
+    if (!present || present->owner == owner_.window()) co_return;
+    primaryBefore_.clear();
+    if (present->owner == XCB_WINDOW_NONE) co_return;
+    const double deadline = connection_.executor().now() + primaryBudget;
+    SelectionContents kept;
+    const X11SelectionRead listing(connection_, XCB_ATOM_PRIMARY, connection_.atom("TARGETS"), deadline);
+    for (const auto target : atomsIn(co_await listing.result())) {
+        if (connection_.executor().now() >= deadline) break;
+        if (!isContents(connection_.atomName(target)) || kept.find(target)) continue;
+        const X11SelectionRead conversion(connection_, XCB_ATOM_PRIMARY, target, deadline);
+        auto data = co_await conversion.result();
+        if (data && data->type != XCB_ATOM_NONE) kept.put(target, std::move(*data));
+    }
+    primaryBefore_ = std::move(kept);
+}
+
 void X11Pasteboard::endPrimary() {
     if (!std::exchange(servesPrimary_, false)) return;
     primaryTimer_.stop();
-    owner_.giveUpIfOwned(XCB_ATOM_PRIMARY);
+    owner_.replaceIfOwned(XCB_ATOM_PRIMARY, primaryBefore_);
 }
 
 bool X11Pasteboard::isPassing() const {

@@ -35,10 +35,11 @@ class X11Pasteboard final : public Pasteboard {
     /// complete. This does it now; whoever tells another application to paste calls it first.
     void commit();
 
-    /// Offers what is on the clipboard as the PRIMARY selection too, for a terminal that pastes only that.
-    /// Ends by itself after a moment or when the clipboard changes. Does nothing unless the clipboard is
-    /// ours.
-    void servePrimaryForPaste();
+    /// Offers what is on the clipboard as the PRIMARY selection too, for a terminal that pastes only that; the
+    /// task ends when it does. Ends by itself after a moment or when the clipboard changes, and then offers
+    /// what was selected before, as far as its owner told in a fraction of a second. Does nothing unless the
+    /// clipboard is ours.
+    Task<void> servePrimaryForPaste();
 
     /// Asks the clipboard manager to take over what we hold, which is otherwise gone when the program ends.
     /// True when it did; at once, or after a second at most. Passing contents are not handed over.
@@ -51,13 +52,13 @@ class X11Pasteboard final : public Pasteboard {
     void loseClipboard();
     void settle(xcb_window_t expected);
     void scheduleCommit();
+    Task<void> keepPrimary();
     void endPrimary();
     bool isPassing() const;
     void put(std::string_view target, std::string_view type, std::uint8_t format, std::string bytes);
     Task<X11SelectionRead::Result> read(xcb_atom_t target, double deadline);
     void noteFailure(xcb_atom_t target);
     Task<Item> readItem(double deadline);
-    Task<std::vector<xcb_atom_t>> readTargets(double deadline);
     Item ownItem();
 
     X11Connection& connection_;
@@ -79,6 +80,8 @@ class X11Pasteboard final : public Pasteboard {
     /// It has failed to, and the log says so.
     bool ownerFailed_ = false;
     bool servesPrimary_ = false;
+    /// What the user had selected before we took PRIMARY.
+    SelectionContents primaryBefore_;
     Timer primaryTimer_;
     std::vector<X11Connection::Token> tokens_;
 };

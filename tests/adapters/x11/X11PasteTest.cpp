@@ -212,5 +212,43 @@ TEST_F(X11PasteTest, PastesIntoATerminalEmulatorAndGivesPrimaryUp) {
     std::filesystem::remove(file);
 }
 
+TEST_F(X11PasteTest, WhatTheUserHadSelectedCanBePastedAgainAfterwards) {
+    const auto terminal = openApplication("xterm", "XTerm");
+    const auto contents = [this](const std::string& arguments) {
+        const auto file =
+            std::filesystem::temp_directory_path() / ("dorix-primary-" + std::to_string(::getpid()));
+        Process xclip("xclip -o " + arguments + " > " + file.string());
+        EXPECT_TRUE(waitFor([&] { return xclip.hasEnded(); }));
+        return contentsOf(file);
+    };
+    Process select("xclip -i -selection primary", "lo seleccionado");
+    ASSERT_TRUE(waitFor([&] { return select.hasEnded(); }));
+    // Twice: the second time the selection is kept by us.
+    for (int i = 0; i < 2; ++i) {
+        terminal->forgetKeys();
+        offer("dictado");
+        post(keycode::v);
+        ASSERT_TRUE(waitFor([&] { return terminal->keys().size() == 4; }));
+        EXPECT_EQ(terminal->keys().back(), "-Shift_L/1");
+        EXPECT_EQ(contents("-selection primary"), "dictado");
+        EXPECT_TRUE(waitFor([&] { return contents("-selection primary") == "lo seleccionado"; }));
+        EXPECT_EQ(contents("-selection clipboard"), "dictado");
+    }
+
+    // An owner that never answers holds the paste up for a moment only.
+    const auto window = user_->createHiddenWindow(XCB_EVENT_MASK_NO_EVENT);
+    xcb_set_selection_owner(user_->get(), window, XCB_ATOM_PRIMARY, XCB_CURRENT_TIME);
+    user_->flush();
+    settle();
+    terminal->forgetKeys();
+    const double start = loop_.now();
+    offer("otro");
+    post(keycode::v);
+    EXPECT_TRUE(waitFor([&] { return terminal->keys().size() == 4; }));
+    EXPECT_LT(loop_.now() - start, 0.4);
+    EXPECT_EQ(contents("-selection primary"), "otro");
+    xcb_destroy_window(user_->get(), window);
+}
+
 }  // namespace
 }  // namespace dorix::testing
