@@ -11,11 +11,11 @@
 namespace dorix {
 
 /// The key monitors of an X11 session. A key is local when one of this process's windows has the focus, and
-/// global otherwise. Raw events can only be observed: a local handler's true does not swallow the key. Windows
-/// of ours that act on Esc filter it themselves where the handler has used it.
+/// global otherwise. Raw events can only be observed: a local handler's true does not swallow the key.
+/// Windows of ours that act on Esc filter it themselves where the handler has used it.
 ///
-/// While somebody monitors, an Alt or Super key that is held alone no longer opens the menu of the application
-/// in front when it goes up, as text that is pasted then would go there. A short tap still does.
+/// While somebody monitors, an Alt or Super key that is held alone no longer opens the menu of the
+/// application in front when it goes up, as text that is pasted then would go there. A short tap still does.
 class X11KeyEventMonitors final : public KeyEventMonitors {
  public:
     X11KeyEventMonitors(X11Connection& connection, X11Keyboard& keyboard, X11KeyInput& input,

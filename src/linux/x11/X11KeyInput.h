@@ -45,8 +45,8 @@ class X11KeyInput {
     /// Sends a stroke as if typed; the caller flushes the connection.
     void fake(KeyStroke stroke);
 
-    /// Where the application in front saw Alt or Super go down and would see it go up with nothing in between,
-    /// many open their menu on that. This puts a key without a meaning in between.
+    /// Where the application in front saw Alt or Super go down and would see it go up with nothing in
+    /// between, many open their menu on that. This puts a key without a meaning in between.
     void spoilMenuActivation();
 
     /// Asks the server which keys are down, a round trip: keys that went up unseen are told to the listeners

@@ -35,10 +35,10 @@ class X11Pasteboard final : public Pasteboard {
     /// complete. This does it now; whoever tells another application to paste calls it first.
     void commit();
 
-    /// Offers what is on the clipboard as the PRIMARY selection too, for a terminal that pastes only that; the
-    /// task ends when it does. Ends by itself after a moment or when the clipboard changes, and then offers
-    /// what was selected before, as far as its owner told in a fraction of a second. Does nothing unless the
-    /// clipboard is ours.
+    /// Offers what is on the clipboard as the PRIMARY selection too, for a terminal that pastes only that;
+    /// the task ends when it does. Ends by itself after a moment or when the clipboard changes, and then
+    /// offers what was selected before, as far as its owner told in a fraction of a second. Does nothing
+    /// unless the clipboard is ours.
     Task<void> servePrimaryForPaste();
 
     /// Asks the clipboard manager to take over what we hold, which is otherwise gone when the program ends.

@@ -21,7 +21,8 @@ class X11SelectionRead {
     /// How long an owner at work on a target, or on the next piece of it, may be silent.
     static constexpr double patience = 2.0;
 
-    /// Asks the owner, which has `firstAnswer` seconds to say something. `deadline` is in the executor's time.
+    /// Asks the owner, which has `firstAnswer` seconds to say something. `deadline` is in the executor's
+    /// time.
     X11SelectionRead(X11Connection& connection, xcb_atom_t selection, xcb_atom_t target, double deadline,
                      double firstAnswer = patience);
     ~X11SelectionRead();

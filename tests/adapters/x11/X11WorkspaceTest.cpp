@@ -79,8 +79,8 @@ class BareDisplayTest : public DesktopTest {
         if (!connection_) return;
         const std::string file = ::testing::TempDir() + "dorix-bare-display";
         std::filesystem::remove(file);
-        server_ =
-            std::make_unique<Process>("Xvfb -displayfd 1 -maxclients 64 -nolisten tcp -noreset >" + file + " 2>/dev/null");
+        server_ = std::make_unique<Process>("Xvfb -displayfd 1 -maxclients 64 -nolisten tcp -noreset >" +
+                                            file + " 2>/dev/null");
         std::string number;
         ASSERT_TRUE(waitFor(
             [&] { return static_cast<bool>(std::getline(std::ifstream(file) >> std::ws, number)); }, 10));
@@ -127,7 +127,8 @@ TEST_F(BareDisplayTest, ThePasteboardFollowsOthersAlsoWhenItCannotOwnAnything) {
     {
         // As many clients as the server takes.
         std::vector<std::unique_ptr<X11Connection>> crowd;
-        while (auto one = X11Connection::open(loop_, loop_, bare_->display())) crowd.push_back(std::move(one));
+        while (auto one = X11Connection::open(loop_, loop_, bare_->display()))
+            crowd.push_back(std::move(one));
         crippled = std::make_unique<X11Pasteboard>(*bare_);
     }
     crippled->clearContents();
