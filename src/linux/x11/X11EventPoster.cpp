@@ -1,5 +1,6 @@
 #include "linux/x11/X11EventPoster.h"
 
+#include "base/Log.h"
 #include "platform/KeyCodes.h"
 
 #include <xkbcommon/xkbcommon-keysyms.h>
@@ -7,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <ranges>
+#include <utility>
 
 namespace dorix {
 
@@ -31,16 +33,25 @@ X11EventPoster::X11EventPoster(X11Connection& connection, X11Keyboard& keyboard,
       input_(input),
       windows_(windows),
       pasteboard_(pasteboard),
-      strokes_(input.listen([this](const KeyStroke& stroke) { handleStroke(stroke); })) {}
+      strokes_(input.listen([this](const KeyStroke& stroke) { handleStroke(stroke); })),
+      tasks_(connection.executor()) {}
 
 void X11EventPoster::postKeyboardEvent(std::uint16_t keyCode, Direction direction, std::uint64_t flags) {
     if (connection_.isLost()) return;
     if (direction == Direction::down) {
         release();
         pressedCode_ = keyCode;
+        ++downs_;
+        isHeld_ = true;
         pasteboard_.commit();
-        press(chordFor(keyCode, flags));
+        auto chord = chordFor(keyCode, flags);
+        if (chord.pastesPrimary) {
+            tasks_.spawn(pressForPrimary(std::move(chord)));
+        } else {
+            press(chord);
+        }
     } else if (keyCode == pressedCode_) {
+        isHeld_ = false;
         release();
     }
     connection_.flush();
@@ -51,11 +62,11 @@ X11EventPoster::Chord X11EventPoster::chordFor(std::uint16_t keyCode, std::uint6
     Chord chord;
     for (const auto& [flag, modifierCode] : flagKeys) {
         const auto key = (flags & flag) != 0 ? keyboard_.keyFor(modifierCode) : std::nullopt;
-        if (key) chord.push_back(*key);
+        if (key) chord.keys.push_back(*key);
     }
     const auto key = keyboard_.keyFor(keyCode);
     if (!key) return {};
-    chord.push_back(*key);
+    chord.keys.push_back(*key);
     return chord;
 }
 
@@ -69,44 +80,65 @@ CommandChord X11EventPoster::commandChordInFront() {
     return chord == CommandChord::controlShift ? CommandChord::insertPrimary : chord;
 }
 
+X11EventPoster::Chord X11EventPoster::keysOf(const std::vector<OptionalKey>& keys) {
+    Chord chord;
+    for (const auto& key : keys) {
+        if (!key) {
+            logLine("el teclado no tiene las teclas para copiar o pegar en la aplicación de delante");
+            return {};
+        }
+        chord.keys.push_back(*key);
+    }
+    return chord;
+}
+
 X11EventPoster::Chord X11EventPoster::commandChord(std::uint16_t keyCode) {
     const auto letter = keyboard_.keyFor(keyCode);
     const auto control = keyboard_.keyFor(keycode::leftControl);
     const auto shift = keyboard_.keyFor(keycode::leftShift);
     const auto insert = keyboard_.keyForSymbol(XKB_KEY_Insert);
-    if (!letter || !control || !shift || !insert) return {};
     const bool paste = keyCode == keycode::v;
     switch (commandChordInFront()) {
         case CommandChord::control:
-            return {*control, *letter};
+            return keysOf({control, letter});
         case CommandChord::controlShift:
-            return {*control, *shift, *letter};
+            return keysOf({control, shift, letter});
         case CommandChord::insert:
-            return paste ? Chord{*shift, *insert} : Chord{*control, *insert};
+            return keysOf({paste ? shift : control, insert});
         case CommandChord::insertPrimary:
             break;
     }
     // Control and C would interrupt the program in the terminal.
     if (!paste) return {};
-    pasteboard_.servePrimaryForPaste();
-    return {*shift, *insert};
+    auto chord = keysOf({shift, insert});
+    chord.pastesPrimary = !chord.keys.empty();
+    return chord;
+}
+
+Task<void> X11EventPoster::pressForPrimary(Chord chord) {
+    const auto down = downs_;
+    co_await pasteboard_.servePrimaryForPaste();
+    if (down != downs_) co_return;
+    press(chord);
+    if (!isHeld_) release();
+    connection_.flush();
 }
 
 void X11EventPoster::press(const Chord& chord) {
-    if (chord.empty()) return;
+    if (chord.keys.empty()) return;
     for (unsigned key = 0; key < input_.held().size(); ++key) {
         const auto code = static_cast<xcb_keycode_t>(key);
         if (!input_.held()[key] || keyboard_.isLock(code)) continue;
         letGo_.set(key);
         input_.fake({code, up});
     }
-    for (const auto key : chord) input_.fake({key, down});
+    for (const auto key : chord.keys) input_.fake({key, down});
     pressed_ = chord;
 }
 
 void X11EventPoster::release() {
     if (!pressed_) return;
-    for (const auto key : std::views::reverse(*pressed_)) input_.fake({key, up});
+    for (const auto key : std::views::reverse(pressed_->keys)) input_.fake({key, up});
     pressed_.reset();
     // Other keys stay up: pressed again they would type.
     for (unsigned key = 0; key < letGo_.size(); ++key) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/async/TaskScope.h"
 #include "linux/x11/CommandChords.h"
 #include "linux/x11/X11KeyInput.h"
 #include "linux/x11/X11Pasteboard.h"
@@ -13,7 +14,8 @@ namespace dorix {
 
 /// Types through the X server's test extension. Keys that the user holds are let go for the length of a
 /// chord, from its key-down to its key-up; modifiers are pressed again after it. Locks are left as they are:
-/// no application's copy and paste chords mind them.
+/// no application's copy and paste chords mind them. A terminal that pastes only PRIMARY gets its chord when
+/// that selection is ready, a moment later.
 class X11EventPoster final : public EventPoster {
  public:
     X11EventPoster(X11Connection& connection, X11Keyboard& keyboard, X11KeyInput& input, X11Windows& windows,
@@ -22,12 +24,18 @@ class X11EventPoster final : public EventPoster {
     void postKeyboardEvent(std::uint16_t keyCode, Direction direction, std::uint64_t flags) override;
 
  private:
-    /// Keys in the order they are pressed.
-    using Chord = std::vector<xcb_keycode_t>;
+    struct Chord {
+        /// In the order they are pressed.
+        std::vector<xcb_keycode_t> keys;
+        bool pastesPrimary = false;
+    };
+    using OptionalKey = std::optional<xcb_keycode_t>;
 
     Chord chordFor(std::uint16_t keyCode, std::uint64_t flags);
     CommandChord commandChordInFront();
+    static Chord keysOf(const std::vector<OptionalKey>& keys);
     Chord commandChord(std::uint16_t keyCode);
+    Task<void> pressForPrimary(Chord chord);
     void press(const Chord& chord);
     void release();
     void handleStroke(const KeyStroke& stroke);
@@ -38,10 +46,14 @@ class X11EventPoster final : public EventPoster {
     X11Windows& windows_;
     X11Pasteboard& pasteboard_;
     std::uint16_t pressedCode_ = 0;
+    /// Tells key-downs apart, and whether the key of the last one is still to be held.
+    std::uint64_t downs_ = 0;
+    bool isHeld_ = false;
     std::optional<Chord> pressed_;
     X11Keyboard::KeySet letGo_;
     X11Keyboard::KeySet pressedAgain_;
     X11Connection::Token strokes_;
+    TaskScope tasks_;
 };
 
 }  // namespace dorix

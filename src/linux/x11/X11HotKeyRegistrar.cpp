@@ -140,20 +140,10 @@ void X11HotKeyRegistrar::release(Ref ref) {
     if (found == hotKeys_.end()) return;
     const HotKeyID id = found->second.id;
     found->second.isDown = false;
-    spoilMenuActivation();
+    // The chord's key being ours, the application in front sees its Alt or Super alone.
+    if ((input_.modifierFlags() & (modifier::option | modifier::command)) != 0) input_.spoilMenuActivation();
     regrabAll();
     if (handler_) handler_(id, eventReleased);
-}
-
-// The application in front saw Alt go down and, the chord's key being ours, will see it go up with nothing in
-// between: many open their menu on that. A key without a meaning in between keeps them from it.
-void X11HotKeyRegistrar::spoilMenuActivation() {
-    if ((input_.modifierFlags() & (modifier::option | modifier::command)) == 0) return;
-    const auto key = keyboard_.unassignedKey();
-    if (!key) return;
-    input_.fake({*key, KeyStroke::Direction::down});
-    input_.fake({*key, KeyStroke::Direction::up});
-    connection_.flush();
 }
 
 }  // namespace dorix

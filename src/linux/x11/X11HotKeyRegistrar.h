@@ -50,7 +50,6 @@ class X11HotKeyRegistrar final : public HotKeyRegistrar {
     void handleKeyPress(const xcb_key_press_event_t& event);
     void handleStroke(const KeyStroke& stroke);
     void release(Ref ref);
-    void spoilMenuActivation();
 
     X11Connection& connection_;
     X11Keyboard& keyboard_;

@@ -4,11 +4,22 @@
 
 #include <unistd.h>
 
+#include <algorithm>
+
 namespace dorix {
+
+namespace {
+// Shorter than a press that counts as a hold, so that none of those leaves a menu open; longer than a tap.
+constexpr double menuTapLimit = 0.25;
+}  // namespace
 
 X11KeyEventMonitors::X11KeyEventMonitors(X11Connection& connection, X11Keyboard& keyboard, X11KeyInput& input,
                                          X11Windows& windows)
-    : connection_(connection), keyboard_(keyboard), input_(input), windows_(windows) {
+    : connection_(connection),
+      keyboard_(keyboard),
+      input_(input),
+      windows_(windows),
+      hold_(connection.executor()) {
     connection_.selectRootEvents(XCB_EVENT_MASK_PROPERTY_CHANGE);
     connection_.flush();
     tokens_.push_back(connection_.listen(XCB_PROPERTY_NOTIFY, [this](const auto& event) {
@@ -44,7 +55,32 @@ bool X11KeyEventMonitors::reportsKey(std::uint16_t keyCode) const {
     return keyboard_.keyFor(keyCode).has_value();
 }
 
+bool X11KeyEventMonitors::isMonitored() const {
+    return std::ranges::any_of(monitors_, [](const auto& monitor) { return !monitor.expired(); });
+}
+
+void X11KeyEventMonitors::watchHold(const KeyStroke& stroke) {
+    // Any other stroke has come between already.
+    hold_.stop();
+    if (stroke.direction == KeyStroke::Direction::up || !keyboard_.opensMenus(stroke.key)) return;
+    // With other modifiers it may be a chord for changing the layout, which a key in between would spoil.
+    if (!isMonitored() || !isOnlyModifierHeld(stroke.key)) return;
+    hold_.once(menuTapLimit, [this] {
+        if (isMonitored()) input_.spoilMenuActivation();
+    });
+}
+
+bool X11KeyEventMonitors::isOnlyModifierHeld(xcb_keycode_t key) const {
+    for (unsigned other = 0; other < input_.held().size(); ++other) {
+        const auto code = static_cast<xcb_keycode_t>(other);
+        if (other != key && input_.held()[other] && keyboard_.isModifier(code) && !keyboard_.isLock(code))
+            return false;
+    }
+    return true;
+}
+
 void X11KeyEventMonitors::handle(const KeyStroke& stroke) {
+    watchHold(stroke);
     const bool isModifier = keyboard_.isModifier(stroke.key);
     if (!isModifier && stroke.direction == KeyStroke::Direction::up) return;
     const auto mask = isModifier ? KeyEventMask::flagsChanged : KeyEventMask::keyDown;

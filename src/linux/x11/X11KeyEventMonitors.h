@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/async/Timer.h"
 #include "linux/x11/X11KeyInput.h"
 #include "linux/x11/X11Windows.h"
 #include "platform/KeyEventMonitors.h"
@@ -10,8 +11,11 @@
 namespace dorix {
 
 /// The key monitors of an X11 session. A key is local when one of this process's windows has the focus, and
-/// global otherwise. Keys can only be observed here: a local handler's true does not keep the key from the
-/// window, which therefore must not act on what the handler has used.
+/// global otherwise. Raw events can only be observed: a local handler's true does not swallow the key.
+/// Windows of ours that act on Esc filter it themselves where the handler has used it.
+///
+/// While somebody monitors, an Alt or Super key that is held alone no longer opens the menu of the
+/// application in front when it goes up, as text that is pasted then would go there. A short tap still does.
 class X11KeyEventMonitors final : public KeyEventMonitors {
  public:
     X11KeyEventMonitors(X11Connection& connection, X11Keyboard& keyboard, X11KeyInput& input,
@@ -32,6 +36,9 @@ class X11KeyEventMonitors final : public KeyEventMonitors {
 
     Token add(Monitor monitor);
     void handle(const KeyStroke& stroke);
+    bool isMonitored() const;
+    void watchHold(const KeyStroke& stroke);
+    bool isOnlyModifierHeld(xcb_keycode_t key) const;
     bool focusIsOurs();
 
     X11Connection& connection_;
@@ -40,6 +47,7 @@ class X11KeyEventMonitors final : public KeyEventMonitors {
     X11Windows& windows_;
     std::vector<std::weak_ptr<Monitor>> monitors_;
     std::optional<bool> focusIsOurs_;
+    Timer hold_;
     std::vector<X11Connection::Token> tokens_;
 };
 

@@ -80,6 +80,14 @@ void X11KeyInput::fake(KeyStroke stroke) {
     xcb_test_fake_input(connection_.get(), type, stroke.key, XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0, 0);
 }
 
+void X11KeyInput::spoilMenuActivation() {
+    const auto key = keyboard_.unassignedKey();
+    if (!key) return;
+    fake({*key, KeyStroke::Direction::down});
+    fake({*key, KeyStroke::Direction::up});
+    connection_.flush();
+}
+
 void X11KeyInput::handleRaw(const xcb_generic_event_t& event, KeyStroke::Direction direction) {
     const auto& raw = reinterpret_cast<const xcb_input_raw_key_press_event_t&>(event);
     handle({static_cast<xcb_keycode_t>(raw.detail), direction}, raw.time);
@@ -95,6 +103,7 @@ void X11KeyInput::handleGrabbed(const xcb_generic_event_t& event) {
 
 void X11KeyInput::handle(const KeyStroke& stroke, std::uint32_t time) {
     if (!wasFaked(stroke) && !isRepeat(stroke, time)) take(stroke);
+    if (repairOwed_ && !awaitsFaked()) repair(Adopt::nothing);
 }
 
 bool X11KeyInput::awaitsFaked() {
@@ -131,7 +140,8 @@ void X11KeyInput::take(const KeyStroke& stroke) {
 void X11KeyInput::repair(Adopt adopt) {
     const auto keymap = connection_.reply(xcb_query_keymap_reply, xcb_query_keymap(connection_.get()));
     // While keys of our own are on their way the server's view is not the user's.
-    if (!keymap || awaitsFaked()) return;
+    repairOwed_ = awaitsFaked();
+    if (!keymap || repairOwed_) return;
     for (unsigned key = 0; key < held_.size(); ++key) {
         const bool down = (keymap->keys[key / 8] >> (key % 8) & 1U) != 0;
         // A key that is down may be one whose event is still to be read.

@@ -45,6 +45,10 @@ class X11KeyInput {
     /// Sends a stroke as if typed; the caller flushes the connection.
     void fake(KeyStroke stroke);
 
+    /// Where the application in front saw Alt or Super go down and would see it go up with nothing in
+    /// between, many open their menu on that. This puts a key without a meaning in between.
+    void spoilMenuActivation();
+
     /// Asks the server which keys are down, a round trip: keys that went up unseen are told to the listeners
     /// now. Keys that went down unseen are taken in silently if `adopt` says so.
     enum class Adopt { nothing, heldKeys };
@@ -70,6 +74,8 @@ class X11KeyInput {
     X11Keyboard::KeySet held_;
     std::array<std::uint32_t, 256> lastDown_{};
     std::deque<Faked> faked_;
+    /// A repair was put off until the faked keys have come back.
+    bool repairOwed_ = false;
     std::vector<std::weak_ptr<Listener>> listeners_;
     std::vector<X11Connection::Token> tokens_;
 };

@@ -197,6 +197,19 @@ std::optional<xcb_keycode_t> X11Keyboard::unassignedKey() const {
     return std::nullopt;
 }
 
+bool X11Keyboard::opensMenus(xcb_keycode_t key) const {
+    if (!keymap_) return false;
+    const auto layouts = xkb_keymap_num_layouts_for_key(keymap_.get(), key);
+    const xkb_keysym_t* symbols = nullptr;
+    if (layouts == 0 ||
+        xkb_keymap_key_get_syms_by_level(keymap_.get(), key, group_ % layouts, 0, &symbols) < 1) {
+        return false;
+    }
+    static constexpr std::array<xkb_keysym_t, 6> openers{XKB_KEY_Alt_L,  XKB_KEY_Alt_R,   XKB_KEY_Meta_L,
+                                                         XKB_KEY_Meta_R, XKB_KEY_Super_L, XKB_KEY_Super_R};
+    return std::ranges::find(openers, symbols[0]) != openers.end();
+}
+
 std::uint64_t X11Keyboard::lockFlags() const {
     return (lockedModifiers_ & XCB_MOD_MASK_LOCK) != 0 ? modifier::capsLock : 0;
 }

@@ -47,6 +47,10 @@ class X11Keyboard {
     /// A key that stays in force after it went up (CapsLock, NumLock, ScrollLock).
     bool isLock(xcb_keycode_t key) const { return locks_[key]; }
 
+    /// An Alt or a Super key by what it gives now: many applications and desktops open a menu when it is
+    /// pressed alone. AltGr is none.
+    bool opensMenus(xcb_keycode_t key) const;
+
     /// modifier::capsLock while it is on; one event late for the CapsLock key itself.
     std::uint64_t lockFlags() const;
 

@@ -1,5 +1,7 @@
 #include "linux/x11/X11Pasteboard.h"
 
+#include "base/Log.h"
+
 #include <xcb/xfixes.h>
 
 #include <algorithm>
@@ -11,10 +13,23 @@ namespace dorix {
 
 namespace {
 
-constexpr double readBudget = 1.0;
+constexpr double snapshotBudget = 5.0;
+constexpr double stringBudget = 1.0;
+// A hung owner must not hold up whoever waits for the snapshot; one that has answered may take its time.
+constexpr double unprovenPatience = 0.4;
 constexpr double handOverBudget = 1.0;
 constexpr double primaryLife = 1.0;
+// The paste waits for it, and the clipboard is put back soon after.
+constexpr double primaryBudget = 0.2;
 constexpr std::size_t maxTargets = 256;
+
+std::vector<xcb_atom_t> atomsIn(const X11SelectionRead::Result& data) {
+    std::vector<xcb_atom_t> atoms;
+    if (!data || data->format != 32) return atoms;
+    atoms.resize(std::min(data->bytes.size() / sizeof(xcb_atom_t), maxTargets));
+    if (!atoms.empty()) std::memcpy(atoms.data(), data->bytes.data(), atoms.size() * sizeof(xcb_atom_t));
+    return atoms;
+}
 
 /// What clipboard managers on Linux look for before they keep contents.
 struct Marker {
@@ -60,12 +75,19 @@ X11Pasteboard::~X11Pasteboard() {
 void X11Pasteboard::handleChange(const xcb_generic_event_t& event) {
     const auto& change = reinterpret_cast<const xcb_xfixes_selection_notify_event_t&>(event);
     if (change.window != window_ || change.selection != clipboard_) return;
-    const bool own =
-        change.owner == owner_.window() || (change.owner == XCB_WINDOW_NONE && unseenChanges_ > 0);
-    if (own) unseenChanges_ = std::max(unseenChanges_ - 1, 0);
-    // What others did before our own change was seen is undone by it.
-    if (own || unseenChanges_ > 0 || commitPending_) return;
+    // What others did before our own change is undone by it.
+    if (!commitPending_ && !isSettled(event)) noteForeignChange();
+}
+
+bool X11Pasteboard::isSettled(const xcb_generic_event_t& event) const {
+    // The numbers wrap around.
+    return settledBefore_ && static_cast<std::int32_t>(event.full_sequence - *settledBefore_) < 0;
+}
+
+void X11Pasteboard::noteForeignChange() {
     ++changeCount_;
+    ownerAnswers_ = false;
+    ownerFailed_ = false;
     loseClipboard();
     // What an owner that is gone was asked for will not come; from the next one it would be something else.
     for (auto* read : reads_) read->abandon();
@@ -95,13 +117,25 @@ void X11Pasteboard::scheduleCommit() {
 
 void X11Pasteboard::commit() {
     if (!std::exchange(commitPending_, nullptr)) return;
-    ++unseenChanges_;
+    if (owner_.window() == XCB_WINDOW_NONE) return;
     // A clipboard without an owner is how others see that it is empty.
-    if (contents_.entries().empty()) {
+    const bool empty = contents_.entries().empty();
+    if (empty) {
         owner_.giveUp(clipboard_);
     } else {
         owner_.take(clipboard_, contents_);
     }
+    settle(empty ? xcb_window_t{XCB_WINDOW_NONE} : owner_.window());
+}
+
+// Events of changes do not say enough to tell our own from others', nor which came last. The server's answer
+// does: it holds all that happened before it was given, and the events of that are passed over.
+void X11Pasteboard::settle(xcb_window_t expected) {
+    const auto cookie = xcb_get_selection_owner(connection_.get(), clipboard_);
+    const auto now = connection_.reply(xcb_get_selection_owner_reply, cookie);
+    if (!now) return;
+    settledBefore_ = cookie.sequence;
+    if (now->owner != expected) noteForeignChange();
 }
 
 void X11Pasteboard::put(std::string_view target, std::string_view type, std::uint8_t format,
@@ -140,7 +174,9 @@ void X11Pasteboard::writeObjects(std::vector<Item> items) {
 }
 
 Task<X11SelectionRead::Result> X11Pasteboard::read(xcb_atom_t target, double deadline) {
-    X11SelectionRead conversion(connection_, clipboard_, target, deadline);
+    const double firstAnswer = ownerAnswers_ ? X11SelectionRead::patience : unprovenPatience;
+    X11SelectionRead conversion(connection_, clipboard_, target, deadline, firstAnswer);
+    const auto count = changeCount_;
     struct Registered {
         std::set<X11SelectionRead*>& reads;
         X11SelectionRead* read;
@@ -149,29 +185,33 @@ Task<X11SelectionRead::Result> X11Pasteboard::read(xcb_atom_t target, double dea
     reads_.insert(&conversion);
     const Registered registered{reads_, &conversion};
     auto data = co_await conversion.result();
+    // Another owner since then has yet to show what it does.
+    if (count == changeCount_) {
+        ownerAnswers_ = !conversion.timedOut();
+        if (!ownerAnswers_) noteFailure(target);
+    }
     if (data && data->type == XCB_ATOM_NONE) data.reset();
     co_return data;
 }
 
-Task<std::vector<xcb_atom_t>> X11Pasteboard::readTargets(double deadline) {
-    const auto data = co_await read(connection_.atom("TARGETS"), deadline);
-    std::vector<xcb_atom_t> targets;
-    if (!data || data->format != 32) co_return targets;
-    targets.resize(std::min(data->bytes.size() / sizeof(xcb_atom_t), maxTargets));
-    if (!targets.empty())
-        std::memcpy(targets.data(), data->bytes.data(), targets.size() * sizeof(xcb_atom_t));
-    co_return targets;
+void X11Pasteboard::noteFailure(xcb_atom_t target) {
+    if (std::exchange(ownerFailed_, true)) return;
+    logLine("la aplicación dueña del portapapeles no entregó a tiempo " + connection_.atomName(target));
 }
 
 Task<Pasteboard::Item> X11Pasteboard::readItem(double deadline) {
-    const auto targets = co_await readTargets(deadline);
+    const auto targets = atomsIn(co_await read(connection_.atom("TARGETS"), deadline));
     const auto count = changeCount_;
     Item item;
     std::set<xcb_atom_t> seen;
     for (const auto target : targets) {
-        if (count != changeCount_ || connection_.executor().now() >= deadline) break;
+        if (count != changeCount_) break;
         const std::string name = connection_.atomName(target);
         if (!isContents(name) || !seen.insert(target).second) continue;
+        if (connection_.executor().now() >= deadline) {
+            noteFailure(target);
+            break;
+        }
         auto data = co_await read(target, deadline);
         if (!data) continue;
         item.emplace_back(pasteboardType({name, connection_.atomName(data->type), data->format}),
@@ -191,7 +231,7 @@ Pasteboard::Item X11Pasteboard::ownItem() {
 }
 
 Task<std::vector<Pasteboard::Item>> X11Pasteboard::pasteboardItems() {
-    const double deadline = connection_.executor().now() + readBudget;
+    const double deadline = connection_.executor().now() + snapshotBudget;
     Item item;
     for (;;) {
         const auto count = changeCount_;
@@ -207,7 +247,7 @@ Task<std::vector<Pasteboard::Item>> X11Pasteboard::pasteboardItems() {
 }
 
 Task<std::optional<std::string>> X11Pasteboard::string() {
-    const double deadline = connection_.executor().now() + readBudget;
+    const double deadline = connection_.executor().now() + stringBudget;
     for (const std::string_view target :
          {"UTF8_STRING", "text/plain;charset=utf-8", "STRING", "text/plain"}) {
         const xcb_atom_t atom = connection_.atom(target);
@@ -225,18 +265,42 @@ Task<std::optional<std::string>> X11Pasteboard::string() {
     co_return std::nullopt;
 }
 
-void X11Pasteboard::servePrimaryForPaste() {
-    if (!owns_ || contents_.entries().empty()) return;
+Task<void> X11Pasteboard::servePrimaryForPaste() {
     commit();
+    const auto count = changeCount_;
+    if (!owns_ || contents_.entries().empty()) co_return;
+    co_await keepPrimary();
+    if (count != changeCount_) co_return;
     servesPrimary_ = true;
     owner_.take(XCB_ATOM_PRIMARY, contents_);
     primaryTimer_.once(primaryLife, [this] { endPrimary(); });
 }
 
+Task<void> X11Pasteboard::keepPrimary() {
+    const auto present =
+        connection_.reply(xcb_get_selection_owner_reply,
+                          xcb_get_selection_owner(connection_.get(), xcb_atom_t{XCB_ATOM_PRIMARY}));
+    // What was kept for an earlier paste is still what the user selected last.
+    if (!present || present->owner == owner_.window()) co_return;
+    primaryBefore_.clear();
+    if (present->owner == XCB_WINDOW_NONE) co_return;
+    const double deadline = connection_.executor().now() + primaryBudget;
+    SelectionContents kept;
+    const X11SelectionRead listing(connection_, XCB_ATOM_PRIMARY, connection_.atom("TARGETS"), deadline);
+    for (const auto target : atomsIn(co_await listing.result())) {
+        if (connection_.executor().now() >= deadline) break;
+        if (!isContents(connection_.atomName(target)) || kept.find(target)) continue;
+        const X11SelectionRead conversion(connection_, XCB_ATOM_PRIMARY, target, deadline);
+        auto data = co_await conversion.result();
+        if (data && data->type != XCB_ATOM_NONE) kept.put(target, std::move(*data));
+    }
+    primaryBefore_ = std::move(kept);
+}
+
 void X11Pasteboard::endPrimary() {
     if (!std::exchange(servesPrimary_, false)) return;
     primaryTimer_.stop();
-    owner_.giveUpIfOwned(XCB_ATOM_PRIMARY);
+    owner_.replaceIfOwned(XCB_ATOM_PRIMARY, primaryBefore_);
 }
 
 bool X11Pasteboard::isPassing() const {

@@ -13,8 +13,11 @@
 namespace dorix {
 
 /// The CLIPBOARD selection. It holds at most one item, whose types are the targets that its owner offers,
-/// with the property's type and format where they matter. Reading a whole clipboard takes at most a second
-/// and leaves out what has not come by then. Its tasks must have ended before it is destroyed.
+/// with the property's type and format where they matter. Its tasks must have ended before it is destroyed.
+///
+/// Reading a whole clipboard takes at most five seconds, and the plain text at most one; what has not come by
+/// then is left out. An owner that has answered may take two seconds for each target; one that has yet to
+/// answer, or was silent at the last target, a fraction of one.
 class X11Pasteboard final : public Pasteboard {
  public:
     explicit X11Pasteboard(X11Connection& connection);
@@ -32,10 +35,11 @@ class X11Pasteboard final : public Pasteboard {
     /// complete. This does it now; whoever tells another application to paste calls it first.
     void commit();
 
-    /// Offers what is on the clipboard as the PRIMARY selection too, for a terminal that pastes only that.
-    /// Ends by itself after a moment or when the clipboard changes. Does nothing unless the clipboard is
-    /// ours.
-    void servePrimaryForPaste();
+    /// Offers what is on the clipboard as the PRIMARY selection too, for a terminal that pastes only that;
+    /// the task ends when it does. Ends by itself after a moment or when the clipboard changes, and then
+    /// offers what was selected before, as far as its owner told in a fraction of a second. Does nothing
+    /// unless the clipboard is ours.
+    Task<void> servePrimaryForPaste();
 
     /// Asks the clipboard manager to take over what we hold, which is otherwise gone when the program ends.
     /// True when it did; at once, or after a second at most. Passing contents are not handed over.
@@ -43,14 +47,18 @@ class X11Pasteboard final : public Pasteboard {
 
  private:
     void handleChange(const xcb_generic_event_t& event);
+    bool isSettled(const xcb_generic_event_t& event) const;
+    void noteForeignChange();
     void loseClipboard();
+    void settle(xcb_window_t expected);
     void scheduleCommit();
+    Task<void> keepPrimary();
     void endPrimary();
     bool isPassing() const;
     void put(std::string_view target, std::string_view type, std::uint8_t format, std::string bytes);
     Task<X11SelectionRead::Result> read(xcb_atom_t target, double deadline);
+    void noteFailure(xcb_atom_t target);
     Task<Item> readItem(double deadline);
-    Task<std::vector<xcb_atom_t>> readTargets(double deadline);
     Item ownItem();
 
     X11Connection& connection_;
@@ -64,9 +72,16 @@ class X11Pasteboard final : public Pasteboard {
     bool owns_ = false;
     /// Whether contents_ have yet to be put on the clipboard; gone with this.
     std::shared_ptr<bool> commitPending_;
-    /// Own changes whose event is still to come; those of other owners before that are older.
-    int unseenChanges_ = 0;
+    /// The number of the request that told who has the clipboard after our last change: events before it are
+    /// taken into account.
+    std::optional<std::uint32_t> settledBefore_;
+    /// The clipboard's present owner answered the last time it was asked.
+    bool ownerAnswers_ = false;
+    /// It has failed to, and the log says so.
+    bool ownerFailed_ = false;
     bool servesPrimary_ = false;
+    /// What the user had selected before we took PRIMARY.
+    SelectionContents primaryBefore_;
     Timer primaryTimer_;
     std::vector<X11Connection::Token> tokens_;
 };

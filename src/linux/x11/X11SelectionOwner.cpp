@@ -38,9 +38,9 @@ void X11SelectionOwner::giveUp(xcb_atom_t selection) {
     });
 }
 
-void X11SelectionOwner::giveUpIfOwned(xcb_atom_t selection) {
+void X11SelectionOwner::replaceIfOwned(xcb_atom_t selection, SelectionContents contents) {
     runOnThread([&] {
-        if (server_) server_->giveUpIfOwned(selection);
+        if (server_) server_->replaceIfOwned(selection, std::move(contents));
     });
 }
 

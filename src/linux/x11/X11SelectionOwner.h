@@ -28,7 +28,7 @@ class X11SelectionOwner {
     /// As X11SelectionServer says.
     void take(xcb_atom_t selection, SelectionContents contents);
     void giveUp(xcb_atom_t selection);
-    void giveUpIfOwned(xcb_atom_t selection);
+    void replaceIfOwned(xcb_atom_t selection, SelectionContents contents);
 
  private:
     template <typename Function>

@@ -5,20 +5,18 @@
 namespace dorix {
 
 namespace {
-// How long an owner may be silent before it counts as hung.
-constexpr double ownerPatience = 0.4;
 constexpr std::uint32_t wholeProperty = 0x1FFF'FFFF;
 // More than any clipboard holds in earnest, so that an owner that never ends does not fill the memory.
 constexpr std::size_t maxBytes = std::size_t{512} << 20U;
 }  // namespace
 
 X11SelectionRead::X11SelectionRead(X11Connection& connection, xcb_atom_t selection, xcb_atom_t target,
-                                   double deadline)
+                                   double deadline, double firstAnswer)
     : connection_(connection),
       window_(connection.createHiddenWindow(XCB_EVENT_MASK_PROPERTY_CHANGE)),
       property_(connection.atom("DORIX_SELECTION")),
       deadline_(deadline),
-      patience_(connection.executor()) {
+      silence_(connection.executor()) {
     tokens_.push_back(connection_.listen(XCB_SELECTION_NOTIFY, [this](const auto& event) {
         handleNotify(reinterpret_cast<const xcb_selection_notify_event_t&>(event));
     }));
@@ -27,7 +25,7 @@ X11SelectionRead::X11SelectionRead(X11Connection& connection, xcb_atom_t selecti
     }));
     xcb_convert_selection(connection_.get(), window_, selection, target, property_, XCB_CURRENT_TIME);
     connection_.flush();
-    awaitOwner();
+    awaitOwner(firstAnswer);
 }
 
 X11SelectionRead::~X11SelectionRead() {
@@ -35,9 +33,12 @@ X11SelectionRead::~X11SelectionRead() {
     connection_.flush();
 }
 
-void X11SelectionRead::awaitOwner() {
+void X11SelectionRead::awaitOwner(double seconds) {
     const double left = deadline_ - connection_.executor().now();
-    patience_.once(std::min(ownerPatience, left), [this] { finish(std::nullopt); });
+    silence_.once(std::min(seconds, left), [this] {
+        timedOut_ = true;
+        finish(std::nullopt);
+    });
 }
 
 void X11SelectionRead::handleNotify(const xcb_selection_notify_event_t& event) {
@@ -47,7 +48,7 @@ void X11SelectionRead::handleNotify(const xcb_selection_notify_event_t& event) {
     if (data.type != connection_.atom("INCR")) return finish(std::move(data));
     // Deleting the announcement asked for the first piece.
     pieces_.emplace();
-    awaitOwner();
+    awaitOwner(patience);
 }
 
 void X11SelectionRead::handleProperty(const xcb_property_notify_event_t& event) {
@@ -61,7 +62,7 @@ void X11SelectionRead::handleProperty(const xcb_property_notify_event_t& event) 
     if (data->bytes.empty()) return finish(std::move(pieces_));
     if (pieces_->bytes.size() + data->bytes.size() > maxBytes) return finish(std::nullopt);
     pieces_->bytes += data->bytes;
-    awaitOwner();
+    awaitOwner(patience);
 }
 
 X11SelectionRead::Result X11SelectionRead::takeProperty() {
@@ -75,7 +76,7 @@ X11SelectionRead::Result X11SelectionRead::takeProperty() {
 }
 
 void X11SelectionRead::finish(Result result) {
-    patience_.stop();
+    silence_.stop();
     result_.complete(std::move(result));
 }
 

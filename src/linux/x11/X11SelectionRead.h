@@ -18,8 +18,13 @@ class X11SelectionRead {
     /// Of type XCB_ATOM_NONE when the owner agreed and gave nothing, as some targets that are commands do.
     using Result = std::optional<SelectionData>;
 
-    /// Asks the owner. `deadline` is in the executor's time.
-    X11SelectionRead(X11Connection& connection, xcb_atom_t selection, xcb_atom_t target, double deadline);
+    /// How long an owner at work on a target, or on the next piece of it, may be silent.
+    static constexpr double patience = 2.0;
+
+    /// Asks the owner, which has `firstAnswer` seconds to say something. `deadline` is in the executor's
+    /// time.
+    X11SelectionRead(X11Connection& connection, xcb_atom_t selection, xcb_atom_t target, double deadline,
+                     double firstAnswer = patience);
     ~X11SelectionRead();
     X11SelectionRead(const X11SelectionRead&) = delete;
     X11SelectionRead& operator=(const X11SelectionRead&) = delete;
@@ -29,11 +34,14 @@ class X11SelectionRead {
     /// Ends it without data.
     void abandon() { finish(std::nullopt); }
 
+    /// Whether it ended because the owner was silent for too long.
+    bool timedOut() const { return timedOut_; }
+
  private:
     void handleNotify(const xcb_selection_notify_event_t& event);
     void handleProperty(const xcb_property_notify_event_t& event);
     Result takeProperty();
-    void awaitOwner();
+    void awaitOwner(double seconds);
     void finish(Result result);
 
     X11Connection& connection_;
@@ -42,7 +50,8 @@ class X11SelectionRead {
     const double deadline_;
     Completion<Result> result_;
     Result pieces_;
-    Timer patience_;
+    bool timedOut_ = false;
+    Timer silence_;
     std::vector<X11Connection::Token> tokens_;
 };
 

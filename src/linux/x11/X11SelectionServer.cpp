@@ -72,8 +72,13 @@ void X11SelectionServer::giveUp(xcb_atom_t selection) {
     sync();
 }
 
-void X11SelectionServer::giveUpIfOwned(xcb_atom_t selection) {
-    if (owns(selection)) giveUp(selection);
+void X11SelectionServer::replaceIfOwned(xcb_atom_t selection, SelectionContents contents) {
+    if (!owns(selection)) return;
+    if (contents.entries().empty()) {
+        giveUp(selection);
+    } else {
+        take(selection, std::move(contents));
+    }
 }
 
 bool X11SelectionServer::owns(xcb_atom_t selection) {

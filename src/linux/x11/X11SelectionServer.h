@@ -30,8 +30,9 @@ class X11SelectionServer {
     /// Leaves the selection without an owner. Transfers under way finish.
     void giveUp(xcb_atom_t selection);
 
-    /// The same, unless another application has taken it since.
-    void giveUpIfOwned(xcb_atom_t selection);
+    /// Offers other contents from now on, or gives the selection up when there are none, unless another
+    /// application has taken it since.
+    void replaceIfOwned(xcb_atom_t selection, SelectionContents contents);
 
  private:
     struct Offer {

@@ -62,11 +62,16 @@ xcb_window_t X11Windows::focusedClient() {
     return outermost;
 }
 
+// What a window says of its process may be a number that means something only in a sandbox or on another
+// computer. The server knows the process at the other end of a local connection.
 std::optional<std::int32_t> X11Windows::processIdentifier(xcb_window_t window) {
     if (window == XCB_WINDOW_NONE) return std::nullopt;
-    if (const auto pid = number(window, connection_.atom("_NET_WM_PID"), XCB_ATOM_CARDINAL)) {
-        return static_cast<std::int32_t>(*pid);
-    }
+    if (const auto pid = processOfConnection(window)) return pid;
+    const auto told = number(window, connection_.atom("_NET_WM_PID"), XCB_ATOM_CARDINAL);
+    return told ? std::optional(static_cast<std::int32_t>(*told)) : std::nullopt;
+}
+
+std::optional<std::int32_t> X11Windows::processOfConnection(xcb_window_t window) {
     const auto* res = xcb_get_extension_data(connection_.get(), &xcb_res_id);
     if (res == nullptr || res->present == 0) return std::nullopt;
     const xcb_res_client_id_spec_t spec{window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
@@ -76,9 +81,10 @@ std::optional<std::int32_t> X11Windows::processIdentifier(xcb_window_t window) {
     for (auto ids = xcb_res_query_client_ids_ids_iterator(reply.get()); ids.rem > 0;
          xcb_res_client_id_value_next(&ids)) {
         const bool isPid = (ids.data->spec.mask & XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID) != 0;
-        if (isPid && xcb_res_client_id_value_value_length(ids.data) > 0) {
-            return static_cast<std::int32_t>(*xcb_res_client_id_value_value(ids.data));
-        }
+        if (!isPid || xcb_res_client_id_value_value_length(ids.data) == 0) continue;
+        // A process that the server's namespace does not hold is number 0.
+        const auto pid = static_cast<std::int32_t>(*xcb_res_client_id_value_value(ids.data));
+        if (pid > 0) return pid;
     }
     return std::nullopt;
 }

@@ -28,6 +28,8 @@ class X11Windows {
 
     bool hasWindowManager();
 
+    /// Of the window's application, as the X server knows it or, for one that is not on this computer, as the
+    /// window tells.
     std::optional<std::int32_t> processIdentifier(xcb_window_t window);
     WindowClass windowClass(xcb_window_t window);
     std::string title(xcb_window_t window);
@@ -40,6 +42,7 @@ class X11Windows {
     std::optional<std::uint32_t> number(xcb_window_t window, xcb_atom_t name, xcb_atom_t type);
     std::string string(xcb_window_t window, xcb_atom_t name, xcb_atom_t type);
     xcb_window_t focusedClient();
+    std::optional<std::int32_t> processOfConnection(xcb_window_t window);
 
     X11Connection& connection_;
 };

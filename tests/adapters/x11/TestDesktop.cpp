@@ -1,6 +1,7 @@
 #include "adapters/x11/TestDesktop.h"
 
 #include <fcntl.h>
+#include <sched.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -22,6 +23,25 @@ QCoreApplication& theApplication() {
     static QCoreApplication app(count, arguments);
     return app;
 }
+
+namespace {
+
+/// Runs the function in a process of its own that shares everything with this one, which waits. The X server
+/// takes what connects there for another program.
+pid_t inAnotherProcess(const std::function<void()>& function) {
+    constexpr std::size_t stackSize = std::size_t{1} << 20U;
+    const std::unique_ptr<std::byte[]> stack(new std::byte[stackSize]);
+    const auto run = [](void* argument) {
+        (*static_cast<const std::function<void()>*>(argument))();
+        return 0;
+    };
+    const pid_t pid = ::clone(run, stack.get() + stackSize, CLONE_VM | CLONE_FILES | CLONE_VFORK | SIGCHLD,
+                              const_cast<std::function<void()>*>(&function));
+    ::waitpid(pid, nullptr, 0);
+    return pid;
+}
+
+}  // namespace
 
 Process::Process(const std::string& command, const std::string& input) {
     // A file rather than a pipe: programs that go to the background keep it open.
@@ -55,16 +75,25 @@ bool Process::hasEnded() {
 }
 
 OtherApplication::OtherApplication(QtMainLoop& loop, const std::string& instance,
-                                   const std::string& className, std::uint32_t pid)
-    : connection_(X11Connection::open(loop, loop)), keyboard_(std::make_unique<X11Keyboard>(*connection_)) {
+                                   const std::string& className, Belongs belongs)
+    : pid_(::getpid()) {
+    const auto open = [&] { connection_ = X11Connection::open(loop, loop); };
+    if (belongs == Belongs::toUs) {
+        open();
+    } else {
+        pid_ = inAnotherProcess(open);
+    }
+    keyboard_ = std::make_unique<X11Keyboard>(*connection_);
     window_ = xcb_generate_id(connection_->get());
     const std::uint32_t events = XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_KEY_RELEASE;
     xcb_create_window(connection_->get(), XCB_COPY_FROM_PARENT, window_, connection_->root(), 0, 0, 200, 100,
                       0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &events);
     const std::string both = instance + '\0' + className + '\0';
     setProperty("WM_CLASS", "STRING", both);
+    // As in a sandbox, where every program is the first process.
+    const std::uint32_t told = 1;
     xcb_change_property(connection_->get(), XCB_PROP_MODE_REPLACE, window_, connection_->atom("_NET_WM_PID"),
-                        XCB_ATOM_CARDINAL, 32, 1, &pid);
+                        XCB_ATOM_CARDINAL, 32, 1, &told);
     xcb_map_window(connection_->get(), window_);
     connection_->flush();
     tokens_.push_back(connection_->listen(XCB_KEY_PRESS, [this](const auto& event) {
@@ -174,8 +203,8 @@ void DesktopTest::setLayout(const std::string& arguments) {
 
 std::unique_ptr<OtherApplication> DesktopTest::openApplication(const std::string& instance,
                                                                const std::string& className,
-                                                               std::uint32_t pid) {
-    auto opened = std::make_unique<OtherApplication>(loop_, instance, className, pid);
+                                                               OtherApplication::Belongs belongs) {
+    auto opened = std::make_unique<OtherApplication>(loop_, instance, className, belongs);
     EXPECT_TRUE(waitFor([&] { return windows_->frontWindow() == opened->window(); }));
     // The window manager sets the focus before or after it says which window is active.
     EXPECT_TRUE(waitFor([&] {

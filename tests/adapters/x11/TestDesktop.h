@@ -39,12 +39,16 @@ class Process {
 
 QCoreApplication& theApplication();
 
-/// A window of another application: its own connection, class and process.
+/// A window of another application: its own connection, class and, unless it is to be ours, process.
 class OtherApplication {
  public:
+    enum class Belongs { toAnother, toUs };
+
     OtherApplication(QtMainLoop& loop, const std::string& instance, const std::string& className,
-                     std::uint32_t pid);
+                     Belongs belongs);
     ~OtherApplication();
+
+    pid_t pid() const { return pid_; }
 
     xcb_window_t window() const { return window_; }
     X11Connection& connection() { return *connection_; }
@@ -63,6 +67,7 @@ class OtherApplication {
     std::unique_ptr<X11Connection> connection_;
     std::unique_ptr<X11Keyboard> keyboard_;
     xcb_window_t window_ = XCB_WINDOW_NONE;
+    pid_t pid_ = 0;
     std::vector<std::string> keys_;
     std::vector<X11Connection::Token> tokens_;
 };
@@ -97,8 +102,9 @@ class DesktopTest : public ::testing::Test {
 
     void setLayout(const std::string& arguments);
 
-    std::unique_ptr<OtherApplication> openApplication(const std::string& instance,
-                                                      const std::string& className, std::uint32_t pid = 1);
+    std::unique_ptr<OtherApplication> openApplication(
+        const std::string& instance, const std::string& className,
+        OtherApplication::Belongs belongs = OtherApplication::Belongs::toAnother);
 
     QCoreApplication& application_ = theApplication();
     QtMainLoop loop_;

@@ -3,7 +3,6 @@
 #include "platform/KeyCodes.h"
 
 #include <gmock/gmock.h>
-#include <unistd.h>
 #include <xkbcommon/xkbcommon-keysyms.h>
 
 namespace dorix::testing {
@@ -118,7 +117,7 @@ TEST_F(X11KeyMonitorTest, SeesKeysWhileAnotherProgramHasGrabbedTheKeyboard) {
 }
 
 TEST_F(X11KeyMonitorTest, OwnWindowsAreLocal) {
-    const auto own = openApplication("dorix", "Dorix", static_cast<std::uint32_t>(::getpid()));
+    const auto own = openApplication("dorix", "Dorix", OtherApplication::Belongs::toUs);
     tap(keycode::escape);
     EXPECT_THAT(keys_, IsEmpty());
     EXPECT_THAT(localKeys_, ElementsAre(KeyEvent{keycode::escape, 0}));
@@ -151,6 +150,49 @@ TEST_F(X11KeyMonitorTest, AKeyThatWentUpUnseenIsToldWhenItIsFoundOut) {
     ASSERT_THAT(flags_, ElementsAre(rightOptionDown));
     setLayout("es");
     EXPECT_THAT(flags_, ElementsAre(rightOptionDown, rightOptionUp));
+}
+
+TEST_F(X11KeyMonitorTest, AHeldAltOpensNoMenuAndATappedOneDoes) {
+    const auto application = openApplication("editor", "Editor");
+    const auto holdFor = [&](std::uint16_t code, double seconds) {
+        application->forgetKeys();
+        flags_.clear();
+        userDown(code);
+        waitFor([] { return false; }, seconds);
+        userUp(code);
+        waitFor([] { return false; }, 0.1);
+        return application->keys();
+    };
+    EXPECT_THAT(holdFor(keycode::rightOption, 0.35),
+                ElementsAre("+Alt_R/0", "+none/8", "-none/8", "-Alt_R/8"));
+    EXPECT_THAT(flags_, ElementsAre(rightOptionDown, rightOptionUp));
+    EXPECT_THAT(keys_, IsEmpty());
+    EXPECT_THAT(holdFor(keycode::rightOption, 0.1), ElementsAre("+Alt_R/0", "-Alt_R/8"));
+    EXPECT_EQ(holdFor(keycode::rightCommand, 0.35).size(), 4U);
+
+    // With another modifier, or with a letter in between, it is no hold of the key alone.
+    userDown(keycode::leftShift);
+    EXPECT_EQ(holdFor(keycode::rightOption, 0.35).size(), 2U);
+    userUp(keycode::leftShift);
+    application->forgetKeys();
+    userDown(keycode::rightOption);
+    tap(keycode::v);
+    waitFor([] { return false; }, 0.35);
+    userUp(keycode::rightOption);
+    EXPECT_EQ(application->keys().size(), 4U) << ::testing::PrintToString(application->keys());
+
+    tokens_.clear();
+    EXPECT_EQ(holdFor(keycode::rightOption, 0.35).size(), 2U) << "nobody monitors";
+}
+
+TEST_F(X11KeyMonitorTest, AltGrIsLeftAlone) {
+    setLayout("es");
+    const auto application = openApplication("editor", "Editor");
+    userDown(keycode::rightOption);
+    waitFor([] { return false; }, 0.35);
+    userUp(keycode::rightOption);
+    EXPECT_TRUE(waitFor([&] { return application->keys().size() >= 2; }));
+    EXPECT_EQ(application->count("+none/80"), 0U) << ::testing::PrintToString(application->keys());
 }
 
 TEST_F(X11KeyMonitorTest, StartingTakesInWhatIsHeldAndTokensEndTheirMonitor) {

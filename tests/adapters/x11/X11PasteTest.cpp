@@ -84,6 +84,27 @@ TEST_F(X11PasteTest, NeverInterruptsTheProgramInATerminalThatPastesPrimaryOnly) 
     EXPECT_THAT(terminal->keys(), ElementsAre("+Shift_L/0", "+Insert/1", "-Insert/1", "-Shift_L/1"));
 }
 
+TEST_F(X11PasteTest, NeedsNoOtherKeysThanThoseOfTheChord) {
+    setLayout("us");
+    bool changed = false;
+    const auto token = keyboard_->onChange([&] { changed = true; });
+    const xcb_keycode_t insert = keyboard_->keyForSymbol(XKB_KEY_Insert).value();
+    const xcb_keysym_t nothing = XCB_NO_SYMBOL;
+    xcb_change_keyboard_mapping(user_->get(), 1, insert, 1, &nothing);
+    user_->flush();
+    ASSERT_TRUE(waitFor([&] { return changed && !keyboard_->keyForSymbol(XKB_KEY_Insert); }));
+    {
+        const auto editor = openApplication("mousepad", "Mousepad");
+        post(keycode::v);
+        EXPECT_TRUE(waitFor([&] { return editor->count("+v/4") == 1; }));
+    }
+    const auto terminal = openApplication("xterm", "XTerm");
+    ::testing::internal::CaptureStderr();
+    post(keycode::v);
+    EXPECT_THAT(::testing::internal::GetCapturedStderr(), ::testing::HasSubstr("DORIX: el teclado no tiene"));
+    EXPECT_THAT(terminal->keys(), IsEmpty());
+}
+
 TEST_F(X11PasteTest, HeldModifiersDoNotMixInAndAreHeldAgainAfterwards) {
     setLayout("es");
     const auto editor = openApplication("mousepad", "Mousepad");
@@ -189,6 +210,44 @@ TEST_F(X11PasteTest, PastesIntoATerminalEmulatorAndGivesPrimaryUp) {
     EXPECT_NE(owner(), XCB_WINDOW_NONE);
     EXPECT_TRUE(waitFor([&] { return owner() == XCB_WINDOW_NONE; }));
     std::filesystem::remove(file);
+}
+
+TEST_F(X11PasteTest, WhatTheUserHadSelectedCanBePastedAgainAfterwards) {
+    const auto terminal = openApplication("xterm", "XTerm");
+    const auto contents = [this](const std::string& arguments) {
+        const auto file =
+            std::filesystem::temp_directory_path() / ("dorix-primary-" + std::to_string(::getpid()));
+        Process xclip("xclip -o " + arguments + " > " + file.string());
+        EXPECT_TRUE(waitFor([&] { return xclip.hasEnded(); }));
+        return contentsOf(file);
+    };
+    Process select("xclip -i -selection primary", "lo seleccionado");
+    ASSERT_TRUE(waitFor([&] { return select.hasEnded(); }));
+    // Twice: the second time the selection is kept by us.
+    for (int i = 0; i < 2; ++i) {
+        terminal->forgetKeys();
+        offer("dictado");
+        post(keycode::v);
+        ASSERT_TRUE(waitFor([&] { return terminal->keys().size() == 4; }));
+        EXPECT_EQ(terminal->keys().back(), "-Shift_L/1");
+        EXPECT_EQ(contents("-selection primary"), "dictado");
+        EXPECT_TRUE(waitFor([&] { return contents("-selection primary") == "lo seleccionado"; }));
+        EXPECT_EQ(contents("-selection clipboard"), "dictado");
+    }
+
+    // An owner that never answers holds the paste up for a moment only.
+    const auto window = user_->createHiddenWindow(XCB_EVENT_MASK_NO_EVENT);
+    xcb_set_selection_owner(user_->get(), window, XCB_ATOM_PRIMARY, XCB_CURRENT_TIME);
+    user_->flush();
+    settle();
+    terminal->forgetKeys();
+    const double start = loop_.now();
+    offer("otro");
+    post(keycode::v);
+    EXPECT_TRUE(waitFor([&] { return terminal->keys().size() == 4; }));
+    EXPECT_LT(loop_.now() - start, 0.4);
+    EXPECT_EQ(contents("-selection primary"), "otro");
+    xcb_destroy_window(user_->get(), window);
 }
 
 }  // namespace

@@ -32,14 +32,14 @@ TEST_F(X11WorkspaceTest, KnowsTheApplicationInFrontByItsClass) {
     const auto app = workspace_->frontmostApplication();
     ASSERT_TRUE(app);
     EXPECT_EQ(app->bundleIdentifier, "org.mozilla.firefox");
-    EXPECT_EQ(app->processIdentifier, 1);
+    EXPECT_EQ(app->processIdentifier, browser->pid()) << "not what the window tells";
     EXPECT_EQ(app->localizedName, "firefox-esr");
     EXPECT_EQ(workspace_->windowTitle(app->windowNumber), "Año nuevo — Búsqueda");
 
     const auto unknown = openApplication("frobnicator", "Frobnicator");
     EXPECT_EQ(workspace_->frontmostApplication()->bundleIdentifier, "Frobnicator");
 
-    const auto own = openApplication("x", "Anything", static_cast<std::uint32_t>(::getpid()));
+    const auto own = openApplication("x", "Anything", OtherApplication::Belongs::toUs);
     EXPECT_EQ(workspace_->frontmostApplication()->bundleIdentifier, workspace_->ownBundleIdentifier());
 }
 
@@ -79,8 +79,8 @@ class BareDisplayTest : public DesktopTest {
         if (!connection_) return;
         const std::string file = ::testing::TempDir() + "dorix-bare-display";
         std::filesystem::remove(file);
-        server_ =
-            std::make_unique<Process>("Xvfb -displayfd 1 -nolisten tcp -noreset >" + file + " 2>/dev/null");
+        server_ = std::make_unique<Process>("Xvfb -displayfd 1 -maxclients 64 -nolisten tcp -noreset >" +
+                                            file + " 2>/dev/null");
         std::string number;
         ASSERT_TRUE(waitFor(
             [&] { return static_cast<bool>(std::getline(std::ifstream(file) >> std::ws, number)); }, 10));
@@ -118,6 +118,27 @@ TEST_F(BareDisplayTest, WithoutAWindowManagerTheFocusDecides) {
     EXPECT_EQ(app->localizedName, "XTerm");
     // The window tells no process; the server knows whose connection it is.
     EXPECT_EQ(app->processIdentifier, ::getpid());
+}
+
+TEST_F(BareDisplayTest, ThePasteboardFollowsOthersAlsoWhenItCannotOwnAnything) {
+    std::unique_ptr<X11Pasteboard> crippled;
+    const auto other = X11Connection::open(loop_, loop_, bare_->display());
+    ASSERT_TRUE(other);
+    {
+        // As many clients as the server takes.
+        std::vector<std::unique_ptr<X11Connection>> crowd;
+        while (auto one = X11Connection::open(loop_, loop_, bare_->display()))
+            crowd.push_back(std::move(one));
+        crippled = std::make_unique<X11Pasteboard>(*bare_);
+    }
+    crippled->clearContents();
+    crippled->setString("nadie lo ve");
+    crippled->commit();
+    const auto before = crippled->changeCount();
+    const auto window = other->createHiddenWindow(XCB_EVENT_MASK_NO_EVENT);
+    xcb_set_selection_owner(other->get(), window, other->atom("CLIPBOARD"), XCB_CURRENT_TIME);
+    other->flush();
+    EXPECT_TRUE(waitFor([&] { return crippled->changeCount() == before + 1; }));
 }
 
 TEST_F(BareDisplayTest, TellsThatTheServerWentAwayAndGoesOn) {
