@@ -1,3 +1,4 @@
+#include "base/text/Text.h"
 #include "oracles/NaiveIntentRules.h"
 #include "oracles/UtteranceGenerator.h"
 
@@ -65,6 +66,7 @@ TEST(IntentRulesDifferentialTest, AnswersTheSameOnManyThreads) {
     std::array<int, 4> wrong{};
     {
         std::vector<std::jthread> threads;
+        threads.reserve(wrong.size());
         for (auto& count : wrong) {
             threads.emplace_back([&] {
                 for (std::size_t i = 0; i < transcripts.size(); ++i) {
