@@ -13,8 +13,7 @@ class Utterance {
  public:
     template <typename Transcript>
         requires std::convertible_to<Transcript, std::string_view>
-    Utterance(const Transcript& transcript)
-        : Utterance(std::string_view(transcript), FromText{}) {}  // NOLINT
+    Utterance(const Transcript& transcript) : Utterance(std::string_view(transcript), FromText{}) {}
 
     /// Folded, without punctuation, single blanks, and without the words that people begin with.
     std::string_view normalised() const { return inner(text_); }

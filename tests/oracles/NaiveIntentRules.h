@@ -32,7 +32,7 @@ std::string describe(const Intents& intents);
 /// The answers of IntentRules.
 Intents judge(std::string_view transcript);
 
-/// The tests in the plainest form: each normalises for itself, each pattern is run by ICU, each list is gone
+/// The tests in the plainest form, on a text normalised once: each pattern is run by ICU, each list is gone
 /// through. What IntentRules must agree with, and be faster than. One thread at a time.
 class NaiveIntentRules {
  public:

@@ -136,8 +136,8 @@ std::string UtteranceGenerator::sequence(std::string_view pattern, std::size_t& 
 std::string UtteranceGenerator::single(std::string_view pattern, std::size_t& at) {
     static constexpr std::string_view classSamples = "az09_-q";
     const char c = pattern[at++];
-    if (c == '^' || c == '$') return {};
-    if (c == '\\') return ++at, std::string();
+    if (c == '\\') ++at;
+    if (c == '\\' || c == '^' || c == '$') return {};
     if (c == '.') return " " + words(1);
     if (c == '(') {
         std::string inside = choice(pattern, at);
@@ -148,9 +148,9 @@ std::string UtteranceGenerator::single(std::string_view pattern, std::size_t& at
         const auto close = pattern.find(']', at);
         const bool isDigits = pattern.substr(at, close - at) == "0-9";
         at = close + 1;
-        return std::string(1, isDigits ? '7' : pick(classSamples));
+        return {isDigits ? '7' : pick(classSamples)};
     }
-    return std::string(1, c);
+    return {c};
 }
 
 }  // namespace dorix

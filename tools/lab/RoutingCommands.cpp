@@ -26,7 +26,7 @@ Json intents(const Utterance& utterance) {
 bool isSecret(const Json& input) {
     const auto name = optionalString(input, "name");
     const auto content = optionalString(input, "content");
-    if (name.has_value() == content.has_value()) throw BadInput("give either \"name\" or \"content\"");
+    if (name.has_value() == content.has_value()) throw BadInput(R"(give either "name" or "content")");
     return name ? IntentRules::isSecretName(*name) : IntentRules::holdsSecret(*content);
 }
 

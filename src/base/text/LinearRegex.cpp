@@ -188,7 +188,8 @@ const State* LinearRegex::Automaton::step(const Situation& situation, std::size_
     here_.clear();
     there_.clear();
     for (const auto index : situation.nodes) here_.insert(index);
-    // Grows while conditions come true.
+    // By index, as the set grows while conditions come true.
+    // NOLINTNEXTLINE(modernize-loop-convert)
     for (std::size_t i = 0; i < here_.nodes().size(); ++i) {
         const Node& node = program_.nodes[here_.nodes()[i]];
         switch (node.kind) {
@@ -220,7 +221,7 @@ const State* LinearRegex::Automaton::step(const Situation& situation, std::size_
 void LinearRegex::Automaton::collect(NodeIndex from, NodeSet& into) const {
     visited_.clear();
     visited_.insert(from);
-    for (std::size_t i = 0; i < visited_.nodes().size(); ++i) {
+    for (std::size_t i = 0; i < visited_.nodes().size(); ++i) {  // by index, as the set grows
         const NodeIndex index = visited_.nodes()[i];
         const Node& node = program_.nodes[index];
         if (node.kind == Node::Kind::fork) {

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <limits>
 #include <ranges>
+#include <string>
 #include <utility>
 
 namespace dorix::regexprogram {
@@ -143,8 +144,8 @@ class Parser {
     }
 
     [[noreturn]] void reject() const {
-        std::fprintf(stderr, "no linear regular expression, at byte %zu: %.*s\n", at_,
-                     static_cast<int>(pattern_.size()), pattern_.data());
+        const std::string message = "no linear regular expression: " + std::string(pattern_) + '\n';
+        std::fputs(message.c_str(), stderr);
         std::abort();
     }
 

@@ -169,7 +169,8 @@ bool appendFolded(std::string& out, std::string_view text, std::size_t& at) {
     }
     std::size_t end = at;
     UChar32 wide = 0;
-    U8_NEXT(text.data(), end, text.size(), wide);
+    const auto* bytes = text.data();
+    U8_NEXT(bytes, end, text.size(), wide);
     const auto* folded = latin.find(wide);
     if (folded == nullptr) folded = punctuation.find(wide);
     if (folded == nullptr) return false;

@@ -1,3 +1,4 @@
+#include "base/text/Text.h"
 #include "oracles/NaiveIntentRules.h"
 #include "oracles/UtteranceGenerator.h"
 
@@ -44,8 +45,7 @@ TEST(IntentRulesDifferentialTest, AgreesOnEveryCharacterAroundWords) {
             character = {static_cast<char>(0xE0 | c >> 12), static_cast<char>(0x80 | (c >> 6 & 0x3F)),
                          static_cast<char>(0x80 | (c & 0x3F))};
         }
-        const auto transcript =
-            character + "add" + character + "it to" + character + " my calendar" + character;
+        const auto transcript = text::replaceAll("_add_it to_ my calendar_", "_", character);
         const auto intents = judge(transcript);
         ASSERT_EQ(intents, naive.judge(transcript))
             << "U+" << std::hex << static_cast<unsigned>(c) << "\n  the rules: " << describe(intents)
@@ -65,6 +65,7 @@ TEST(IntentRulesDifferentialTest, AnswersTheSameOnManyThreads) {
     std::array<int, 4> wrong{};
     {
         std::vector<std::jthread> threads;
+        threads.reserve(wrong.size());
         for (auto& count : wrong) {
             threads.emplace_back([&] {
                 for (std::size_t i = 0; i < transcripts.size(); ++i) {
