@@ -188,8 +188,8 @@ QImage Gallery::menuPicture(const Style& style) {
     apply(style);
     MenuWindow menu(context_, {{.label = tr("Abrir historial")},
                                {.label = tr("Ajustes…")},
-                               {.separator = true},
-                               {.label = tr("Pausar DORIX"), .enabled = false},
+                               ClosureMenuItem::separator(),
+                               {.label = tr("Pausar DORIX")},
                                {.label = tr("Salir de DORIX")}});
     menu.popUp({100, 100});
     QKeyEvent down(QEvent::KeyPress, Qt::Key_Down, Qt::NoModifier);
