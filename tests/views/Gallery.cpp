@@ -186,10 +186,11 @@ QImage Gallery::picture(const Scene& scene, const Style& style) {
 
 QImage Gallery::menuPicture(const Style& style) {
     apply(style);
-    MenuWindow menu(context_, {{tr("Pausar DORIX"), {}},
+    MenuWindow menu(context_, {{.label = tr("Abrir historial")},
+                               {.label = tr("Ajustes…")},
                                ClosureMenuItem::separator(),
-                               {tr("Reiniciar DORIX"), {}},
-                               {tr("Salir de DORIX"), {}}});
+                               {.label = tr("Pausar DORIX")},
+                               {.label = tr("Salir de DORIX")}});
     menu.popUp({100, 100});
     QKeyEvent down(QEvent::KeyPress, Qt::Key_Down, Qt::NoModifier);
     QCoreApplication::sendEvent(&menu, &down);
