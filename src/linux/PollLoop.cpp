@@ -39,16 +39,10 @@ void PollLoop::post(Work work) {
 void PollLoop::wake() const { ::eventfd_write(wakeFd_, 1); }
 
 Executor::TimerId PollLoop::after(double seconds, Work work) {
-    const TimerId id{++lastId_};
-    timers_.emplace(Due{now() + std::max(seconds, 0.0), id}, std::move(work));
-    return id;
+    return timers_.add(now() + std::max(seconds, 0.0), std::move(work));
 }
 
-void PollLoop::cancel(TimerId id) {
-    const auto timer =
-        std::ranges::find_if(timers_, [id](const auto& entry) { return entry.first.second == id; });
-    if (timer != timers_.end()) timers_.erase(timer);
-}
+void PollLoop::cancel(TimerId id) { timers_.remove(id); }
 
 double PollLoop::now() const { return steadySeconds(); }
 double PollLoop::date() const { return wallSeconds(); }
@@ -79,15 +73,13 @@ bool PollLoop::runPosted() {
 
 void PollLoop::runDueTimers() {
     const double time = now();
-    while (!timers_.empty() && timers_.begin()->first.first <= time) {
-        auto timer = timers_.extract(timers_.begin());
-        timer.mapped()();
-    }
+    while (auto work = timers_.takeDue(time)) work();
 }
 
 int PollLoop::timeout() const {
-    if (timers_.empty()) return -1;
-    const double wait = std::max(timers_.begin()->first.first - now(), 0.0);
+    const auto due = timers_.nextDue();
+    if (!due) return -1;
+    const double wait = std::max(*due - now(), 0.0);
     return static_cast<int>(std::min(std::ceil(wait * 1000), 86'400'000.0));
 }
 

@@ -1,13 +1,12 @@
 #pragma once
 
 #include "base/async/Executor.h"
+#include "base/async/TimerQueue.h"
 #include "linux/FdWatcher.h"
 
 #include <deque>
-#include <map>
 #include <mutex>
 #include <thread>
-#include <utility>
 #include <vector>
 
 namespace dorix {
@@ -37,7 +36,6 @@ class PollLoop final : public Executor, public FdWatcher {
         int fd;
         std::function<void()> ready;
     };
-    using Due = std::pair<double, TimerId>;
 
     void run();
     bool runPosted();
@@ -47,8 +45,7 @@ class PollLoop final : public Executor, public FdWatcher {
     void wake() const;
 
     const int wakeFd_;
-    std::map<Due, Work> timers_;
-    std::uint64_t lastId_ = 0;
+    TimerQueue timers_;
     std::vector<std::weak_ptr<Watch>> watches_;
     std::mutex mutex_;
     std::deque<Work> posted_;  // guarded by mutex_

@@ -1,13 +1,9 @@
 #include "base/async/ManualExecutor.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace dorix {
-
-ManualExecutor::~ManualExecutor() {
-    timers_.clear();
-    posted_.clear();
-}
 
 void ManualExecutor::post(Work work) {
     std::scoped_lock lock(mutex_);
@@ -15,16 +11,10 @@ void ManualExecutor::post(Work work) {
 }
 
 Executor::TimerId ManualExecutor::after(double seconds, Work work) {
-    const TimerId id{++lastId_};
-    timers_.emplace(Due{now_ + std::max(seconds, 0.0), id}, std::move(work));
-    return id;
+    return timers_.add(now_ + std::max(seconds, 0.0), std::move(work));
 }
 
-void ManualExecutor::cancel(TimerId id) {
-    const auto timer =
-        std::ranges::find_if(timers_, [id](const auto& entry) { return entry.first.second == id; });
-    if (timer != timers_.end()) timers_.erase(timer);
-}
+void ManualExecutor::cancel(TimerId id) { timers_.remove(id); }
 
 void ManualExecutor::runPosted() {
     while (true) {
@@ -41,10 +31,10 @@ void ManualExecutor::runPosted() {
 
 void ManualExecutor::advanceTo(double time) {
     runPosted();
-    while (!timers_.empty() && timers_.begin()->first.first <= time) {
-        auto timer = timers_.extract(timers_.begin());
-        now_ = std::max(now_, timer.key().first);
-        timer.mapped()();
+    while (const auto due = timers_.nextDue()) {
+        if (*due > time) break;
+        now_ = std::max(now_, *due);
+        timers_.takeDue(now_)();
         runPosted();
     }
     now_ = std::max(now_, time);

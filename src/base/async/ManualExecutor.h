@@ -1,12 +1,11 @@
 #pragma once
 
 #include "base/async/Executor.h"
+#include "base/async/TimerQueue.h"
 
 #include <deque>
-#include <map>
 #include <mutex>
 #include <thread>
-#include <utility>
 
 namespace dorix {
 
@@ -16,7 +15,6 @@ class ManualExecutor : public Executor {
  public:
     /// `date` is the wall clock at virtual time 0, in seconds since 1970.
     explicit ManualExecutor(double date = 1'750'000'000) : dateAtZero_(date) {}
-    ~ManualExecutor() override;
 
     void post(Work work) override;
     TimerId after(double seconds, Work work) override;
@@ -32,16 +30,13 @@ class ManualExecutor : public Executor {
     void advanceTo(double time);
     void advanceBy(double seconds) { advanceTo(now_ + seconds); }
 
-    bool hasTimers() const { return !timers_.empty(); }
+    bool hasTimers() const { return !timers_.isEmpty(); }
 
  private:
-    using Due = std::pair<double, TimerId>;
-
     const double dateAtZero_;
     const std::thread::id thread_ = std::this_thread::get_id();
     double now_ = 0;
-    std::uint64_t lastId_ = 0;
-    std::map<Due, Work> timers_;
+    TimerQueue timers_;
     std::mutex mutex_;
     std::deque<Work> posted_;  // guarded by mutex_
 };

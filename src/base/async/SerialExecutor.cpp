@@ -27,21 +27,15 @@ void SerialExecutor::post(Work work) {
 }
 
 Executor::TimerId SerialExecutor::after(double seconds, Work work) {
-    std::scoped_lock lock(mutex_);
-    const TimerId id{++lastId_};
-    timers_.emplace(Due{now() + std::max(seconds, 0.0), id}, std::move(work));
+    const std::scoped_lock lock(mutex_);
     wake_.notify_one();
-    return id;
+    return timers_.add(now() + std::max(seconds, 0.0), std::move(work));
 }
 
 void SerialExecutor::cancel(TimerId id) {
     Work dropped;  // destroyed outside the lock: it may own what calls back in here
-    std::scoped_lock lock(mutex_);
-    const auto timer =
-        std::ranges::find_if(timers_, [id](const auto& entry) { return entry.first.second == id; });
-    if (timer == timers_.end()) return;
-    dropped = std::move(timer->second);
-    timers_.erase(timer);
+    const std::scoped_lock lock(mutex_);
+    dropped = timers_.remove(id);
 }
 
 double SerialExecutor::now() const { return steadySeconds(); }
@@ -49,7 +43,7 @@ double SerialExecutor::date() const { return wallSeconds(); }
 
 void SerialExecutor::run() {
     std::unique_lock lock(mutex_);
-    while (Work work = takeDue(lock)) {
+    while (Work work = takeNext(lock)) {
         lock.unlock();
         work();
         work = nullptr;
@@ -57,21 +51,24 @@ void SerialExecutor::run() {
     }
 }
 
-SerialExecutor::Work SerialExecutor::takeDue(std::unique_lock<std::mutex>& lock) {
+/// Timers that are due come first, as posted work may post more without end; they no longer run once the
+/// executor is to stop.
+SerialExecutor::Work SerialExecutor::takeNext(std::unique_lock<std::mutex>& lock) {
     while (true) {
+        if (!stopping_) {
+            if (Work due = timers_.takeDue(now())) return due;
+        }
         if (!posted_.empty()) {
             Work work = std::move(posted_.front());
             posted_.pop_front();
             return work;
         }
         if (stopping_) return nullptr;
-        if (timers_.empty()) {
+        if (const auto due = timers_.nextDue()) {
+            wake_.wait_for(lock, std::chrono::duration<double>(*due - now()));
+        } else {
             wake_.wait(lock);
-            continue;
         }
-        const double wait = timers_.begin()->first.first - now();
-        if (wait <= 0) return std::move(timers_.extract(timers_.begin()).mapped());
-        wake_.wait_for(lock, std::chrono::duration<double>(wait));
     }
 }
 

@@ -1,14 +1,12 @@
 #pragma once
 
 #include "base/async/Executor.h"
+#include "base/async/TimerQueue.h"
 
 #include <condition_variable>
 #include <deque>
-#include <map>
 #include <mutex>
-#include <string>
 #include <thread>
-#include <utility>
 
 namespace dorix {
 
@@ -29,17 +27,14 @@ class SerialExecutor : public Executor {
     bool isCurrent() const override { return std::this_thread::get_id() == thread_.get_id(); }
 
  private:
-    using Due = std::pair<double, TimerId>;
-
     void run();
-    Work takeDue(std::unique_lock<std::mutex>& lock);
+    Work takeNext(std::unique_lock<std::mutex>& lock);
 
     std::mutex mutex_;
     std::condition_variable wake_;
-    std::deque<Work> posted_;     // guarded by mutex_
-    std::map<Due, Work> timers_;  // guarded by mutex_
-    std::uint64_t lastId_ = 0;    // guarded by mutex_
-    bool stopping_ = false;       // guarded by mutex_
+    std::deque<Work> posted_;  // guarded by mutex_
+    TimerQueue timers_;        // guarded by mutex_
+    bool stopping_ = false;    // guarded by mutex_
     std::thread thread_;
 };
 

@@ -23,12 +23,14 @@ QtMainLoop::QtMainLoop() {
 QtMainLoop::~QtMainLoop() = default;
 
 void QtMainLoop::post(Work work) {
-    {
-        std::scoped_lock lock(mutex_);
-        posted_.push_back(std::move(work));
-        if (std::exchange(awake_, true)) return;
-    }
-    QCoreApplication::postEvent(this, new QEvent(postedWork));
+    const std::scoped_lock lock(mutex_);
+    posted_.push_back(std::move(work));
+    wake();
+}
+
+/// Under the lock: has Qt call runPosted soon.
+void QtMainLoop::wake() {
+    if (!std::exchange(awake_, true)) QCoreApplication::postEvent(this, new QEvent(postedWork));
 }
 
 bool QtMainLoop::event(QEvent* event) {
@@ -38,31 +40,29 @@ bool QtMainLoop::event(QEvent* event) {
 }
 
 void QtMainLoop::runPosted() {
-    std::deque<Work> batch;
-    {
-        std::scoped_lock lock(mutex_);
-        batch.swap(posted_);
-        awake_ = false;
-    }
-    // What this queues waits for the next turn, so that the loop's other events are not starved.
-    for (auto& work : batch) {
+    std::unique_lock lock(mutex_);
+    awake_ = false;
+    // As many as are here now: what they queue waits for the next turn, so that Qt's events are not starved.
+    for (auto count = posted_.size(); count > 0 && !posted_.empty(); --count) {
+        auto work = std::move(posted_.front());
+        posted_.pop_front();
+        // Work that runs an event loop of its own, as a menu does, must not hold up the rest.
+        if (!posted_.empty()) wake();
+        lock.unlock();
         work();
         work = nullptr;
+        lock.lock();
     }
 }
 
 Executor::TimerId QtMainLoop::after(double seconds, Work work) {
-    const TimerId id{++lastId_};
-    timers_.emplace(Due{now() + std::max(seconds, 0.0), id}, std::move(work));
+    const auto id = timers_.add(now() + std::max(seconds, 0.0), std::move(work));
     armTimer();
     return id;
 }
 
 void QtMainLoop::cancel(TimerId id) {
-    const auto timer =
-        std::ranges::find_if(timers_, [id](const auto& entry) { return entry.first.second == id; });
-    if (timer == timers_.end()) return;
-    auto dropped = timers_.extract(timer);
+    const auto dropped = timers_.remove(id);
     armTimer();
 }
 
@@ -71,19 +71,20 @@ double QtMainLoop::date() const { return wallSeconds(); }
 
 void QtMainLoop::runDueTimers() {
     const double time = now();
-    while (!timers_.empty() && timers_.begin()->first.first <= time) {
-        auto timer = timers_.extract(timers_.begin());
-        timer.mapped()();
+    while (auto work = timers_.takeDue(time)) {
+        armTimer();  // for work that runs an event loop of its own
+        work();
     }
     armTimer();
 }
 
 void QtMainLoop::armTimer() {
-    if (timers_.empty()) {
+    const auto due = timers_.nextDue();
+    if (!due) {
         timer_.stop();
         return;
     }
-    const double wait = std::max(timers_.begin()->first.first - now(), 0.0);
+    const double wait = std::max(*due - now(), 0.0);
     timer_.start(static_cast<int>(std::min(std::ceil(wait * 1000), 86'400'000.0)));
 }
 

@@ -1,15 +1,14 @@
 #pragma once
 
 #include "base/async/Executor.h"
+#include "base/async/TimerQueue.h"
 #include "linux/FdWatcher.h"
 
 #include <QObject>
 #include <QTimer>
 #include <deque>
-#include <map>
 #include <mutex>
 #include <thread>
-#include <utility>
 
 namespace dorix {
 
@@ -32,16 +31,14 @@ class QtMainLoop final : public QObject, public Executor, public FdWatcher {
     bool event(QEvent* event) override;
 
  private:
-    using Due = std::pair<double, TimerId>;
-
+    void wake();
     void runPosted();
     void runDueTimers();
     void armTimer();
 
     const std::thread::id thread_ = std::this_thread::get_id();
     QTimer timer_;
-    std::map<Due, Work> timers_;
-    std::uint64_t lastId_ = 0;
+    TimerQueue timers_;
 
     std::mutex mutex_;
     std::deque<Work> posted_;  // guarded by mutex_
