@@ -3,6 +3,7 @@
 #include "base/async/Executor.h"
 #include "linux/FdWatcher.h"
 #include "linux/dbus/SdBus.h"
+#include "linux/process/FileDescriptor.h"
 
 #include <expected>
 #include <functional>
@@ -40,6 +41,7 @@ class BusConnection {
     /// Disconnected when the bus has gone.
     std::expected<sdbus::Message, std::string> call(const sdbus::Message& request, double seconds);
 
+    /// The handler is called at the latest after sd-bus's usual time-out, 25 s.
     void callLater(const sdbus::Message& request, Handler handler);
 
     /// Waits for the bus to greet us, up to `seconds`; whether it has.
@@ -72,6 +74,7 @@ class BusConnection {
     static int onMessage(sd_bus_message* message, void* pending, sd_bus_error* error);
     static int onReply(sd_bus_message* message, void* pending, sd_bus_error* error);
     Pending& remember(Handler handler);
+    void awaitNext() const;
     void reportClosed();
 
     WorkQueue& queue_;
@@ -79,6 +82,8 @@ class BusConnection {
     std::shared_ptr<BusConnection*> self_;  // what is posted holds it weakly
     sdbus::Bus bus_;
     std::list<Pending> pending_;
+    const FileDescriptor timer_;
+    const FileDescriptor events_;  // readable when the bus or the timer has something to do
     FdWatcher::Token watch_;
 };
 
