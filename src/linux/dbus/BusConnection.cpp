@@ -132,12 +132,6 @@ void BusConnection::emit(const char* path, const char* interface, const char* si
     awaitNext();
 }
 
-std::string BusConnection::uniqueName() const {
-    const char* name = nullptr;
-    if (!isReady() || sd_bus_get_unique_name(bus_.get(), &name) < 0) return {};
-    return name;
-}
-
 void BusConnection::listen(const char* rule, Handler handler) {
     auto& pending = remember(std::move(handler));
     sd_bus_slot* slot = nullptr;

@@ -55,9 +55,6 @@ class BusConnection {
     void emit(const char* path, const char* interface, const char* signal,
               const std::function<void(sd_bus_message*)>& fill);
 
-    /// Our name on the bus; "" before the greeting.
-    std::string uniqueName() const;
-
     /// Calls the handler for every signal that the match rule takes, as long as the connection lives.
     void listen(const char* rule, Handler handler);
 
