@@ -112,6 +112,7 @@ void DictationController::showListening() {
     hideWork_.stop();
     env_.state.asking.set(mode_ == Mode::ask);
     env_.state.hud.set(HUDPhase::listening());
+    if (mode_ == Mode::write) env_.inserter.prepare();
     playSound("Tink");
 }
 
@@ -120,6 +121,7 @@ void DictationController::cancelRecording() {
     if (auto task = std::exchange(startTask_, std::nullopt)) task->cancel();
     source_.reset();
     env_.speech.cancel();
+    env_.inserter.forgetPrepared();
     if (env_.state.hud.get() == HUDPhase::listening()) env_.state.hud.set(HUDPhase::hidden());
 }
 
@@ -131,7 +133,7 @@ void DictationController::stopAndProcess() {
     busy_.set(true);
     env_.state.hud.set(HUDPhase::processing());
     playSound("Pop");
-    tasks_.spawn(process(std::move(startTask)));
+    tasks_.spawn(process(std::move(startTask), mode_));
 }
 
 void DictationController::playSound(std::string_view name) {
@@ -192,9 +194,12 @@ void DictationController::watchSilence() {
 
 // From the transcript to the text at the cursor
 
-Task<void> DictationController::process(TaskHandle<void> startTask) {
+Task<void> DictationController::process(TaskHandle<void> startTask, Mode mode) {
     // However this ends, the next utterance must not be refused.
-    const std::shared_ptr<void> done(nullptr, [this](auto) { busy_.set(false); });
+    const std::shared_ptr<void> done(nullptr, [this](auto) {
+        env_.inserter.forgetPrepared();
+        busy_.set(false);
+    });
     try {
         co_await startTask;
     } catch (...) {
@@ -206,8 +211,11 @@ Task<void> DictationController::process(TaskHandle<void> startTask) {
     const std::string transcript(text::trim(spoken));
     if (transcript.empty()) {
         flash(HUDPhase::info(tr("No te he oído. Mantén pulsado ⌥ Espacio mientras hablas.")), 2.4);
-    } else {
+    } else if (mode == Mode::write) {
         co_await dictate(transcript);
+    } else {
+        // Nobody is there yet to answer; a question is not to be typed.
+        env_.state.hud.set(HUDPhase::hidden());
     }
 }
 
@@ -321,9 +329,9 @@ void DictationController::toggleComposerMic() {
 Task<void> DictationController::startComposerRecording() {
     try {
         co_await env_.speech.start(env_.settings.language.get());
-    } catch (const Error& error) {
+    } catch (...) {
         env_.state.composerRecording.set(false);
-        flash(HUDPhase::error(error.localizedDescription()), 3.0);
+        flash(HUDPhase::error(localizedDescription(std::current_exception())), 3.0);
     }
 }
 

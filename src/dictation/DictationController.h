@@ -99,7 +99,7 @@ class DictationController {
     PolishRequest makeRequest(std::string transcript) const;
     std::vector<std::string> styleExamples(std::string_view toneLabel) const;
 
-    Task<void> process(TaskHandle<void> startTask);
+    Task<void> process(TaskHandle<void> startTask, Mode mode);
     Task<void> dictate(std::string transcript);
     Task<void> commit(PolishResult result, std::string transcript);
     Task<void> typeAgain(AppContext target, std::string answer);

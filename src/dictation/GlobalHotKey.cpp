@@ -7,24 +7,22 @@
 
 namespace dorix {
 
-HotKeyTable::HotKeyTable(Executor& executor, HotKeyRegistrar& registrar)
-    : executor_(executor),
-      registrar_(registrar),
-      callbacks_(std::make_shared<std::unordered_map<std::uint32_t, Callbacks>>()) {
-    registrar_.installEventHandler([this](HotKeyID key, std::uint32_t kind) { dispatch(key.id, kind); });
+HotKeyTable::HotKeyTable(Executor& executor, HotKeyRegistrar& registrar) : registrar_(registrar) {
+    registrar_.installEventHandler(
+        [&executor, weak = std::weak_ptr(callbacks_)](HotKeyID key, std::uint32_t kind) {
+            executor.post([weak, id = key.id, kind] {
+                if (const auto callbacks = weak.lock()) call(*callbacks, id, kind);
+            });
+        });
 }
 
-void HotKeyTable::dispatch(std::uint32_t id, std::uint32_t kind) {
-    executor_.post([weak = std::weak_ptr(callbacks_), id, kind] {
-        const auto callbacks = weak.lock();
-        if (!callbacks) return;
-        const auto entry = callbacks->find(id);
-        if (entry == callbacks->end()) return;
-        // A copy: the callback may take its own hot key down.
-        const auto called =
-            kind == HotKeyRegistrar::eventReleased ? entry->second.released : entry->second.pressed;
-        called();
-    });
+void HotKeyTable::call(const Table& callbacks, std::uint32_t id, std::uint32_t kind) {
+    const auto entry = callbacks.find(id);
+    if (entry == callbacks.end()) return;
+    // A copy: the callback may take its own hot key down.
+    const auto called =
+        kind == HotKeyRegistrar::eventReleased ? entry->second.released : entry->second.pressed;
+    called();
 }
 
 std::unique_ptr<GlobalHotKey> GlobalHotKey::make(HotKeyTable& table, std::uint16_t keyCode,

@@ -18,7 +18,7 @@ class HotKeyTable {
         std::function<void()> released;
     };
 
-    /// Installs the handler. Both must outlive the table.
+    /// Installs the handler, which stays harmlessly behind. Both must outlive the table.
     HotKeyTable(Executor& executor, HotKeyRegistrar& registrar);
     HotKeyTable(const HotKeyTable&) = delete;
     HotKeyTable& operator=(const HotKeyTable&) = delete;
@@ -26,12 +26,14 @@ class HotKeyTable {
  private:
     friend class GlobalHotKey;
 
-    void dispatch(std::uint32_t id, std::uint32_t kind);
+    using Table = std::unordered_map<std::uint32_t, Callbacks>;
 
-    Executor& executor_;
+    static void call(const Table& callbacks, std::uint32_t id, std::uint32_t kind);
+
     HotKeyRegistrar& registrar_;
-    // Shared with dispatched calls, which may find their hot key or the whole table gone.
-    std::shared_ptr<std::unordered_map<std::uint32_t, Callbacks>> callbacks_;
+    // Shared with the handler and its calls on their way, which may find their hot key or the whole table
+    // gone.
+    std::shared_ptr<Table> callbacks_ = std::make_shared<Table>();
 };
 
 /// A system-wide chord with a pressed and a released signal, registered as long as it lives. Main executor.

@@ -10,7 +10,7 @@ namespace dorix {
 struct SystemLanguages {
     /// Locale identifiers, the most wanted first ("es-ES", "en").
     std::vector<std::string> preferred;
-    /// The language code of the locale for formats ("es"); none for the C locale.
+    /// The language code of the locale for formats ("es"); none where the system does not say.
     std::optional<std::string> currentLanguageCode;
 };
 

@@ -2,7 +2,11 @@
 
 #include "base/Error.h"
 #include "base/Log.h"
+#include "localdata/Language.h"
+#include "platform/Application.h"
 #include "platform/KeyCodes.h"
+#include "platform/StatusItem.h"
+#include "shell/icon/IconLook.h"
 
 #include <string>
 
@@ -30,6 +34,7 @@ AppController::AppController(const Platform& platform)
                   .accessibility = platform.accessibility,
                   .sounds = platform.sounds,
                   .history = &recorder_}),
+      firstRunHint_(platform.executor, platform.defaults, state_),
       ptt_(platform.executor, platform.keyEvents, settings_.pushToTalkKey.get()),
       hotKeys_(platform.executor, platform.hotKeys),
       tasks_(platform.executor) {}
@@ -38,9 +43,12 @@ void AppController::applicationDidFinishLaunching() {
     wireKeyMonitor();
     registerHotKeys();
     installObservers();
+    showIcon();
+    showStatusItem();
     ptt_.isEnabled = !settings_.paused.get();
     ptt_.start();
     tasks_.spawn(prepareSpeech());
+    firstRunHint_.show(FirstRunHint::Forced::no);
 }
 
 void AppController::wireKeyMonitor() {
@@ -93,7 +101,8 @@ void AppController::installObservers() {
         if (trusted && ptt_.phase() == PushToTalkMonitor::Phase::idle) ptt_.start();
     }));
     bag_.push_back(settings_.paused.subscribe([this](bool paused) { applyPause(paused); }));
-    bag_.push_back(state_.hud.subscribe([this](const HUDPhase& phase) { logHUD(phase); }));
+    bag_.push_back(settings_.languageObserver().code.subscribe(
+        [this](const std::string&) { platform_.statusItem.setToolTip(iconTooltip()); }));
 }
 
 void AppController::applyPause(bool paused) {
@@ -104,9 +113,28 @@ void AppController::applyPause(bool paused) {
     }
 }
 
-/// Without a window the log is where the state can be seen. What was said is not written there.
-void AppController::logHUD(const HUDPhase& phase) {
-    logLine("HUD " + std::string(name(phase.kind)) + (phase.text.empty() ? "" : ": " + phase.text));
+void AppController::showStatusItem() {
+    platform_.statusItem.show([] {}, [this] { return iconMenu(); });
+    platform_.statusItem.setToolTip(iconTooltip());
+}
+
+Menu AppController::iconMenu() {
+    const bool paused = settings_.paused.get();
+    return {
+        {tr(paused ? "Reanudar DORIX" : "Pausar DORIX"), [this, paused] { settings_.paused.set(!paused); }},
+        ClosureMenuItem::separator(),
+        {tr("Reiniciar DORIX"), [this] { platform_.application.relaunch(); }},
+        {tr("Salir de DORIX"), [this] { platform_.application.terminate(); }},
+    };
+}
+
+std::string AppController::iconTooltip() const { return dorix::iconTooltip({}); }
+
+bool AppController::showToast(const std::string& text) {
+    const bool disturbs = !dictation_.isIdle() || state_.panelOpen.get() || state_.meetingActive.get();
+    if (disturbs || settings_.paused.get()) return false;
+    dictation_.flash(HUDPhase::learned(text), 5.0);
+    return true;
 }
 
 Task<void> AppController::prepareSpeech() {

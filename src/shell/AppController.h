@@ -8,13 +8,17 @@
 #include "dictation/context/TextInsertion.h"
 #include "localdata/HistoryStore.h"
 #include "localdata/SettingsStore.h"
+#include "platform/ClosureMenuItem.h"
 #include "platform/Platform.h"
 #include "shell/BasicWriter.h"
+#include "shell/FirstRunHint.h"
 #include "shell/HistoryRecorder.h"
 #include "shell/permissions/Permissions.h"
 #include "speech/SpeechEngine.h"
 
+#include <functional>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace dorix {
@@ -28,8 +32,28 @@ class AppController {
     AppController(const AppController&) = delete;
     AppController& operator=(const AppController&) = delete;
 
+    /// Puts the icon on the screen; called in its place in the start-up sequence.
+    std::function<void()> showIcon = [] {};
+
     /// The start-up sequence; once.
     void applicationDidFinishLaunching();
+
+    /// Returns when nothing of the user's is under way: the program may end.
+    Task<void> settled() { return inserter_.settled(); }
+
+    /// The menu of the icon, as things stand.
+    Menu iconMenu();
+    /// The icon's tooltip, in the app language.
+    std::string iconTooltip() const;
+
+    /// Shows `text` as something learned if nothing is going on that it would disturb; otherwise false, and
+    /// the caller keeps it for later.
+    bool showToast(const std::string& text);
+
+    /// What views render and change.
+    AppState& state() { return state_; }
+    SettingsStore& settings() { return settings_; }
+    SpeechInput& speech() { return speech_; }
 
  private:
     void wireKeyMonitor();
@@ -37,7 +61,7 @@ class AppController {
     void installObservers();
     void shortcutPressed(DictationController::Mode mode);
     void applyPause(bool paused);
-    void logHUD(const HUDPhase& phase);
+    void showStatusItem();
     Task<void> prepareSpeech();
 
     const Platform platform_;
@@ -50,6 +74,7 @@ class AppController {
     BasicWriter writer_;
     TextInserter inserter_;
     DictationController dictation_;
+    FirstRunHint firstRunHint_;
     PushToTalkMonitor ptt_;
     HotKeyTable hotKeys_;
     std::unique_ptr<GlobalHotKey> dictationHotKey_;

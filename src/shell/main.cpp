@@ -11,12 +11,16 @@
 #include "shell/WatchdogProcess.h"
 #include "shell/watchdog/WatchdogArguments.h"
 #include "shell/watchdog/WatchdogTask.h"
+#include "views/Application.h"
+#include "views/Views.h"
 
 #include <sys/signalfd.h>
 #include <unistd.h>
 
 #include <QCoreApplication>
 #include <csignal>
+#include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -41,6 +45,9 @@ class MainApplication final : public Application {
  public:
     MainApplication(Executor& loop, LinuxDesktop& desktop) : desktop_(desktop), tasks_(loop) {}
 
+    /// Gives what has to end well before the program does.
+    std::function<Task<void>()> settled;
+
     void terminate() override {
         if (!std::exchange(isEnding_, true)) tasks_.spawn(quit());
     }
@@ -53,6 +60,7 @@ class MainApplication final : public Application {
 
  private:
     Task<void> quit() {
+        if (settled) co_await settled();
         co_await desktop_.handOverClipboard();
         QCoreApplication::quit();
     }
@@ -63,6 +71,20 @@ class MainApplication final : public Application {
     TaskScope tasks_;
 };
 
+/// The windows, where there is a display to draw on.
+std::unique_ptr<Views> makeViews(AppController& controller, const Platform& platform, LinuxDesktop& desktop) {
+    if (!canDraw()) return nullptr;
+    return std::make_unique<Views>(
+        Views::Environment{.executor = platform.executor,
+                           .defaults = platform.defaults,
+                           .state = controller.state(),
+                           .settings = controller.settings(),
+                           .speech = controller.speech(),
+                           .appearance = desktop.appearance()},
+        Views::Verbs{.iconTooltip = [&controller] { return controller.iconTooltip(); },
+                     .iconMenu = [&controller] { return controller.iconMenu(); }});
+}
+
 struct Ending {
     int status = 0;
     std::string openedNext;  // by its bundle path; "" for nothing
@@ -72,7 +94,7 @@ Ending run(int argc, char** argv) {
     const int signals = blockedTerminationSignals();
     std::signal(SIGPIPE, SIG_IGN);  // a peer that goes shows in the write to it
     logToStderrAndJournal();
-    const QCoreApplication application(argc, argv);
+    const auto application = makeApplication(argc, argv);
     QtMainLoop loop;
     DBusSingleInstance instance(loop, loop);
     if (!instance.claim()) return {};
@@ -94,6 +116,9 @@ Ending run(int argc, char** argv) {
             logLine("se ha perdido la pantalla");
             QCoreApplication::exit(1);
         });
+        ending.settled = [&controller] { return controller.settled(); };
+        const auto views = makeViews(controller, platform, desktop);
+        if (views) controller.showIcon = [&views] { views->showIcon(); };
         controller.applicationDidFinishLaunching();
         status = QCoreApplication::exec();
         watchdog.terminate();

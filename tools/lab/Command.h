@@ -33,6 +33,7 @@ std::vector<Command> writingCommands();
 std::vector<Command> languageCommands();
 std::vector<Command> contextCommands();
 std::vector<Command> dictationCommands();
+std::vector<Command> routingCommands();
 
 /// The field, which must be there and be a string.
 std::string requiredString(const Json& input, const char* field);

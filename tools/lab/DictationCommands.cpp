@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <limits>
 #include <map>
 #include <utility>
 
@@ -21,7 +22,12 @@ std::vector<Json> eventsOf(const Json& input) {
     const auto found = input.find("events");
     if (found == input.end() || !found->is_array()) throw BadInput("field \"events\" must be a list");
     auto events = found->get<std::vector<Json>>();
-    const auto time = [](const Json& event) { return requiredNumber(event, "t"); };
+    const auto time = [](const Json& event) {
+        const double t = requiredNumber(event, "t");
+        if (t < 0) throw BadInput("field \"t\" must not be negative");
+        return t;
+    };
+    for (const auto& event : events) time(event);
     if (!std::ranges::is_sorted(events, {}, time))
         throw BadInput("events must stand in the order of their times");
     return events;
@@ -48,9 +54,13 @@ std::string phaseName(PushToTalkMonitor::Phase phase) {
 }
 
 void typeOn(FakeKeyEventMonitors& keyboard, const Json& event) {
-    const auto keyCode = static_cast<std::uint16_t>(requiredInteger(event, "keyCode"));
-    const auto flags =
-        event.contains("flags") ? static_cast<std::uint64_t>(requiredInteger(event, "flags")) : 0;
+    const auto code = requiredInteger(event, "keyCode");
+    const auto bits = event.contains("flags") ? requiredInteger(event, "flags") : 0;
+    if (code < 0 || code > std::numeric_limits<std::uint16_t>::max())
+        throw BadInput("there is no such key code");
+    if (bits < 0) throw BadInput("field \"flags\" must not be negative");
+    const auto keyCode = static_cast<std::uint16_t>(code);
+    const auto flags = static_cast<std::uint64_t>(bits);
     const auto kind = requiredString(event, "kind");
     if (kind == "flags") {
         keyboard.flags(keyCode, flags);
@@ -184,6 +194,15 @@ Json settingsOf(const Json& input) {
     const auto found = input.find("settings");
     if (found == input.end() || found->is_null()) return Json::object();
     if (!found->is_object()) throw BadInput("field \"settings\" must be an object");
+    static const Json examples{{"pttKey", ""},          {"language", ""},    {"appLanguage", ""},
+                               {"engine", ""},          {"adaptTone", true}, {"playSounds", true},
+                               {"signatureName", ""},   {"styleNotes", ""},  {"paused", true},
+                               {"onboardingDone", true}};
+    for (const auto& [key, value] : found->items()) {
+        const auto example = examples.find(key);
+        if (example == examples.end()) throw BadInput("unknown setting \"" + key + "\"");
+        if (example->type() != value.type()) throw BadInput("setting \"" + key + "\" has another type");
+    }
     return *found;
 }
 

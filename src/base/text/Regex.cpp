@@ -39,7 +39,17 @@ Regex::~Regex() = default;
 bool Regex::matches(std::string_view text) const {
     const auto subject = toUnicode(text);
     UErrorCode status = U_ZERO_ERROR;
-    return compiled_->matcher(subject)->find(status) && U_SUCCESS(status);
+    const auto matcher = compiled_->matcher(subject);
+    bool found = matcher->find(status) != 0;
+    if (status == U_REGEX_STACK_OVERFLOW) {
+        // A run of some hundred thousand characters; a search that may be the last guard must not give up on
+        // it.
+        status = U_ZERO_ERROR;
+        matcher->reset();
+        matcher->setStackLimit(0, status);
+        found = matcher->find(status) != 0;
+    }
+    return found && U_SUCCESS(status);
 }
 
 std::string Regex::replaceAll(std::string_view text, std::string_view replacement) const {

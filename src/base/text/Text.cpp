@@ -8,6 +8,7 @@
 #include <unicode/utf8.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <memory>
 
@@ -124,6 +125,59 @@ std::string_view trimWhere(std::string_view text, Goes goes) {
     return text.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(end - start));
 }
 
+std::string foldByIcu(std::string_view text) {
+    UErrorCode status = U_ZERO_ERROR;
+    const auto* decompose = icu::Normalizer2::getNFDInstance(status);
+    icu::UnicodeString folded = toUnicode(text);
+    folded.foldCase();
+    icu::UnicodeString decomposed = decompose->normalize(folded, status);
+    icu::UnicodeString kept;
+    for (int32_t i = 0; i < decomposed.length();) {
+        const UChar32 c = decomposed.char32At(i);
+        if (u_charType(c) != U_NON_SPACING_MARK) kept.append(c);
+        i += U16_LENGTH(c);
+    }
+    return toUtf8(icu::Normalizer2::getNFCInstance(status)->normalize(kept, status));
+}
+
+/// The folds of a range of characters that join nothing that follows but the marks that folding removes, so
+/// that each can be folded by itself.
+template <UChar32 first, UChar32 last>
+class FoldTable {
+ public:
+    FoldTable() {
+        for (UChar32 c = first; c <= last; ++c) folds_[index(c)] = foldByIcu(toUtf8(icu::UnicodeString(c)));
+    }
+
+    const std::string* find(UChar32 c) const { return c < first || c > last ? nullptr : &folds_[index(c)]; }
+
+ private:
+    static std::size_t index(UChar32 c) { return static_cast<std::size_t>(c - first); }
+
+    std::array<std::string, last - first + 1> folds_;
+};
+
+/// Folds the character at `at` and steps over it, if it is ASCII, a Latin letter or common punctuation.
+bool appendFolded(std::string& out, std::string_view text, std::size_t& at) {
+    static const FoldTable<0x80, 0x17F> latin;
+    static const FoldTable<0x2010, 0x2027> punctuation;
+    const char c = text[at];
+    if (static_cast<unsigned char>(c) < 0x80) {
+        out += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+        ++at;
+        return true;
+    }
+    std::size_t end = at;
+    UChar32 wide = 0;
+    U8_NEXT(text.data(), end, text.size(), wide);
+    const auto* folded = latin.find(wide);
+    if (folded == nullptr) folded = punctuation.find(wide);
+    if (folded == nullptr) return false;
+    out += *folded;
+    at = end;
+    return true;
+}
+
 }  // namespace
 
 std::size_t length(std::string_view text) {
@@ -193,19 +247,12 @@ std::string join(const std::vector<std::string_view>& pieces, std::string_view s
 }
 
 std::string fold(std::string_view text) {
-    if (isAscii(text)) return lowercase(text);
-    UErrorCode status = U_ZERO_ERROR;
-    const auto* decompose = icu::Normalizer2::getNFDInstance(status);
-    icu::UnicodeString folded = toUnicode(text);
-    folded.foldCase();
-    icu::UnicodeString decomposed = decompose->normalize(folded, status);
-    icu::UnicodeString kept;
-    for (int32_t i = 0; i < decomposed.length();) {
-        const UChar32 c = decomposed.char32At(i);
-        if (u_charType(c) != U_NON_SPACING_MARK) kept.append(c);
-        i += U16_LENGTH(c);
+    std::string out;
+    out.reserve(text.size());
+    std::size_t at = 0;
+    while (at < text.size() && appendFolded(out, text, at)) {
     }
-    return toUtf8(icu::Normalizer2::getNFCInstance(status)->normalize(kept, status));
+    return at == text.size() ? out : out + foldByIcu(text.substr(at));
 }
 
 std::string lowercase(std::string_view text) {

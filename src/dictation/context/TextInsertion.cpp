@@ -23,7 +23,25 @@ void TextInserter::postCommandKey(std::uint16_t keyCode) {
     poster_.postKeyboardEvent(keyCode, EventPoster::Direction::up, modifier::command);
 }
 
+void TextInserter::prepare() { prepared_ = Prepared{pasteboard_.changeCount(), tasks_.spawn(read())}; }
+
+/// The reading that was begun ahead, if it tells what is on the clipboard now.
+std::optional<TaskHandle<TextInserter::Snapshot>> TextInserter::takePrepared() {
+    const auto prepared = std::exchange(prepared_, std::nullopt);
+    if (!prepared || prepared->changeCount != pasteboard_.changeCount()) return std::nullopt;
+    return prepared->reading;
+}
+
 Task<TextInserter::Snapshot> TextInserter::snapshot() {
+    if (const auto reading = takePrepared()) {
+        const auto count = pasteboard_.changeCount();
+        auto items = co_await reading->throughStop();
+        if (pasteboard_.changeCount() == count) co_return items;
+    }
+    co_return co_await read();
+}
+
+Task<TextInserter::Snapshot> TextInserter::read() {
     Snapshot items;
     for (int reading = 0; reading < maxReadings; ++reading) {
         const auto before = pasteboard_.changeCount();
@@ -39,7 +57,17 @@ void TextInserter::restore(Snapshot snapshot) {
 }
 
 Task<void> TextInserter::insertText(std::string text, bool restoreClipboard) {
-    co_await tasks_.spawn(paste(std::move(text), restoreClipboard)).throughStop();
+    const auto insertion = tasks_.spawn(paste(std::move(text), restoreClipboard));
+    lastInsertion_ = insertion;
+    co_await insertion.throughStop();
+}
+
+Task<void> TextInserter::settled() {
+    // Each takes as long as any other, so that the last to begin is the last to end.
+    while (lastInsertion_ && !lastInsertion_->isDone()) {
+        const auto insertion = *lastInsertion_;
+        co_await insertion;
+    }
 }
 
 Task<void> TextInserter::paste(std::string text, bool restoreClipboard) {

@@ -4,6 +4,7 @@
 #include "platform/Pasteboard.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,17 +32,36 @@ class TextInserter {
     /// Puts the snapshot in place of what is there; an empty one leaves nothing.
     void restore(Snapshot snapshot);
 
+    /// Reads the clipboard ahead of an insertion that is likely to come, so that a slow application that
+    /// holds it costs no time then. What was read is used if the clipboard has not changed by that time.
+    void prepare();
+
+    /// Lets go of what prepare() read: no insertion comes.
+    void forgetPrepared() { prepared_.reset(); }
+
     /// Types `text` at the cursor of the application in front. Afterwards the clipboard is as it was or, when
     /// not to be restored, holds the text for the user to paste; whoever else used it meanwhile keeps it.
     /// Never fails. A stop request does not cut it short: from the first look at the clipboard on, an
     /// insertion is seen through, even when the task that asked for it is destroyed.
     Task<void> insertText(std::string text, bool restoreClipboard);
 
+    /// Returns when no insertion is under way any more.
+    Task<void> settled();
+
  private:
+    struct Prepared {
+        std::int64_t changeCount;
+        TaskHandle<Snapshot> reading;
+    };
+
+    Task<Snapshot> read();
+    std::optional<TaskHandle<Snapshot>> takePrepared();
     Task<void> paste(std::string text, bool restoreClipboard);
 
     Pasteboard& pasteboard_;
     EventPoster& poster_;
+    std::optional<Prepared> prepared_;
+    std::optional<TaskHandle<void>> lastInsertion_;
     TaskScope tasks_;
 };
 

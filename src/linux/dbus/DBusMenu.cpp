@@ -3,6 +3,7 @@
 #include "base/text/Text.h"
 
 #include <algorithm>
+#include <array>
 #include <string>
 #include <utility>
 #include <vector>
@@ -135,7 +136,7 @@ struct MenuInterface {
     }
 
     static const sd_bus_vtable* table() {
-        static const sd_bus_vtable entries[] = {
+        static const auto entries = std::to_array<sd_bus_vtable>({
             SD_BUS_VTABLE_START(SD_BUS_VTABLE_UNPRIVILEGED),
             SD_BUS_METHOD("GetLayout", "iias", "u(ia{sv}av)", getLayout, 0),
             SD_BUS_METHOD("GetGroupProperties", "aias", "a(ia{sv})", getGroupProperties, 0),
@@ -152,8 +153,8 @@ struct MenuInterface {
             SD_BUS_SIGNAL("LayoutUpdated", "ui", 0),
             SD_BUS_SIGNAL("ItemActivationRequested", "iu", 0),
             SD_BUS_VTABLE_END,
-        };
-        return entries;
+        });
+        return entries.data();
     }
 };
 

@@ -1,5 +1,6 @@
 #include "linux/dbus/DBusSingleInstance.h"
 
+#include <array>
 #include <cstdint>
 #include <cstdlib>
 #include <utility>
@@ -15,11 +16,14 @@ constexpr double patience = 2.0;  // seconds, for each question
 constexpr std::uint32_t doNotQueue = 4;
 constexpr std::uint32_t nameIsTaken = 3;
 
-/// Whether the bus has started us. Our own helpers are not to think so of themselves.
+/// Whether the bus has started us. Our own helpers are not to think so of themselves. Before other threads
+/// start.
 bool takeStarterMark() {
+    // NOLINTBEGIN(concurrency-mt-unsafe)
     const bool marked = std::getenv("DBUS_STARTER_ADDRESS") != nullptr;
     unsetenv("DBUS_STARTER_ADDRESS");
     unsetenv("DBUS_STARTER_BUS_TYPE");
+    // NOLINTEND(concurrency-mt-unsafe)
     return marked;
 }
 
@@ -46,14 +50,14 @@ struct ApplicationInterface {
     }
 
     static const sd_bus_vtable* table() {
-        static const sd_bus_vtable entries[] = {
+        static const auto entries = std::to_array<sd_bus_vtable>({
             SD_BUS_VTABLE_START(0),
             SD_BUS_METHOD("Activate", "a{sv}", "", activate, SD_BUS_VTABLE_UNPRIVILEGED),
             SD_BUS_METHOD("Open", "asa{sv}", "", open, SD_BUS_VTABLE_UNPRIVILEGED),
             SD_BUS_METHOD("ActivateAction", "sava{sv}", "", activateAction, SD_BUS_VTABLE_UNPRIVILEGED),
             SD_BUS_VTABLE_END,
-        };
-        return entries;
+        });
+        return entries.data();
     }
 };
 
@@ -84,7 +88,7 @@ void DBusSingleInstance::askToReopen() {
     const auto request = bus_->newCall(name, path, interface, "Activate");
     sd_bus_message_append(request.get(), "a{sv}", 0);
     // Without an answer there is nothing more to be done than that: the other one is busy, or hangs.
-    static_cast<void>(bus_->call(request, patience));
+    [[maybe_unused]] const auto answer = bus_->call(request, patience);
 }
 
 void DBusSingleInstance::reopen() {

@@ -2,6 +2,7 @@
 
 #include "linux/dbus/StatusGlyph.h"
 
+#include <array>
 #include <utility>
 
 namespace dorix {
@@ -70,7 +71,7 @@ struct StatusItemInterface {
     }
 
     static const sd_bus_vtable* table() {
-        static const sd_bus_vtable entries[] = {
+        static const auto entries = std::to_array<sd_bus_vtable>({
             SD_BUS_VTABLE_START(SD_BUS_VTABLE_UNPRIVILEGED),
             SD_BUS_METHOD("Activate", "ii", "", activate, 0),
             SD_BUS_METHOD("SecondaryActivate", "ii", "", nothing, 0),
@@ -95,8 +96,8 @@ struct StatusItemInterface {
             SD_BUS_SIGNAL("NewToolTip", "", 0),
             SD_BUS_SIGNAL("NewStatus", "s", 0),
             SD_BUS_VTABLE_END,
-        };
-        return entries;
+        });
+        return entries.data();
     }
 };
 

@@ -1,6 +1,7 @@
 #include "linux/desktop/LinuxDesktop.h"
 
 #include "linux/DesktopEntries.h"
+#include "linux/appearance/LinuxAppearance.h"
 #include "linux/atspi/AtspiAccessibility.h"
 #include "linux/dbus/BusConnection.h"
 #include "linux/dbus/DBusNotifications.h"
@@ -70,7 +71,8 @@ struct LinuxDesktop::Parts {
           urls(watcher),
           bus(BusConnection::openSession(main, watcher, [] {})),
           notifications(serviceOn<Notifications, DBusNotifications, UnavailableNotifications>(main)),
-          statusItem(serviceOn<StatusItem, DBusStatusItem, UnavailableStatusItem>(main)) {
+          statusItem(serviceOn<StatusItem, DBusStatusItem, UnavailableStatusItem>(main)),
+          appearance(bus.get(), watcher, xdgConfigHome()) {
         if (auto connection = X11Connection::open(main, watcher)) {
             x11 = std::make_unique<X11Session>(main, std::move(connection));
         }
@@ -134,6 +136,7 @@ struct LinuxDesktop::Parts {
     std::unique_ptr<BusConnection> bus;  // none where there is no session bus
     std::unique_ptr<Notifications> notifications;
     std::unique_ptr<StatusItem> statusItem;
+    LinuxAppearance appearance;
     NoSession none;
     std::unique_ptr<X11Session> x11;
 };
@@ -147,6 +150,8 @@ Platform LinuxDesktop::platform(Application& application) {
     return parts_->x11 ? parts_->platformWith(*parts_->x11, application)
                        : parts_->platformWith(parts_->none, application);
 }
+
+DesktopAppearance& LinuxDesktop::appearance() { return parts_->appearance; }
 
 void LinuxDesktop::onDisplayLost(std::function<void()> callback) {
     if (parts_->x11) parts_->x11->connection->onLost(std::move(callback));

@@ -3,6 +3,7 @@
 #include "base/async/Executor.h"
 #include "base/async/Task.h"
 #include "linux/FdWatcher.h"
+#include "platform/DesktopAppearance.h"
 #include "platform/Platform.h"
 
 #include <functional>
@@ -22,6 +23,9 @@ class LinuxDesktop {
 
     /// Refers to what this object owns, and to the application, whose main loop is not ours.
     Platform platform(Application& application);
+
+    /// How the user wants programs to look.
+    DesktopAppearance& appearance();
 
     /// Called once when the display that the program was started on goes away.
     void onDisplayLost(std::function<void()> callback);

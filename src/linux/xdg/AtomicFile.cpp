@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <string>
@@ -59,6 +60,21 @@ void syncFolder(const std::filesystem::path& folder) {
 }
 
 }  // namespace
+
+std::optional<std::string> readFile(const std::filesystem::path& file) {
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(file, error)) return std::nullopt;
+    const Descriptor fd(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    std::string contents;
+    std::array<char, 16384> piece{};
+    while (fd.isOpen()) {
+        const auto count = ::read(fd.get(), piece.data(), piece.size());
+        if (count == 0) return contents;
+        if (count < 0 && errno != EINTR) break;
+        if (count > 0) contents.append(piece.data(), static_cast<std::size_t>(count));
+    }
+    return std::nullopt;
+}
 
 std::error_code replaceFile(const std::filesystem::path& file, std::string_view contents) {
     std::error_code error;

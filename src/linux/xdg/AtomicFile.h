@@ -1,10 +1,16 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
+#include <string>
 #include <string_view>
 #include <system_error>
 
 namespace dorix {
+
+/// The contents of a regular file; none when it cannot be read or is something else, which is not even
+/// opened: a pipe would wait for a writer. Blocks on the disk. Any thread.
+std::optional<std::string> readFile(const std::filesystem::path& file);
 
 /// Makes `file` hold exactly `contents`, readable by the user only. After a crash or a power cut at any
 /// moment the file is the old one or the new one, whole. Folders on the way are made. A symbolic link is

@@ -5,8 +5,6 @@
 #include "linux/xdg/FolderLock.h"
 
 #include <ctime>
-#include <fstream>
-#include <iterator>
 #include <utility>
 
 namespace dorix {
@@ -44,11 +42,10 @@ JsonUserDefaults::~JsonUserDefaults() = default;
 std::optional<Json> JsonUserDefaults::read() {
     std::error_code error;
     if (!std::filesystem::exists(file_, error) && !error) return std::nullopt;
-    std::ifstream stream(file_, std::ios::binary);
-    const std::string text{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-    Json parsed = stream ? Json::parse(text, nullptr, /*allow_exceptions=*/false) : Json();
+    const auto text = readFile(file_);
+    Json parsed = text ? Json::parse(*text, nullptr, /*allow_exceptions=*/false) : Json();
     if (parsed.is_object()) return parsed;
-    setAside(stream ? "está dañado" : "no se puede leer");
+    setAside(text ? "está dañado" : "no se puede leer");
     return std::nullopt;
 }
 

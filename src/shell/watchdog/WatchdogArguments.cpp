@@ -15,9 +15,8 @@ std::optional<std::int32_t> parseInteger(std::string_view text) {
         if (text.starts_with('-')) return std::nullopt;
     }
     std::int32_t value = 0;
-    const char* end = text.data() + text.size();
-    const auto [stopped, error] = std::from_chars(text.data(), end, value);
-    if (error != std::errc() || stopped != end) return std::nullopt;
+    const auto [stopped, error] = std::from_chars(text.begin(), text.end(), value);
+    if (error != std::errc() || stopped != text.end()) return std::nullopt;
     return value;
 }
 

@@ -89,6 +89,8 @@ TEST_F(ProgramLauncherTest, WhatWasStartedIsWaitedFor) {
     EXPECT_TRUE(loop.runUntil(noChildIsLeft));
     EXPECT_THAT(read(trace), testing::AnyOf("help me\n\n", "\nhelp me\n"));
     helper->terminate();
+    EXPECT_TRUE(openApplication(program));
+    EXPECT_GT(wait(nullptr), 0) << "of itself nobody waits for it";
 }
 
 TEST_F(ProgramLauncherTest, AddressesAreGivenToTheDesktop) {

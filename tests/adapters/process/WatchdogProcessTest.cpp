@@ -27,10 +27,17 @@ double seconds() {
 
 class WatchdogProcessTest : public testing::Test {
  protected:
+    /// Whether there is one watchdog, and it has its eye on the program.
+    bool isWatched() const {
+        const auto watchdogs = program.watchdogs();
+        return watchdogs.size() == 1 &&
+               std::ranges::count(openFilesOf(*watchdogs.begin()), "anon_inode:[pidfd]") == 1;
+    }
+
     /// Starts the program and waits until it is watched over.
     pid_t startWatched() const {
         const auto process = program.start();
-        EXPECT_TRUE(eventually([&] { return program.watchdogs().size() == 1; }));
+        EXPECT_TRUE(eventually([&] { return isWatched(); }));
         return process;
     }
 
@@ -69,8 +76,6 @@ TEST_F(WatchdogProcessTest, AProgramThatIsQuitStaysAway) {
     for (const int signal : {SIGTERM, SIGINT}) {
         const auto process = startWatched();
         const auto watchdog = *program.watchdogs().begin();
-        EXPECT_TRUE(
-            eventually([&] { return std::ranges::count(openFilesOf(watchdog), "anon_inode:[pidfd]"); }));
         EXPECT_THAT(openFilesOf(watchdog), Each(AnyOf("/dev/null", StartsWith("anon_inode:"))))
             << "the program's own files, its display, its bus";
         kill(process, signal);

@@ -102,7 +102,17 @@ TEST_F(XdgTest, SetsADamagedFileAside) {
         EXPECT_EQ(defaults.value("a"), std::nullopt);
         defaults.set("b", 1);
     }
-    EXPECT_EQ(namesBeside(file).size(), 4U) << "each under a name of its own";
+    fs::remove(file);
+    fs::create_directories(file / "a folder");
+    {
+        JsonUserDefaults(main, file).set("b", 1);
+    }
+    fs::remove(file);
+    ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0);
+    {
+        JsonUserDefaults(main, file).set("b", 1);
+    }
+    EXPECT_EQ(namesBeside(file).size(), 6U) << "each under a name of its own";
     EXPECT_EQ(JsonUserDefaults(main, file).value("b"), 1);
 }
 

@@ -240,5 +240,27 @@ TEST_F(Selection, NoApplicationNoSelection) {
     EXPECT_THAT(poster.posted, IsEmpty());
 }
 
+TEST_F(Insertion, AClipboardReadAheadCostsNoTimeAndIsReadAnewWhenItChanged) {
+    pasteboard.readSeconds = 2;
+    pasteboard.copyElsewhere("before");
+    inserter.prepare();
+    executor.advanceBy(2);
+    auto insertion = tasks.spawn(inserter.insertText("hello", true));
+    executor.advanceBy(0.45);
+    EXPECT_TRUE(insertion.isDone());
+    EXPECT_EQ(pasteboard.items[0][0].second, "before");
+
+    inserter.prepare();
+    executor.advanceBy(1);
+    pasteboard.copyElsewhere("newer");
+    insertion = tasks.spawn(inserter.insertText("again", true));
+    const auto settled = tasks.spawn(inserter.settled());
+    executor.advanceBy(2 + 0.44);
+    EXPECT_FALSE(settled.isDone());
+    executor.advanceBy(2);
+    EXPECT_TRUE(settled.isDone());
+    EXPECT_EQ(pasteboard.items[0][0].second, "newer");
+}
+
 }  // namespace
 }  // namespace dorix

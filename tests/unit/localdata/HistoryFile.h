@@ -39,6 +39,7 @@ inline std::string bytes(const std::filesystem::path& file) {
 
 inline std::vector<std::string> ids(const auto& items) {
     std::vector<std::string> found;
+    found.reserve(items.size());
     for (const auto& item : items) found.push_back(item.id);
     return found;
 }

@@ -57,7 +57,8 @@ TEST_F(HistoryStoreTest, KeepsAllOfAnItemFromOneRunToTheNext) {
                 ElementsAre(R"({"context":"","durationMs":1234,"engine":"nube","inserted":false,)"
                             R"("source":"voz","sources":["a","b"],"tone":"Natural"})",
                             "{}"));
-    EXPECT_EQ(std::filesystem::status(file).permissions(), std::filesystem::perms{0600}) << "nobody else's";
+    using std::filesystem::perms;
+    EXPECT_EQ(std::filesystem::status(file).permissions(), perms::owner_read | perms::owner_write);
 }
 
 TEST_F(HistoryStoreTest, ShowsTheNewestFirstAndTellsWhatChanged) {

@@ -10,6 +10,7 @@
 #include "fakes/FakePrivacyGrants.h"
 #include "fakes/FakeProgramLauncher.h"
 #include "fakes/FakeSpeechRecognition.h"
+#include "fakes/FakeStatusItem.h"
 #include "fakes/FakeUrlOpener.h"
 #include "fakes/FakeWorkspace.h"
 #include "fakes/MemoryUserDefaults.h"
@@ -30,9 +31,6 @@
 namespace dorix {
 namespace {
 
-using testing::ElementsAre;
-using testing::HasSubstr;
-
 constexpr std::uint32_t dictationKey = 1;
 constexpr std::uint32_t askKey = 2;
 
@@ -46,7 +44,7 @@ class AppControllerTest : public testing::Test {
     ~AppControllerTest() override { uninstallLanguage(); }
 
     void launch() {
-        testing::internal::CaptureStderr();  // the HUD, for as long as it is a log
+        testing::internal::CaptureStderr();
         app = std::make_unique<AppController>(Platform{.executor = executor,
                                                        .defaults = defaults,
                                                        .languages = {},
@@ -64,6 +62,7 @@ class AppControllerTest : public testing::Test {
                                                        .sounds = sounds,
                                                        .launcher = launcher,
                                                        .notifications = notifications,
+                                                       .statusItem = statusItem,
                                                        .urls = urls,
                                                        .application = application});
         app->applicationDidFinishLaunching();
@@ -111,6 +110,7 @@ class AppControllerTest : public testing::Test {
     FakeProgramLauncher launcher;
     FakeNotifications notifications;
     FakeUrlOpener urls;
+    FakeStatusItem statusItem;
     FakeApplication application;
     std::unique_ptr<AppController> app;
 };
@@ -125,7 +125,7 @@ TEST_F(AppControllerTest, AHeldKeyBecomesTextAtTheCursor) {
     release();
     executor.advanceBy(0.45);
     EXPECT_EQ(pasted(), "Hola a todos.");
-    EXPECT_EQ(log(), "DORIX: HUD listening\nDORIX: HUD processing\nDORIX: HUD done: Escrito en Escritorio\n");
+    EXPECT_EQ(app->state().hud.get(), HUDPhase::done("Escrito en Escritorio"));
     EXPECT_FALSE(audio.isRunning());
 }
 
@@ -154,7 +154,8 @@ TEST_F(AppControllerTest, ATapOrEscapeLeavesNothingBehind) {
     EXPECT_FALSE(audio.isRunning());
     release();
     executor.advanceBy(10);
-    EXPECT_EQ(log(), "DORIX: listo\nDORIX: HUD listening\nDORIX: HUD hidden\n");
+    EXPECT_EQ(app->state().hud.get(), HUDPhase::hidden());
+    EXPECT_EQ(pasted(), "");
 
     hotKey(dictationKey, HotKeyRegistrar::eventPressed);
     hotKey(dictationKey, HotKeyRegistrar::eventReleased);
@@ -171,11 +172,17 @@ TEST_F(AppControllerTest, AHotKeyTakesOverFromTheHoldKey) {
     hotKey(askKey, HotKeyRegistrar::eventPressed);
     release();  // the press it belonged to is over
     EXPECT_TRUE(audio.isRunning());
-    say("y ahora esto");
+    say("¿qué es esto?");
     executor.advanceBy(0.5);
     hotKey(askKey, HotKeyRegistrar::eventReleased);
     executor.advanceBy(1);
-    EXPECT_THAT(pasteboard.log, testing::Contains("setString Ahora esto"));
+    EXPECT_EQ(pasted(), "") << "a question is not typed";
+    hotKey(dictationKey, HotKeyRegistrar::eventPressed);
+    say("y ahora esto");
+    executor.advanceBy(0.5);
+    hotKey(dictationKey, HotKeyRegistrar::eventReleased);
+    executor.advanceBy(1);
+    EXPECT_EQ(pasted(), "Ahora esto");
 }
 
 TEST_F(AppControllerTest, PausedItNeverOpensTheMicrophone) {
@@ -192,7 +199,7 @@ TEST_F(AppControllerTest, AGrantThatComesWithAPressDoesNotLoseThePress) {
     grants.trusted = true;
     press();  // reads the grants anew
     executor.advanceBy(0.3);
-    EXPECT_THAT(log(), HasSubstr("HUD listening"));
+    EXPECT_EQ(app->state().hud.get(), HUDPhase::listening());
 }
 
 TEST_F(AppControllerTest, WithoutItsHotKeysOrItsModelItGoesOn) {
@@ -205,8 +212,53 @@ TEST_F(AppControllerTest, WithoutItsHotKeysOrItsModelItGoesOn) {
         "DORIX: no se pudo registrar el atajo global (10)\n"
         "DORIX: no se pudo preparar el modelo de voz: El idioma es-ES no está disponible para el dictado en "
         "este Mac.\n"
-        "DORIX: HUD error: El idioma es-ES no está disponible para el dictado en este Mac.\n"
         "DORIX: listo\n");
+    EXPECT_EQ(app->state().hud.get().kind, HUDPhase::Kind::error);
+}
+
+TEST_F(AppControllerTest, TheMenuPausesRestartsAndQuits) {
+    const auto labels = [](const Menu& menu) {
+        std::vector<std::string> out;
+        for (const auto& item : menu) out.push_back(item.label);
+        return out;
+    };
+    launch();
+    press();
+    auto menu = app->iconMenu();
+    EXPECT_THAT(labels(menu), ElementsAre("Pausar DORIX", "", "Reiniciar DORIX", "Salir de DORIX"));
+    menu[0].handler();
+    EXPECT_FALSE(audio.isRunning()) << "pausing ends a press";
+    release();
+    press();
+    EXPECT_FALSE(audio.isRunning());
+    EXPECT_EQ(defaults.boolean("paused"), true);
+    menu = app->iconMenu();
+    EXPECT_EQ(menu[0].label, "Reanudar DORIX");
+    menu[0].handler();
+    release();
+    press();
+    EXPECT_TRUE(audio.isRunning());
+    menu[2].handler();
+    menu[3].handler();
+    EXPECT_EQ(application.relaunches, 1);
+    EXPECT_EQ(application.terminations, 1);
+}
+
+TEST_F(AppControllerTest, AToastDisturbsNothing) {
+    launch();
+    EXPECT_FALSE(app->showToast("nuevo")) << "the hint of the first run shows";
+    executor.advanceBy(6);
+    app->state().panelOpen.set(true);
+    EXPECT_FALSE(app->showToast("nuevo"));
+    app->state().panelOpen.set(false);
+    press();
+    EXPECT_FALSE(app->showToast("nuevo"));
+    release();
+    EXPECT_TRUE(app->showToast("nuevo"));
+    executor.advanceBy(4.9);
+    EXPECT_EQ(app->state().hud.get(), HUDPhase::learned("nuevo"));
+    executor.advanceBy(0.1);
+    EXPECT_EQ(app->state().hud.get(), HUDPhase::hidden());
 }
 
 TEST(FirstRunHintTest, ShowsThreeTimesUnlessForced) {

@@ -1,0 +1,112 @@
+#include "linux/appearance/LinuxAppearance.h"
+
+#include "linux/appearance/GtkSettings.h"
+#include "linux/dbus/BusConnection.h"
+
+#include <sys/inotify.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdint>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <utility>
+
+namespace dorix {
+
+namespace {
+
+constexpr const char* portal = "org.freedesktop.portal.Desktop";
+constexpr const char* portalPath = "/org/freedesktop/portal/desktop";
+constexpr const char* settings = "org.freedesktop.portal.Settings";
+constexpr const char* look = "org.freedesktop.appearance";
+constexpr const char* gnome = "org.gnome.desktop.interface";
+
+/// The number or boolean at the message's place, out of however many variants it is wrapped in.
+std::optional<std::uint32_t> unwrapped(sd_bus_message* message) {
+    char type = 0;
+    const char* contents = nullptr;
+    while (sd_bus_message_peek_type(message, &type, &contents) > 0 && type == SD_BUS_TYPE_VARIANT) {
+        if (sd_bus_message_enter_container(message, SD_BUS_TYPE_VARIANT, contents) < 0) return std::nullopt;
+    }
+    if (type == SD_BUS_TYPE_UINT32) {
+        std::uint32_t value = 0;
+        if (sd_bus_message_read_basic(message, type, &value) > 0) return value;
+    } else if (type == SD_BUS_TYPE_BOOLEAN) {
+        int value = 0;
+        if (sd_bus_message_read_basic(message, type, &value) > 0) return value != 0 ? 1U : 0U;
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+LinuxAppearance::LinuxAppearance(BusConnection* bus, FdWatcher& watcher, std::filesystem::path configHome)
+    : folder_(std::move(configHome) / "gtk-3.0"), bus_(bus) {
+    readFile();
+    watchFile(watcher);
+    if (bus_ == nullptr) return;
+    bus_->listen(
+        "type='signal',interface='org.freedesktop.portal.Settings',member='SettingChanged',"
+        "path='/org/freedesktop/portal/desktop'",
+        [this](sd_bus_message* message) {
+            const char* group = nullptr;
+            const char* key = nullptr;
+            if (sd_bus_message_read(message, "ss", &group, &key) > 0) take(group, key, message);
+        });
+    read(look, "color-scheme");
+    read(look, "reduced-motion");
+    read(gnome, "enable-animations");
+}
+
+LinuxAppearance::~LinuxAppearance() {
+    watch_.reset();
+    if (inotify_ >= 0) ::close(inotify_);
+}
+
+void LinuxAppearance::readFile() {
+    std::ifstream file(folder_ / "settings.ini");
+    const std::string text(std::istreambuf_iterator<char>(file), {});
+    const GtkLook found = parseGtkSettings(text);
+    if (!portalKnowsTheme_) prefersDark.set(found.prefersDark);
+    if (!portalKnowsMotion_) reducesMotion.set(found.reducesMotion);
+}
+
+/// The folder rather than the file, which is replaced when it is written.
+void LinuxAppearance::watchFile(FdWatcher& watcher) {
+    inotify_ = ::inotify_init1(IN_CLOEXEC | IN_NONBLOCK);
+    if (inotify_ < 0) return;
+    ::inotify_add_watch(inotify_, folder_.c_str(), IN_CLOSE_WRITE | IN_MOVED_TO | IN_DELETE);
+    watch_ = watcher.watchReadable(inotify_, [this] {
+        std::array<char, 4096> events{};
+        while (::read(inotify_, events.data(), events.size()) > 0) continue;
+        readFile();
+    });
+}
+
+void LinuxAppearance::read(const char* group, const char* key) {
+    const auto request = bus_->newCall(portal, portalPath, settings, "Read");
+    if (!request || sd_bus_message_append(request.get(), "ss", group, key) < 0) return;
+    bus_->callLater(request, [this, group, key](sd_bus_message* answer) {
+        if (answer != nullptr && sd_bus_message_is_method_error(answer, nullptr) == 0)
+            take(group, key, answer);
+    });
+}
+
+void LinuxAppearance::take(const std::string& group, const std::string& key, sd_bus_message* value) {
+    const auto number = unwrapped(value);
+    if (!number) return;
+    if (group == look && key == "color-scheme") {
+        portalKnowsTheme_ = true;
+        prefersDark.set(*number == 1);  // 0 is no preference, 2 light
+    } else if (group == look && key == "reduced-motion") {
+        portalKnowsMotion_ = true;
+        reducesMotion.set(*number == 1);
+    } else if (group == gnome && key == "enable-animations") {
+        portalKnowsMotion_ = true;
+        reducesMotion.set(*number == 0);
+    }
+}
+
+}  // namespace dorix

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "dictation/AppState.h"
+
+#include <string>
+
+namespace dorix {
+
+/// What stands in the HUD, in the app language.
+struct HUDContent {
+    enum class Look { hidden, hint, listening, processing, done, info, error, learned };
+
+    Look look = Look::hidden;
+    std::string text;
+    /// Under the text, smaller.
+    std::string caption;
+    /// The text only holds the place of words to come.
+    bool isPlaceholder = false;
+
+    bool operator==(const HUDContent&) const = default;
+};
+
+/// `partial` is what has been understood so far.
+HUDContent hudContent(const AppState& state, const std::string& partial);
+
+}  // namespace dorix

@@ -1,0 +1,81 @@
+#include "views/Application.h"
+
+#include "views/IconMark.h"
+#include "views/SoftShape.h"
+#include "views/Theme.h"
+#include "views/Tokens.h"
+
+#include <xcb/xcb.h>
+
+#include <QFont>
+#include <QGuiApplication>
+#include <QQuickWindow>
+
+namespace dorix {
+
+namespace {
+
+/// Sets a variable of the environment as long as it lives, unless the user has set it: what this program
+/// tells its toolkit is not for the programs that it starts.
+class EnvironmentDefault {
+ public:
+    EnvironmentDefault(const char* name, const char* value)
+        : name_(name), isOurs_(!qEnvironmentVariableIsSet(name)) {
+        if (isOurs_) qputenv(name, value);
+    }
+    ~EnvironmentDefault() {
+        if (isOurs_) qunsetenv(name_);
+    }
+    EnvironmentDefault(const EnvironmentDefault&) = delete;
+    EnvironmentDefault& operator=(const EnvironmentDefault&) = delete;
+
+ private:
+    const char* name_;
+    bool isOurs_;
+};
+
+/// The toolkit ends the program where it finds no display; so look first.
+bool hasDisplay() {
+    const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
+    if (!platform.isEmpty() && !platform.startsWith("xcb")) return true;
+    xcb_connection_t* connection = xcb_connect(nullptr, nullptr);
+    const bool works = xcb_connection_has_error(connection) == 0;
+    xcb_disconnect(connection);
+    return works;
+}
+
+void setFont() {
+    QFont font(textFont);
+    font.setPixelSize(tokens::fontBody);
+    // Colour fringes belong to opaque windows that lie still.
+    font.setStyleStrategy(QFont::NoSubpixelAntialias);
+    QGuiApplication::setFont(font);
+}
+
+void registerShapes() {
+    qmlRegisterType<SoftShape>("Dorix.Shapes", 1, 0, "SoftShape");
+    qmlRegisterType<IconMark>("Dorix.Shapes", 1, 0, "IconMark");
+    qmlRegisterType<TurningArc>("Dorix.Shapes", 1, 0, "TurningArc");
+}
+
+}  // namespace
+
+std::unique_ptr<QCoreApplication> makeApplication(int& argc, char** argv) {
+    if (!hasDisplay()) return std::make_unique<QCoreApplication>(argc, argv);
+    // Places, grabs and shapes need X, also in a session that has something newer beside it.
+    const EnvironmentDefault platform("QT_QPA_PLATFORM", "xcb");
+    // A desktop's theme plugin would drag its whole toolkit in, for colours that the views do not use.
+    const EnvironmentDefault theme("QT_QPA_PLATFORMTHEME", "generic");
+    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+    QQuickWindow::setDefaultAlphaBuffer(true);
+    auto application = std::make_unique<QGuiApplication>(argc, argv);
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    QGuiApplication::setDesktopFileName("es.pelmora.dorix");
+    setFont();
+    registerShapes();
+    return application;
+}
+
+bool canDraw() { return qobject_cast<QGuiApplication*>(QCoreApplication::instance()) != nullptr; }
+
+}  // namespace dorix

@@ -1,0 +1,66 @@
+#include "views/DesktopWords.h"
+
+#include "base/text/Text.h"
+
+#include <array>
+
+namespace dorix {
+
+namespace {
+
+struct Word {
+    std::string_view from;
+    std::string_view to;
+};
+
+// Longer ones before those that they contain; what is left of a symbol alone comes last.
+constexpr std::array words{
+    Word{"⌥ Opción derecha", "Alt derecha"},
+    Word{"⌥ Right Option", "Right Alt"},
+    Word{"⌘ Comando derecha", "Super derecha"},
+    Word{"⌘ Right Command", "Right Super"},
+    Word{"⌃ Control derecha", "Control derecha"},
+    Word{"⌃ Right Control", "Right Control"},
+    Word{"⌥ derecha", "Alt derecha"},
+    Word{"Right ⌥", "Right Alt"},
+    Word{"⌘ derecha", "Super derecha"},
+    Word{"Right ⌘", "Right Super"},
+    Word{"⌃ derecha", "Control derecha"},
+    Word{"Right ⌃", "Right Control"},
+    Word{"⌥⇧ Espacio", "Alt+Mayús+Espacio"},
+    Word{"⌥⇧ Space", "Alt+Shift+Space"},
+    Word{"⌥ Espacio", "Alt+Espacio"},
+    Word{"⌥ Space", "Alt+Space"},
+    Word{"⌘", "Ctrl+"},
+
+    Word{"Este Mac", "Este equipo"},
+    Word{"este Mac", "este equipo"},
+    Word{"tu Mac", "tu equipo"},
+    Word{"This Mac", "This computer"},
+    Word{"this Mac", "this computer"},
+    Word{"your Mac", "your computer"},
+    Word{"en Finder", "en el gestor de archivos"},
+    Word{"in Finder", "in the file manager"},
+    Word{"el Finder", "el gestor de archivos"},
+    Word{"the Finder", "the file manager"},
+
+    Word{"El modelo de Apple Intelligence", "El modelo local"},
+    Word{"The Apple Intelligence model", "The local model"},
+    Word{"Apple Intelligence (", "Modelo local ("},
+    Word{"Apple Intelligence no está", "El modelo local no está"},
+    Word{"Apple Intelligence isn’t", "The local model isn’t"},
+    Word{"on Apple Intelligence", "on the local model"},
+    Word{"or Apple Intelligence", "or the local model"},
+    Word{"support Apple Intelligence", "support the local model"},
+    Word{"Apple Intelligence", "el modelo local"},
+};
+
+}  // namespace
+
+std::string desktopWords(std::string_view text) {
+    std::string result(text);
+    for (const auto& word : words) result = text::replaceAll(result, word.from, word.to);
+    return result;
+}
+
+}  // namespace dorix

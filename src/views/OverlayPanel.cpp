@@ -1,0 +1,74 @@
+#include "views/OverlayPanel.h"
+
+#include <QBitmap>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QQmlContext>
+
+namespace dorix {
+
+OverlayPanel::OverlayPanel(const ViewContext& context, X11Desktop::Kind kind, Focusable focusable)
+    : QQuickView(&context.engine, nullptr), context_(context), focusable_(focusable) {
+    // No window manager has a say: it might refuse the place, decorate, raise another window or hand over the
+    // focus, and some desktops have none.
+    auto flags =
+        Qt::Window | Qt::FramelessWindowHint | Qt::BypassWindowManagerHint | Qt::WindowStaysOnTopHint;
+    if (focusable == Focusable::no) flags |= Qt::WindowDoesNotAcceptFocus;
+    setFlags(flags);
+    setColor(Qt::transparent);
+    setTitle("DORIX");
+    setResizeMode(QQuickView::SizeRootObjectToView);
+    view_.insert("visible", false);
+    if (context_.x11 != nullptr) context_.x11->dress(*this, kind);
+}
+
+void OverlayPanel::load(const char* file) {
+    setInitialProperties({{"view", QVariant::fromValue(&view_)}});
+    setSource(QUrl(QStringLiteral("qrc:/dorix/views/qml/%1.qml").arg(QLatin1String(file))));
+}
+
+void OverlayPanel::orderFrontRegardless() {
+    if (!isVisible()) {
+        view_.insert("visible", true);
+        show();
+    }
+    if (context_.x11 != nullptr) raise();
+}
+
+void OverlayPanel::orderOut() {
+    view_.insert("visible", false);
+    hide();
+}
+
+void OverlayPanel::cutTo(const QRectF& shape, qreal radius) {
+    if (context_.x11 == nullptr) return;
+    if (context_.theme.isComposited()) {
+        context_.x11->setShape(*this, std::nullopt);
+    } else {
+        context_.x11->setShape(*this, pixels(shape, radius));
+    }
+}
+
+QRegion OverlayPanel::pixels(const QRectF& shape, qreal radius) const {
+    const qreal scale = devicePixelRatio();
+    QBitmap inside(size() * scale);
+    inside.clear();
+    QPainter painter(&inside);
+    painter.scale(scale, scale);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(Qt::color1);
+    painter.drawRoundedRect(shape, radius, radius);
+    painter.end();
+    return QRegion(inside);
+}
+
+void OverlayPanel::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Escape && onCancel) {
+        onCancel();
+        return;
+    }
+    event->ignore();  // whichever item takes it accepts it
+    QQuickView::keyPressEvent(event);
+}
+
+}  // namespace dorix

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "views/Theme.h"
+#include "views/X11Desktop.h"
+
+#include <QQmlPropertyMap>
+#include <QQuickView>
+#include <functional>
+
+namespace dorix {
+
+/// What the floating windows have in common. They need the engine, whose context knows the theme.
+struct ViewContext {
+    QQmlEngine& engine;
+    Theme& theme;
+    X11Desktop* x11 = nullptr;  // none off screen
+};
+
+/// A window that floats above all others, on every workspace, known to no window manager. Its QML file finds
+/// what it shows in the property `view`. Main thread.
+class OverlayPanel : public QQuickView {
+ public:
+    enum class Focusable { no, yes };
+
+    OverlayPanel(const ViewContext& context, X11Desktop::Kind kind, Focusable focusable);
+
+    /// Whether it may take the keyboard.
+    bool isFocusable() const { return focusable_ == Focusable::yes; }
+
+    /// Called for Esc; without it Esc goes on to whoever else wants it.
+    std::function<void()> onCancel;
+
+    /// What the QML file shows.
+    QQmlPropertyMap& view() { return view_; }
+
+    /// Shows the window without taking the focus, above all others.
+    void orderFrontRegardless();
+    void orderOut();
+
+ protected:
+    /// Loads the file; once, when `view` has what it needs.
+    void load(const char* file);
+
+    /// Cuts the window to a rounded rectangle, in points, where nothing composites.
+    void cutTo(const QRectF& shape, qreal radius);
+    /// The pixels of a rounded rectangle given in points.
+    QRegion pixels(const QRectF& shape, qreal radius) const;
+
+    const ViewContext& context() const { return context_; }
+    void keyPressEvent(QKeyEvent* event) override;
+
+ private:
+    const ViewContext context_;
+    const Focusable focusable_;
+    QQmlPropertyMap view_;
+};
+
+}  // namespace dorix

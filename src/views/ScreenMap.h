@@ -1,0 +1,23 @@
+#pragma once
+
+#include "shell/icon/Screens.h"
+
+#include <QPointF>
+#include <QRect>
+
+namespace dorix {
+
+/// Between the core's points, which count upwards from the bottom left of the main screen, and the toolkit's,
+/// which count downwards from the top left of all screens.
+namespace screenmap {
+
+/// The screens that are there now.
+Screens current();
+
+Point fromQt(QPointF point);
+Rect fromQt(const QRect& rect);
+QRect toQt(const Rect& rect);
+
+}  // namespace screenmap
+
+}  // namespace dorix

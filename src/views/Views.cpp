@@ -1,0 +1,191 @@
+#include "views/Views.h"
+
+#include "shell/hud/HUDPresenter.h"
+#include "shell/hud/LevelFeed.h"
+#include "shell/icon/IconLook.h"
+#include "views/DesktopWords.h"
+#include "views/FloatingIconWindow.h"
+#include "views/HUDWindow.h"
+#include "views/MenuWindow.h"
+#include "views/ScreenMap.h"
+#include "views/Theme.h"
+#include "views/X11Desktop.h"
+
+#include <QGuiApplication>
+#include <QQmlContext>
+#include <QQmlEngine>
+#include <QScreen>
+#include <utility>
+#include <vector>
+
+namespace dorix {
+
+struct Views::Parts {
+    Parts(const Environment& environment, Verbs given);
+
+    void wireIcon();
+    void wireHUD();
+    void watchState();
+    void watchAppearance();
+    void watchScreens();
+    void watchScreen(QScreen* screen);
+
+    void showState();
+    void refreshTooltip() { icon.setTooltip(desktopWords(verbs.iconTooltip())); }
+    void placeHUD();
+    void placeAnew();
+    void raise();
+    void reshape();
+
+    const Environment env;
+    const Verbs verbs;
+    const std::unique_ptr<X11Desktop> x11 = X11Desktop::find();
+    Theme theme;
+    QQmlEngine engine;
+    ViewContext context{.engine = engine, .theme = theme, .x11 = x11.get()};
+    HUDPresenter presenter;
+    LevelFeed level;
+    FloatingIconWindow icon;
+    std::unique_ptr<HUDWindow> hud;  // made when first shown
+    QObject receiver;                // of the toolkit's signals, which it outlives nothing with
+    std::vector<Subscription> bag;
+    Timer screensTurn;
+
+ private:
+    HUDWindow& hudWindow();
+    static QQmlEngine& prepared(QQmlEngine& engine, Theme& theme);
+};
+
+Views::Parts::Parts(const Environment& environment, Verbs given)
+    : env(environment),
+      verbs(std::move(given)),
+      presenter(env.executor, env.state, env.speech.partial),
+      level(env.executor, env.speech.level),
+      icon({.engine = prepared(engine, theme), .theme = theme, .x11 = x11.get()}, env.executor, env.defaults),
+      screensTurn(env.executor) {
+    watchAppearance();
+    wireIcon();
+    wireHUD();
+    watchState();
+    watchScreens();
+}
+
+QQmlEngine& Views::Parts::prepared(QQmlEngine& engine, Theme& theme) {
+    engine.rootContext()->setContextProperty("theme", &theme.map());
+    return engine;
+}
+
+void Views::Parts::wireIcon() {
+    icon.onClick = verbs.iconClicked;
+    icon.onMoved = [this] {
+        if (presenter.isOrderedIn.get()) placeHUD();
+    };
+    icon.menuProvider = verbs.iconMenu;
+    refreshTooltip();
+}
+
+/// The window and its scene take memory that a day without a dictation has no use for.
+HUDWindow& Views::Parts::hudWindow() {
+    if (!hud) {
+        hud = std::make_unique<HUDWindow>(context);
+        hud->setContent(presenter.content.get());
+    }
+    return *hud;
+}
+
+void Views::Parts::wireHUD() {
+    presenter.onPlace = [this] { placeHUD(); };
+    bag.push_back(presenter.content.subscribe([this](const HUDContent& now) {
+        if (hud) hud->setContent(now);
+    }));
+    bag.push_back(presenter.isOrderedIn.subscribe(
+        [this](bool ordered) { ordered ? hudWindow().orderFrontRegardless() : hudWindow().orderOut(); }));
+    bag.push_back(presenter.isShown.subscribe([this](bool shown) { hudWindow().setShown(shown); }));
+    bag.push_back(level.shown.subscribe([this](double now) {
+        icon.setLevel(now);
+        if (hud) hud->setLevel(now);
+    }));
+}
+
+void Views::Parts::watchState() {
+    bag.push_back(env.state.hud.subscribe([this](const HUDPhase&) { showState(); }));
+    bag.push_back(env.settings.paused.subscribe([this](bool) { showState(); }));
+    bag.push_back(env.settings.languageObserver().code.subscribe([this](const std::string&) {
+        refreshTooltip();
+        presenter.retranslate();
+    }));
+    showState();
+}
+
+void Views::Parts::showState() {
+    const auto kind = env.state.hud.get().kind;
+    icon.setLook(iconLook(kind, env.settings.paused.get()));
+    level.setActive(kind == HUDPhase::Kind::listening);
+}
+
+void Views::Parts::watchAppearance() {
+    theme.setDark(env.appearance.prefersDark.get());
+    theme.setReducesMotion(env.appearance.reducesMotion.get());
+    bag.push_back(env.appearance.prefersDark.subscribe([this](bool dark) { theme.setDark(dark); }));
+    bag.push_back(
+        env.appearance.reducesMotion.subscribe([this](bool less) { theme.setReducesMotion(less); }));
+    if (!x11) return;
+    theme.setComposited(x11->composited.get());
+    bag.push_back(x11->composited.subscribe([this](bool composited) {
+        theme.setComposited(composited);
+        reshape();
+    }));
+    x11->onRestacked = [this] { raise(); };
+}
+
+void Views::Parts::watchScreens() {
+    QObject::connect(qGuiApp, &QGuiApplication::screenAdded, &receiver, [this](QScreen* screen) {
+        watchScreen(screen);
+        placeAnew();
+    });
+    QObject::connect(qGuiApp, &QGuiApplication::screenRemoved, &receiver, [this] { placeAnew(); });
+    QObject::connect(qGuiApp, &QGuiApplication::primaryScreenChanged, &receiver, [this] { placeAnew(); });
+    for (QScreen* screen : QGuiApplication::screens()) watchScreen(screen);
+}
+
+void Views::Parts::watchScreen(QScreen* screen) {
+    QObject::connect(screen, &QScreen::geometryChanged, &receiver, [this] { placeAnew(); });
+    QObject::connect(screen, &QScreen::availableGeometryChanged, &receiver, [this] { placeAnew(); });
+    QObject::connect(screen, &QScreen::physicalDotsPerInchChanged, &receiver, [this] { placeAnew(); });
+    QObject::connect(screen, &QScreen::logicalDotsPerInchChanged, &receiver, [this] { placeAnew(); });
+}
+
+/// The toolkit tells of one change in several signals, some of them before all is as it will be.
+void Views::Parts::placeAnew() {
+    screensTurn.once(0, [this] {
+        icon.place();
+        if (presenter.isOrderedIn.get()) placeHUD();
+    });
+}
+
+void Views::Parts::placeHUD() { hudWindow().place(icon.frame(), screenmap::current()); }
+
+void Views::Parts::raise() {
+    if (icon.isVisible()) icon.raise();
+    if (hud && hud->isVisible()) hud->raise();
+    if (icon.menu() != nullptr) icon.menu()->raise();
+}
+
+void Views::Parts::reshape() {
+    icon.reshape();
+    if (hud) hud->reshape();
+}
+
+Views::Views(const Environment& environment, Verbs verbs)
+    : parts_(std::make_unique<Parts>(environment, std::move(verbs))) {}
+
+Views::~Views() = default;
+
+void Views::showIcon() {
+    parts_->icon.place();
+    parts_->icon.orderFrontRegardless();
+}
+
+void Views::refreshTooltip() { parts_->refreshTooltip(); }
+
+}  // namespace dorix

@@ -1,0 +1,156 @@
+#include "oracles/UtteranceGenerator.h"
+
+#include "routing/IntentPatterns.h"
+#include "routing/IntentWords.h"
+
+#include <array>
+#include <set>
+#include <span>
+#include <utility>
+
+namespace dorix {
+
+namespace {
+
+std::vector<std::string_view> allPatterns() {
+    using namespace intentpatterns;
+    std::vector<std::string_view> all;
+    for (const auto rows : {teach(), search(), action(), meetingStart(), meetingStop(), teachDone()}) {
+        all.insert(all.end(), rows.begin(), rows.end());
+    }
+    return all;
+}
+
+std::vector<std::string_view> allPhrases() {
+    using namespace intentwords;
+    std::vector<std::string_view> all;
+    for (const auto rows : {fillerPrefixes(), recapPhrases(), selectionVerbs(), selectionPhrases(),
+                            transformVerbs(), transformPhrases(), replyOpenings(), selectionOpenings(),
+                            screenPhrases(), screenQuestionOpenings()}) {
+        all.insert(all.end(), rows.begin(), rows.end());
+    }
+    return all;
+}
+
+void addWords(std::string_view text, std::set<std::string>& words) {
+    std::string word;
+    for (std::size_t i = 0; i <= text.size(); ++i) {
+        const char c = i < text.size() ? text[i] : ' ';
+        if (c == '\\') ++i;  // a class of characters, no letter
+        if (c >= 'a' && c <= 'z') {
+            word += c;
+        } else if (!word.empty()) {
+            words.insert(std::exchange(word, {}));
+        }
+    }
+}
+
+// What speech engines and odd keyboards put between and into words.
+constexpr auto oddities = std::to_array<std::string_view>({
+    " ",      ".",      ",",  "?",    "¿",        "¡",      "«",      "»",      "’",      "'",      "-",
+    "/",      "#",      "_",  "7",    "Á",        "ñ",      "ü",      "ß",      "ø",      "Ω",      "я",
+    "日",     "한",     "ᄒ", "ᅡ",    "\u0301",   "\u0308", "\u20DD", "\u200D", "\u00AD", "\u00A0", "\u2028",
+    "\u037E", "\u0130", "ﬁ",  "\xFF", "\xE2\x80", "\t",     "\n",     "\u0903", "\u0345", "X",      "e",
+});
+
+}  // namespace
+
+const std::vector<std::string>& intentVocabulary() {
+    static const std::vector<std::string> vocabulary = [] {
+        std::set<std::string> words;
+        for (const auto pattern : allPatterns()) addWords(pattern, words);
+        for (const auto phrase : allPhrases()) addWords(phrase, words);
+        return std::vector<std::string>(words.begin(), words.end());
+    }();
+    return vocabulary;
+}
+
+std::string UtteranceGenerator::next() {
+    static const auto patterns = allPatterns();
+    static const auto phrases = allPhrases();
+    std::string text;
+    if (happens(30)) text += pick(intentwords::fillerPrefixes());
+    if (happens(15)) text += words(1 + random_() % 3) + " ";
+    text += happens(70) ? sample(pick(patterns)) : std::string(pick(phrases));
+    if (happens(60)) text += " " + words(1 + random_() % 10);
+    while (happens(40)) mutate(text);
+    return text;
+}
+
+std::string UtteranceGenerator::words(std::size_t count) {
+    std::string text;
+    for (std::size_t i = 0; i < count; ++i) {
+        if (i > 0) text += ' ';
+        text += pick(intentVocabulary());
+    }
+    return text;
+}
+
+void UtteranceGenerator::mutate(std::string& text) {
+    const auto at = random_() % (text.size() + 1);
+    switch (random_() % 4) {
+        case 0:
+            text.insert(at, pick(oddities));
+            break;
+        case 1:
+            text.insert(at, " " + pick(intentVocabulary()) + " ");
+            break;
+        case 2:
+            text.erase(at, 1 + random_() % 4);
+            break;
+        default:
+            text.insert(at, pick(oddities)).insert(0, pick(oddities));
+            break;
+    }
+}
+
+/// A text that the pattern matches, conditions apart: each way is taken as likely as the next.
+std::string UtteranceGenerator::sample(std::string_view pattern) {
+    std::size_t at = 0;
+    return choice(pattern, at);
+}
+
+std::string UtteranceGenerator::choice(std::string_view pattern, std::size_t& at) {
+    std::vector<std::string> ways{sequence(pattern, at)};
+    while (at < pattern.size() && pattern[at] == '|') ways.push_back(sequence(pattern, ++at));
+    return pick(ways);
+}
+
+std::string UtteranceGenerator::sequence(std::string_view pattern, std::size_t& at) {
+    std::string text;
+    while (at < pattern.size() && pattern[at] != '|' && pattern[at] != ')') {
+        const std::size_t start = at;
+        std::string piece = single(pattern, at);
+        const char repetition = at < pattern.size() ? pattern[at] : ' ';
+        if (repetition == '?' || repetition == '*' || repetition == '+') ++at;
+        if (repetition == '?' && happens(50)) continue;
+        while ((repetition == '*' || repetition == '+') && happens(60)) {
+            std::size_t again = start;
+            piece += single(pattern, again);
+        }
+        text += piece;
+    }
+    return text;
+}
+
+std::string UtteranceGenerator::single(std::string_view pattern, std::size_t& at) {
+    static constexpr std::string_view classSamples = "az09_-q";
+    const char c = pattern[at++];
+    if (c == '^' || c == '$') return {};
+    if (c == '\\') return ++at, std::string();
+    if (c == '.') return " " + words(1);
+    if (c == '(') {
+        std::string inside = choice(pattern, at);
+        ++at;
+        return inside;
+    }
+    if (c == '[') {
+        const auto close = pattern.find(']', at);
+        const bool isDigits = pattern.substr(at, close - at) == "0-9";
+        at = close + 1;
+        return std::string(1, isDigits ? '7' : pick(classSamples));
+    }
+    return std::string(1, c);
+}
+
+}  // namespace dorix

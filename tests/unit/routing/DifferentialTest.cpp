@@ -1,0 +1,80 @@
+#include "oracles/NaiveIntentRules.h"
+#include "oracles/UtteranceGenerator.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <thread>
+#include <vector>
+
+namespace dorix {
+namespace {
+
+TEST(IntentRulesDifferentialTest, AgreesWithTheNaiveEvaluationOnGeneratedUtterances) {
+    const NaiveIntentRules naive;
+    UtteranceGenerator generator(20240501);
+    std::array<int, 2> searches{};
+    std::array<int, 2> actions{};
+    for (int i = 0; i < 20'000; ++i) {
+        const auto transcript = generator.next();
+        const auto intents = judge(transcript);
+        ASSERT_EQ(intents, naive.judge(transcript))
+            << "of \"" << transcript << "\" (" << i << ")\n  the rules: " << describe(intents)
+            << "\n  naive:     " << describe(naive.judge(transcript));
+        ++searches[intents.isSearch ? 1 : 0];
+        ++actions[intents.isAction ? 1 : 0];
+    }
+    // A generator that only ever hits or misses would show nothing.
+    for (const auto& counts : {searches, actions}) {
+        EXPECT_GT(counts[0], 2'000);
+        EXPECT_GT(counts[1], 2'000);
+    }
+}
+
+TEST(IntentRulesDifferentialTest, AgreesOnEveryCharacterAroundWords) {
+    const NaiveIntentRules naive;
+    for (char32_t c = 1; c < 0x3000; ++c) {
+        if (c >= 0x250 && c < 0x2000 && c % 7 != 0) continue;  // the scripts between are much alike
+        std::string character;
+        if (c < 0x80) {
+            character = {static_cast<char>(c)};
+        } else if (c < 0x800) {
+            character = {static_cast<char>(0xC0 | c >> 6), static_cast<char>(0x80 | (c & 0x3F))};
+        } else {
+            character = {static_cast<char>(0xE0 | c >> 12), static_cast<char>(0x80 | (c >> 6 & 0x3F)),
+                         static_cast<char>(0x80 | (c & 0x3F))};
+        }
+        const auto transcript =
+            character + "add" + character + "it to" + character + " my calendar" + character;
+        const auto intents = judge(transcript);
+        ASSERT_EQ(intents, naive.judge(transcript))
+            << "U+" << std::hex << static_cast<unsigned>(c) << "\n  the rules: " << describe(intents)
+            << "\n  naive:     " << describe(naive.judge(transcript));
+    }
+}
+
+TEST(IntentRulesDifferentialTest, AnswersTheSameOnManyThreads) {
+    const NaiveIntentRules naive;
+    UtteranceGenerator generator(7);
+    std::vector<std::string> transcripts;
+    std::vector<Intents> expected;
+    for (int i = 0; i < 500; ++i) {
+        transcripts.push_back(generator.next());
+        expected.push_back(naive.judge(transcripts.back()));
+    }
+    std::array<int, 4> wrong{};
+    {
+        std::vector<std::jthread> threads;
+        for (auto& count : wrong) {
+            threads.emplace_back([&] {
+                for (std::size_t i = 0; i < transcripts.size(); ++i) {
+                    if (judge(transcripts[i]) != expected[i]) ++count;
+                }
+            });
+        }
+    }
+    EXPECT_EQ(wrong, (std::array<int, 4>{}));
+}
+
+}  // namespace
+}  // namespace dorix
