@@ -2,11 +2,11 @@
 
 #include "base/async/Run.h"
 #include "base/text/Text.h"
+#include "linux/xdg/AtomicFile.h"
 #include "linux/xdg/LocaleEnvironment.h"
 #include "linux/xdg/XdgFolders.h"
 
 #include <cstdint>
-#include <fstream>
 #include <map>
 #include <system_error>
 #include <utility>
@@ -40,14 +40,6 @@ std::string entryId(const fs::path& file, const fs::path& folder) {
     auto id = text::replaceAll(file.lexically_relative(folder).string(), "/", "-");
     id.resize(id.size() - std::string_view(".desktop").size());
     return id;
-}
-
-/// Nothing of a file that cannot be read to its end.
-std::string contentsOf(const fs::path& file, std::uintmax_t size) {
-    std::string contents(size, '\0');
-    std::ifstream stream(file, std::ios::binary);
-    const bool isWhole = stream.read(contents.data(), static_cast<std::streamsize>(size)).good();
-    return isWhole ? contents : "";
 }
 
 }  // namespace
@@ -91,10 +83,9 @@ class DesktopEntries::Catalogue {
             fs::recursive_directory_iterator(folder, fs::directory_options::skip_permission_denied, error);
         for (; !error && file != fs::recursive_directory_iterator(); file.increment(error)) {
             std::error_code noSize;
-            if (file->path().extension() != ".desktop") continue;
-            const auto size = file->file_size(noSize);  // only a regular file has one
-            if (noSize || size > maxEntrySize) continue;
-            auto entry = parseDesktopEntry(contentsOf(file->path(), size), languages);
+            if (file->path().extension() != ".desktop" || file->file_size(noSize) > maxEntrySize) continue;
+            const auto contents = readFile(file->path());
+            auto entry = contents ? parseDesktopEntry(*contents, languages) : std::nullopt;
             if (!entry) continue;
             entry->id = entryId(file->path(), folder);
             add(std::move(*entry));
