@@ -152,6 +152,7 @@ class ProgramTest(unittest.TestCase):
             "other types": """printf '{"language": [7], "appLanguage": {}, "onboardingDone": "x"}' >"$defaults\"""",
             "directory": 'mkdir "$defaults"',
             "FIFO": 'mkfifo "$defaults"',
+            "FIFO of the toolkit's": 'mkdir "$XDG_CONFIG_HOME/gtk-3.0"; mkfifo "$XDG_CONFIG_HOME/gtk-3.0/settings.ini"',
             "file in the folder's place": 'rmdir "$folder" && touch "$folder"',
         }.items():
             with self.subTest(name), Program(preparation=preparation) as program:
