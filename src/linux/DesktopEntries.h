@@ -1,42 +1,45 @@
 #pragma once
 
+#include "base/async/TaskScope.h"
+#include "base/async/ThreadPool.h"
 #include "linux/DesktopEntry.h"
 
 #include <filesystem>
-#include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace dorix {
 
-/// The desktop entries of the installed applications, by the WM_CLASS of their windows. Main executor. Read
-/// when first asked for, and again only when a window is unknown and a folder of entries has changed since.
+/// The desktop entries of the installed applications, by the WM_CLASS of their windows. Main executor. They
+/// are read in the background: at the start, and again when a window is unknown and a folder of entries has
+/// changed since. No call waits for that.
 class DesktopEntries {
  public:
-    /// The folders of $XDG_DATA_HOME and $XDG_DATA_DIRS and the language of the environment.
-    DesktopEntries();
+    /// The folders of $XDG_DATA_HOME and $XDG_DATA_DIRS and the languages of the environment.
+    explicit DesktopEntries(Executor& main);
 
     /// Folders of entries, the first one's before the others', and suffixes of localised names.
-    DesktopEntries(std::vector<std::filesystem::path> folders, std::vector<std::string> languages);
+    DesktopEntries(Executor& main, std::vector<std::filesystem::path> folders,
+                   std::vector<std::string> languages);
+    ~DesktopEntries();
 
     /// The entry for a window whose WM_CLASS has these halves; the first name that is known decides. By the
-    /// class that entries tell, then by file name, in any case of letters. Null when there is none; otherwise
-    /// good until the next call.
+    /// class that entries tell, then by file name, in any case of letters. Null when none is known by now;
+    /// otherwise good until the next turn of the main loop.
     const DesktopEntry* find(const std::vector<std::string>& names);
 
  private:
-    const DesktopEntry* lookUp(const std::vector<std::string>& names) const;
-    bool foldersChanged();
-    void readAll();
-    void readFolder(const std::filesystem::path& folder);
-    void add(DesktopEntry entry);
+    class Catalogue;
 
-    std::vector<std::filesystem::path> folders_;
-    std::vector<std::string> languages_;
-    std::vector<std::filesystem::file_time_type> folderTimes_;
-    std::map<std::string, DesktopEntry> byClass_;
-    std::map<std::string, DesktopEntry> byId_;
-    std::map<std::string, DesktopEntry> byLastPart_;
+    Task<void> refresh();
+
+    const std::vector<std::filesystem::path> folders_;
+    const std::vector<std::string> languages_;
+    std::shared_ptr<const Catalogue> known_;
+    bool isReading_ = false;
+    ThreadPool reader_{1};
+    TaskScope tasks_;
 };
 
 }  // namespace dorix

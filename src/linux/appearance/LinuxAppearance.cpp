@@ -2,14 +2,13 @@
 
 #include "linux/appearance/GtkSettings.h"
 #include "linux/dbus/BusConnection.h"
+#include "linux/xdg/AtomicFile.h"
 
 #include <sys/inotify.h>
 #include <unistd.h>
 
 #include <array>
 #include <cstdint>
-#include <fstream>
-#include <iterator>
 #include <optional>
 #include <utility>
 
@@ -66,9 +65,7 @@ LinuxAppearance::~LinuxAppearance() {
 }
 
 void LinuxAppearance::readFile() {
-    std::ifstream file(folder_ / "settings.ini");
-    const std::string text(std::istreambuf_iterator<char>(file), {});
-    const GtkLook found = parseGtkSettings(text);
+    const GtkLook found = parseGtkSettings(dorix::readFile(folder_ / "settings.ini").value_or(""));
     if (!portalKnowsTheme_) prefersDark.set(found.prefersDark);
     if (!portalKnowsMotion_) reducesMotion.set(found.reducesMotion);
 }

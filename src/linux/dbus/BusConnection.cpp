@@ -1,9 +1,13 @@
 #include "linux/dbus/BusConnection.h"
 
+#include <sys/epoll.h>
+#include <sys/timerfd.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdint>
+#include <ctime>
 #include <utility>
 
 namespace dorix {
@@ -12,6 +16,8 @@ namespace {
 
 constexpr const char* noReply = "org.freedesktop.DBus.Error.NoReply";
 constexpr const char* disconnected = "org.freedesktop.DBus.Error.Disconnected";
+constexpr std::uint64_t usualTimeout = 0;
+constexpr std::uint64_t never = UINT64_MAX;  // of sd-bus's points in time
 
 std::string errorName(const sd_bus_error& error, int code) {
     if (code == -ETIMEDOUT) return noReply;
@@ -47,7 +53,13 @@ BusConnection::BusConnection(sdbus::Bus bus, WorkQueue& queue, FdWatcher& watche
       onClosed_(std::move(onClosed)),
       self_(std::make_shared<BusConnection*>(this)),
       bus_(std::move(bus)),
-      watch_(watcher.watchReadable(sd_bus_get_fd(bus_.get()), [this] { pump(); })) {}
+      timer_(timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK)),
+      events_(epoll_create1(EPOLL_CLOEXEC)) {
+    epoll_event due{.events = EPOLLIN, .data = {}};
+    epoll_ctl(events_.get(), EPOLL_CTL_ADD, timer_.get(), &due);
+    awaitNext();
+    watch_ = watcher.watchReadable(events_.get(), [this] { pump(); });
+}
 
 bool BusConnection::isReady() const { return sd_bus_is_ready(bus_.get()) > 0; }
 
@@ -82,10 +94,11 @@ std::expected<sdbus::Message, std::string> BusConnection::call(const sdbus::Mess
 void BusConnection::callLater(const sdbus::Message& request, Handler handler) {
     auto& pending = remember(std::move(handler));
     sd_bus_slot* slot = nullptr;
-    const int code = request
-                         ? sd_bus_call_async(bus_.get(), &slot, request.get(), onReply, &pending, UINT64_MAX)
-                         : -EINVAL;
+    const int code =
+        request ? sd_bus_call_async(bus_.get(), &slot, request.get(), onReply, &pending, usualTimeout)
+                : -EINVAL;
     pending.slot.reset(slot);
+    awaitNext();
     if (code >= 0) return;
     pending.done = true;
     std::exchange(pending.handler, nullptr)(nullptr);
@@ -100,6 +113,7 @@ bool BusConnection::awaitReady(double seconds) {
         if (sd_bus_process(bus_.get(), nullptr) == 0)
             sd_bus_wait(bus_.get(), static_cast<std::uint64_t>(left.count() * 1e6));
     }
+    awaitNext();
     return isReady();
 }
 
@@ -115,12 +129,7 @@ void BusConnection::emit(const char* path, const char* interface, const char* si
     const sdbus::Message message(raw);
     fill(raw);
     sd_bus_send(bus_.get(), raw, nullptr);
-}
-
-std::string BusConnection::uniqueName() const {
-    const char* name = nullptr;
-    if (!isReady() || sd_bus_get_unique_name(bus_.get(), &name) < 0) return {};
-    return name;
+    awaitNext();
 }
 
 void BusConnection::listen(const char* rule, Handler handler) {
@@ -128,6 +137,7 @@ void BusConnection::listen(const char* rule, Handler handler) {
     sd_bus_slot* slot = nullptr;
     sd_bus_add_match_async(bus_.get(), &slot, rule, onMessage, nullptr, &pending);
     pending.slot.reset(slot);
+    awaitNext();
 }
 
 void BusConnection::pump() {
@@ -135,7 +145,28 @@ void BusConnection::pump() {
     do {
         handled = sd_bus_process(bus_.get(), nullptr);
     } while (handled > 0);
-    if (handled < 0 || sd_bus_is_open(bus_.get()) <= 0) reportClosed();
+    if (handled < 0 || sd_bus_is_open(bus_.get()) <= 0) return reportClosed();
+    awaitNext();
+}
+
+/// sd-bus wants to be called when it can read, often also when it can write or when a call's time is up: what
+/// it waits for changes with all that it is asked to do.
+void BusConnection::awaitNext() const {
+    const int fd = sd_bus_get_fd(bus_.get());
+    const int wanted = sd_bus_get_events(bus_.get());
+    epoll_event event{.events = wanted >= 0 ? static_cast<std::uint32_t>(wanted) : EPOLLIN, .data = {}};
+    // The first time, or after another of the bus's addresses has been tried.
+    if (epoll_ctl(events_.get(), EPOLL_CTL_MOD, fd, &event) != 0 && errno == ENOENT)
+        epoll_ctl(events_.get(), EPOLL_CTL_ADD, fd, &event);
+
+    std::uint64_t due = never;
+    if (sd_bus_get_timeout(bus_.get(), &due) < 0) due = never;
+    itimerspec alarm{};  // off
+    if (due != never) {
+        alarm.it_value.tv_sec = static_cast<std::time_t>(due / 1'000'000);
+        alarm.it_value.tv_nsec = static_cast<long>(due % 1'000'000 * 1000) + 1;  // zero would be off
+    }
+    timerfd_settime(timer_.get(), TFD_TIMER_ABSTIME, &alarm, nullptr);
 }
 
 int BusConnection::onMessage(sd_bus_message* message, void* pending, sd_bus_error*) {

@@ -3,6 +3,7 @@
 #include "base/async/Executor.h"
 #include "linux/FdWatcher.h"
 #include "linux/dbus/SdBus.h"
+#include "linux/process/FileDescriptor.h"
 
 #include <expected>
 #include <functional>
@@ -40,6 +41,7 @@ class BusConnection {
     /// Disconnected when the bus has gone.
     std::expected<sdbus::Message, std::string> call(const sdbus::Message& request, double seconds);
 
+    /// The handler is called at the latest after sd-bus's usual time-out, 25 s.
     void callLater(const sdbus::Message& request, Handler handler);
 
     /// Waits for the bus to greet us, up to `seconds`; whether it has.
@@ -52,9 +54,6 @@ class BusConnection {
     /// Tells those who listen. The message is made by `fill`, which may do nothing.
     void emit(const char* path, const char* interface, const char* signal,
               const std::function<void(sd_bus_message*)>& fill);
-
-    /// Our name on the bus; "" before the greeting.
-    std::string uniqueName() const;
 
     /// Calls the handler for every signal that the match rule takes, as long as the connection lives.
     void listen(const char* rule, Handler handler);
@@ -72,6 +71,7 @@ class BusConnection {
     static int onMessage(sd_bus_message* message, void* pending, sd_bus_error* error);
     static int onReply(sd_bus_message* message, void* pending, sd_bus_error* error);
     Pending& remember(Handler handler);
+    void awaitNext() const;
     void reportClosed();
 
     WorkQueue& queue_;
@@ -79,6 +79,8 @@ class BusConnection {
     std::shared_ptr<BusConnection*> self_;  // what is posted holds it weakly
     sdbus::Bus bus_;
     std::list<Pending> pending_;
+    const FileDescriptor timer_;
+    const FileDescriptor events_;  // readable when the bus or the timer has something to do
     FdWatcher::Token watch_;
 };
 

@@ -34,7 +34,8 @@ namespace {
 
 /// What an X11 session gives.
 struct X11Session {
-    explicit X11Session(std::unique_ptr<X11Connection> opened) : connection(std::move(opened)) {}
+    X11Session(Executor& main, std::unique_ptr<X11Connection> opened)
+        : connection(std::move(opened)), entries(main) {}
 
     std::unique_ptr<X11Connection> connection;
     X11Keyboard keyboard{*connection};
@@ -73,7 +74,7 @@ struct LinuxDesktop::Parts {
           statusItem(serviceOn<StatusItem, DBusStatusItem, UnavailableStatusItem>(main)),
           appearance(bus.get(), watcher, xdgConfigHome()) {
         if (auto connection = X11Connection::open(main, watcher)) {
-            x11 = std::make_unique<X11Session>(std::move(connection));
+            x11 = std::make_unique<X11Session>(main, std::move(connection));
         }
     }
 

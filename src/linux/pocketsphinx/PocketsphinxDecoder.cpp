@@ -12,6 +12,7 @@
 #include <array>
 #include <cstdarg>
 #include <cstdio>
+#include <initializer_list>
 #include <string_view>
 #include <vector>
 
@@ -31,10 +32,20 @@ struct ModelFiles {
     fs::path dictionary;
 };
 
+constexpr std::size_t longestComplaint = 200;
+
 /// What the library last complained of on this thread.
 std::string& lastComplaint() {
     thread_local std::string complaint;
     return complaint;
+}
+
+/// The library quotes what it has read, which in a damaged model is anything at all.
+std::string inOneLine(std::string_view complaint) {
+    std::string line(text::trim(complaint));
+    std::ranges::replace_if(line, [](char c) { return c < ' ' || c > '~'; }, '?');
+    if (line.size() > longestComplaint) line = line.substr(0, longestComplaint) + "...";
+    return line;
 }
 
 void keepComplaint(void*, err_lvl_t level, const char* format, ...) {
@@ -44,7 +55,7 @@ void keepComplaint(void*, err_lvl_t level, const char* format, ...) {
     va_start(arguments, format);
     std::vsnprintf(line.data(), line.size(), format, arguments);
     va_end(arguments);
-    lastComplaint() = text::trim(line.data());
+    lastComplaint() = inOneLine(line.data());
     // A damaged model is fatal to the library, which would end the program next. Unwinding its frames loses
     // what they had allocated, once.
     if (level == ERR_FATAL) throw MessageError("pocketsphinx: " + lastComplaint());
@@ -61,17 +72,16 @@ void silenceLibrary() {
 }
 
 std::vector<std::string> optionsFor(const ModelFiles& files) {
-    std::vector<std::string> words{"dorix",        "-hmm",  files.acoustic,  "-lm",
-                                   files.language, "-dict", files.dictionary};
-    const std::vector<std::string> search{"-cmn",
-                                          "live",  // sound comes as it is spoken, not as a whole
-                                                   // The search that keeps up with the speaker looks wider
-                                                   // than by default: there is time while one talks.
-                                          "-beam", "1e-60", "-wbeam", "1e-40", "-pl_window", "0",
-                                          // The second pass is what the speaker waits for at the end: it
-                                          // looks less far around the words of the first.
-                                          "-fwdflatsfwin", "15"};
-    words.insert(words.end(), search.begin(), search.end());
+    std::vector<std::string> words{"dorix"};
+    const auto add = [&words](std::initializer_list<std::string> more) { words.insert(words.end(), more); };
+    add({"-hmm", files.acoustic, "-lm", files.language, "-dict", files.dictionary});
+    // Sound comes as it is spoken, not as a whole.
+    add({"-cmn", "live"});
+    // The search that keeps up with the speaker looks wider than by default: there is time while one talks.
+    add({"-beam", "1e-60", "-wbeam", "1e-40", "-pl_window", "0"});
+    // The second pass is what the speaker waits for at the end: it looks less far around the words of the
+    // first.
+    add({"-fwdflatsfwin", "15"});
     return words;
 }
 
@@ -82,6 +92,7 @@ bool isFiller(std::string_view word) {
 
 /// "the(2)" is a second way to say "the".
 std::string_view withoutVariant(std::string_view word) { return word.substr(0, word.find('(')); }
+
 /// Gives the model's own idea of an average voice and microphone the weight of five seconds heard. Without it
 /// the first utterance alone sets the average, and after a short one, a tap of the key, a fifth of the words
 /// is wrong.

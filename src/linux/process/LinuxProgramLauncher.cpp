@@ -3,13 +3,12 @@
 #include "linux/DesktopEntry.h"
 #include "linux/process/PidFd.h"
 #include "linux/process/Spawn.h"
+#include "linux/xdg/AtomicFile.h"
 
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <csignal>
-#include <fstream>
-#include <iterator>
 #include <system_error>
 #include <utility>
 
@@ -74,9 +73,7 @@ bool LinuxProgramLauncher::open(const std::string& bundlePath) {
 
 std::vector<std::string> openCommand(const fs::path& bundlePath) {
     if (bundlePath.extension() != ".desktop") return {bundlePath.string()};
-    std::ifstream stream(bundlePath, std::ios::binary);
-    const std::string contents{std::istreambuf_iterator<char>(stream), {}};
-    const auto entry = parseDesktopEntry(contents, {});
+    const auto entry = parseDesktopEntry(readFile(bundlePath).value_or(""), {});
     return entry ? parseExec(entry->exec) : std::vector<std::string>{};
 }
 

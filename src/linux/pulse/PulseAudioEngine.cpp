@@ -51,8 +51,9 @@ void PulseAudioEngine::onConfigurationChange(std::function<void()> observer) {
 }
 
 void PulseAudioEngine::start() {
-    const PulseConnection::Lock lock(*connection_);
     if (stream_) return;
+    if (!connection_->isReady()) throw pulseError(nullptr);
+    const PulseConnection::Lock lock(*connection_);
     auto* context = connection_->readyContext();
     if (!context) throw pulseError(nullptr);
     wasReady_ = suspected_ = reported_ = false;
@@ -96,6 +97,7 @@ void PulseAudioEngine::watchStream() {
 }
 
 void PulseAudioEngine::stop() {
+    if (!stream_) return;
     const PulseConnection::Lock lock(*connection_);
     connection_->removeWatcher(*this);
     stream_.reset();

@@ -1,5 +1,7 @@
 #include "linux/pulse/PulseConnection.h"
 
+#include <sys/eventfd.h>
+
 #include <algorithm>
 #include <utility>
 #include <vector>
@@ -30,18 +32,27 @@ void PulseConnection::CloseContext::operator()(pa_context* context) const {
 }
 
 PulseConnection::PulseConnection(Executor& main, std::string server)
-    : main_(main), server_(std::move(server)), loop_(pa_threaded_mainloop_new()) {
+    : main_(main),
+      server_(std::move(server)),
+      wish_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+      loop_(pa_threaded_mainloop_new()) {
     pa_threaded_mainloop_set_name(loop_.get(), "dorix-pulse");
-    // From the thread itself: looking a server up may take its time.
-    const auto begin = [](pa_mainloop_api*, void* self) { static_cast<PulseConnection*>(self)->connect(); };
-    pa_mainloop_api_once(&api(), begin, this);
+    const auto wished = [](pa_mainloop_api*, pa_io_event*, int wish, pa_io_event_flags_t, void* self) {
+        eventfd_t count = 0;
+        ::eventfd_read(wish, &count);
+        static_cast<PulseConnection*>(self)->connect();
+    };
+    wished_ = api().io_new(&api(), wish_.get(), PA_IO_EVENT_INPUT, wished, this);
+    retryNow();
     pa_threaded_mainloop_start(loop_.get());
 }
 
 PulseConnection::~PulseConnection() {
     {
         const Lock lock(*this);
+        // Nothing can ask for a connection any more.
         cancelRetry();
+        api().io_free(wished_);
         context_.reset();
     }
     pa_threaded_mainloop_stop(loop_.get());
@@ -57,11 +68,9 @@ pa_context* PulseConnection::readyContext() const {
     return ready ? context_.get() : nullptr;
 }
 
+// Under the lock one would wait for as long as a server is looked up.
 void PulseConnection::retryNow() {
-    const Lock lock(*this);
-    if (context_) return;
-    const auto again = [](pa_mainloop_api*, void* self) { static_cast<PulseConnection*>(self)->connect(); };
-    pa_mainloop_api_once(&api(), again, this);
+    if (!isReady()) ::eventfd_write(wish_.get(), 1);
 }
 
 void PulseConnection::connect() {
@@ -85,6 +94,7 @@ void PulseConnection::contextChanged() {
     switch (pa_context_get_state(context_.get())) {
         case PA_CONTEXT_READY:
             retrySeconds_ = 0;
+            isReady_ = true;
             subscribe();
             refresh();
             break;
@@ -99,6 +109,7 @@ void PulseConnection::contextChanged() {
 
 void PulseConnection::lose() {
     if (!context_) return;
+    isReady_ = false;
     context_.reset();
     refreshing_ = false;
     refreshAgain_ = false;

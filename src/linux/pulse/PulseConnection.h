@@ -1,10 +1,12 @@
 #pragma once
 
 #include "base/async/Executor.h"
+#include "linux/process/FileDescriptor.h"
 #include "platform/AudioEngine.h"
 
 #include <pulse/pulseaudio.h>
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -34,7 +36,8 @@ class PulseConnection {
         ~Watcher() = default;
     };
 
-    /// Keeps the connection's thread out of its callbacks. Held for moments only, by either side.
+    /// Keeps the connection's thread out of its callbacks. Held for moments only by either side, but while a
+    /// server is looked up: take it on the main executor only when there is one.
     class Lock {
      public:
         explicit Lock(const PulseConnection& connection) : loop_(connection.loop_.get()) {
@@ -58,7 +61,10 @@ class PulseConnection {
     /// The default source as last heard of; none without a server, or when it is no microphone. Any thread.
     std::optional<Source> defaultSource() const;
 
-    /// Tries a server that is not there again at once. Main executor.
+    /// Whether the server is there, as last heard of. Any thread.
+    bool isReady() const { return isReady_; }
+
+    /// Tries a server that is not there again at once, in the background. Any thread.
     void retryNow();
 
     // Under the lock, or on the connection's thread:
@@ -93,10 +99,13 @@ class PulseConnection {
 
     Executor& main_;
     const std::string server_;
+    const FileDescriptor wish_;  // readable when a connection is wished for
+    std::atomic<bool> isReady_ = false;
     const std::unique_ptr<pa_threaded_mainloop, FreeLoop> loop_;
 
     // The connection's thread, or under the lock:
     std::unique_ptr<pa_context, CloseContext> context_;
+    pa_io_event* wished_ = nullptr;
     pa_time_event* retry_ = nullptr;
     int retrySeconds_ = 0;
     bool refreshing_ = false;

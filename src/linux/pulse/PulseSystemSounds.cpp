@@ -96,6 +96,7 @@ void PulseSystemSounds::play(std::string_view name, double volume) {
     auto samples = samplesAt(volume, soundFile(name));
     if (samples.empty()) return;
     connection_->retryNow();
+    if (!connection_->isReady()) return;
     const PulseConnection::Lock lock(*connection_);
     auto& playback = playbacks_[std::string(name)];
     playback.reset();

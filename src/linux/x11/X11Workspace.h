@@ -10,7 +10,8 @@
 namespace dorix {
 
 /// The applications of an X11 session, known by their windows. Window numbers are X window ids. A question
-/// costs a few round trips to the X server and, for an application not met before, reading desktop entries.
+/// costs a few round trips to the X server. An application's desktop entry counts once it has been read in
+/// the background; until then its window alone tells what it is.
 class X11Workspace final : public Workspace {
  public:
     X11Workspace(X11Windows& windows, DesktopEntries& entries);

@@ -1,5 +1,7 @@
 #include "linux/xdg/XdgFolders.h"
 
+#include "base/text/Text.h"
+
 #include <pwd.h>
 #include <unistd.h>
 
@@ -24,5 +26,15 @@ std::filesystem::path folder(const char* variable, const char* underHome) {
 
 std::filesystem::path xdgConfigHome() { return folder("XDG_CONFIG_HOME", ".config"); }
 std::filesystem::path xdgDataHome() { return folder("XDG_DATA_HOME", ".local/share"); }
+
+std::vector<std::filesystem::path> xdgDataFolders() {
+    const char* value = std::getenv("XDG_DATA_DIRS");
+    const bool isSet = value != nullptr && *value != '\0';
+    std::vector<std::filesystem::path> folders{xdgDataHome()};
+    for (const auto path : text::split(isSet ? value : "/usr/local/share:/usr/share", ':')) {
+        if (path.starts_with('/')) folders.emplace_back(path);
+    }
+    return folders;
+}
 
 }  // namespace dorix

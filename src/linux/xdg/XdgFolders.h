@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <vector>
 
 namespace dorix {
 
@@ -8,5 +9,8 @@ namespace dorix {
 /// is unset or relative gives its default.
 std::filesystem::path xdgConfigHome();
 std::filesystem::path xdgDataHome();
+
+/// The user's data folder and those of the system, the most important first. Relative ones are left out.
+std::vector<std::filesystem::path> xdgDataFolders();
 
 }  // namespace dorix

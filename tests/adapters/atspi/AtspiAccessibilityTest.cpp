@@ -1,4 +1,5 @@
 #include "adapters/atspi/PrivateSession.h"
+#include "linux/atspi/AccessibilityBus.h"
 #include "linux/atspi/AtspiAccessibility.h"
 #include "linux/qt/QtMainLoop.h"
 
@@ -109,6 +110,33 @@ TEST_F(AtspiTest, TellsOfAnEditor) {
 
     press("ctrl+a");
     EXPECT_TRUE(waitUntil([this] { return focusString("AXSelectedText") == "uno dos"; }));
+}
+
+TEST_F(AtspiTest, ABusThatIsNotToldOfIsAskedForAgain) {
+    qputenv("SYSTEMD_BUS_TIMEOUT", "300ms");
+    const auto launcher = BusConnection::openSession(*loop, *loop, [] {});
+    ASSERT_TRUE(launcher->awaitReady(5));
+    int asked = 0;
+    const auto swallow = [](sd_bus_message*, void* count, sd_bus_error*) {
+        return ++*static_cast<int*>(count);
+    };
+    const sd_bus_vtable table[] = {SD_BUS_VTABLE_START(0),
+                                   SD_BUS_METHOD("GetAddress", "", "s", swallow, SD_BUS_VTABLE_UNPRIVILEGED),
+                                   SD_BUS_VTABLE_END};
+    launcher->addObject("/org/a11y/bus", "org.a11y.Bus", table, &asked);
+    const auto takeName = launcher->newCall("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                            "org.freedesktop.DBus", "RequestName");
+    sd_bus_message_append(takeName.get(), "su", "org.a11y.Bus", 0);
+    ASSERT_TRUE(launcher->call(takeName, 5));
+
+    AccessibilityBus bus(*loop, *loop);
+    bus.connect();
+    ASSERT_TRUE(waitUntil([&] { return asked == 1; }));
+    EXPECT_TRUE(waitUntil([&] {
+        bus.connect();
+        return asked == 2;
+    }));
+    qunsetenv("SYSTEMD_BUS_TIMEOUT");
 }
 
 TEST_F(AtspiTest, FollowsTheFocus) {

@@ -266,13 +266,18 @@ TEST_F(PocketsphinxRecognitionTest, ADamagedModelIsNoFormatAndAnErrorOfTheResult
     const fs::path folder = mkdtemp(pattern.data());
     fs::create_directories(folder / "en-us/en-us");
     for (const auto* file : {"en-us/en-us/mdef", "en-us/en-us.lm.bin", "en-us/cmudict-en-us.dict"}) {
-        std::ofstream(folder / file) << "damaged";
+        std::ofstream(folder / file) << "\x01\xff\a\x1b[2J\v damaged" + std::string(1000, '\xfe') +
+                                            "\nmore\n";
     }
     recognition = std::make_unique<PocketsphinxRecognition>(folder);
     EXPECT_EQ(loadedFormat(), std::nullopt);
     const auto transcription = begin();
     finish(*transcription);
     EXPECT_THAT(transcription->error, testing::HasSubstr("pocketsphinx: "));
+    // It is logged: one line that a terminal can show.
+    EXPECT_TRUE(std::ranges::all_of(transcription->error, [](char c) { return c >= ' ' && c <= '~'; }))
+        << transcription->error;
+    EXPECT_LT(transcription->error.size(), 250U);
     fs::remove_all(folder);
 }
 

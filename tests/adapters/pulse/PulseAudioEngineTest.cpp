@@ -1,15 +1,19 @@
 #include "adapters/EventLoop.h"
 #include "adapters/pulse/SoundServer.h"
 #include "base/Error.h"
+#include "linux/pulse/PulseAudioEngine.h"
 #include "linux/pulse/PulseAudioEngineFactory.h"
+#include "linux/pulse/PulseSystemSounds.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <cmath>
+#include <future>
 #include <memory>
 #include <mutex>
 #include <numbers>
+#include <thread>
 #include <vector>
 
 namespace dorix {
@@ -205,6 +209,50 @@ TEST_F(PulseAudioEngineTest, WithoutAServerThereIsNoInput) {
     EXPECT_THROW(engine->start(), Error);
     EXPECT_FALSE(engine->isRunning());
     factory.reset();  // an engine may outlive it
+}
+
+/// Keeps the connection's thread as busy as looking a server up does.
+struct BusyWatcher final : PulseConnection::Watcher {
+    void sourcesRefreshed() override {
+        isBusy = true;
+        release.wait();
+    }
+
+    std::atomic<bool> isBusy = false;
+    std::promise<void> released;
+    std::shared_future<void> release{released.get_future()};
+};
+
+TEST(PulseConnectionTest, ABusyConnectionKeepsNobodyWaiting) {
+    EventLoop loop;
+    const auto connection = std::make_shared<PulseConnection>(loop.main, "unix:/nonexistent");
+    PulseSystemSounds sounds(connection);
+    BusyWatcher watcher;
+    {
+        const PulseConnection::Lock lock(*connection);
+        connection->addWatcher(watcher);
+    }
+    connection->retryNow();
+    ASSERT_TRUE(loop.runUntil([&] { return watcher.isBusy.load(); }));
+    const double before = loop.main.now();
+    connection->retryNow();
+    PulseAudioEngine engine(connection);
+    EXPECT_THROW(engine.start(), Error);
+    engine.stop();
+    sounds.play("Tink", 0);
+    EXPECT_LT(loop.main.now() - before, 0.1);
+    watcher.released.set_value();
+    const PulseConnection::Lock lock(*connection);
+    connection->removeWatcher(watcher);
+}
+
+TEST(PulseConnectionTest, MayGoWhileItIsToTryAgain) {
+    EventLoop loop;
+    for (int round = 0; round < 50; ++round) {
+        PulseConnection connection(loop.main, "unix:/nonexistent");
+        if (round % 2 == 0) std::this_thread::yield();
+        connection.retryNow();
+    }
 }
 
 }  // namespace

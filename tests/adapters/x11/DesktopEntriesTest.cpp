@@ -1,11 +1,18 @@
+#include "base/async/ManualExecutor.h"
 #include "linux/DesktopEntries.h"
 #include "linux/LinuxApplications.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <optional>
+#include <thread>
+#include <utility>
+#include <vector>
 
 namespace dorix {
 namespace {
@@ -31,28 +38,81 @@ TEST(DesktopEntryTest, RefusesWhatIsNoApplication) {
     EXPECT_EQ(parseDesktopEntry("[Desktop Entry]\nType=Application\nName=a\\sb\\", {})->name, "a b\\");
 }
 
-TEST(DesktopEntriesTest, FindsByClassThenByFileNameAndSeesWhatIsInstalledLater) {
-    const fs::path root = fs::path(testing::TempDir()) / "dorix-entries";
-    fs::remove_all(root);
-    const auto write = [&](const fs::path& file, const std::string& rest) {
+class DesktopEntriesTest : public testing::Test {
+ protected:
+    DesktopEntriesTest() { fs::remove_all(root); }
+    ~DesktopEntriesTest() override { fs::remove_all(root); }
+
+    void write(const fs::path& file, const std::string& rest) const {
         fs::create_directories((root / file).parent_path());
         std::ofstream(root / file) << "[Desktop Entry]\nType=Application\n" << rest;
-    };
+    }
+
+    /// The entry once the folders have been read, by asking again and again; none after some seconds.
+    const DesktopEntry* findSoon(DesktopEntries& entries, const std::vector<std::string>& names) {
+        for (int i = 0; i < 5000; ++i) {
+            main.runPosted();
+            if (const auto* entry = entries.find(names)) return entry;
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        return nullptr;
+    }
+
+    const fs::path root = fs::path(testing::TempDir()) / "dorix-entries";
+    ManualExecutor main;
+};
+
+TEST_F(DesktopEntriesTest, FindsByClassThenByFileNameAndSeesWhatIsInstalledLater) {
     write("user/a.desktop", "Name=Mine\n");
     write("system/a.desktop", "Name=Theirs\n");
     write("system/b.desktop", "Name=B\nStartupWMClass=Shown\n");
     write("system/kde/org.kde.kate.desktop", "Name=Kate\n");
-    DesktopEntries entries({root / "user", root / "system", root / "missing"}, {});
+    DesktopEntries entries(main, {root / "user", root / "system", root / "missing"}, {});
+    EXPECT_EQ(entries.find({"A"}), nullptr);  // whatever the reader has done, its result is yet to be taken
+    ASSERT_NE(findSoon(entries, {"A"}), nullptr);
     EXPECT_EQ(entries.find({"A"})->name, "Mine");
     EXPECT_EQ(entries.find({"nothing", "shown"})->id, "b");
     EXPECT_EQ(entries.find({"kate"})->id, "kde-org.kde.kate");
-    EXPECT_EQ(entries.find({"later"}), nullptr);
     EXPECT_EQ(entries.find({"", ""}), nullptr);
 
     write("system/later.desktop", "Name=Later\n");
     fs::last_write_time(root / "system", fs::file_time_type::clock::now() + std::chrono::seconds(2));
-    ASSERT_NE(entries.find({"later"}), nullptr);
-    fs::remove_all(root);
+    EXPECT_EQ(entries.find({"later"}), nullptr);
+    EXPECT_NE(findSoon(entries, {"later"}), nullptr);
+}
+
+TEST_F(DesktopEntriesTest, PassesOverWhatCannotBeRead) {
+    fs::create_directories(root / "user/folder.desktop");
+    fs::create_symlink("/nonexistent", root / "user/dangling.desktop");
+    fs::create_symlink("/proc/self/mem", root / "user/broken.desktop");  // reading it is an error
+    ASSERT_EQ(mkfifo((root / "user/pipe.desktop").c_str(), 0600), 0);
+    write("user/sound.desktop", "Name=Sound\n");
+    DesktopEntries entries(main, {root / "user"}, {});
+    EXPECT_NE(findSoon(entries, {"sound"}), nullptr);
+    EXPECT_EQ(entries.find({"broken", "pipe", "folder", "dangling"}), nullptr);
+}
+
+TEST_F(DesktopEntriesTest, TakesFoldersAndLanguagesFromTheEnvironment) {
+    write("home/applications/cal.desktop", "Name=Calendar\nName[es]=Calendario\n");
+    write("system/applications/cal.desktop", "Name=Theirs\n");
+    write("system/applications/kate.desktop", "Name=Kate\nName[es_ES]=Catalina\nName[es]=Cata\n");
+    const std::vector<std::pair<const char*, std::string>> variables{
+        {"XDG_DATA_HOME", root / "home"},
+        {"XDG_DATA_DIRS", "relative::" + (root / "system").string()},
+        {"LC_ALL", "es_ES.UTF-8"},
+        {"LANGUAGE", ""}};
+    std::vector<std::pair<const char*, std::optional<std::string>>> before;
+    for (const auto& [name, value] : variables) {
+        const char* old = std::getenv(name);
+        before.emplace_back(name, old ? std::optional<std::string>(old) : std::nullopt);
+        setenv(name, value.c_str(), 1);
+    }
+    DesktopEntries entries(main);
+    for (const auto& [name, value] : before) value ? setenv(name, value->c_str(), 1) : unsetenv(name);
+
+    ASSERT_NE(findSoon(entries, {"cal"}), nullptr);
+    EXPECT_EQ(entries.find({"cal"})->name, "Calendario");
+    EXPECT_EQ(entries.find({"kate"})->name, "Catalina");
 }
 
 TEST(LinuxApplicationsTest, TheFirstKnownNameDecides) {

@@ -21,7 +21,7 @@ class X11WorkspaceTest : public DesktopTest {
         if (connection_) workspace_ = std::make_unique<X11Workspace>(*windows_, entries_);
     }
 
-    DesktopEntries entries_{{}, {}};
+    DesktopEntries entries_{loop_, {}, {}};
     std::unique_ptr<X11Workspace> workspace_;
 };
 
@@ -102,7 +102,7 @@ class BareDisplayTest : public DesktopTest {
 
 TEST_F(BareDisplayTest, WithoutAWindowManagerTheFocusDecides) {
     X11Windows windows(*bare_);
-    DesktopEntries entries({}, {});
+    DesktopEntries entries(loop_, {}, {});
     X11Workspace workspace(windows, entries);
     EXPECT_FALSE(workspace.frontmostApplication());
 

@@ -1,0 +1,171 @@
+#!/usr/bin/python3
+"""The program starts whatever is missing or damaged around it, ends when it is asked to and leaves no process behind;
+a dictation into an editor ends in text. Takes the program's path."""
+
+import os
+import select
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parents[2]
+WITH_DESKTOP = ROOT / "tools/desktop/with-desktop"
+DEMO = ROOT / "tools/demo/demo.py"
+BINARY = ""
+
+READY = "DORIX: listo\n"
+START_TIMEOUT = 60.0  # loading the recogniser's model dominates, on a cold disk
+END_TIMEOUT = 3.0
+DEMO_TIMEOUT = 150.0
+
+BARE = ("--no-wm", "--no-sound", "--no-a11y")
+
+# The desktop outlasts the program, until the test has looked at what is left.
+SCRIPT = """
+folder=$XDG_CONFIG_HOME/dorix
+mkdir -p "$folder"
+defaults=$folder/defaults.json
+{preparation}
+"$0" >"$XDG_RUNTIME_DIR/dorix.log" 2>&1 &
+echo $! "$XDG_RUNTIME_DIR"
+wait $!
+status=$?
+read -r looked
+exit $status
+"""
+
+
+class Program:
+    """The program in a desktop of its own, and what it starts. `preparation` is shell that runs before it."""
+
+    def __init__(self, desktop: tuple[str, ...] = BARE, preparation: str = ""):
+        self._desktop = subprocess.Popen(
+            [WITH_DESKTOP, *desktop, "sh", "-c", SCRIPT.format(preparation=preparation), BINARY],
+            stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+        self._pid, self._runtime = 0, Path()
+        line = self._desktop.stdout.readline().split()
+        if len(line) == 2:
+            self._pid, self._runtime = int(line[0]), Path(line[1])
+
+    def __enter__(self) -> "Program":
+        return self
+
+    def __exit__(self, *_exception) -> None:
+        if self._desktop.poll() is None:
+            self._desktop.terminate()  # ends everything in it
+            self._desktop.wait(20)
+        self._desktop.stdin.close()
+        self._desktop.stdout.close()
+
+    def log(self) -> str:
+        try:
+            return (self._runtime / "dorix.log").read_text(errors="replace")
+        except OSError:
+            return ""
+
+    def is_running(self) -> bool:
+        return not self.ends_within(0)
+
+    def processes(self) -> list[int]:
+        """The living processes that run the program's file in this desktop: itself, its watchdog, a second copy."""
+        mark = f"XDG_RUNTIME_DIR={self._runtime}".encode()
+        found = []
+        for entry in Path("/proc").iterdir():
+            try:
+                if (entry.name.isdigit() and Path(os.readlink(entry / "exe")) == BINARY
+                        and mark in (entry / "environ").read_bytes().split(b"\0")):
+                    found.append(int(entry.name))
+            except OSError:
+                continue
+        return found
+
+    def send(self, number: signal.Signals) -> None:
+        os.kill(self._pid, number)
+
+    def ends_within(self, seconds: float) -> bool:
+        try:
+            handle = os.pidfd_open(self._pid)
+        except ProcessLookupError:
+            return True
+        try:
+            return bool(select.select([handle], [], [], seconds)[0])
+        finally:
+            os.close(handle)
+
+    def status(self) -> int:
+        """What the program ended with; ends the desktop."""
+        self._desktop.stdin.close()
+        return self._desktop.wait(20)
+
+
+def wait_until(condition, seconds: float) -> bool:
+    deadline = time.monotonic() + seconds
+    while not condition():
+        if time.monotonic() > deadline:
+            return False
+        time.sleep(0.02)
+    return True
+
+
+class ProgramTest(unittest.TestCase):
+    def assert_starts(self, program: Program) -> None:
+        wait_until(lambda: READY in program.log() or not program.is_running(), START_TIMEOUT)
+        self.assertIn(READY, program.log())
+
+    def assert_ends(self, program: Program) -> None:
+        program.send(signal.SIGTERM)
+        self.assertTrue(program.ends_within(END_TIMEOUT), program.log())
+        self.assertTrue(wait_until(lambda: not program.processes(), END_TIMEOUT), program.processes())
+        self.assertEqual(program.status(), 0, program.log())
+
+    def assert_runs(self, program: Program) -> None:
+        self.assert_starts(program)
+        time.sleep(0.5)  # what is tried in the background at the start has failed by now
+        self.assertTrue(program.is_running(), program.log())
+        self.assert_ends(program)
+
+    def test_without_parts_of_a_desktop(self):
+        for missing in ((), ("--no-wm",), ("--no-sound",), ("--no-a11y",), BARE):
+            with self.subTest(missing), Program(missing) as program:
+                self.assert_runs(program)
+
+    def test_without_what_every_desktop_has(self):
+        for name, preparation in {
+            "display": "unset DISPLAY",
+            "display that is gone": "export DISPLAY=:4095",
+            "session bus": "export DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent",
+            # Nobody may create anything there, root neither.
+            "writable home": "export HOME=/proc XDG_CONFIG_HOME=/proc/c XDG_DATA_HOME=/proc/d XDG_CACHE_HOME=/proc/e",
+            "home": "unset HOME XDG_CONFIG_HOME XDG_DATA_HOME XDG_DATA_DIRS",
+        }.items():
+            with self.subTest(name), Program(preparation=preparation) as program:
+                self.assert_runs(program)
+
+    def test_with_damaged_defaults(self):
+        for name, preparation in {
+            "garbage": 'head -c 4096 /dev/urandom >"$defaults"',
+            "half a file": """printf '{"language": "en-' >"$defaults\"""",
+            "other types": """printf '{"language": [7], "appLanguage": {}, "onboardingDone": "x"}' >"$defaults\"""",
+            "directory": 'mkdir "$defaults"',
+            "FIFO": 'mkfifo "$defaults"',
+            "FIFO of the toolkit's": 'mkdir "$XDG_CONFIG_HOME/gtk-3.0"; mkfifo "$XDG_CONFIG_HOME/gtk-3.0/settings.ini"',
+            "file in the folder's place": 'rmdir "$folder" && touch "$folder"',
+        }.items():
+            with self.subTest(name), Program(preparation=preparation) as program:
+                self.assert_runs(program)
+
+    def test_a_dictation_ends_in_text(self):
+        with tempfile.TemporaryDirectory(prefix="dorix-demo-") as output:
+            done = subprocess.run([DEMO, "--binary", BINARY, "--output", output], stdin=subprocess.DEVNULL,
+                                  stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, timeout=DEMO_TIMEOUT)
+        self.assertEqual(done.returncode, 0, done.stdout)
+        self.assertRegex(done.stdout, r"(?i)typed: .*\bmeeting\b")
+
+
+if __name__ == "__main__":
+    BINARY = Path(sys.argv.pop(1)).resolve(strict=True)
+    unittest.main(verbosity=2)
