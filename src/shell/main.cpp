@@ -86,8 +86,8 @@ std::unique_ptr<Views> makeViews(AppController& controller, const Platform& plat
                      .iconMenu = [&controller] { return controller.iconMenu(); }});
 }
 
-/// The watchdog over this process, while it stands on the stack of run(). The toolkit calls exit() when the display
-/// goes away; that too is an end that is meant, not a crash.
+/// The watchdog over this process, while it stands on the stack of run(). The toolkit calls exit() when the
+/// display goes away; that too is an end that is meant, not a crash.
 WatchdogTask* endsAtExit = nullptr;
 
 void endWatchdog() {
