@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <string>
 
 namespace dorix {
 namespace {
@@ -14,6 +13,7 @@ constexpr const char* interface = "test.Service";
 /// Takes a call and never answers.
 int swallow(sd_bus_message*, void*, sd_bus_error*) { return 1; }
 
+// NOLINTBEGIN(concurrency-mt-unsafe, modernize-avoid-c-arrays): one thread; sd-bus wants such a table
 TEST(BusConnectionTest, ACallThatIsNotAnsweredEndsOnAQuietBus) {
     setenv("SYSTEMD_BUS_TIMEOUT", "200ms", 1);
     const TestBus session;
@@ -27,24 +27,7 @@ TEST(BusConnectionTest, ACallThatIsNotAnsweredEndsOnAQuietBus) {
     EXPECT_EQ(caller.call("test.Silent", path, interface, "Ask"), "org.freedesktop.DBus.Error.NoReply");
     unsetenv("SYSTEMD_BUS_TIMEOUT");
 }
-
-TEST(BusConnectionTest, MoreThanTheSocketTakesAtOnceIsSent) {
-    const TestBus session;
-    EventLoop loop;
-    TestPeer listener(loop, nullptr);
-    std::size_t heard = 0;
-    listener.bus().listen("type='signal',interface='test.Service'", [&](sd_bus_message*) { ++heard; });
-    listener.call("org.freedesktop.DBus", path, "org.freedesktop.DBus.Peer", "Ping");  // the rule is in force
-    TestPeer teller(loop, nullptr);
-    const std::string load(100'000, 'x');
-    constexpr std::size_t count = 100;
-    for (std::size_t i = 0; i < count; ++i) {
-        teller.bus().emit(path, interface, "Told", [&](sd_bus_message* message) {
-            sd_bus_message_append(message, "s", load.c_str());
-        });
-    }
-    EXPECT_TRUE(loop.runUntil([&] { return heard == count; })) << heard;
-}
+// NOLINTEND(concurrency-mt-unsafe, modernize-avoid-c-arrays)
 
 }  // namespace
 }  // namespace dorix

@@ -102,6 +102,7 @@ TEST_F(DesktopEntriesTest, TakesFoldersAndLanguagesFromTheEnvironment) {
         {"LC_ALL", "es_ES.UTF-8"},
         {"LANGUAGE", ""}};
     std::vector<std::pair<const char*, std::optional<std::string>>> before;
+    // NOLINTBEGIN(concurrency-mt-unsafe): nobody else reads the environment here
     for (const auto& [name, value] : variables) {
         const char* old = std::getenv(name);
         before.emplace_back(name, old ? std::optional<std::string>(old) : std::nullopt);
@@ -109,6 +110,7 @@ TEST_F(DesktopEntriesTest, TakesFoldersAndLanguagesFromTheEnvironment) {
     }
     DesktopEntries entries(main);
     for (const auto& [name, value] : before) value ? setenv(name, value->c_str(), 1) : unsetenv(name);
+    // NOLINTEND(concurrency-mt-unsafe)
 
     ASSERT_NE(findSoon(entries, {"cal"}), nullptr);
     EXPECT_EQ(entries.find({"cal"})->name, "Calendario");
