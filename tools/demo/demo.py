@@ -2,7 +2,7 @@
 """A dictation into a real text editor, on a desktop of its own.
 
 Prints what was typed, the milliseconds from letting the key go to the text standing in the editor, whether the
-clipboard is what it was, and where the picture of the desktop lies. The exit status is 0 only when words were typed
+clipboard is what it was, and where the pictures of the desktop lie: one while DORIX listens, one afterwards. The exit status is 0 only when words were typed
 and the clipboard is intact.
 """
 
@@ -13,6 +13,7 @@ import shlex
 import signal
 import subprocess
 import sys
+import threading
 import time
 from pathlib import Path
 
@@ -24,7 +25,7 @@ sys.path[:0] = [str(HERE), str(HERE.parent / "desktop")]
 from keyboard import Keyboard  # noqa: E402
 from supervision import supervised  # noqa: E402
 from virtual_desktop import DesktopError, VirtualDesktop  # noqa: E402
-from voice import speak, synthesise  # noqa: E402
+from voice import seconds_of, speak, synthesise  # noqa: E402
 
 SENTENCE = "please send me the new numbers before the meeting on monday"
 READY = b"DORIX: listo"
@@ -32,6 +33,7 @@ START_TIMEOUT = 60.0  # loading the recogniser's model dominates, on a cold disk
 TEXT_TIMEOUT = 30.0
 LEAD = 0.35  # seconds from the key to the first word: past the hold threshold
 TAIL = 0.3  # from the last word to letting go
+PICTURE_AT = 0.8  # of the length of the speech
 TAP = 0.1  # well below what makes a press of the hot key a hold
 CLIPBOARD_BACK = 1.0  # after the text: DORIX gives the application 0.45 s to read the clipboard, then restores it
 
@@ -60,12 +62,12 @@ class Demo:
         time.sleep(CLIPBOARD_BACK)
         changes = difference(clipboard_before, self._read_clipboard())
         typed = editor.text().strip()
-        picture = self._take_picture()
+        self._take_picture(self._options.screenshot.with_stem(self._options.screenshot.stem + "-after"))
 
         print(f"typed: {one_line(typed)}")
         print(f"key-up to text: {self._latency(let_go, stood)}")
         print(f"clipboard: {changes or 'unchanged'}")
-        print(f"screenshot: {picture}", flush=True)
+        print(f"screenshot: {self._options.screenshot}", flush=True)
         if dorix.poll() is not None:
             raise DemoError(f"DORIX ended with status {dorix.returncode}")
         return any(character.isalnum() for character in typed) and not changes
@@ -115,7 +117,7 @@ class Demo:
     def _dictate(self, words: Path) -> float:
         self._keyboard.press("Alt_R")
         time.sleep(LEAD)
-        speak(self._desktop, words)
+        self._speak(words)
         time.sleep(TAIL)
         let_go = time.monotonic()
         self._keyboard.release("Alt_R")
@@ -128,19 +130,24 @@ class Demo:
         self._keyboard.release("space")
         self._keyboard.release("Alt_L")
         time.sleep(LEAD)
-        speak(self._desktop, words)
+        self._speak(words)
         return time.monotonic()
+
+    def _speak(self, words: Path) -> None:
+        """The picture is taken late enough in the speech for some of the words to be understood."""
+        picture = threading.Timer(PICTURE_AT * seconds_of(words), self._take_picture, [self._options.screenshot])
+        picture.start()
+        speak(self._desktop, words)
+        picture.join()
 
     def _latency(self, since: float, stood: float | None) -> str:
         milliseconds = "none" if stood is None else f"{(stood - since) * 1000:.0f}"
         return milliseconds + (" (from the end of speech)" if self._options.hands_free else "")
 
-    def _take_picture(self) -> Path:
-        picture = self._options.screenshot
+    def _take_picture(self, picture: Path) -> None:
         status = self._desktop.spawn(["import", "-window", "root", str(picture)]).wait()
         if status != 0:
             raise DemoError(f"no picture could be written to {picture}")
-        return picture
 
 
 def difference(before: dict, after: dict) -> str:

@@ -1,6 +1,7 @@
 """Speaks into the virtual microphone."""
 
 import subprocess
+import wave
 from pathlib import Path
 
 from virtual_desktop import VirtualDesktop
@@ -9,6 +10,11 @@ from virtual_desktop import VirtualDesktop
 def synthesise(sentence: str, path: Path) -> None:
     # Of the voices in the distribution, the one that the recogniser understands word for word.
     subprocess.run(["flite", "-voice", "slt", "-t", sentence, "-o", str(path)], check=True)
+
+
+def seconds_of(words: Path) -> float:
+    with wave.open(str(words)) as sound:
+        return sound.getnframes() / sound.getframerate()
 
 
 def speak(desktop: VirtualDesktop, words: Path) -> None:
