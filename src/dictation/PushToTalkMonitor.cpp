@@ -1,5 +1,6 @@
 #include "dictation/PushToTalkMonitor.h"
 
+#include "base/Log.h"
 #include "platform/KeyCodes.h"
 
 #include <utility>
@@ -38,6 +39,8 @@ PushToTalkMonitor::PushToTalkMonitor(Executor& executor, KeyEventMonitors& event
 
 void PushToTalkMonitor::start() {
     stop();
+    if (!events_.reportsKey(watched(key).keyCode))
+        logLine("el teclado no tiene la tecla elegida para dictar");
     const auto install = [this](KeyEventMonitors::Token token) {
         if (token) monitors_.push_back(std::move(token));
     };

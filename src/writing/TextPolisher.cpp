@@ -19,33 +19,28 @@ constexpr std::size_t leastCheckedLetters = 4;
 std::string_view toneInstruction(Tone tone) {
     switch (tone) {
         case Tone::informal:
-            return "Chat personal (tipo WhatsApp/Mensajes). Tono informal y natural, frases cortas. Sin "
-                   "saludo "
-                   "formal, sin despedida y sin firma. Puede llevar un emoji solo si encaja claramente.";
+            return "Chat personal (tipo WhatsApp/Mensajes). Tono informal y natural, frases cortas. "
+                   "Sin saludo formal, sin despedida y sin firma. "
+                   "Puede llevar un emoji solo si encaja claramente.";
         case Tone::profesional:
             return "Correo electrónico profesional. Si el dictado es un mensaje para alguien, dale formato "
-                   "de "
-                   "correo: saludo con su nombre (\"Hola Ana,\"), línea en blanco, cuerpo en párrafos "
-                   "breves, línea "
-                   "en blanco y despedida corta (\"Un saludo,\" o \"Gracias,\"). Tono cordial, claro y sin "
-                   "rodeos.";
+                   "de correo: saludo con su nombre (\"Hola Ana,\"), línea en blanco, cuerpo en párrafos "
+                   "breves, línea en blanco y despedida corta (\"Un saludo,\" o \"Gracias,\"). "
+                   "Tono cordial, claro y sin rodeos.";
         case Tone::cercano:
-            return "Mensajería de trabajo (Slack/Teams). Tono cercano y directo, una o pocas líneas. Sin "
-                   "saludo "
-                   "formal ni firma.";
+            return "Mensajería de trabajo (Slack/Teams). Tono cercano y directo, una o pocas líneas. "
+                   "Sin saludo formal ni firma.";
         case Tone::comunicativo:
-            return "Publicación o mensaje en red profesional (LinkedIn). Tono positivo, cercano y "
-                   "comunicativo, "
-                   "frases con ritmo. Sin hashtags salvo que se dicten.";
+            return "Publicación o mensaje en red profesional (LinkedIn). "
+                   "Tono positivo, cercano y comunicativo, frases con ritmo. "
+                   "Sin hashtags salvo que se dicten.";
         case Tone::estructurado:
             return "Documento. Redacción clara y estructurada; usa párrafos y, si el contenido lo pide "
-                   "(pasos, "
-                   "puntos, listas), una lista numerada o con viñetas.";
+                   "(pasos, puntos, listas), una lista numerada o con viñetas.";
         case Tone::tecnico:
-            return "Contexto técnico (editor de código/terminal). Conciso y preciso, sin adornos. Conserva "
-                   "literalmente nombres de funciones, variables, comandos y términos técnicos. Si se dicta "
-                   "un "
-                   "comentario de código, escríbelo con la sintaxis de comentario (//).";
+            return "Contexto técnico (editor de código/terminal). Conciso y preciso, sin adornos. "
+                   "Conserva literalmente nombres de funciones, variables, comandos y términos técnicos. "
+                   "Si se dicta un comentario de código, escríbelo con la sintaxis de comentario (//).";
         case Tone::neutral:
             return "Texto general. Limpio, bien puntuado y natural.";
     }
