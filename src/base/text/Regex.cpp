@@ -1,5 +1,7 @@
 #include "base/text/Regex.h"
 
+#include "base/text/Unicode.h"
+
 #include <unicode/regex.h>
 
 #include <cstdio>
@@ -16,11 +18,7 @@ struct Regex::Compiled {
     }
 };
 
-namespace {
-icu::UnicodeString toUnicode(std::string_view text) {
-    return icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
-}
-}  // namespace
+using text::toUnicode;
 
 Regex::Regex(std::string_view pattern, Case letterCase) : compiled_(std::make_unique<Compiled>()) {
     UErrorCode status = U_ZERO_ERROR;
@@ -52,14 +50,13 @@ bool Regex::matches(std::string_view text) const {
     return found && U_SUCCESS(status);
 }
 
-std::string Regex::replaceAll(std::string_view text, std::string_view replacement) const {
-    const auto subject = toUnicode(text);
+std::string Regex::replaceAll(std::string_view subjectText, std::string_view replacement) const {
+    const auto subject = toUnicode(subjectText);
     UErrorCode status = U_ZERO_ERROR;
     const auto replaced = compiled_->matcher(subject)->replaceAll(toUnicode(replacement), status);
-    if (U_FAILURE(status)) return std::string(text);  // the matcher ran out of stack: the text stays as it is
-    std::string out;
-    replaced.toUTF8String(out);
-    return out;
+    if (U_FAILURE(status))
+        return std::string(subjectText);  // the matcher ran out of stack: the text stays as it is
+    return text::toUtf8(replaced);
 }
 
 }  // namespace dorix
