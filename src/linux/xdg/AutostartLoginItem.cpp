@@ -10,8 +10,8 @@ namespace dorix {
 
 namespace {
 
-/// A path as an argument in an Exec line (Desktop Entry Specification, "The Exec key"): quoted, and escaped
-/// once as an argument and once as a string value.
+/// A path as an argument in an Exec line (freedesktop.org desktop entries, "The Exec key"): quoted, and
+/// escaped once as an argument and once as a string value.
 std::string execArgument(std::string path) {
     path = text::replaceAll(path, "\\", "\\\\\\\\");
     for (const std::string special : {"\"", "`", "$"})
