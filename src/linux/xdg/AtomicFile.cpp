@@ -84,7 +84,8 @@ std::error_code replaceFile(const std::filesystem::path& file, std::string_view 
     if (error) return error;
 
     std::string temporary = target.string() + ".XXXXXX";
-    if ((error = writeTemporary(temporary, contents))) return error;
+    error = writeTemporary(temporary, contents);
+    if (error) return error;
     if (::rename(temporary.c_str(), target.c_str()) != 0) {
         error = lastError();
         ::unlink(temporary.c_str());
