@@ -1,11 +1,16 @@
 #include "dictation/DictationController.h"
 
 #include "base/Error.h"
-#include "base/Uuid.h"
-#include "base/async/Sleep.h"
 #include "base/text/Text.h"
+#include "dictation/Collaborators.h"
+#include "dictation/context/TextInsertion.h"
 #include "localdata/Language.h"
-#include "speech/Join.h"
+#include "localdata/SettingsStore.h"
+#include "platform/Accessibility.h"
+#include "platform/SystemSounds.h"
+#include "platform/Workspace.h"
+#include "shell/permissions/Permissions.h"
+#include "speech/SpeechInput.h"
 
 #include <memory>
 #include <utility>
@@ -16,7 +21,6 @@ namespace {
 
 constexpr double soundVolume = 0.25;
 constexpr double tapLimit = 0.4;
-constexpr double activationWait = 0.18;
 
 constexpr double silenceInterval = 0.15;
 constexpr float audibleLevel = 0.35F;
@@ -24,33 +28,22 @@ constexpr double silenceBeforeWords = 8.0;
 constexpr double silenceAfterWords = 1.8;
 constexpr double longestHandsFree = 120.0;
 
-constexpr std::size_t styleExampleCount = 3;
-constexpr std::size_t shortestStyleExample = 40;
-
 /// The limits are told in round numbers of beats; a sum of beats misses them by a rounding error.
 constexpr double clockRounding = 1e-6;
 
 bool isMoreThan(double seconds, double limit) { return seconds > limit + clockRounding; }
 
-std::string writtenIn(std::string_view format, const AppContext& context) {
-    return formatText(tr(format), {tr(context.displayName)});
-}
-
 }  // namespace
 
-DictationController::DictationController(Environment environment)
+DictationController::DictationController(const DictationEnvironment& environment)
     : env_(environment),
-      hideWork_(environment.executor),
+      hud_(environment.executor, environment.state),
+      written_(env_, hud_),
+      roads_(env_, hud_),
+      composer_(env_, hud_),
       silenceTimer_(environment.executor),
-      tasks_(environment.executor) {}
-
-void DictationController::flash(const HUDPhase& phase, double seconds, Sticky sticky) {
-    hideWork_.stop();
-    env_.state.hud.set(phase);
-    if (sticky == Sticky::yes) return;
-    hideWork_.once(seconds, [this, phase] {
-        if (env_.state.hud.get() == phase) env_.state.hud.set(HUDPhase::hidden());
-    });
+      tasks_(environment.executor) {
+    roads_.onRoute = [this](Route route) { onRoute(route); };
 }
 
 bool DictationController::isIdle() const {
@@ -62,13 +55,18 @@ bool DictationController::isIdle() const {
 
 bool DictationController::begin(Source source, Mode mode) {
     if (!mayBegin(mode)) return false;
+    composer_.yieldMicrophone();
     mode_ = mode;
     source_ = source;
-    context_ = captureAppContext(env_.workspace, env_.accessibility);
-    startedAt_ = env_.executor.date();
+    recording_ = {.context = captureAppContext(env_.workspace, env_.accessibility),
+                  .startedAt = env_.executor.date(),
+                  .shot = {}};
     startTask_ = tasks_.spawn(env_.speech.start(env_.settings.language.get()));
     env_.speech.onAudioLost = [this] { audioLost(); };
-    if (mode == Mode::write && !env_.writer.usesCloudEngine()) env_.writer.prewarm(makeRequest(""));
+    if (env_.screen != nullptr && env_.permissions.screen.get())
+        recording_.shot = ShotTask(tasks_, *env_.screen, recording_.context.app);
+    if (mode == Mode::write && !env_.writer.usesCloudEngine())
+        env_.writer.prewarm(makePolishRequest(env_, recording_.context, ""));
     return true;
 }
 
@@ -106,10 +104,10 @@ void DictationController::audioLost() {
 
 void DictationController::showListening() {
     if (env_.state.panelOpen.get()) {
-        context_ = panelTarget;
+        recording_.context = panelTarget;
         closePanel();
     }
-    hideWork_.stop();
+    hud_.cancel();
     env_.state.asking.set(mode_ == Mode::ask);
     env_.state.hud.set(HUDPhase::listening());
     if (mode_ == Mode::write) env_.inserter.prepare();
@@ -119,6 +117,7 @@ void DictationController::showListening() {
 void DictationController::cancelRecording() {
     endHandsFree();
     if (auto task = std::exchange(startTask_, std::nullopt)) task->cancel();
+    recording_.shot.cancel();
     source_.reset();
     env_.speech.cancel();
     env_.inserter.forgetPrepared();
@@ -198,6 +197,7 @@ Task<void> DictationController::process(TaskHandle<void> startTask, Mode mode) {
     // However this ends, the next utterance must not be refused.
     const std::shared_ptr<void> done(nullptr, [this](auto) {
         env_.inserter.forgetPrepared();
+        recording_.shot.cancel();
         busy_.set(false);
     });
     try {
@@ -212,70 +212,10 @@ Task<void> DictationController::process(TaskHandle<void> startTask, Mode mode) {
     if (transcript.empty()) {
         flash(HUDPhase::info(tr("No te he oído. Mantén pulsado ⌥ Espacio mientras hablas.")), 2.4);
     } else if (mode == Mode::write) {
-        co_await dictate(transcript);
+        co_await roads_.write(transcript, recording_);
     } else {
-        // Nobody is there yet to answer; a question is not to be typed.
-        env_.state.hud.set(HUDPhase::hidden());
+        co_await roads_.ask(transcript, recording_);
     }
-}
-
-Task<void> DictationController::dictate(std::string transcript) {
-    auto result = co_await env_.writer.polish(makeRequest(transcript));
-    co_await commit(std::move(result), std::move(transcript));
-}
-
-PolishRequest DictationController::makeRequest(std::string transcript) const {
-    const Tone tone = env_.settings.adaptTone.get() ? context_.tone : Tone::neutral;
-    return {.transcript = std::move(transcript),
-            .appName = context_.displayName,
-            .windowTitle = context_.windowTitle,
-            .tone = tone,
-            .signatureName = env_.settings.signatureName.get(),
-            .screenshot = std::nullopt,
-            .editableFocus = std::nullopt,
-            .styleNotes = env_.settings.styleNotes.get(),
-            .styleExamples = styleExamples(historyLabel(tone))};
-}
-
-std::vector<std::string> DictationController::styleExamples(std::string_view toneLabel) const {
-    std::vector<std::string> examples;
-    if (env_.history == nullptr) return examples;
-    for (const auto& item : env_.history->items()) {
-        if (item.kind == HistoryKind::dictado && item.meta.tone == toneLabel && item.meta.inserted == true &&
-            text::length(item.answer) > shortestStyleExample) {
-            examples.push_back(item.answer);
-            if (examples.size() == styleExampleCount) break;
-        }
-    }
-    return examples;
-}
-
-Task<void> DictationController::commit(PolishResult result, std::string transcript) {
-    const bool nowhereToType = context_.hasEditableFocus == false;
-    co_await env_.inserter.insertText(result.text, !nowhereToType);
-    if (nowhereToType) {
-        flash(HUDPhase::done(writtenIn("Escrito en %@ · también en el portapapeles (⌘V)", context_)), 2.4);
-    } else {
-        flash(HUDPhase::done(writtenIn("Escrito en %@", context_)), 1.6);
-    }
-    if (env_.history == nullptr) co_return;
-    const Tone tone = env_.settings.adaptTone.get() ? context_.tone : Tone::neutral;
-    env_.history->add(
-        {.id = makeUuid(),
-         .kind = HistoryKind::dictado,
-         .app = context_.displayName,
-         .bundleID = context_.bundleID,
-         .title = result.title,
-         .createdAt = startedAt_,
-         .query = std::move(transcript),
-         .answer = result.text,
-         .meta = {.tone = std::string(historyLabel(tone)),
-                  .engine = result.engine,
-                  .inserted = true,
-                  .durationMs = static_cast<std::int64_t>((env_.executor.date() - startedAt_) * 1000),
-                  .source = "voz",
-                  .context = std::nullopt,
-                  .sources = std::nullopt}});
 }
 
 // The panel
@@ -283,62 +223,15 @@ Task<void> DictationController::commit(PolishResult result, std::string transcri
 void DictationController::reinsert(const HistoryItem& item) {
     const AppContext target = panelTarget;
     closePanel();
-    tasks_.spawn(typeAgain(target, item.answer));
-}
-
-Task<void> DictationController::typeAgain(AppContext target, std::string answer) {
-    if (target.app) {
-        env_.workspace.activate(*target.app);
-        co_await sleep(activationWait);
-    }
-    const std::string plain = text::replaceAll(text::replaceAll(answer, "**", ""), "`", "");
-    co_await env_.inserter.insertText(plain, true);
-    flash(HUDPhase::done(writtenIn("Escrito en %@", target)), 1.6);
-}
-
-void DictationController::sendComposer() {
-    const std::string text(text::trim(env_.state.composerText.get()));
-    if (text.empty() || env_.assistant == nullptr) return;
-    if (env_.state.composerRecording.get()) {
-        env_.state.composerRecording.set(false);
-        env_.speech.cancel();
-    }
-    if (env_.state.composerScreen.get() && !env_.permissions.screen.get()) {
-        env_.permissions.requestScreen();
-        env_.permissions.refresh();
-        return;
-    }
-    env_.state.composerText.set("");
-    env_.state.section.set(PanelSection::todo);
-    env_.state.query.set("");
-    env_.state.selectedID.set(
-        env_.assistant->askFromComposer(text, panelTarget, env_.state.composerScreen.get()));
+    tasks_.spawn(written_.typeAgain(target, item.answer));
 }
 
 void DictationController::toggleComposerMic() {
     if (env_.state.composerRecording.get()) {
-        env_.state.composerRecording.set(false);
-        tasks_.spawn(finishComposerRecording());
-        return;
+        composer_.finishRecording();
+    } else if (!env_.settings.paused.get() && !startTask_ && mayUseMicrophone()) {
+        composer_.startRecording();
     }
-    if (env_.settings.paused.get() || startTask_ || !mayUseMicrophone()) return;
-    env_.state.composerRecording.set(true);
-    tasks_.spawn(startComposerRecording());
-}
-
-Task<void> DictationController::startComposerRecording() {
-    try {
-        co_await env_.speech.start(env_.settings.language.get());
-    } catch (...) {
-        env_.state.composerRecording.set(false);
-        flash(HUDPhase::error(localizedDescription(std::current_exception())), 3.0);
-    }
-}
-
-Task<void> DictationController::finishComposerRecording() {
-    const std::string transcript = co_await env_.speech.stop();
-    if (!transcript.empty()) env_.state.composerText.set(join(env_.state.composerText.get(), transcript));
-    env_.state.focusRequest.set(AppState::FocusTarget::composer);
 }
 
 }  // namespace dorix

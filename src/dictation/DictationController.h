@@ -2,16 +2,12 @@
 
 #include "base/async/TaskScope.h"
 #include "base/async/Timer.h"
-#include "dictation/AppState.h"
-#include "dictation/Collaborators.h"
-#include "dictation/context/AppContext.h"
-#include "dictation/context/TextInsertion.h"
-#include "localdata/SettingsStore.h"
-#include "platform/Accessibility.h"
-#include "platform/SystemSounds.h"
-#include "platform/Workspace.h"
-#include "shell/permissions/Permissions.h"
-#include "speech/SpeechInput.h"
+#include "dictation/Composer.h"
+#include "dictation/DictationEnvironment.h"
+#include "dictation/HUDFlash.h"
+#include "dictation/Recording.h"
+#include "dictation/UtteranceRoads.h"
+#include "dictation/WrittenText.h"
 
 #include <functional>
 #include <optional>
@@ -27,23 +23,7 @@ class DictationController {
     enum class Mode { write, ask };
     enum class Source { holdKey, shortcut };
 
-    /// What it works with; all but the pointers are required, and all must outlive it.
-    struct Environment {
-        Executor& executor;
-        AppState& state;
-        SettingsStore& settings;
-        Permissions& permissions;
-        SpeechInput& speech;
-        DictationWriter& writer;
-        TextInserter& inserter;
-        Workspace& workspace;
-        Accessibility& accessibility;
-        SystemSounds& sounds;
-        DictationHistory* history = nullptr;
-        ComposerAssistant* assistant = nullptr;
-    };
-
-    explicit DictationController(Environment environment);
+    explicit DictationController(const DictationEnvironment& environment);
     DictationController(const DictationController&) = delete;
     DictationController& operator=(const DictationController&) = delete;
 
@@ -61,15 +41,16 @@ class DictationController {
     void shortcutReleased();
 
     /// Shows `phase`, and hides it after `seconds` if it still shows by then; a sticky one stays.
-    enum class Sticky { no, yes };
-    void flash(const HUDPhase& phase, double seconds, Sticky sticky = Sticky::no);
+    void flash(const HUDPhase& phase, double seconds, HUDFlash::Sticky sticky = HUDFlash::Sticky::no) {
+        hud_.flash(phase, seconds, sticky);
+    }
 
     /// Whether nothing is going on that a message of another subsystem would disturb.
     bool isIdle() const;
 
     /// Types a history item once more, into the application that was in front when the panel opened.
     void reinsert(const HistoryItem& item);
-    void sendComposer();
+    void sendComposer() { composer_.send(panelTarget); }
     void toggleComposerMic();
 
     bool isRecording() const { return startTask_.has_value(); }
@@ -85,6 +66,8 @@ class DictationController {
     std::function<void()> closePanel = [] {};
     /// True when a session exists; otherwise it has opened the account window.
     std::function<bool()> accountReady = [] { return true; };
+    /// Called when it is decided where an utterance goes.
+    std::function<void(Route)> onRoute = [](Route) {};
 
  private:
     bool mayBegin(Mode mode);
@@ -96,15 +79,7 @@ class DictationController {
     void endHandsFree();
     void watchSilence();
 
-    PolishRequest makeRequest(std::string transcript) const;
-    std::vector<std::string> styleExamples(std::string_view toneLabel) const;
-
     Task<void> process(TaskHandle<void> startTask, Mode mode);
-    Task<void> dictate(std::string transcript);
-    Task<void> commit(PolishResult result, std::string transcript);
-    Task<void> typeAgain(AppContext target, std::string answer);
-    Task<void> startComposerRecording();
-    Task<void> finishComposerRecording();
 
     /// What the hands-free watch remembers between its looks.
     struct Silence {
@@ -113,15 +88,17 @@ class DictationController {
         double start = 0;
     };
 
-    const Environment env_;
-    AppContext context_;
+    const DictationEnvironment env_;
+    HUDFlash hud_;
+    WrittenText written_;
+    UtteranceRoads roads_;
+    Composer composer_;
+    Recording recording_;
     Mode mode_ = Mode::write;
     std::optional<Source> source_;
-    double startedAt_ = 0;  // seconds since 1970
     Observable<bool> busy_;
     std::optional<double> shortcutPressedAt_;
     std::optional<TaskHandle<void>> startTask_;
-    Timer hideWork_;
     Timer silenceTimer_;
     Silence silence_;
     TaskScope tasks_;

@@ -6,6 +6,7 @@
 #include "dictation/GlobalHotKey.h"
 #include "dictation/PushToTalkMonitor.h"
 #include "dictation/context/TextInsertion.h"
+#include "dictation/context/TextSelection.h"
 #include "localdata/HistoryStore.h"
 #include "localdata/SettingsStore.h"
 #include "platform/ClosureMenuItem.h"
@@ -73,6 +74,7 @@ class AppController {
     SpeechEngine speech_;
     BasicWriter writer_;
     TextInserter inserter_;
+    TextSelection selection_;
     DictationController dictation_;
     FirstRunHint firstRunHint_;
     PushToTalkMonitor ptt_;

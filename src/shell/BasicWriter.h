@@ -1,7 +1,10 @@
 #pragma once
 
 #include "dictation/Collaborators.h"
+#include "routing/IntentRules.h"
 #include "writing/BasicPolisher.h"
+
+#include <utility>
 
 namespace dorix {
 
@@ -9,6 +12,12 @@ namespace dorix {
 class BasicWriter final : public DictationWriter {
  public:
     Task<PolishResult> polish(PolishRequest request) override { return polisher_.polish(std::move(request)); }
+    /// With no field to type in, or a word that points at the screen, it is a question.
+    Task<WriteOrAsk> writeOrAsk(PolishRequest request) override {
+        if (request.editableFocus == false || IntentRules::refersToScreen(request.transcript))
+            co_return Ask{};
+        co_return co_await polisher_.polish(std::move(request));
+    }
     bool usesCloudEngine() const override { return false; }
     void prewarm(PolishRequest) override {}
 

@@ -2,6 +2,7 @@
 
 #include "base/async/ManualExecutor.h"
 #include "dictation/DictationController.h"
+#include "dictation/context/TextInsertion.h"
 #include "fakes/FakeAccessibility.h"
 #include "fakes/FakeLoginItem.h"
 #include "fakes/FakePasteboard.h"
@@ -9,11 +10,14 @@
 #include "fakes/FakeSpeechInput.h"
 #include "fakes/FakeWorkspace.h"
 #include "fakes/MemoryUserDefaults.h"
+#include "fakes/RecordingCollaborators.h"
 #include "fakes/RecordingEventPoster.h"
 #include "fakes/RecordingSystemSounds.h"
 #include "fakes/RecordingWriter.h"
 #include "localdata/Language.h"
+#include "localdata/SettingsStore.h"
 #include "platform/KeyCodes.h"
+#include "shell/permissions/Permissions.h"
 
 #include <functional>
 #include <optional>
@@ -28,7 +32,19 @@ class DictationBench {
  public:
     static constexpr std::int32_t appProcess = 100;
 
-    explicit DictationBench(Json settingsValues = Json::object()) : defaults(std::move(settingsValues)) {
+    /// The subsystems beside the flow that are there.
+    struct Have {
+        bool assistant = false;
+        bool meeting = false;
+        bool actions = false;
+        bool learning = false;
+    };
+    static constexpr Have everything{.assistant = true, .meeting = true, .actions = true, .learning = true};
+
+    explicit DictationBench(Json settingsValues = Json::object())
+        : DictationBench({}, std::move(settingsValues)) {}
+    explicit DictationBench(Have have, Json settingsValues = Json::object())
+        : defaults(std::move(settingsValues)), controller(environment(have)) {
         installLanguage(defaults, {});
         workspace.frontmost = RunningApplication{.processIdentifier = appProcess,
                                                  .bundleIdentifier = "com.apple.TextEdit",
@@ -51,20 +67,6 @@ class DictationBench {
         }
     }
 
-    DictationController::Environment environment() {
-        return {.executor = executor,
-                .state = state,
-                .settings = settings,
-                .permissions = permissions,
-                .speech = speech,
-                .writer = writer,
-                .inserter = inserter,
-                .workspace = workspace,
-                .accessibility = accessibility,
-                .sounds = sounds,
-                .history = &history};
-    }
-
     ManualExecutor executor;
     MemoryUserDefaults defaults;
     FakeLoginItem loginItem;
@@ -81,14 +83,42 @@ class DictationBench {
     FakeWorkspace workspace;
     FakeAccessibility accessibility;
     RecordingSystemSounds sounds;
+    FakeSelection selection;
+    FakeScreenCapture screen;
+    FakeDocumentReader documents;
+    RecordingAssistant assistant;
+    RecordingMeeting meeting;
+    RecordingActions actions;
+    RecordingLearning learning;
 
     /// What the application in front was given last; absent until then.
     std::optional<std::string> inserted;
     std::function<void()> onInserted = [] {};
 
-    DictationController controller{environment()};
+    DictationController controller;
 
  private:
+    DictationEnvironment environment(Have have) {
+        return {.executor = executor,
+                .state = state,
+                .settings = settings,
+                .permissions = permissions,
+                .speech = speech,
+                .writer = writer,
+                .inserter = inserter,
+                .selection = selection,
+                .workspace = workspace,
+                .accessibility = accessibility,
+                .sounds = sounds,
+                .history = &history,
+                .screen = &screen,
+                .documents = &documents,
+                .assistant = have.assistant ? &assistant : nullptr,
+                .meeting = have.meeting ? &meeting : nullptr,
+                .actions = have.actions ? &actions : nullptr,
+                .learning = have.learning ? &learning : nullptr};
+    }
+
     void paste() {
         for (const auto& item : pasteboard.items) {
             for (const auto& [type, data] : item) {

@@ -15,10 +15,19 @@ class RecordingWriter final : public DictationWriter {
         requests.push_back(request);
         co_return polisher_.polished(request.transcript);
     }
+    Task<WriteOrAsk> writeOrAsk(PolishRequest request) override {
+        judged.push_back(request);
+        if (judgement == Judgement::ask) co_return Ask{};
+        co_return polisher_.polished(request.transcript);
+    }
     bool usesCloudEngine() const override { return cloud; }
     void prewarm(PolishRequest request) override { prewarmed.push_back(std::move(request)); }
 
+    enum class Judgement { write, ask };
+
     bool cloud = false;
+    Judgement judgement = Judgement::write;
+    std::vector<PolishRequest> judged;
     std::vector<PolishRequest> requests;
     std::vector<PolishRequest> prewarmed;
 

@@ -1,10 +1,7 @@
 #pragma once
 
 #include "base/async/TaskScope.h"
-#include "dictation/context/SelectedText.h"
-#include "platform/Workspace.h"
-
-#include <optional>
+#include "dictation/context/SelectionProbe.h"
 
 namespace dorix {
 
@@ -13,17 +10,16 @@ class Pasteboard;
 class TextInserter;
 
 /// Reads what is selected in an application. Main executor; its collaborators outlive it.
-class TextSelection {
+class TextSelection final : public SelectionProbe {
  public:
     TextSelection(Executor& executor, Accessibility& accessibility, Pasteboard& pasteboard,
                   TextInserter& inserter)
         : accessibility_(accessibility), pasteboard_(pasteboard), inserter_(inserter), tasks_(executor) {}
 
     /// Asks accessibility, which may block for one budget. An application that does not tell is asked to copy
-    /// only when `insist`: that takes up to 0.3 s and gives the clipboard back. Nothing when nothing, or
-    /// only blanks, is selected, or when it cannot be known. Never fails; a stop request does not cut the
-    /// copy short, so that the clipboard is given back.
-    Task<std::optional<SelectedText>> selection(std::optional<RunningApplication> app, bool insist);
+    /// only when `insist`: that takes up to 0.3 s and gives the clipboard back. A stop request does not cut
+    /// the copy short, so that the clipboard is given back.
+    Task<std::optional<SelectedText>> selection(std::optional<RunningApplication> app, bool insist) override;
 
  private:
     std::optional<SelectedText> ask(const RunningApplication& app);

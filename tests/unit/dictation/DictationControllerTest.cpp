@@ -28,7 +28,7 @@ class DictationControllerTest : public testing::Test {
         bench.executor.advanceBy(0.45);
     }
 
-    DictationBench bench;
+    DictationBench bench{DictationBench::Have{.assistant = true}};
     DictationController& flow = bench.controller;
 };
 
@@ -267,7 +267,7 @@ TEST_F(DictationControllerTest, MessagesLastTheirFullTime) {
     bench.state.hud.set(HUDPhase::info("tres"));
     bench.executor.advanceBy(2);
     EXPECT_EQ(hud(), HUDPhase::info("tres"));
-    flow.flash(HUDPhase::learned("cuatro"), 1, DictationController::Sticky::yes);
+    flow.flash(HUDPhase::learned("cuatro"), 1, HUDFlash::Sticky::yes);
     bench.executor.advanceBy(60);
     EXPECT_EQ(hud(), HUDPhase::learned("cuatro"));
 }
@@ -308,6 +308,40 @@ TEST_F(DictationControllerTest, TheComposersMicrophoneAddsToItsText) {
     flow.toggleComposerMic();
     EXPECT_FALSE(bench.state.composerRecording.get());
     EXPECT_EQ(hud(), HUDPhase::error("roto"));
+}
+
+TEST_F(DictationControllerTest, ADictationTakesTheMicrophoneButNotTheComposersWords) {
+    flow.closePanel = [this] { bench.state.panelOpen.set(false); };
+    bench.state.panelOpen.set(true);
+    flow.toggleComposerMic();
+    bench.speech.partial.set("busca el");
+    dictate("hola");
+    EXPECT_EQ(bench.state.composerText.get(), "busca el");
+    EXPECT_FALSE(bench.state.composerRecording.get());
+    EXPECT_EQ(bench.inserted, "Hola");
+}
+
+TEST_F(DictationControllerTest, TheComposersQuestionGoesToTheAssistant) {
+    flow.panelTarget.displayName = "Notas";
+    flow.sendComposer();
+    bench.state.composerText.set(" qué hora es\n");
+    bench.state.query.set("x");
+    bench.state.section.set(PanelSection::accion);
+    bench.state.composerScreen.set(true);
+    bench.grants.screen = false;
+    bench.permissions.refresh();
+    flow.sendComposer();
+    EXPECT_THAT(bench.grants.log, ElementsAre("request screen", "open Privacy_ScreenCapture"));
+    EXPECT_EQ(bench.state.composerText.get(), " qué hora es\n") << "it can be sent once it is granted";
+    bench.state.composerScreen.set(false);
+    flow.toggleComposerMic();
+    flow.sendComposer();
+    EXPECT_THAT(bench.assistant.log, ElementsAre("compose qué hora es in Notas"));
+    EXPECT_FALSE(bench.state.composerRecording.get());
+    EXPECT_EQ(bench.state.composerText.get(), "");
+    EXPECT_EQ(bench.state.query.get(), "");
+    EXPECT_EQ(bench.state.section.get(), PanelSection::todo);
+    EXPECT_EQ(bench.state.selectedID.get(), "id");
 }
 
 }  // namespace

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "base/async/TaskScope.h"
+#include "dictation/HUDFlash.h"
+#include "dictation/context/AppContext.h"
+
+namespace dorix {
+
+struct DictationEnvironment;
+
+/// The field at the foot of the panel, where a question is typed or dictated. Main executor; both references
+/// outlive it.
+class Composer {
+ public:
+    Composer(const DictationEnvironment& env, HUDFlash& hud);
+
+    /// Asks what stands there, about `target` where it matters. The text stays when there is nobody to ask,
+    /// or when it cannot be asked yet.
+    void send(AppContext target);
+
+    /// What is said from now on will join the text.
+    void startRecording();
+    void finishRecording();
+
+    /// A dictation takes the microphone: what was understood so far joins the text.
+    void yieldMicrophone();
+
+ private:
+    Task<void> record();
+    Task<void> takeTranscript();
+    void append(const std::string& transcript);
+
+    const DictationEnvironment& env_;
+    HUDFlash& hud_;
+    TaskScope tasks_;
+};
+
+}  // namespace dorix

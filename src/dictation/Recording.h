@@ -1,0 +1,15 @@
+#pragma once
+
+#include "dictation/ScreenCapture.h"
+#include "dictation/context/AppContext.h"
+
+namespace dorix {
+
+/// A recording, and what was captured when it began.
+struct Recording {
+    AppContext context;
+    double startedAt = 0;  // seconds since 1970
+    ShotTask shot;
+};
+
+}  // namespace dorix

@@ -1,0 +1,235 @@
+#include "dictation/UtteranceRoads.h"
+
+#include "base/Error.h"
+#include "base/async/Cancelled.h"
+#include "dictation/Collaborators.h"
+#include "dictation/DictationEnvironment.h"
+#include "dictation/FrontDocument.h"
+#include "dictation/context/SelectionProbe.h"
+#include "localdata/SettingsStore.h"
+#include "routing/IntentRules.h"
+
+#include <exception>
+#include <optional>
+#include <variant>
+
+namespace dorix {
+
+using namespace IntentRules;
+
+namespace {
+
+bool isTalkingToAI(const AppContext& context) {
+    return isAIChat(context.bundleID, context.windowTitle, context.pageURL);
+}
+
+/// The few commands that are obeyed even while the user talks to another assistant.
+bool isForThisProgram(const Utterance& words) {
+    return matchesMeetingStart(words) || matchesMeetingStop(words) || isTeach(words) ||
+           matchesTeachDone(words);
+}
+
+/// Most text that cannot tell can be written over; a page in a browser usually cannot.
+bool isEditable(const SelectedText& selected, const AppContext& context) {
+    return selected.editable.value_or(!isBrowser(context.bundleID));
+}
+
+bool mayHaveCursor(const AppContext& context) { return context.hasEditableFocus != false; }
+
+}  // namespace
+
+void UtteranceRoads::takeRoute(Route route) { onRoute(route); }
+
+void UtteranceRoads::hideHUD() { env_.state.hud.set(HUDPhase::hidden()); }
+
+Task<void> UtteranceRoads::write(std::string transcript, Recording recording) {
+    Spoken spoken{std::move(transcript), std::move(recording)};
+    if (co_await takenBySelection(spoken)) co_return;
+    const bool literal = isTalkingToAI(spoken.context()) && !isForThisProgram(spoken.words);
+    if (literal) {
+        co_await plain(std::move(spoken));
+    } else if (takenByCommand(spoken)) {
+        spoken.recording.shot.cancel();
+    } else if (isOrderByPlace(spoken)) {
+        spoken.recording.shot.cancel();
+        propose(spoken);
+    } else if (isReply(spoken.words)) {
+        co_await reply(std::move(spoken));
+    } else if (isSelectionCommand(spoken.words) || refersToScreen(spoken.words)) {
+        co_await writeOrAsk(std::move(spoken));
+    } else {
+        co_await plain(std::move(spoken));
+    }
+}
+
+// The selection
+
+Task<bool> UtteranceRoads::takenBySelection(Spoken spoken) {
+    const bool orders = isTransform(spoken.words);
+    if (env_.assistant == nullptr || !(orders || isSelectionCommand(spoken.words))) co_return false;
+    const AppContext& context = spoken.context();
+    auto selected = co_await env_.selection.selection(context.app, refersToSelection(spoken.words));
+    if (!selected) co_return false;
+    spoken.recording.shot.cancel();
+    if (orders && isEditable(*selected, context)) {
+        takeRoute(Route::selectionRewrite);
+        co_await rewrite(std::move(spoken), *std::move(selected));
+    } else {
+        takeRoute(Route::assistantSelection);
+        hideHUD();
+        env_.assistant->ask({.question = spoken.transcript,
+                             .kind = HistoryKind::seleccion,
+                             .context = context,
+                             .selection = std::move(selected)});
+    }
+    co_return true;
+}
+
+Task<void> UtteranceRoads::rewrite(Spoken spoken, SelectedText selected) {
+    DictationAssistant::Rewrite rewritten;
+    try {
+        rewritten = co_await env_.assistant->transform(spoken.transcript, selected.text);
+    } catch (const Cancelled&) {
+        throw;
+    } catch (...) {
+        hud_.flash(HUDPhase::error(localizedDescription(std::current_exception())), 3.5);
+        co_return;
+    }
+    co_await written_.replaceSelection({.title = titleFrom(spoken.transcript),
+                                        .text = std::move(rewritten.text),
+                                        .engine = std::move(rewritten.engine)},
+                                       spoken.transcript, std::move(selected.text),
+                                       std::move(spoken.recording));
+}
+
+// Commands
+
+bool UtteranceRoads::takenByCommand(const Spoken& spoken) {
+    const Utterance& words = spoken.words;
+    if (env_.meeting != nullptr && matchesMeetingStart(words)) {
+        takeRoute(Route::meetingStart);
+        hideHUD();
+        env_.meeting->start();
+    } else if (env_.meeting != nullptr && env_.meeting->isLive() && matchesMeetingStop(words)) {
+        takeRoute(Route::meetingStop);
+        hideHUD();
+        env_.meeting->finish();
+    } else if (env_.learning != nullptr && env_.learning->isTeaching() && matchesTeachDone(words)) {
+        takeRoute(Route::teachDone);
+        hideHUD();
+        env_.learning->finishTeaching();
+    } else if (env_.learning != nullptr && isTeach(words)) {
+        takeRoute(Route::teachStart);
+        hideHUD();
+        env_.learning->startTeaching();
+    } else if (env_.actions != nullptr && isAction(words)) {
+        propose(spoken);
+    } else {
+        return takenByAssistant(spoken);
+    }
+    return true;
+}
+
+bool UtteranceRoads::takenByAssistant(const Spoken& spoken) {
+    if (env_.assistant == nullptr) return false;
+    if (isRecap(spoken.words)) {
+        takeRoute(Route::recap);
+        hideHUD();
+        env_.assistant->recap(spoken.transcript, spoken.context());
+    } else if (isSearch(spoken.words)) {
+        takeRoute(Route::search);
+        hideHUD();
+        env_.assistant->searchMemory(spoken.transcript, spoken.context());
+    } else {
+        return false;
+    }
+    return true;
+}
+
+/// In a calendar with no text field in focus, speech can only mean an order.
+bool UtteranceRoads::isOrderByPlace(const Spoken& spoken) const {
+    const auto& context = spoken.context();
+    return env_.actions != nullptr && context.hasEditableFocus != true &&
+           (context.bundleID == "com.apple.iCal" || context.bundleID == "com.apple.reminders");
+}
+
+void UtteranceRoads::propose(const Spoken& spoken) {
+    takeRoute(Route::action);
+    hideHUD();
+    env_.actions->propose(spoken.transcript, spoken.context());
+}
+
+// Writing
+
+Task<void> UtteranceRoads::reply(Spoken spoken) {
+    takeRoute(Route::replyPolish);
+    auto shot = co_await spoken.recording.shot.shot();
+    auto request = makePolishRequest(env_, spoken.context(), spoken.transcript);
+    const auto seen = shot ? WrittenText::Seen::yes : WrittenText::Seen::no;
+    if (shot) request.screenshot = std::move(shot->jpeg);
+    auto result = co_await env_.writer.polish(std::move(request));
+    co_await written_.commit(std::move(result), std::move(spoken.transcript), std::move(spoken.recording),
+                             seen);
+}
+
+Task<void> UtteranceRoads::writeOrAsk(Spoken spoken) {
+    if (mayHaveCursor(spoken.context()) && !isScreenQuestion(spoken.words)) {
+        auto request = makePolishRequest(env_, spoken.context(), spoken.transcript);
+        request.editableFocus = spoken.context().hasEditableFocus;
+        auto judged = co_await env_.writer.writeOrAsk(std::move(request));
+        if (auto* result = std::get_if<PolishResult>(&judged)) {
+            takeRoute(Route::writeOrAskWrite);
+            spoken.recording.shot.cancel();
+            co_await written_.commit(std::move(*result), std::move(spoken.transcript),
+                                     std::move(spoken.recording), WrittenText::Seen::no);
+            co_return;
+        }
+    }
+    if (env_.assistant == nullptr) {
+        // Nobody answers: what was said with the writing key is at least not lost.
+        co_await plain(std::move(spoken));
+        co_return;
+    }
+    env_.state.asking.set(true);
+    co_await ask(std::move(spoken.transcript), std::move(spoken.recording));
+}
+
+Task<void> UtteranceRoads::plain(Spoken spoken) {
+    takeRoute(Route::plain);
+    spoken.recording.shot.cancel();
+    auto result =
+        co_await env_.writer.polish(makePolishRequest(env_, spoken.context(), spoken.transcript));
+    co_await written_.commit(std::move(result), std::move(spoken.transcript), std::move(spoken.recording),
+                             WrittenText::Seen::no);
+}
+
+// Asking
+
+Task<void> UtteranceRoads::ask(std::string transcript, Recording recording) {
+    Spoken spoken{std::move(transcript), std::move(recording)};
+    if (takenByCommand(spoken)) {
+        spoken.recording.shot.cancel();
+    } else if (env_.assistant == nullptr) {
+        spoken.recording.shot.cancel();
+        hideHUD();
+    } else {
+        co_await answer(std::move(spoken));
+    }
+}
+
+Task<void> UtteranceRoads::answer(Spoken spoken) {
+    const AppContext& context = spoken.context();
+    AssistantRequest request{.question = spoken.transcript, .kind = HistoryKind::screen, .context = context};
+    request.selection = co_await env_.selection.selection(context.app, refersToSelection(spoken.words));
+    request.shot = co_await spoken.recording.shot.shot();
+    if (request.selection) {
+        request.kind = HistoryKind::seleccion;
+    } else if (env_.documents != nullptr) {
+        request.document = co_await readFrontDocument(env_.accessibility, *env_.documents, context.app);
+    }
+    takeRoute(request.selection ? Route::assistantSelection : Route::assistantScreen);
+    hideHUD();
+    env_.assistant->ask(std::move(request));
+}
+
+}  // namespace dorix

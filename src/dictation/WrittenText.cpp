@@ -1,0 +1,117 @@
+#include "dictation/WrittenText.h"
+
+#include "base/Uuid.h"
+#include "base/async/Executor.h"
+#include "base/async/Sleep.h"
+#include "base/text/Text.h"
+#include "dictation/Collaborators.h"
+#include "dictation/DictationEnvironment.h"
+#include "dictation/context/TextInsertion.h"
+#include "localdata/Language.h"
+#include "localdata/SettingsStore.h"
+#include "platform/Workspace.h"
+
+#include <utility>
+#include <vector>
+
+namespace dorix {
+
+namespace {
+
+constexpr double activationWait = 0.18;
+constexpr std::size_t keptOfSelection = 300;
+constexpr std::size_t styleExampleCount = 3;
+constexpr std::size_t shortestStyleExample = 40;
+
+Tone toneFor(const DictationEnvironment& env, const AppContext& context) {
+    return env.settings.adaptTone.get() ? context.tone : Tone::neutral;
+}
+
+std::vector<std::string> styleExamples(const DictationHistory& history, std::string_view toneLabel) {
+    std::vector<std::string> examples;
+    for (const auto& item : history.items()) {
+        if (item.kind == HistoryKind::dictado && item.meta.tone == toneLabel && item.meta.inserted == true &&
+            text::length(item.answer) > shortestStyleExample) {
+            examples.push_back(item.answer);
+            if (examples.size() == styleExampleCount) break;
+        }
+    }
+    return examples;
+}
+
+HUDPhase done(std::string_view format, const AppContext& context) {
+    return HUDPhase::done(formatText(tr(format), {tr(context.displayName)}));
+}
+
+}  // namespace
+
+PolishRequest makePolishRequest(const DictationEnvironment& env, const AppContext& context,
+                                std::string transcript) {
+    const Tone tone = toneFor(env, context);
+    return {.transcript = std::move(transcript),
+            .appName = context.displayName,
+            .windowTitle = context.windowTitle,
+            .tone = tone,
+            .signatureName = env.settings.signatureName.get(),
+            .screenshot = std::nullopt,
+            .editableFocus = std::nullopt,
+            .styleNotes = env.settings.styleNotes.get(),
+            .styleExamples = env.history != nullptr ? styleExamples(*env.history, historyLabel(tone))
+                                                    : std::vector<std::string>()};
+}
+
+Task<void> WrittenText::commit(PolishResult result, std::string transcript, Recording recording, Seen seen) {
+    const bool nowhereToType = recording.context.hasEditableFocus == false;
+    co_await env_.inserter.insertText(result.text, !nowhereToType);
+    if (nowhereToType) {
+        hud_.flash(done("Escrito en %@ · también en el portapapeles (⌘V)", recording.context), 2.4);
+    } else {
+        hud_.flash(done("Escrito en %@", recording.context), 1.6);
+    }
+    remember({.kind = HistoryKind::dictado,
+              .title = std::move(result.title),
+              .query = std::move(transcript),
+              .answer = std::move(result.text),
+              .meta = {.tone = std::string(historyLabel(toneFor(env_, recording.context))),
+                       .engine = std::move(result.engine),
+                       .source = seen == Seen::yes ? "voz · con la conversación" : "voz"}},
+             recording);
+}
+
+Task<void> WrittenText::replaceSelection(PolishResult result, std::string instruction, std::string selected,
+                                         Recording recording) {
+    co_await env_.inserter.insertText(result.text, true);
+    hud_.flash(done("Reemplazado en %@", recording.context), 1.6);
+    remember({.kind = HistoryKind::seleccion,
+              .title = std::move(result.title),
+              .query = std::move(instruction),
+              .answer = std::move(result.text),
+              .meta = {.engine = std::move(result.engine),
+                       .source = "voz",
+                       .context = std::string(text::prefix(selected, keptOfSelection))}},
+             recording);
+}
+
+/// What all that was written with the voice has in common is added here.
+void WrittenText::remember(HistoryItem item, const Recording& recording) {
+    if (env_.history == nullptr) return;
+    item.id = makeUuid();
+    item.app = recording.context.displayName;
+    item.bundleID = recording.context.bundleID;
+    item.createdAt = recording.startedAt;
+    item.meta.inserted = true;
+    item.meta.durationMs = static_cast<std::int64_t>((env_.executor.date() - recording.startedAt) * 1000);
+    env_.history->add(std::move(item));
+}
+
+Task<void> WrittenText::typeAgain(AppContext target, std::string answer) {
+    if (target.app) {
+        env_.workspace.activate(*target.app);
+        co_await sleep(activationWait);
+    }
+    const std::string plain = text::replaceAll(text::replaceAll(answer, "**", ""), "`", "");
+    co_await env_.inserter.insertText(plain, true);
+    hud_.flash(done("Escrito en %@", target), 1.6);
+}
+
+}  // namespace dorix
