@@ -15,6 +15,13 @@ std::optional<std::string> optionalString(const Json& input, const char* field) 
     return found->get<std::string>();
 }
 
+std::optional<bool> optionalBoolean(const Json& input, const char* field) {
+    const auto found = input.find(field);
+    if (found == input.end() || found->is_null()) return std::nullopt;
+    if (!found->is_boolean()) throw BadInput(std::string("field \"") + field + "\" must be true or false");
+    return found->get<bool>();
+}
+
 double requiredNumber(const Json& input, const char* field) {
     const auto found = input.find(field);
     if (found == input.end()) throw BadInput(std::string("missing field \"") + field + "\"");

@@ -34,11 +34,14 @@ std::vector<Command> languageCommands();
 std::vector<Command> contextCommands();
 std::vector<Command> dictationCommands();
 std::vector<Command> routingCommands();
+std::vector<Command> routeCommands();
 
 /// The field, which must be there and be a string.
 std::string requiredString(const Json& input, const char* field);
 /// Nothing when the field is absent or null; otherwise it must be a string.
 std::optional<std::string> optionalString(const Json& input, const char* field);
+/// Nothing when the field is absent or null; otherwise it must be true or false.
+std::optional<bool> optionalBoolean(const Json& input, const char* field);
 /// The field, which must be there and be a number.
 double requiredNumber(const Json& input, const char* field);
 /// The field, which must be there and be a whole number.

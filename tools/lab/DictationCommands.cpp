@@ -183,13 +183,6 @@ const std::map<std::string, Call>& calls() {
     return table;
 }
 
-std::optional<bool> focusOf(const Json& input) {
-    const auto found = input.find("focus");
-    if (found == input.end() || found->is_null()) return std::nullopt;
-    if (!found->is_boolean()) throw BadInput("field \"focus\" must be true, false or null");
-    return found->get<bool>();
-}
-
 Json settingsOf(const Json& input) {
     const auto found = input.find("settings");
     if (found == input.end() || found->is_null()) return Json::object();
@@ -209,7 +202,7 @@ Json settingsOf(const Json& input) {
 Json runDictation(const Json& input) {
     const auto events = eventsOf(input);
     DictationBench bench(settingsOf(input));
-    bench.setFocus(focusOf(input));
+    bench.setFocus(optionalBoolean(input, "focus"));
     bench.speech.transcript = optionalString(input, "transcript").value_or("");
     Trace trace(bench);
     for (const auto& event : events) {

@@ -15,7 +15,7 @@ std::vector<Command> allCommands() {
     std::vector<Command> all;
     for (const auto& group :
          {dorix::lab::writingCommands(), dorix::lab::languageCommands(), dorix::lab::contextCommands(),
-          dorix::lab::dictationCommands(), dorix::lab::routingCommands()}) {
+          dorix::lab::dictationCommands(), dorix::lab::routingCommands(), dorix::lab::routeCommands()}) {
         all.insert(all.end(), group.begin(), group.end());
     }
     return all;
