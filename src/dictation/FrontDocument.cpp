@@ -35,8 +35,7 @@ std::optional<std::string> percentDecoded(std::string_view text) {
 
 std::optional<std::filesystem::path> pathOfFrontDocument(Accessibility& accessibility,
                                                          const RunningApplication& app) {
-    const auto window =
-        accessibility.createApplication(app.processIdentifier)->element("AXFocusedWindow");
+    const auto window = accessibility.createApplication(app.processIdentifier)->element("AXFocusedWindow");
     if (!window) return std::nullopt;
     const auto url = (*window)->string("AXDocument");
     if (!url) return std::nullopt;

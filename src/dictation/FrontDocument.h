@@ -15,8 +15,9 @@ class Accessibility;
 /// computer. Pure; any thread; takes any bytes.
 std::optional<std::filesystem::path> pathOfFileURL(std::string_view url);
 
-/// The document that the front window of `app` shows, if it can be read and its name does not tell of a secret.
-/// Never fails. Main executor; may block for one accessibility budget; both references outlive the task.
+/// The document that the front window of `app` shows, if it can be read and its name does not tell of a
+/// secret. Never fails. Main executor; may block for one accessibility budget; both references outlive the
+/// task.
 Task<std::optional<FrontDocument>> readFrontDocument(Accessibility& accessibility, DocumentReader& reader,
                                                      std::optional<RunningApplication> app);
 

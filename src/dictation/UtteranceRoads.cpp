@@ -38,28 +38,24 @@ bool mayHaveCursor(const AppContext& context) { return context.hasEditableFocus 
 
 }  // namespace
 
-void UtteranceRoads::takeRoute(Route route) { onRoute(route); }
+void UtteranceRoads::takeRoute(Route route) const { onRoute(route); }
 
-void UtteranceRoads::hideHUD() { env_.state.hud.set(HUDPhase::hidden()); }
+void UtteranceRoads::hideHUD() const { env_.state.hud.set(HUDPhase::hidden()); }
 
 Task<void> UtteranceRoads::write(std::string transcript, Recording recording) {
     Spoken spoken{std::move(transcript), std::move(recording)};
     if (co_await takenBySelection(spoken)) co_return;
-    const bool literal = isTalkingToAI(spoken.context()) && !isForThisProgram(spoken.words);
-    if (literal) {
-        co_await plain(std::move(spoken));
-    } else if (takenByCommand(spoken)) {
+    if (isTalkingToAI(spoken.context()) && !isForThisProgram(spoken.words))
+        co_return co_await plain(std::move(spoken));
+    if (takenByCommand(spoken)) co_return spoken.recording.shot.cancel();
+    if (isOrderByPlace(spoken)) {
         spoken.recording.shot.cancel();
-    } else if (isOrderByPlace(spoken)) {
-        spoken.recording.shot.cancel();
-        propose(spoken);
-    } else if (isReply(spoken.words)) {
-        co_await reply(std::move(spoken));
-    } else if (isSelectionCommand(spoken.words) || refersToScreen(spoken.words)) {
-        co_await writeOrAsk(std::move(spoken));
-    } else {
-        co_await plain(std::move(spoken));
+        co_return propose(spoken);
     }
+    if (isReply(spoken.words)) co_return co_await reply(std::move(spoken));
+    if (isSelectionCommand(spoken.words) || refersToScreen(spoken.words))
+        co_return co_await writeOrAsk(std::move(spoken));
+    co_await plain(std::move(spoken));
 }
 
 // The selection
@@ -197,8 +193,7 @@ Task<void> UtteranceRoads::writeOrAsk(Spoken spoken) {
 Task<void> UtteranceRoads::plain(Spoken spoken) {
     takeRoute(Route::plain);
     spoken.recording.shot.cancel();
-    auto result =
-        co_await env_.writer.polish(makePolishRequest(env_, spoken.context(), spoken.transcript));
+    auto result = co_await env_.writer.polish(makePolishRequest(env_, spoken.context(), spoken.transcript));
     co_await written_.commit(std::move(result), std::move(spoken.transcript), std::move(spoken.recording),
                              WrittenText::Seen::no);
 }

@@ -53,8 +53,8 @@ class UtteranceRoads {
     Task<void> plain(Spoken spoken);
     Task<void> answer(Spoken spoken);
 
-    void takeRoute(Route route);
-    void hideHUD();
+    void takeRoute(Route route) const;
+    void hideHUD() const;
 
     const DictationEnvironment& env_;
     HUDFlash& hud_;

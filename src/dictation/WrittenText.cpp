@@ -93,7 +93,7 @@ Task<void> WrittenText::replaceSelection(PolishResult result, std::string instru
 }
 
 /// What all that was written with the voice has in common is added here.
-void WrittenText::remember(HistoryItem item, const Recording& recording) {
+void WrittenText::remember(HistoryItem item, const Recording& recording) const {
     if (env_.history == nullptr) return;
     item.id = makeUuid();
     item.app = recording.context.displayName;

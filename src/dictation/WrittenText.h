@@ -17,8 +17,8 @@ struct DictationEnvironment;
 PolishRequest makePolishRequest(const DictationEnvironment& env, const AppContext& context,
                                 std::string transcript);
 
-/// A text that is ready goes to the cursor, to the HUD as a message, and into the history. Main executor; both
-/// references outlive it and its tasks.
+/// A text that is ready goes to the cursor, to the HUD as a message, and into the history. Main executor;
+/// both references outlive it and its tasks.
 class WrittenText {
  public:
     WrittenText(const DictationEnvironment& env, HUDFlash& hud) : env_(env), hud_(hud) {}
@@ -35,7 +35,7 @@ class WrittenText {
     Task<void> typeAgain(AppContext target, std::string answer);
 
  private:
-    void remember(HistoryItem item, const Recording& recording);
+    void remember(HistoryItem item, const Recording& recording) const;
 
     const DictationEnvironment& env_;
     HUDFlash& hud_;

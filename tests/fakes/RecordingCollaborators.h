@@ -79,9 +79,7 @@ class RecordingActions final : public DictationActions {
  public:
     std::vector<std::string> proposed;
 
-    void propose(std::string instruction, AppContext) override {
-        proposed.push_back(std::move(instruction));
-    }
+    void propose(std::string instruction, AppContext) override { proposed.push_back(std::move(instruction)); }
 };
 
 class RecordingLearning final : public DictationLearning {

@@ -24,8 +24,7 @@ std::optional<Json> optionalObject(const Json& input, const char* field) {
 bool isSecond(const Json& input, const char* field, const std::array<std::string, 2>& names) {
     const auto value = optionalString(input, field).value_or(names[0]);
     const auto* const found = std::ranges::find(names, value);
-    if (found == names.end())
-        throw BadInput(std::string("field \"") + field + "\" is \"" + names[0] + "\" or \"" + names[1] + "\"");
+    if (found == names.end()) throw BadInput(std::string("unknown ") + field + " \"" + value + '"');
     return found != names.begin();
 }
 
@@ -44,7 +43,7 @@ DictationBench::Have haveOf(const Json& input) {
         } else if (name == "learn") {
             have.learning = true;
         } else {
-            throw BadInput("field \"have\" names \"meeting\", \"actions\", \"learn\" and \"assistant\"");
+            throw BadInput(R"(field "have" names "meeting", "actions", "learn" and "assistant")");
         }
     }
     return have;
@@ -89,7 +88,7 @@ void prepare(DictationBench& bench, const Json& input) {
 
 Json runRoute(const Json& input) {
     const auto mode = isSecond(input, "mode", {"write", "ask"}) ? DictationController::Mode::ask
-                                                                 : DictationController::Mode::write;
+                                                                : DictationController::Mode::write;
     DictationBench bench(haveOf(input));
     prepare(bench, input);
     Json outcome;

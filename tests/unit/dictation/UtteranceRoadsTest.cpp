@@ -30,9 +30,7 @@ class UtteranceRoadsTest : public testing::Test {
         bench.executor.advanceBy(60);
         EXPECT_FALSE(flow.busy().get());
     }
-    void inFront(std::string bundleID) {
-        bench.workspace.frontmost->bundleIdentifier = std::move(bundleID);
-    }
+    void inFront(std::string bundleID) { bench.workspace.frontmost->bundleIdentifier = std::move(bundleID); }
     const AssistantRequest& asked() { return bench.assistant.asked.back(); }
 
     DictationBench bench;
@@ -57,7 +55,8 @@ TEST_F(UtteranceRoadsTest, CommandsGoWhereTheyBelongAndAreNotTyped) {
     EXPECT_THAT(bench.actions.proposed, ElementsAre("recuérdame mañana llamar a Ana"));
     say("dónde lo dejamos");
     say("busca el contrato de Ana");
-    EXPECT_THAT(bench.assistant.log, ElementsAre("recap dónde lo dejamos", "search busca el contrato de Ana"));
+    EXPECT_THAT(bench.assistant.log,
+                ElementsAre("recap dónde lo dejamos", "search busca el contrato de Ana"));
     EXPECT_THAT(routes, ElementsAre("search"));
     EXPECT_EQ(bench.inserted, std::nullopt);
     EXPECT_EQ(bench.screen.cancelled, bench.screen.begun);
@@ -178,7 +177,8 @@ TEST_F(UtteranceRoadsTest, AQuestionTakesAlongWhatTheUserSees) {
     EXPECT_EQ(asked().document->name, "Informe año.TXT");
     EXPECT_EQ(asked().document->text.size(), 400'000U);
 
-    for (const auto* url : {"file:///home/ana/claves.txt", "file:///home/ana/foto.png", "https://a.b/c.txt"}) {
+    for (const auto* url :
+         {"file:///home/ana/claves.txt", "file:///home/ana/foto.png", "https://a.b/c.txt"}) {
         window->attributes["AXDocument"] = url;
         say("cuánto suman los importes", Mode::ask);
         EXPECT_EQ(asked().document, std::nullopt) << url;
