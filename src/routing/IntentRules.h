@@ -7,8 +7,6 @@
 
 namespace dorix {
 
-class Regex;
-
 /// What a finished transcript wants, told by fixed words and patterns in Spanish and English, without a
 /// language model. Pure functions; any thread; time linear in the transcript.
 namespace IntentRules {

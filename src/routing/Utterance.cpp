@@ -1,8 +1,8 @@
 #include "routing/Utterance.h"
 
-#include "base/text/LinearRegex.h"
 #include "base/text/Text.h"
 #include "routing/IntentWords.h"
+#include "routing/PatternSet.h"
 
 #include <algorithm>
 
@@ -60,7 +60,7 @@ Utterance::Utterance(std::string_view transcript, FromText) : text_(simplified(t
     text_.erase(0, fillersSize(text_));
     text_.insert(text_.begin(), ' ');
     text_ += ' ';
-    if (!isAscii(text_)) symbols_ = LinearRegex::symbols(text_);
+    if (!isAscii(text_)) ascii_ = PatternSet::ascii(text_);
     const auto trimmed = text::trim(transcript);
     isPunctuatedAsQuestion_ = trimmed.starts_with("¿") || trimmed.ends_with('?');
 }

@@ -18,9 +18,9 @@ class Utterance {
     /// Folded, without punctuation, single blanks, and without the words that people begin with.
     std::string_view normalised() const { return inner(text_); }
 
-    /// The normalised text, and with a blank at either end, as LinearRegex takes it.
-    std::string_view symbols() const { return inner(paddedSymbols()); }
-    std::string_view paddedSymbols() const { return symbols_.empty() ? text_ : symbols_; }
+    /// The normalised text, and with a blank at either end, as PatternSet takes it.
+    std::string_view ascii() const { return inner(paddedAscii()); }
+    std::string_view paddedAscii() const { return ascii_.empty() ? text_ : ascii_; }
 
     /// Whether the speech engine punctuated the transcript as a question.
     bool isPunctuatedAsQuestion() const { return isPunctuatedAsQuestion_; }
@@ -33,8 +33,8 @@ class Utterance {
 
     static std::string_view inner(std::string_view padded) { return padded.substr(1, padded.size() - 2); }
 
-    std::string text_;     // with a blank at either end
-    std::string symbols_;  // of `text_`; empty if that is ASCII and its own symbols
+    std::string text_;   // with a blank at either end
+    std::string ascii_;  // of `text_`; empty if that is ASCII already
     bool isPunctuatedAsQuestion_;
 };
 

@@ -40,6 +40,7 @@ LIBRARIES = {
     "base": [r"nlohmann/json\.hpp"],
     "base/sqlite": [r"sqlite3\.h"],
     "base/text": [r"unicode/.*\.h"],
+    "routing": [r"re2/re2\.h", r"unicode/u(char|tf8)\.h"],
     "speech": [r"samplerate\.h"],
 }
 STANDARD_HEADER = re.compile(r"^[a-z_0-9]+$")

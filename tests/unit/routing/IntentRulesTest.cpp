@@ -90,6 +90,13 @@ TEST(IntentRulesTest, TellsAnActionAfterALetterOfAnotherAlphabetAsOneWord) {
     expectAll(isAction, false, {"Ωadd it to my calendar", "add\u200D\u20DDя it to my calendars"});
 }
 
+TEST(IntentRulesTest, GoesOverALongMonologueOnce) {
+    std::string text = "add ";
+    for (int i = 0; i < 100'000; ++i) text += "add to my ";
+    EXPECT_FALSE(isAction(text)) << "it would take minutes if every \"add\" looked for what may follow it";
+    EXPECT_TRUE(isAction(text + "calendar"));
+}
+
 TEST(IntentRulesTest, TellsRecaps) {
     expectAll(isRecap, true,
               {"¿Qué hice ayer?", "Oye, ¿por dónde lo dejamos?", "What’s pending?", "So where was I",
