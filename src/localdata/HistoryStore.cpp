@@ -98,6 +98,7 @@ void HistoryStore::remove(const std::string& id) {
 
 void HistoryStore::clear() {
     sqlite::exec(db_.get(), "DELETE FROM history; VACUUM;");
+    sqlite::emptyLog(db_.get());
     items_.clear();
     shownIds_.clear();
     inOrder_ = true;
@@ -153,12 +154,15 @@ void HistoryStore::insert(const HistoryItem& item) {
     observers_.notify({.kind = Kind::inserted, .index = index});
 }
 
+/// A table that another program made may hold more than one row of an id.
 void HistoryStore::hide(const std::string& id) {
     if (shownIds_.erase(id) == 0) return;
-    const auto shown = std::ranges::find(items_, id, &HistoryItem::id);
-    const auto index = static_cast<std::size_t>(shown - items_.begin());
-    items_.erase(shown);
-    observers_.notify({.kind = Kind::removed, .index = index});
+    const auto next = [&](auto from) { return std::ranges::find(from, items_.end(), id, &HistoryItem::id); };
+    for (auto shown = next(items_.begin()); shown != items_.end(); shown = next(shown)) {
+        const auto index = static_cast<std::size_t>(shown - items_.begin());
+        shown = items_.erase(shown);
+        observers_.notify({.kind = Kind::removed, .index = index});
+    }
 }
 
 // The file

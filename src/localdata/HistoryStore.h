@@ -48,7 +48,8 @@ class HistoryStore {
     /// Tells of every change of items(), after it. An observer may not change the history.
     Subscription observe(std::function<void(const HistoryChange&)> observer);
 
-    /// Called once for an item, when it is first written to the file.
+    /// Called once for an item, when it is first written to the file. Without a file, or when that could not
+    /// take the item, each add() that was to write it counts as the first.
     std::function<void(const HistoryItem&)> onNewItem;
 
     /// Shows the item, in the place of the one with its id if there is one, and writes it to the file too
@@ -58,7 +59,8 @@ class HistoryStore {
     /// Takes the item of that id out of the file and the list.
     void remove(const std::string& id);
 
-    /// Forgets everything, and gives the space back. Takes a while with a large file.
+    /// Forgets everything: its words are gone from the disk too, unless another program is reading them just
+    /// then, and its space is free. Takes a while with a large file.
     void clear();
 
     /// The newest rows, up to `limit`, and all of them; newest first. Rows of a kind that a later version

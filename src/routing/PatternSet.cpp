@@ -16,8 +16,8 @@ namespace {
 constexpr char otherWordCharacter = 'X';
 constexpr char otherCharacter = '\x1F';
 
-/// The automaton grows with what is new in the texts, up to this, and then starts anew: far beyond what people's
-/// utterances make of it.
+/// The automaton grows with what is new in the texts, up to this, and then starts anew: far beyond what
+/// people's utterances make of it.
 constexpr std::int64_t mostMemory = std::int64_t{16} << 20;
 
 RE2::Options options() {

@@ -10,14 +10,16 @@ namespace dorix::sqlite {
 
 namespace {
 
-/// A new file is made before SQLite would do it, to be the user's own; what SQLite puts beside it gets the
-/// same mode. Whatever fails here shows when the file is opened.
+/// A new folder and a new file are made before SQLite would do it, to be the user's own; what SQLite puts
+/// beside the file gets the same mode. Whatever fails here shows when the file is opened.
 void prepareFile(const std::filesystem::path& file) {
+    using std::filesystem::perms;
     std::error_code ignored;
-    std::filesystem::create_directories(file.parent_path(), ignored);
+    if (std::filesystem::create_directories(file.parent_path(), ignored)) {
+        std::filesystem::permissions(file.parent_path(), perms::owner_all, ignored);
+    }
     if (std::filesystem::exists(file, ignored)) return;
     std::ofstream(file, std::ios::app).close();
-    using std::filesystem::perms;
     std::filesystem::permissions(file, perms::owner_read | perms::owner_write, ignored);
 }
 
@@ -42,6 +44,11 @@ void exec(sqlite3* db, const char* sql) {
     // Without a connection there is nobody to word a message.
     if (result != SQLITE_OK) logLine(message != nullptr ? message : sqlite3_errstr(result), "SQLite");
     sqlite3_free(message);
+}
+
+void emptyLog(sqlite3* db) {
+    if (db == nullptr) return;
+    sqlite3_wal_checkpoint_v2(db, nullptr, SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr);
 }
 
 Statement prepare(sqlite3* db, const char* sql) {

@@ -35,6 +35,10 @@ Connection open(const std::filesystem::path& file);
 /// Runs a batch of statements up to the first that fails, which is logged.
 void exec(sqlite3* db, const char* sql);
 
+/// Moves what was written into the file itself and empties the log beside it, in which rows that were deleted
+/// long outlive their deletion. Does nothing while another program reads or writes.
+void emptyLog(sqlite3* db);
+
 /// Null when the statement cannot be prepared, without a word.
 Statement prepare(sqlite3* db, const char* sql);
 

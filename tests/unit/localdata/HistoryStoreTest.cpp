@@ -59,6 +59,7 @@ TEST_F(HistoryStoreTest, KeepsAllOfAnItemFromOneRunToTheNext) {
                             "{}"));
     using std::filesystem::perms;
     EXPECT_EQ(std::filesystem::status(file).permissions(), perms::owner_read | perms::owner_write);
+    EXPECT_EQ(std::filesystem::status(file.parent_path()).permissions(), perms::owner_all);
 }
 
 TEST_F(HistoryStoreTest, ShowsTheNewestFirstAndTellsWhatChanged) {
@@ -128,9 +129,15 @@ TEST_F(HistoryStoreTest, ForgetsOneItemOrAll) {
     store.add(historyItem("a", 1), Persist::yes);
     EXPECT_THAT(ids(store.items()), ElementsAre("c", "b", "a")) << "it may come back";
 
+    auto confided = historyItem("d", 3);
+    confided.answer = "entre nosotros";
+    store.add(confided, Persist::yes);
+    const auto onDisk = [&] { return bytes(file) + bytes(file.string() + "-wal"); };
+    ASSERT_TRUE(onDisk().contains(confided.answer));
     std::vector<HistoryChange> changes;
     const auto subscription = store.observe([&](const HistoryChange& change) { changes.push_back(change); });
     store.clear();
+    EXPECT_FALSE(onDisk().contains(confided.answer));
     EXPECT_THAT(store.items(), IsEmpty());
     EXPECT_THAT(store.loadAll(), IsEmpty());
     EXPECT_EQ(store.firstDate(), std::nullopt);
@@ -184,6 +191,11 @@ TEST_F(HistoryStoreTest, MakesTheBestOfRowsThatOthersWrote) {
     store.add(historyItem("h", 10), Persist::yes);
     EXPECT_THAT(ids(store.items()), ElementsAre(bare.id, "g", "h", "f", "e"));
     EXPECT_THAT(query(file, "SELECT count(*) FROM history"), ElementsAre("8")) << "none is lost";
+
+    query(file, "INSERT INTO history SELECT * FROM history WHERE id = 'g'");
+    HistoryStore withTwins(file);
+    withTwins.remove("g");
+    EXPECT_THAT(ids(withTwins.items()), ElementsAre("f", testing::_, "h", "e"));
 }
 
 TEST(HistoryMetaTest, DecodesWhatItEncodesAndNothingByHalves) {
