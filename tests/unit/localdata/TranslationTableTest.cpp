@@ -115,19 +115,5 @@ TEST(TranslationTableTest, TextsNameLabelsAsTheyRead) {
     }
 }
 
-TEST(TranslationTableTest, TellingRows) {
-    EXPECT_EQ(english("Pregunta"), "Question");
-    EXPECT_EQ(english("Al día"), "Up to date");
-    EXPECT_EQ(english("Todavía estoy leyendo tus documentos. Prueba de nuevo en unos minutos."),
-              "I’m still reading your documents. Try again in a few minutes.");
-    EXPECT_EQ(english(" y "), " and ");
-    EXPECT_EQ(english("⌥ Opción derecha"), "⌥ Right Option");
-    EXPECT_EQ(english("Descargando el modelo de voz… %d %%"), "Downloading the speech model… %d%%");
-    EXPECT_EQ(english("No se pudo responder: %@"), "Couldn’t answer: %@");
-    // These read the same in both languages on purpose, and so have no row.
-    EXPECT_EQ(english("Ask Screen"), "(missing)");
-    EXPECT_EQ(english("Ask Selection"), "(missing)");
-}
-
 }  // namespace
 }  // namespace dorix

@@ -5,8 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <thread>
-#include <vector>
 
 namespace dorix {
 namespace {
@@ -51,30 +49,6 @@ TEST(IntentRulesDifferentialTest, AgreesOnEveryCharacterAroundWords) {
             << "U+" << std::hex << static_cast<unsigned>(c) << "\n  the rules: " << describe(intents)
             << "\n  naive:     " << describe(naive.judge(transcript));
     }
-}
-
-TEST(IntentRulesDifferentialTest, AnswersTheSameOnManyThreads) {
-    const NaiveIntentRules naive;
-    UtteranceGenerator generator(7);
-    std::vector<std::string> transcripts;
-    std::vector<Intents> expected;
-    for (int i = 0; i < 500; ++i) {
-        transcripts.push_back(generator.next());
-        expected.push_back(naive.judge(transcripts.back()));
-    }
-    std::array<int, 4> wrong{};
-    {
-        std::vector<std::jthread> threads;
-        threads.reserve(wrong.size());
-        for (auto& count : wrong) {
-            threads.emplace_back([&] {
-                for (std::size_t i = 0; i < transcripts.size(); ++i) {
-                    if (judge(transcripts[i]) != expected[i]) ++count;
-                }
-            });
-        }
-    }
-    EXPECT_EQ(wrong, (std::array<int, 4>{}));
 }
 
 }  // namespace

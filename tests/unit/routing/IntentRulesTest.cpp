@@ -84,12 +84,6 @@ TEST(IntentRulesTest, TellsActionsUnlessTheyAreSearches) {
          "Dile a Marta que voy por Slack", "Readd it to my calendars", "La agenda que apuntalo"});
 }
 
-TEST(IntentRulesTest, TellsAnActionAfterALetterOfAnotherAlphabetAsOneWord) {
-    expectAll(isAction, true,
-              {"Ω add it to my calendar", "Ω-add it to my calendar", "日 ponlo en el calendario"});
-    expectAll(isAction, false, {"Ωadd it to my calendar", "add\u200D\u20DDя it to my calendars"});
-}
-
 TEST(IntentRulesTest, GoesOverALongMonologueOnce) {
     std::string text = "add ";
     for (int i = 0; i < 100'000; ++i) text += "add to my ";
