@@ -1,4 +1,4 @@
-#include "base/async/Run.h"
+#include "base/async/Completion.h"
 #include "base/async/Sleep.h"
 #include "unit/base/AsyncFixture.h"
 
