@@ -157,7 +157,9 @@ void HistoryStore::insert(const HistoryItem& item) {
 /// A table that another program made may hold more than one row of an id.
 void HistoryStore::hide(const std::string& id) {
     if (shownIds_.erase(id) == 0) return;
-    const auto next = [&](auto from) { return std::ranges::find(from, items_.end(), id, &HistoryItem::id); };
+    const auto next = [&](const auto& from) {
+        return std::ranges::find(from, items_.end(), id, &HistoryItem::id);
+    };
     for (auto shown = next(items_.begin()); shown != items_.end(); shown = next(shown)) {
         const auto index = static_cast<std::size_t>(shown - items_.begin());
         shown = items_.erase(shown);

@@ -5,11 +5,9 @@
 #include <string>
 #include <string_view>
 
-namespace dorix {
-
 /// What a finished transcript wants, told by fixed words and patterns in Spanish and English, without a
 /// language model. Pure functions; any thread; time linear in the transcript.
-namespace IntentRules {
+namespace dorix::IntentRules {
 
 /// The text that all tests look at.
 std::string normalise(std::string_view transcript);
@@ -45,6 +43,4 @@ bool isSecretName(std::string_view name);
 /// Whether a text holds a credential.
 bool holdsSecret(std::string_view content);
 
-}  // namespace IntentRules
-
-}  // namespace dorix
+}  // namespace dorix::IntentRules

@@ -15,17 +15,17 @@ std::span<const std::string_view> fillerPrefixes();
 std::span<const std::string_view> recapPhrases();
 /// The first word of an utterance.
 std::span<const std::string_view> selectionVerbs();
-/// Said anywhere, from the start of a word on.
-std::span<const std::string_view> selectionPhrases();
 /// The first words of an utterance, whole.
 std::span<const std::string_view> transformVerbs();
 /// Said anywhere in a short utterance.
 std::span<const std::string_view> transformPhrases();
-/// How an utterance begins, from here to the end of the file but one.
+/// Said anywhere, from the start of a word on; longer words that begin like one count.
+std::span<const std::string_view> selectionPhrases();
+std::span<const std::string_view> screenPhrases();
+
+/// How an utterance begins; longer words that begin like one count.
 std::span<const std::string_view> replyOpenings();
 std::span<const std::string_view> selectionOpenings();
 std::span<const std::string_view> screenQuestionOpenings();
-/// Said anywhere, from the start of a word on; longer words that begin like one count.
-std::span<const std::string_view> screenPhrases();
 
 }  // namespace dorix::intentwords

@@ -14,7 +14,7 @@ TEST(IntentRulesDifferentialTest, AgreesWithTheNaiveEvaluationOnGeneratedUtteran
     UtteranceGenerator generator(20240501);
     std::array<int, 2> searches{};
     std::array<int, 2> actions{};
-    for (int i = 0; i < 20'000; ++i) {
+    for (int i = 0; i < 10'000; ++i) {
         const auto transcript = generator.next();
         const auto intents = judge(transcript);
         ASSERT_EQ(intents, naive.judge(transcript))
@@ -25,8 +25,8 @@ TEST(IntentRulesDifferentialTest, AgreesWithTheNaiveEvaluationOnGeneratedUtteran
     }
     // A generator that only ever hits or misses would show nothing.
     for (const auto& counts : {searches, actions}) {
-        EXPECT_GT(counts[0], 2'000);
-        EXPECT_GT(counts[1], 2'000);
+        EXPECT_GT(counts[0], 1'000);
+        EXPECT_GT(counts[1], 1'000);
     }
 }
 
