@@ -29,6 +29,13 @@ struct HistoryChange {
     bool operator==(const HistoryChange&) const = default;
 };
 
+/// An item that was taken out of the history, with what it takes to put it back.
+struct RemovedItem {
+    HistoryItem item;
+    std::size_t index = 0;   // where it stood in the list
+    bool wasStored = false;  // in the file, too
+};
+
 /// Everything that the user dictated or asked: in a SQLite file, and the newest of it in a list to look at.
 /// What goes wrong with the file is never reported to the caller; the list then goes on from memory alone,
 /// and what is in the file stays as it was. Main executor; every call but items() blocks on the disk, for one
@@ -55,8 +62,12 @@ class HistoryStore {
     /// unless told not to, which is for an answer that is still growing.
     void add(const HistoryItem& item, Persist persist);
 
-    /// Takes the item of that id out of the file and the list.
-    void remove(const std::string& id);
+    /// Takes the item of that id out of the file and the list; gives it when it was in the list.
+    std::optional<RemovedItem> remove(const std::string& id);
+
+    /// Puts back what remove() gave, where it was; an item that has come with its id meanwhile stays instead.
+    /// It is not new: onNewItem is not called.
+    void restore(const RemovedItem& removed);
 
     /// Forgets everything, and gives the space back. Takes a while with a large file.
     void clear();
@@ -73,7 +84,8 @@ class HistoryStore {
     void show(const HistoryItem& item);
     void replace(const HistoryItem& item);
     void insert(const HistoryItem& item);
-    void hide(const std::string& id);
+    std::optional<RemovedItem> hide(const std::string& id);
+    std::size_t placeFor(const RemovedItem& removed) const;
     bool isStored(const std::string& id) const;
     void write(const HistoryItem& item);
     bool erase(const std::string& id);

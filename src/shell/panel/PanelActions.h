@@ -6,8 +6,8 @@
 
 namespace dorix {
 
-/// What the user can ask for in the panel. An absent one belongs to something that this program cannot do (yet):
-/// its button is not shown. Main executor.
+/// What the user can ask for in the panel. An absent one belongs to something that this program cannot do
+/// (yet): its button is not shown. Main executor.
 struct PanelActions {
     using ItemAction = std::function<void(const HistoryItem&)>;
 

@@ -14,8 +14,7 @@ namespace dorix {
 class PanelClipboard {
  public:
     /// All must outlive it.
-    PanelClipboard(Executor& executor, Pasteboard& pasteboard)
-        : pasteboard_(pasteboard), forget_(executor) {}
+    PanelClipboard(Executor& executor, Pasteboard& pasteboard) : pasteboard_(pasteboard), forget_(executor) {}
 
     /// The id of the item that was copied a moment ago.
     Observable<std::optional<std::string>> copiedID;

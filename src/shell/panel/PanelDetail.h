@@ -7,8 +7,8 @@
 
 namespace dorix {
 
-/// What stands around an item's query and answer, in the app language. The two texts themselves are the item's;
-/// the answer is Markdown.
+/// What stands around an item's query and answer, in the app language. The two texts themselves are the
+/// item's; the answer is Markdown.
 struct PanelDetail {
     std::string heading;             // above the query
     std::string placeholder;         // in place of an answer that has not begun; empty when there is one

@@ -52,8 +52,9 @@ class PanelList {
     /// Of a row of an item. Valid until the history changes.
     const HistoryItem& item(const PanelRow& row) const { return history_.items()[row.place]; }
 
-    /// Tells of every change of rows(), after it; where one change of the history makes several, rows() are at
-    /// each as if the later ones had not happened. An observer may not change the history, section or query.
+    /// Tells of every change of rows(), after it; where one change of the history makes several, rows() are
+    /// at each as if the later ones had not happened. An observer may not change the history, section or
+    /// query.
     Subscription observe(std::function<void(const PanelListChange&)> observer);
 
     /// The row of an item by its place in the history; nothing when it is not listed.
@@ -69,16 +70,18 @@ class PanelList {
     using Rows = std::vector<PanelRow>;
 
     void follow(bool panelOpen);
-    void historyChanged(const HistoryChange& change);
-    void itemUpdated(std::size_t place);
-    void search();
-    void takeDays();
-    void nameDays();
     void armMidnight();
     void warmUp();
+    void historyChanged(const HistoryChange& change);
+    void takeOut(std::size_t place);
+    void itemUpdated(std::size_t place);
+    void search();
+    bool isListed(std::size_t place) const;
     Rows makeRows() const;
     void replaceRows(Rows rows);
-    void reset();
+    void resetRows();
+    void takeDays();
+    void tellRenamed(const Rows& before);
 
     Executor& executor_;
     AppState& state_;

@@ -9,7 +9,7 @@ class UserDefaults;
 namespace panelmeasure {
 inline constexpr Size size{720, 520};  // until the user gives it another
 inline constexpr Size leastSize{560, 400};
-inline constexpr double gap = 12;   // between the panel and the glyph
+inline constexpr double gap = 12;  // between the panel and the glyph
 inline constexpr double edge = 8;  // between the panel and the edge of the visible frame, where there is room
 }  // namespace panelmeasure
 
@@ -21,8 +21,8 @@ void savePanelSize(UserDefaults& defaults, Size size);
 struct PanelPlacement {
     /// The panel opens on the right of the icon.
     bool anchorRight = false;
-    /// The panel's window: within the visible frame of the icon's screen, smaller than asked for where that is
-    /// smaller, and over the icon where there is no room beside it.
+    /// The panel's window: within the visible frame of the icon's screen, smaller than asked for where that
+    /// is smaller, and over the icon where there is no room beside it.
     Rect frame;
 };
 

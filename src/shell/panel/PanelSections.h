@@ -9,9 +9,9 @@
 namespace dorix {
 
 /// In the order of the sidebar.
-inline constexpr std::array allPanelSections{PanelSection::todo,     PanelSection::dictado,
+inline constexpr std::array allPanelSections{PanelSection::todo,      PanelSection::dictado,
                                              PanelSection::preguntas, PanelSection::reunion,
-                                             PanelSection::busqueda, PanelSection::accion};
+                                             PanelSection::busqueda,  PanelSection::accion};
 
 /// The section's name for people, in the app language. Any thread.
 std::string label(PanelSection section);

@@ -11,7 +11,8 @@ namespace dorix {
 
 /// Which item of the history the panel shows: the one that `AppState.selectedID` names. One that the section
 /// or the search leaves out stays selected, so that nothing vanishes while the user types; moving on starts
-/// from its place. When it is deleted the next older listed one follows, or else the next newer. Main executor.
+/// from its place. When it is deleted the next older listed one follows, or else the next newer. Main
+/// executor.
 class PanelSelection {
  public:
     enum class Change {
@@ -33,7 +34,7 @@ class PanelSelection {
     Subscription observe(std::function<void(Change)> observer);
 
     /// Moves over the listed items by that many, up with a negative number, and stops at the ends. With
-    /// nothing selected the first step selects the first item (the last one, upwards).
+    /// nothing selected it comes from above the first item, or from below the last one.
     void move(std::ptrdiff_t items);
     void moveToFirst();
     void moveToLast();
@@ -43,15 +44,17 @@ class PanelSelection {
     void clear();
 
  private:
+    std::optional<std::size_t> place() const;
+    std::size_t placeOf(std::size_t row) const { return list_.rows()[row].place; }
     void historyChanged(const HistoryChange& change);
-    void selectedIDChanged();
-    std::optional<std::size_t> placeOf(const std::optional<std::string>& id) const;
+    std::vector<std::size_t> itemRows() const;
     void selectNear(std::size_t place);
 
     AppState& state_;
     HistoryStore& history_;
     PanelList& list_;
-    std::optional<std::size_t> place_;  // of the selected item in the history
+    mutable std::size_t lastPlace_ = 0;  // where the selected item was found last
+    bool shown_;                         // the selected item was there at the last look
     Observers<Change> observers_;
     std::vector<Subscription> subscriptions_;
 };

@@ -6,7 +6,8 @@
 #include <string>
 #include <vector>
 
-/// The panel's own words, in the app language; keys and computer are named as the source texts do it. Any thread.
+/// The panel's own words, in the app language; keys and computer are named as the source texts do it. Any
+/// thread.
 namespace dorix::paneltext {
 
 /// What stands in place of an empty list; `query` is the search text.
