@@ -148,7 +148,7 @@ std::optional<RemovedItem> HistoryStore::hide(const std::string& id) {
     if (shownIds_.erase(id) == 0) return std::nullopt;
     const auto shown = std::ranges::find(items_, id, &HistoryItem::id);
     const auto index = static_cast<std::size_t>(shown - items_.begin());
-    RemovedItem removed{.item = std::move(*shown), .index = index};
+    RemovedItem removed{.item = std::move(*shown), .below = items_.size() - 1 - index};
     items_.erase(shown);
     observers_.notify({.kind = Kind::removed, .index = index});
     return removed;
@@ -157,7 +157,7 @@ std::optional<RemovedItem> HistoryStore::hide(const std::string& id) {
 /// Where the item stood, unless its neighbours are other ones by now: then where its date belongs.
 std::size_t HistoryStore::placeFor(const RemovedItem& removed) const {
     const double date = removed.item.createdAt;
-    const std::size_t index = std::min(removed.index, items_.size());
+    const std::size_t index = items_.size() - std::min(removed.below, items_.size());
     const bool follows = index == 0 || items_[index - 1].createdAt >= date;
     const bool precedes = index == items_.size() || date >= items_[index].createdAt;
     if (!inOrder_ || (follows && precedes)) return index;

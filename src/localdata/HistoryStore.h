@@ -32,7 +32,7 @@ struct HistoryChange {
 /// An item that was taken out of the history, with what it takes to put it back.
 struct RemovedItem {
     HistoryItem item;
-    std::size_t index = 0;   // where it stood in the list
+    std::size_t below = 0;   // how many items stood below it in the list; new ones come above
     bool wasStored = false;  // in the file, too
 };
 
