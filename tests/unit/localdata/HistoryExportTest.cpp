@@ -32,9 +32,10 @@ class HistoryExportTest : public testing::Test {
 
 TEST_F(HistoryExportTest, JsonHoldsEveryRowOfTheFileWithAllItsFields) {
     // More than the list shows, written as another program would.
-    sqlite::exec(sqlite::open(file).get(),
-                 "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 3000) "
-                 "INSERT INTO history SELECT 'id' || i, 'dictado', 'App', NULL, 'T', i, 'q', 'a', NULL FROM n");
+    sqlite::exec(
+        sqlite::open(file).get(),
+        "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 3000) "
+        "INSERT INTO history SELECT 'id' || i, 'dictado', 'App', NULL, 'T', i, 'q', 'a', NULL FROM n");
     HistoryItem item = historyItem("último \xFF", 1'700'000'000.123456);
     item.kind = HistoryKind::busqueda;
     item.bundleID = "org.example";

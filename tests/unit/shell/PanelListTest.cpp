@@ -121,7 +121,8 @@ TEST_F(PanelListTest, FindsWithoutCaseAndDiacriticsInEveryField) {
         EXPECT_THAT(find(query), ElementsAre("[Hoy]", "a")) << query;
     }
     EXPECT_THAT(find("inigo el"), IsEmpty()) << "not across two fields";
-    EXPECT_THAT(find("tarde"), ElementsAre("[Hoy]", "a")) << "longer than what was not found, but no part of it";
+    EXPECT_THAT(find("tarde"), ElementsAre("[Hoy]", "a"))
+        << "longer than what was not found, but no part of it";
     state.section.set(PanelSection::reunion);
     EXPECT_THAT(shown(), IsEmpty());
 }

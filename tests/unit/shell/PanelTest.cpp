@@ -283,24 +283,24 @@ class PanelPresenterTest : public testing::Test {
     AppContext target;
     AppContext inFront{.app = RunningApplication{}, .displayName = "Correo"};
     std::vector<std::string> log;
-    PanelPresenter presenter{executor,
-                             state,
-                             target,
-                             {.capture =
-                                  [this] {
-                                      log.emplace_back(state.panelOpen.get() ? "late" : "capture");
-                                      return inFront;
-                                  },
-                              .place =
-                                  [this] {
-                                      log.emplace_back("place");
-                                      return true;
-                                  },
-                              .show = [this] { log.emplace_back("show"); },
-                              .hide = [this] { log.emplace_back("hide"); },
-                              .cancelSpeech = [this] { log.emplace_back("cancel"); },
-                              .watchOutsideClicks =
-                                  [this](bool on) { log.emplace_back(on ? "watch" : "unwatch"); }}};
+    PanelPresenter presenter{
+        executor,
+        state,
+        target,
+        {.capture =
+             [this] {
+                 log.emplace_back(state.panelOpen.get() ? "late" : "capture");
+                 return inFront;
+             },
+         .place =
+             [this] {
+                 log.emplace_back("place");
+                 return true;
+             },
+         .show = [this] { log.emplace_back("show"); },
+         .hide = [this] { log.emplace_back("hide"); },
+         .cancelSpeech = [this] { log.emplace_back("cancel"); },
+         .watchOutsideClicks = [this](bool on) { log.emplace_back(on ? "watch" : "unwatch"); }}};
 };
 
 TEST_F(PanelPresenterTest, OpensAndClosesInOrder) {
