@@ -2,21 +2,18 @@
 
 #include "base/text/Text.h"
 
+#include <array>
+#include <utility>
+
 namespace dorix {
 
 namespace {
 
 constexpr std::size_t bytesAtATime = 256 * 1024;  // a millisecond or two to fold
 
-/// Nobody can type a NUL, so no search text is found across two fields.
-std::string foldedText(const HistoryItem& item) {
-    std::string all = text::fold(item.title);
-    for (const auto* field : {&item.query, &item.answer, &item.app}) {
-        all += '\0';
-        all += text::fold(*field);
-    }
-    return all;
-}
+/// The fields that are searched, in their order.
+constexpr std::array fields{&HistoryItem::title, &HistoryItem::query, &HistoryItem::answer,
+                            &HistoryItem::app};
 
 }  // namespace
 
@@ -34,7 +31,7 @@ void SearchIndex::removed(std::size_t place) {
 }
 
 void SearchIndex::updated(std::size_t place) {
-    entries_[place].isFolded = false;
+    entries_[place] = {};
     test(place);
     warm_ = 0;
 }
@@ -57,22 +54,33 @@ void SearchIndex::search(std::string_view query) {
 
 bool SearchIndex::warmUp() {
     for (std::size_t bytes = 0; warm_ < entries_.size() && bytes < bytesAtATime; ++warm_) {
-        if (!entries_[warm_].isFolded) bytes += folded(warm_).folded.size();
+        const auto before = entries_[warm_].folded.size();
+        while (entries_[warm_].fields < fields.size()) foldNextField(warm_);
+        bytes += entries_[warm_].folded.size() - before;
     }
     return warm_ < entries_.size();
 }
 
-SearchIndex::Entry& SearchIndex::folded(std::size_t place) {
+/// Nobody can type the NUL after a field, so no search text is found across two.
+void SearchIndex::foldNextField(std::size_t place) {
     auto& entry = entries_[place];
-    if (!entry.isFolded) {
-        entry.folded = foldedText(items_[place]);
-        entry.isFolded = true;
-    }
-    return entry;
+    entry.folded += text::fold(items_[place].*fields.at(entry.fields));
+    entry.folded += '\0';
+    ++entry.fields;
 }
 
-void SearchIndex::test(std::size_t place) {
-    entries_[place].matches = query_.empty() || folded(place).folded.contains(query_);
+void SearchIndex::test(std::size_t place) { entries_[place].matches = query_.empty() || isFound(place); }
+
+/// Folds no more fields than it takes to find the text.
+bool SearchIndex::isFound(std::size_t place) {
+    auto& entry = entries_[place];
+    std::size_t searched = 0;
+    while (entry.folded.find(query_, searched) == std::string::npos) {
+        if (entry.fields == fields.size()) return false;
+        searched = entry.folded.size();
+        foldNextField(place);
+    }
+    return true;
 }
 
 }  // namespace dorix

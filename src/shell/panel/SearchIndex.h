@@ -10,7 +10,8 @@
 namespace dorix {
 
 /// Which items of a list hold a search text, ignoring case and diacritics, in their title, query, answer or
-/// app. It keeps each item's folded text from the first time that it is needed. The list is not the index's:
+/// app. It keeps each item's fields folded from the first
+/// time that they are needed. The list is not the index's:
 /// it is told of every change by place. Main executor.
 class SearchIndex {
  public:
@@ -35,12 +36,13 @@ class SearchIndex {
 
  private:
     struct Entry {
-        std::string folded;  // of all fields, a NUL between
-        bool isFolded = false;
+        std::string folded;      // the first fields, in the order of the search, each with a NUL after it
+        std::size_t fields = 0;  // how many
         bool matches = true;
     };
 
-    Entry& folded(std::size_t place);
+    void foldNextField(std::size_t place);
+    bool isFound(std::size_t place);
     void test(std::size_t place);
 
     const HistoryItems& items_;
