@@ -1,10 +1,11 @@
 #include "localdata/HistoryStore.h"
 
 #include "base/Log.h"
-#include "base/Uuid.h"
 #include "localdata/HistoryMetaJson.h"
+#include "localdata/HistoryRows.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <functional>
 #include <iterator>
 #include <utility>
@@ -33,31 +34,9 @@ constexpr const char* schema =
     ");\n"
     "CREATE INDEX IF NOT EXISTS history_created ON history(created_at DESC);";
 
-constexpr const char* selectNewestFirst =
-    "SELECT id, kind, app, bundle_id, title, created_at, query, answer, meta FROM history "
-    "ORDER BY created_at DESC";
-
 constexpr const char* insertOrReplace =
     "INSERT OR REPLACE INTO history (id, kind, app, bundle_id, title, created_at, query, answer, meta) "
     "VALUES (?,?,?,?,?,?,?,?,?)";
-
-/// Nothing for a row whose kind this version does not know. The file may have been written by anybody, so any
-/// column may be NULL.
-std::optional<HistoryItem> itemOf(sqlite3_stmt* row) {
-    const auto text = [row](int column) { return sqlite::columnText(row, column).value_or(""); };
-    const auto kind = historyKind(text(1));
-    if (!kind) return std::nullopt;
-    auto id = sqlite::columnText(row, 0);
-    return HistoryItem{.id = id ? *std::move(id) : makeUuid(),
-                       .kind = *kind,
-                       .app = text(2),
-                       .bundleID = sqlite::columnText(row, 3),
-                       .title = text(4),
-                       .createdAt = sqlite3_column_double(row, 5),
-                       .query = text(6),
-                       .answer = text(7),
-                       .meta = decodeMeta(text(8))};
-}
 
 /// Stable. An insertion sort, as no more than a few items are ever out of place.
 void sortNewestFirst(HistoryItems& items) {
@@ -92,8 +71,20 @@ void HistoryStore::add(const HistoryItem& item, Persist persist) {
     if (isNew && onNewItem) onNewItem(item);
 }
 
-void HistoryStore::remove(const std::string& id) {
-    if (erase(id)) hide(id);
+std::optional<RemovedItem> HistoryStore::remove(const std::string& id) {
+    const bool wasStored = isStored(id);
+    if (!erase(id)) return std::nullopt;
+    auto removed = hide(id);
+    if (removed) removed->wasStored = wasStored;
+    return removed;
+}
+
+void HistoryStore::restore(const RemovedItem& removed) {
+    if (!shownIds_.insert(removed.item.id).second) return;
+    const std::size_t index = placeFor(removed);
+    items_.insert(items_.begin() + static_cast<std::ptrdiff_t>(index), removed.item);
+    if (removed.wasStored) write(removed.item);
+    observers_.notify({.kind = Kind::inserted, .index = index});
 }
 
 void HistoryStore::clear() {
@@ -106,10 +97,10 @@ void HistoryStore::clear() {
 }
 
 std::vector<HistoryItem> HistoryStore::load(int limit) const {
-    return read(std::string(selectNewestFirst) + " LIMIT " + std::to_string(limit));
+    return read(std::string(historyrows::selectNewestFirst) + " LIMIT " + std::to_string(limit));
 }
 
-std::vector<HistoryItem> HistoryStore::loadAll() const { return read(selectNewestFirst); }
+std::vector<HistoryItem> HistoryStore::loadAll() const { return read(historyrows::selectNewestFirst); }
 
 std::optional<double> HistoryStore::firstDate() const {
     const auto statement = sqlite::prepare(db_.get(), "SELECT MIN(created_at) FROM history");
@@ -154,17 +145,32 @@ void HistoryStore::insert(const HistoryItem& item) {
     observers_.notify({.kind = Kind::inserted, .index = index});
 }
 
-/// A table that another program made may hold more than one row of an id.
-void HistoryStore::hide(const std::string& id) {
-    if (shownIds_.erase(id) == 0) return;
+/// A table that another program made may hold more than one row of an id; the first is the one to tell of.
+std::optional<RemovedItem> HistoryStore::hide(const std::string& itemID) {
+    const std::string id = itemID;  // it may be that of the item itself, which goes
+    if (shownIds_.erase(id) == 0) return std::nullopt;
     const auto next = [&](const auto& from) {
         return std::ranges::find(from, items_.end(), id, &HistoryItem::id);
     };
+    std::optional<RemovedItem> removed;
     for (auto shown = next(items_.begin()); shown != items_.end(); shown = next(shown)) {
         const auto index = static_cast<std::size_t>(shown - items_.begin());
+        if (!removed) removed = {.item = std::move(*shown), .below = items_.size() - 1 - index};
         shown = items_.erase(shown);
         observers_.notify({.kind = Kind::removed, .index = index});
     }
+    return removed;
+}
+
+/// Where the item stood, unless its neighbours are other ones by now: then where its date belongs.
+std::size_t HistoryStore::placeFor(const RemovedItem& removed) const {
+    const double date = removed.item.createdAt;
+    const std::size_t index = items_.size() - std::min(removed.below, items_.size());
+    const bool follows = index == 0 || items_[index - 1].createdAt >= date;
+    const bool precedes = index == items_.size() || date >= items_[index].createdAt;
+    if (!inOrder_ || (follows && precedes)) return index;
+    const auto place = std::ranges::lower_bound(items_, date, std::greater{}, &HistoryItem::createdAt);
+    return static_cast<std::size_t>(place - items_.begin());
 }
 
 // The file
@@ -207,7 +213,7 @@ std::vector<HistoryItem> HistoryStore::read(const std::string& sql) const {
     const auto statement = sqlite::prepare(db_.get(), sql.c_str());
     if (!statement) return items;
     while (sqlite3_step(statement.get()) == SQLITE_ROW) {
-        if (auto item = itemOf(statement.get())) items.push_back(*std::move(item));
+        if (auto item = historyrows::itemOf(statement.get())) items.push_back(*std::move(item));
     }
     return items;
 }

@@ -29,6 +29,13 @@ struct HistoryChange {
     bool operator==(const HistoryChange&) const = default;
 };
 
+/// An item that was taken out of the history, with what it takes to put it back.
+struct RemovedItem {
+    HistoryItem item;
+    std::size_t below = 0;   // how many items stood below it in the list; new ones come above
+    bool wasStored = false;  // in the file, too
+};
+
 /// Everything that the user dictated or asked: in a SQLite file, and the newest of it in a list to look at.
 /// What goes wrong with the file is never reported to the caller; the list then goes on from memory alone,
 /// and what is in the file stays as it was. Main executor; every call but items() blocks on the disk, for one
@@ -56,8 +63,12 @@ class HistoryStore {
     /// unless told not to, which is for an answer that is still growing.
     void add(const HistoryItem& item, Persist persist);
 
-    /// Takes the item of that id out of the file and the list.
-    void remove(const std::string& id);
+    /// Takes the item of that id out of the file and the list; gives it when it was in the list.
+    std::optional<RemovedItem> remove(const std::string& id);
+
+    /// Puts back what remove() gave, where it was; an item that has come with its id meanwhile stays instead.
+    /// It is not new: onNewItem is not called.
+    void restore(const RemovedItem& removed);
 
     /// Forgets everything: its words are gone from the disk too, unless another program is reading them just
     /// then, and its space is free. Takes a while with a large file.
@@ -75,7 +86,8 @@ class HistoryStore {
     void show(const HistoryItem& item);
     void replace(const HistoryItem& item);
     void insert(const HistoryItem& item);
-    void hide(const std::string& id);
+    std::optional<RemovedItem> hide(const std::string& itemID);
+    std::size_t placeFor(const RemovedItem& removed) const;
     bool isStored(const std::string& id) const;
     void write(const HistoryItem& item);
     bool erase(const std::string& id);

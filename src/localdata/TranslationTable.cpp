@@ -521,6 +521,18 @@ constexpr auto kTable = std::to_array<Translation>({
     {"En %d días hemos construido esto juntos:", "In %d days we’ve built this together:"},
     {"tiempo ahorrado", "time saved"},
     {"Quedarme", "Stay"},
+    {"1 elemento borrado", "1 item deleted"},
+    {"%d elementos borrados", "%d items deleted"},
+    {"Historial de DORIX", "DORIX history"},
+    {"Texto", "Text"},
+    {"Contexto", "Context"},
+    {"Respuesta", "Answer"},
+    {"No se ha podido leer el historial.", "The history could not be read."},
+    {"No queda espacio en el disco.", "There is no space left on the disk."},
+    {"No tienes permiso para guardar ahí.", "You don’t have permission to save there."},
+    {"No se ha podido guardar el archivo: %@.", "The file could not be saved: %@."},
+    {"Ese archivo es el propio historial de DORIX. Elige otro.",
+     "That file is the DORIX history itself. Choose another one."},
 });
 // clang-format on
 

@@ -14,6 +14,13 @@ struct Point {
     bool operator==(const Point&) const = default;
 };
 
+struct Size {
+    double width = 0;
+    double height = 0;
+
+    bool operator==(const Size&) const = default;
+};
+
 struct Rect {
     double x = 0;
     double y = 0;

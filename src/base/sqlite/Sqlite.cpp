@@ -23,6 +23,13 @@ void prepareFile(const std::filesystem::path& file) {
     std::filesystem::permissions(file, perms::owner_read | perms::owner_write, ignored);
 }
 
+/// There may be a connection to close even after a failure.
+Connection opened(int result, sqlite3* db) {
+    Connection connection(db);
+    if (result != SQLITE_OK) connection.reset();
+    return connection;
+}
+
 }  // namespace
 
 void Closer::operator()(sqlite3* db) const { sqlite3_close(db); }
@@ -33,9 +40,13 @@ Connection open(const std::filesystem::path& file) {
     prepareFile(file);
     sqlite3* db = nullptr;
     const int result = sqlite3_open(file.c_str(), &db);
-    Connection connection(db);  // there may be one to close even after a failure
-    if (result != SQLITE_OK) connection.reset();
-    return connection;
+    return opened(result, db);
+}
+
+Connection openReadOnly(const std::filesystem::path& file) {
+    sqlite3* db = nullptr;
+    const int result = sqlite3_open_v2(file.c_str(), &db, SQLITE_OPEN_READONLY, nullptr);
+    return opened(result, db);
 }
 
 void exec(sqlite3* db, const char* sql) {

@@ -32,6 +32,9 @@ using Statement = std::unique_ptr<sqlite3_stmt, Finalizer>;
 /// into the file no sooner than the first statement does.
 Connection open(const std::filesystem::path& file);
 
+/// Opens a file that is there, to read what it holds by now while its store goes on. Null when that fails.
+Connection openReadOnly(const std::filesystem::path& file);
+
 /// Runs a batch of statements up to the first that fails, which is logged.
 void exec(sqlite3* db, const char* sql);
 

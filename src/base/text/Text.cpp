@@ -18,9 +18,9 @@ namespace dorix::text {
 
 namespace {
 
-bool isAscii(std::string_view text) {
-    return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
+bool isAsciiByte(char c) { return static_cast<unsigned char>(c) < 0x80; }
+
+bool isAscii(std::string_view text) { return std::ranges::all_of(text, isAsciiByte); }
 
 /// Walks the characters of a text; one break iterator a thread, as making one costs more than using it.
 class Characters {
@@ -242,10 +242,15 @@ std::string join(const std::vector<std::string_view>& pieces, std::string_view s
 std::string fold(std::string_view text) {
     std::string out;
     out.reserve(text.size());
-    std::size_t at = 0;
-    while (at < text.size() && appendFolded(out, text, at)) {
+    for (std::size_t at = 0; at < text.size();) {
+        if (appendFolded(out, text, at)) continue;
+        // Up to the next ASCII character: none joins what stands before it.
+        const auto rest = text.substr(at);
+        const auto run = std::ranges::find_if(rest, isAsciiByte) - rest.begin();
+        out += foldByIcu(rest.substr(0, static_cast<std::size_t>(run)));
+        at += static_cast<std::size_t>(run);
     }
-    return at == text.size() ? out : out + foldByIcu(text.substr(at));
+    return out;
 }
 
 std::string lowercase(std::string_view text) {

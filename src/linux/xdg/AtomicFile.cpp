@@ -42,13 +42,30 @@ std::error_code writeAll(int fd, std::string_view contents) {
         if (written < 0) return lastError();
         contents.remove_prefix(static_cast<std::size_t>(written));
     }
-    return ::fsync(fd) == 0 ? std::error_code() : lastError();
+    return {};
 }
 
-std::error_code writeTemporary(std::string& path, std::string_view contents) {
+/// Hands the pieces on in larger ones.
+std::error_code writePieces(int fd, const FileReplacer::Source& source) {
+    constexpr std::size_t enough = 64 * 1024;
+    std::string waiting;
+    std::error_code error;
+    const bool complete = source([&](std::string_view piece) {
+        waiting += piece;
+        if (waiting.size() < enough) return true;
+        error = writeAll(fd, waiting);
+        waiting.clear();
+        return !error;
+    });
+    if (error) return error;
+    return complete ? writeAll(fd, waiting) : std::make_error_code(std::errc::operation_canceled);
+}
+
+std::error_code writeTemporary(std::string& path, const FileReplacer::Source& source) {
     Descriptor file(::mkostemp(path.data(), O_CLOEXEC));  // mode 0600
     if (!file.isOpen()) return lastError();
-    auto error = writeAll(file.get(), contents);
+    auto error = writePieces(file.get(), source);
+    if (!error && ::fsync(file.get()) != 0) error = lastError();
     if (const auto closing = file.close(); !error) error = closing;
     if (error) ::unlink(path.c_str());
     return error;
@@ -77,6 +94,10 @@ std::optional<std::string> readFile(const std::filesystem::path& file) {
 }
 
 std::error_code replaceFile(const std::filesystem::path& file, std::string_view contents) {
+    return AtomicFileReplacer().replace(file, [&](const auto& sink) { return sink(contents); });
+}
+
+std::error_code AtomicFileReplacer::replace(const std::filesystem::path& file, const Source& source) {
     std::error_code error;
     const auto target = std::filesystem::weakly_canonical(file, error);
     if (error) return error;
@@ -84,7 +105,7 @@ std::error_code replaceFile(const std::filesystem::path& file, std::string_view 
     if (error) return error;
 
     std::string temporary = target.string() + ".XXXXXX";
-    error = writeTemporary(temporary, contents);
+    error = writeTemporary(temporary, source);
     if (error) return error;
     if (::rename(temporary.c_str(), target.c_str()) != 0) {
         error = lastError();

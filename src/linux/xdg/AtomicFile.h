@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/FileReplacer.h"
+
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -17,5 +19,11 @@ std::optional<std::string> readFile(const std::filesystem::path& file);
 /// followed, not replaced. Blocks on the disk. Any thread; two at once on one file, from whatever process,
 /// leave one of the two contents.
 std::error_code replaceFile(const std::filesystem::path& file, std::string_view contents);
+
+/// The same for contents that come piece by piece.
+class AtomicFileReplacer final : public FileReplacer {
+ public:
+    std::error_code replace(const std::filesystem::path& file, const Source& source) override;
+};
 
 }  // namespace dorix

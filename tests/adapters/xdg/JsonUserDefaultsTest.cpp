@@ -165,6 +165,17 @@ TEST_F(XdgTest, AKilledWriterLeavesAWholeFile) {
     }
 }
 
+TEST_F(XdgTest, ASourceThatGivesUpLeavesTheOldFileAlone) {
+    AtomicFileReplacer files;
+    const std::string piece(100'000, 'x');
+    ASSERT_FALSE(files.replace(file, [&](const auto& sink) { return sink(piece) && sink("fin"); }));
+    EXPECT_EQ(read(file), piece + "fin");
+    const auto givesUp = [&](const auto& sink) { return sink(piece) && sink(piece) && false; };
+    EXPECT_EQ(files.replace(file, givesUp), std::errc::operation_canceled);
+    EXPECT_EQ(read(file), piece + "fin");
+    EXPECT_EQ(std::distance(fs::directory_iterator(file.parent_path()), {}), 1) << "nothing lies beside it";
+}
+
 TEST_F(XdgTest, TwoProcessesDoNotUndoEachOther) {
     int told = 0;
     {

@@ -131,7 +131,7 @@ TEST(SerialExecutorTest, RunsInOrderOnItsOwnThreadAndDrainsAtTheEnd) {
     {
         SerialExecutor serial;
         EXPECT_FALSE(serial.isCurrent());
-        const auto dropped = serial.after(0, [&] { order.push_back(-1); });
+        const auto dropped = serial.after(1000, [&] { order.push_back(-1); });
         serial.cancel(dropped);
         serial.after(0.001, [&] { timerOnThread.set_value(serial.isCurrent()); });
         EXPECT_TRUE(timerOnThread.get_future().get());

@@ -50,6 +50,7 @@ TEST(TextTest, FoldsCaseAndDiacriticsAway) {
     EXPECT_EQ(text::fold("CANCIÓN Ñandú"), "cancion nandu");
     EXPECT_EQ(text::fold("Straße"), "strasse");
     EXPECT_EQ(text::fold(accented), "e");
+    EXPECT_EQ(text::fold("ÁRBOL 👋🏽 Ёлка, ÉL 한국 Ñ"), "arbol 👋🏽 елка, el 한국 n");
     EXPECT_EQ(text::lowercase("ÁRBOL X"), "árbol x");
     EXPECT_EQ(text::capitalizeFirst("ñandú"), "Ñandú");
     EXPECT_EQ(text::capitalizeFirst(""), "");

@@ -43,10 +43,8 @@ std::string_view english(std::string_view spanish) {
 }
 
 TEST(TranslationTableTest, HoldsEveryTextOnce) {
-    const auto rows = translationTable();
-    EXPECT_EQ(rows.size(), 400U);
     std::unordered_set<std::string_view> seen;
-    for (const auto& row : rows) {
+    for (const auto& row : translationTable()) {
         EXPECT_FALSE(row.spanish.empty());
         EXPECT_FALSE(row.english.empty()) << row.spanish;
         EXPECT_TRUE(seen.insert(row.spanish).second) << "twice: " << row.spanish;

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+/// Days and dates in the time zone of the computer. Times are seconds since 1970.
+namespace dorix {
+
+/// A calendar day, of 23 to 25 hours: from `start` up to, and without, `end`.
+struct DaySpan {
+    double start = 0;
+    double end = 0;
+
+    bool contains(double time) const { return start <= time && time < end; }
+    bool operator==(const DaySpan&) const = default;
+};
+
+/// The day of a time. Any thread.
+DaySpan dayOf(double time);
+
+/// Looks again which time zone the computer is in; without it that of the first use holds. Any thread.
+void refreshTimeZone();
+
+/// Dates as people of a locale write them. Making one costs far more than using it. One thread at a time.
+class DateFormat {
+ public:
+    /// `skeleton` says what is to be told and how fully, in the letters of Unicode's date patterns (UTS 35):
+    /// "EEEEdMMM" is the weekday in full, the day and the abbreviated month. The locale, such as "es_ES",
+    /// decides on order and punctuation.
+    DateFormat(std::string_view skeleton, const std::string& locale);
+    ~DateFormat();
+    DateFormat(const DateFormat&) = delete;
+    DateFormat& operator=(const DateFormat&) = delete;
+
+    std::string format(double time) const;
+
+ private:
+    struct Compiled;
+    std::unique_ptr<Compiled> compiled_;
+};
+
+}  // namespace dorix

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <string_view>
+#include <system_error>
+
+namespace dorix {
+
+/// Writes files that are whole or not there. Any thread; blocks on the disk.
+class FileReplacer {
+ public:
+    /// Takes the next piece of the contents; false when it could not be written, and no more is wanted.
+    using Sink = std::function<bool(std::string_view piece)>;
+    /// Hands all of the contents to the sink; false when there is nothing to be kept of them.
+    using Source = std::function<bool(const Sink& sink)>;
+
+    virtual ~FileReplacer() = default;
+
+    /// Makes `file` hold what `source` gives, readable by the user only. After a crash or a power cut at any
+    /// moment, and whenever this gives an error, it is the old one, or not there; a source that gives up is
+    /// std::errc::operation_canceled. A symbolic link is followed, not replaced.
+    virtual std::error_code replace(const std::filesystem::path& file, const Source& source) = 0;
+};
+
+}  // namespace dorix
