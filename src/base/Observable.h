@@ -63,13 +63,13 @@ class Observable {
         observers_.notify(value_);
     }
 
-    Subscription subscribe(std::function<void(const T&)> observer) {
+    Subscription subscribe(std::function<void(const T&)> observer) const {
         return observers_.add(std::move(observer));
     }
 
  private:
     T value_{};
-    Observers<T> observers_;
+    mutable Observers<T> observers_;  // who looks on is no part of the value
 };
 
 }  // namespace dorix
