@@ -23,7 +23,7 @@ void Composer::send(AppContext target) {
     const std::string text(text::trim(state.composerText.get()));
     if (text.empty() || env_.assistant == nullptr) return;
     if (state.composerRecording.get()) {
-        state.composerRecording.set(false);
+        forgetRecording();
         env_.speech.cancel();
     }
     if (state.composerScreen.get() && !env_.permissions.screen.get()) {
@@ -39,14 +39,16 @@ void Composer::send(AppContext target) {
 }
 
 void Composer::startRecording() {
+    yieldMicrophone();
     env_.state.composerRecording.set(true);
-    tasks_.spawn(record());
+    tasks_.spawn(record(++take_));
 }
 
-Task<void> Composer::record() {
+Task<void> Composer::record(int take) {
     try {
         co_await env_.speech.start(env_.settings.language.get());
     } catch (...) {
+        if (take != take_) co_return;
         env_.state.composerRecording.set(false);
         hud_.flash(HUDPhase::error(localizedDescription(std::current_exception())), 3.0);
     }
@@ -54,18 +56,29 @@ Task<void> Composer::record() {
 
 void Composer::finishRecording() {
     env_.state.composerRecording.set(false);
-    tasks_.spawn(takeTranscript());
+    finishing_ = true;
+    tasks_.spawn(takeTranscript(take_));
 }
 
-Task<void> Composer::takeTranscript() {
-    append(co_await env_.speech.stop());
+Task<void> Composer::takeTranscript(int take) {
+    const std::string transcript = co_await env_.speech.stop();
+    if (take != take_) co_return;
+    finishing_ = false;
+    append(transcript);
     env_.state.focusRequest.set(AppState::FocusTarget::composer);
 }
 
 void Composer::yieldMicrophone() {
-    if (!env_.state.composerRecording.get()) return;
+    if (!env_.state.composerRecording.get() && !finishing_) return;
+    const std::string understood = env_.speech.partial.get();
+    forgetRecording();
+    append(understood);
+}
+
+void Composer::forgetRecording() {
     env_.state.composerRecording.set(false);
-    append(env_.speech.partial.get());
+    finishing_ = false;
+    ++take_;
 }
 
 void Composer::append(const std::string& transcript) {

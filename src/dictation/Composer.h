@@ -22,16 +22,19 @@ class Composer {
     void startRecording();
     void finishRecording();
 
-    /// A dictation takes the microphone: what was understood so far joins the text.
+    /// Another recording takes the microphone: what was understood so far joins the text.
     void yieldMicrophone();
 
  private:
-    Task<void> record();
-    Task<void> takeTranscript();
+    Task<void> record(int take);
+    Task<void> takeTranscript(int take);
+    void forgetRecording();
     void append(const std::string& transcript);
 
     const DictationEnvironment& env_;
     HUDFlash& hud_;
+    int take_ = 0;            // the last recording; what is left of an earlier one comes too late
+    bool finishing_ = false;  // it was ended, its last words are still to come
     TaskScope tasks_;
 };
 

@@ -1,6 +1,8 @@
 #include "dictation/DictationController.h"
 
 #include "base/Error.h"
+#include "base/Log.h"
+#include "base/async/Cancelled.h"
 #include "base/text/Text.h"
 #include "dictation/Collaborators.h"
 #include "dictation/context/TextInsertion.h"
@@ -12,7 +14,6 @@
 #include "shell/permissions/Permissions.h"
 #include "speech/SpeechInput.h"
 
-#include <memory>
 #include <utility>
 
 namespace dorix {
@@ -46,6 +47,8 @@ DictationController::DictationController(const DictationEnvironment& environment
     roads_.onRoute = [this](Route route) { onRoute(route); };
 }
 
+DictationController::~DictationController() { env_.speech.onAudioLost = nullptr; }
+
 bool DictationController::isIdle() const {
     return !busy_.get() && !startTask_ && env_.state.hud.get() == HUDPhase::hidden() &&
            !env_.state.composerRecording.get() && !env_.state.showFirstRunHint.get();
@@ -58,11 +61,12 @@ bool DictationController::begin(Source source, Mode mode) {
     composer_.yieldMicrophone();
     mode_ = mode;
     source_ = source;
-    recording_ = {.context = captureAppContext(env_.workspace, env_.accessibility),
-                  .startedAt = env_.executor.date(),
-                  .shot = {}};
+    const double startedAt = env_.executor.date();
+    // The microphone first: an application that is slow to tell of itself must not cost the first word.
     startTask_ = tasks_.spawn(env_.speech.start(env_.settings.language.get()));
     env_.speech.onAudioLost = [this] { audioLost(); };
+    recording_ = {
+        .context = captureAppContext(env_.workspace, env_.accessibility), .startedAt = startedAt, .shot = {}};
     if (env_.screen != nullptr && env_.permissions.screen.get())
         recording_.shot = ShotTask(tasks_, *env_.screen, recording_.context.app);
     if (mode == Mode::write && !env_.writer.usesCloudEngine())
@@ -116,11 +120,14 @@ void DictationController::showListening() {
 
 void DictationController::cancelRecording() {
     endHandsFree();
-    if (auto task = std::exchange(startTask_, std::nullopt)) task->cancel();
-    recording_.shot.cancel();
-    source_.reset();
-    env_.speech.cancel();
-    env_.inserter.forgetPrepared();
+    // Without a recording, what the speech engine may be busy with is the composer's or already said.
+    if (const auto task = std::exchange(startTask_, std::nullopt)) {
+        task->cancel();
+        recording_.shot.cancel();
+        source_.reset();
+        env_.speech.cancel();
+        env_.inserter.forgetPrepared();
+    }
     if (env_.state.hud.get() == HUDPhase::listening()) env_.state.hud.set(HUDPhase::hidden());
 }
 
@@ -132,7 +139,7 @@ void DictationController::stopAndProcess() {
     busy_.set(true);
     env_.state.hud.set(HUDPhase::processing());
     playSound("Pop");
-    tasks_.spawn(process(std::move(startTask), mode_));
+    tasks_.spawn(process(std::move(startTask), mode_, std::move(recording_)));
 }
 
 void DictationController::playSound(std::string_view name) {
@@ -193,43 +200,69 @@ void DictationController::watchSilence() {
 
 // From the transcript to the text at the cursor
 
-Task<void> DictationController::process(TaskHandle<void> startTask, Mode mode) {
-    // However this ends, the next utterance must not be refused.
-    const std::shared_ptr<void> done(nullptr, [this](auto) {
-        env_.inserter.forgetPrepared();
-        recording_.shot.cancel();
-        busy_.set(false);
-    });
+/// However an utterance ends, the next one must not be refused.
+struct DictationController::Processing {
+    DictationController& flow;
+    ShotTask shot;
+
+    ~Processing() {
+        flow.env_.inserter.forgetPrepared();
+        shot.cancel();
+        flow.busy_.set(false);
+    }
+};
+
+Task<void> DictationController::process(TaskHandle<void> startTask, Mode mode, Recording recording) {
+    const Processing processing{*this, recording.shot};
+    std::string transcript;
     try {
         co_await startTask;
+        transcript = text::trim(co_await env_.speech.stop());
+        co_await carry(transcript, mode, recording);
+    } catch (const Cancelled&) {
+        // Whoever cancelled what this waited for has told the user what there is to tell.
+        if (env_.state.hud.get() == HUDPhase::processing()) env_.state.hud.set(HUDPhase::hidden());
     } catch (...) {
-        env_.speech.cancel();
-        flash(HUDPhase::error(localizedDescription(std::current_exception())), 3.5);
-        co_return;
+        failed(std::current_exception(), transcript, recording);
     }
-    const std::string spoken = co_await env_.speech.stop();
-    const std::string transcript(text::trim(spoken));
+}
+
+Task<void> DictationController::carry(std::string transcript, Mode mode, Recording recording) {
     if (transcript.empty()) {
         flash(HUDPhase::info(tr("No te he oído. Mantén pulsado ⌥ Espacio mientras hablas.")), 2.4);
     } else if (mode == Mode::write) {
-        co_await roads_.write(transcript, recording_);
+        co_await roads_.write(std::move(transcript), std::move(recording));
     } else {
-        co_await roads_.ask(transcript, recording_);
+        co_await roads_.ask(std::move(transcript), std::move(recording));
+    }
+}
+
+void DictationController::failed(const std::exception_ptr& error, const std::string& transcript,
+                                 const Recording& recording) {
+    const std::string description = localizedDescription(error);
+    flash(HUDPhase::error(description), 3.5);
+    if (transcript.empty()) {
+        env_.speech.cancel();
+    } else {
+        // None of the collaborators may fail here; when one does all the same, the words are not lost.
+        logLine("no se pudo completar lo dictado: " + description);
+        written_.keep(transcript, recording);
     }
 }
 
 // The panel
 
 void DictationController::reinsert(const HistoryItem& item) {
-    const AppContext target = panelTarget;
+    auto typing = written_.typeAgain(panelTarget, item.answer);
     closePanel();
-    tasks_.spawn(written_.typeAgain(target, item.answer));
+    tasks_.spawn(std::move(typing));
 }
 
 void DictationController::toggleComposerMic() {
     if (env_.state.composerRecording.get()) {
         composer_.finishRecording();
-    } else if (!env_.settings.paused.get() && !startTask_ && mayUseMicrophone()) {
+    } else if (!env_.settings.paused.get() && !startTask_ && !busy_.get() && mayUseMicrophone()) {
+        // While busy the recogniser may still owe the last words of the dictation.
         composer_.startRecording();
     }
 }

@@ -9,6 +9,7 @@
 #include "dictation/UtteranceRoads.h"
 #include "dictation/WrittenText.h"
 
+#include <exception>
 #include <functional>
 #include <optional>
 #include <string>
@@ -24,6 +25,7 @@ class DictationController {
     enum class Source { holdKey, shortcut };
 
     explicit DictationController(const DictationEnvironment& environment);
+    ~DictationController();
     DictationController(const DictationController&) = delete;
     DictationController& operator=(const DictationController&) = delete;
 
@@ -33,7 +35,7 @@ class DictationController {
     void showListening();
     /// Ends the recording and takes what was said where it belongs.
     void stopAndProcess();
-    /// Drops the recording without a word.
+    /// Drops the recording without a word. An utterance that is being processed goes on.
     void cancelRecording();
 
     /// Held: talk until released. Tapped: talk until silence.
@@ -48,7 +50,8 @@ class DictationController {
     /// Whether nothing is going on that a message of another subsystem would disturb.
     bool isIdle() const;
 
-    /// Types a history item once more, into the application that was in front when the panel opened.
+    /// Types a history item once more, into the application that was in front when the panel opened. The item
+    /// may go with the panel.
     void reinsert(const HistoryItem& item);
     void sendComposer() { composer_.send(panelTarget); }
     void toggleComposerMic();
@@ -58,7 +61,6 @@ class DictationController {
     std::optional<Source> source() const { return source_; }
     /// Whether an utterance is being processed.
     const Observable<bool>& busy() const { return busy_; }
-    Observable<bool>& busy() { return busy_; }
 
     /// The application that was in front when the panel opened.
     AppContext panelTarget;
@@ -79,7 +81,10 @@ class DictationController {
     void endHandsFree();
     void watchSilence();
 
-    Task<void> process(TaskHandle<void> startTask, Mode mode);
+    struct Processing;
+    Task<void> process(TaskHandle<void> startTask, Mode mode, Recording recording);
+    Task<void> carry(std::string transcript, Mode mode, Recording recording);
+    void failed(const std::exception_ptr& error, const std::string& transcript, const Recording& recording);
 
     /// What the hands-free watch remembers between its looks.
     struct Silence {

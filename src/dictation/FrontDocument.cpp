@@ -71,9 +71,14 @@ Task<std::optional<FrontDocument>> readFrontDocument(Accessibility& accessibilit
     if (!app) co_return std::nullopt;
     const auto file = pathOfFrontDocument(accessibility, *app);
     if (!file || !mayBeRead(*file, reader)) co_return std::nullopt;
-    auto text = co_await reader.text(*file, longestDocument);
-    if (!text) co_return std::nullopt;
-    co_return FrontDocument{file->filename().string(), *std::move(text)};
+    try {
+        if (auto text = co_await reader.text(*file, longestDocument))
+            co_return FrontDocument{file->filename().string(), *std::move(text)};
+    } catch (const Cancelled&) {
+        throw;
+    } catch (...) {  // NOLINT(bugprone-empty-catch): a document that cannot be read is none
+    }
+    co_return std::nullopt;
 }
 
 }  // namespace dorix

@@ -38,9 +38,12 @@ bool mayHaveCursor(const AppContext& context) { return context.hasEditableFocus 
 
 }  // namespace
 
-void UtteranceRoads::takeRoute(Route route) const { onRoute(route); }
-
 void UtteranceRoads::hideHUD() const { env_.state.hud.set(HUDPhase::hidden()); }
+
+void UtteranceRoads::handOver(Route route) const {
+    onRoute(route);
+    hideHUD();
+}
 
 Task<void> UtteranceRoads::write(std::string transcript, Recording recording) {
     Spoken spoken{std::move(transcript), std::move(recording)};
@@ -68,11 +71,10 @@ Task<bool> UtteranceRoads::takenBySelection(Spoken spoken) {
     if (!selected) co_return false;
     spoken.recording.shot.cancel();
     if (orders && isEditable(*selected, context)) {
-        takeRoute(Route::selectionRewrite);
+        onRoute(Route::selectionRewrite);
         co_await rewrite(std::move(spoken), *std::move(selected));
     } else {
-        takeRoute(Route::assistantSelection);
-        hideHUD();
+        handOver(Route::assistantSelection);
         env_.assistant->ask({.question = spoken.transcript,
                              .kind = HistoryKind::seleccion,
                              .context = context,
@@ -103,20 +105,16 @@ Task<void> UtteranceRoads::rewrite(Spoken spoken, SelectedText selected) {
 bool UtteranceRoads::takenByCommand(const Spoken& spoken) {
     const Utterance& words = spoken.words;
     if (env_.meeting != nullptr && matchesMeetingStart(words)) {
-        takeRoute(Route::meetingStart);
-        hideHUD();
+        handOver(Route::meetingStart);
         env_.meeting->start();
     } else if (env_.meeting != nullptr && env_.meeting->isLive() && matchesMeetingStop(words)) {
-        takeRoute(Route::meetingStop);
-        hideHUD();
+        handOver(Route::meetingStop);
         env_.meeting->finish();
     } else if (env_.learning != nullptr && env_.learning->isTeaching() && matchesTeachDone(words)) {
-        takeRoute(Route::teachDone);
-        hideHUD();
+        handOver(Route::teachDone);
         env_.learning->finishTeaching();
     } else if (env_.learning != nullptr && isTeach(words)) {
-        takeRoute(Route::teachStart);
-        hideHUD();
+        handOver(Route::teachStart);
         env_.learning->startTeaching();
     } else if (env_.actions != nullptr && isAction(words)) {
         propose(spoken);
@@ -129,12 +127,10 @@ bool UtteranceRoads::takenByCommand(const Spoken& spoken) {
 bool UtteranceRoads::takenByAssistant(const Spoken& spoken) {
     if (env_.assistant == nullptr) return false;
     if (isRecap(spoken.words)) {
-        takeRoute(Route::recap);
-        hideHUD();
+        handOver(Route::recap);
         env_.assistant->recap(spoken.transcript, spoken.context());
     } else if (isSearch(spoken.words)) {
-        takeRoute(Route::search);
-        hideHUD();
+        handOver(Route::search);
         env_.assistant->searchMemory(spoken.transcript, spoken.context());
     } else {
         return false;
@@ -150,15 +146,14 @@ bool UtteranceRoads::isOrderByPlace(const Spoken& spoken) const {
 }
 
 void UtteranceRoads::propose(const Spoken& spoken) {
-    takeRoute(Route::action);
-    hideHUD();
+    handOver(Route::action);
     env_.actions->propose(spoken.transcript, spoken.context());
 }
 
 // Writing
 
 Task<void> UtteranceRoads::reply(Spoken spoken) {
-    takeRoute(Route::replyPolish);
+    onRoute(Route::replyPolish);
     auto shot = co_await spoken.recording.shot.shot();
     auto request = makePolishRequest(env_, spoken.context(), spoken.transcript);
     const auto seen = shot ? WrittenText::Seen::yes : WrittenText::Seen::no;
@@ -174,7 +169,7 @@ Task<void> UtteranceRoads::writeOrAsk(Spoken spoken) {
         request.editableFocus = spoken.context().hasEditableFocus;
         auto judged = co_await env_.writer.writeOrAsk(std::move(request));
         if (auto* result = std::get_if<PolishResult>(&judged)) {
-            takeRoute(Route::writeOrAskWrite);
+            onRoute(Route::writeOrAskWrite);
             spoken.recording.shot.cancel();
             co_await written_.commit(std::move(*result), std::move(spoken.transcript),
                                      std::move(spoken.recording), WrittenText::Seen::no);
@@ -191,7 +186,7 @@ Task<void> UtteranceRoads::writeOrAsk(Spoken spoken) {
 }
 
 Task<void> UtteranceRoads::plain(Spoken spoken) {
-    takeRoute(Route::plain);
+    onRoute(Route::plain);
     spoken.recording.shot.cancel();
     auto result = co_await env_.writer.polish(makePolishRequest(env_, spoken.context(), spoken.transcript));
     co_await written_.commit(std::move(result), std::move(spoken.transcript), std::move(spoken.recording),
@@ -222,8 +217,7 @@ Task<void> UtteranceRoads::answer(Spoken spoken) {
     } else if (env_.documents != nullptr) {
         request.document = co_await readFrontDocument(env_.accessibility, *env_.documents, context.app);
     }
-    takeRoute(request.selection ? Route::assistantSelection : Route::assistantScreen);
-    hideHUD();
+    handOver(request.selection ? Route::assistantSelection : Route::assistantScreen);
     env_.assistant->ask(std::move(request));
 }
 

@@ -53,7 +53,8 @@ class UtteranceRoads {
     Task<void> plain(Spoken spoken);
     Task<void> answer(Spoken spoken);
 
-    void takeRoute(Route route) const;
+    /// Somebody else goes on with it and shows what there is to see.
+    void handOver(Route route) const;
     void hideHUD() const;
 
     const DictationEnvironment& env_;

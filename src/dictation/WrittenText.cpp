@@ -74,6 +74,7 @@ Task<void> WrittenText::commit(PolishResult result, std::string transcript, Reco
               .answer = std::move(result.text),
               .meta = {.tone = std::string(historyLabel(toneFor(env_, recording.context))),
                        .engine = std::move(result.engine),
+                       .inserted = true,
                        .source = seen == Seen::yes ? "voz · con la conversación" : "voz"}},
              recording);
 }
@@ -87,19 +88,28 @@ Task<void> WrittenText::replaceSelection(PolishResult result, std::string instru
               .query = std::move(instruction),
               .answer = std::move(result.text),
               .meta = {.engine = std::move(result.engine),
+                       .inserted = true,
                        .source = "voz",
                        .context = std::string(text::prefix(selected, keptOfSelection))}},
              recording);
 }
 
-/// What all that was written with the voice has in common is added here.
+void WrittenText::keep(const std::string& transcript, const Recording& recording) const {
+    remember({.kind = HistoryKind::dictado,
+              .title = titleFrom(transcript),
+              .query = transcript,
+              .answer = transcript,
+              .meta = {.inserted = false, .source = "voz"}},
+             recording);
+}
+
+/// What all that was said has in common is added here.
 void WrittenText::remember(HistoryItem item, const Recording& recording) const {
     if (env_.history == nullptr) return;
     item.id = makeUuid();
     item.app = recording.context.displayName;
     item.bundleID = recording.context.bundleID;
     item.createdAt = recording.startedAt;
-    item.meta.inserted = true;
     item.meta.durationMs = static_cast<std::int64_t>((env_.executor.date() - recording.startedAt) * 1000);
     env_.history->add(std::move(item));
 }

@@ -31,6 +31,9 @@ class WrittenText {
     Task<void> replaceSelection(PolishResult result, std::string instruction, std::string selected,
                                 Recording recording);
 
+    /// What was said but could not be carried to its end stays in the history.
+    void keep(const std::string& transcript, const Recording& recording) const;
+
     /// The answer of a history item, once more, into `target`.
     Task<void> typeAgain(AppContext target, std::string answer);
 

@@ -67,6 +67,28 @@ class DictationBench {
         }
     }
 
+    /// What a flow on this bench works with.
+    DictationEnvironment environment(Have have) {
+        return {.executor = executor,
+                .state = state,
+                .settings = settings,
+                .permissions = permissions,
+                .speech = speech,
+                .writer = writer,
+                .inserter = inserter,
+                .selection = selection,
+                .workspace = workspace,
+                .accessibility = accessibility,
+                .sounds = sounds,
+                .history = &history,
+                .screen = &screen,
+                .documents = &documents,
+                .assistant = have.assistant ? &assistant : nullptr,
+                .meeting = have.meeting ? &meeting : nullptr,
+                .actions = have.actions ? &actions : nullptr,
+                .learning = have.learning ? &learning : nullptr};
+    }
+
     ManualExecutor executor;
     MemoryUserDefaults defaults;
     FakeLoginItem loginItem;
@@ -98,27 +120,6 @@ class DictationBench {
     DictationController controller;
 
  private:
-    DictationEnvironment environment(Have have) {
-        return {.executor = executor,
-                .state = state,
-                .settings = settings,
-                .permissions = permissions,
-                .speech = speech,
-                .writer = writer,
-                .inserter = inserter,
-                .selection = selection,
-                .workspace = workspace,
-                .accessibility = accessibility,
-                .sounds = sounds,
-                .history = &history,
-                .screen = &screen,
-                .documents = &documents,
-                .assistant = have.assistant ? &assistant : nullptr,
-                .meeting = have.meeting ? &meeting : nullptr,
-                .actions = have.actions ? &actions : nullptr,
-                .learning = have.learning ? &learning : nullptr};
-    }
-
     void paste() {
         for (const auto& item : pasteboard.items) {
             for (const auto& [type, data] : item) {

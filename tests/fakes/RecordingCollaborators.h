@@ -50,12 +50,14 @@ class RecordingAssistant final : public DictationAssistant {
     std::vector<AssistantRequest> asked;
     std::vector<std::string> log;  // of the other calls
     std::string transformError;    // not empty: transform fails with these words
+    bool cancelsTransform = false;
 
     void ask(AssistantRequest request) override { asked.push_back(std::move(request)); }
     void recap(std::string question, AppContext) override { log.push_back("recap " + question); }
     void searchMemory(std::string question, AppContext) override { log.push_back("search " + question); }
     Task<Rewrite> transform(std::string instruction, std::string selected) override {
         log.push_back("transform " + instruction);
+        if (cancelsTransform) throw Cancelled();
         if (!transformError.empty()) throw MessageError(transformError);
         co_return Rewrite{.text = "<" + selected + ">", .engine = "motor"};
     }

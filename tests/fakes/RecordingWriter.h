@@ -3,6 +3,7 @@
 #include "dictation/Collaborators.h"
 #include "writing/BasicPolisher.h"
 
+#include <stdexcept>
 #include <utility>
 #include <vector>
 
@@ -13,6 +14,7 @@ class RecordingWriter final : public DictationWriter {
  public:
     Task<PolishResult> polish(PolishRequest request) override {
         requests.push_back(request);
+        if (breaks) throw std::runtime_error("the writer broke");
         co_return polisher_.polished(request.transcript);
     }
     Task<WriteOrAsk> writeOrAsk(PolishRequest request) override {
@@ -26,6 +28,7 @@ class RecordingWriter final : public DictationWriter {
     enum class Judgement { write, ask };
 
     bool cloud = false;
+    bool breaks = false;  // it fails, which no writer may
     Judgement judgement = Judgement::write;
     std::vector<PolishRequest> judged;
     std::vector<PolishRequest> requests;

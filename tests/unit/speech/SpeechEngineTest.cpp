@@ -1,13 +1,7 @@
-#include "base/Log.h"
-#include "base/async/ManualExecutor.h"
-#include "fakes/FakeAudioEngine.h"
-#include "fakes/FakeSpeechRecognition.h"
-#include "speech/SpeechEngine.h"
+#include "SpeechEngineBench.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -17,87 +11,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// Log lines of one test at a time; the sink itself can be set only once.
-std::vector<std::string>& loggedLines() {
-    static std::vector<std::string> lines;
-    static const bool installed = [] {
-        setLogSink([](std::string_view line) { lines.emplace_back(line); });
-        return true;
-    }();
-    static_cast<void>(installed);
-    return lines;
-}
-
-class SpeechEngineTest : public testing::Test {
- protected:
-    SpeechEngineTest() {
-        loggedLines().clear();
-        makeEngine();
-    }
-
-    void makeEngine() {
-        engine = std::make_unique<SpeechEngine>(executor, audio, recognition);
-        engine->onAudioLost = [this] { ++lost; };
-    }
-
-    TaskHandle<void> start(const std::string& language = "en") {
-        auto handle = scope.spawn(engine->start(language));
-        executor.runPosted();
-        return handle;
-    }
-    TaskHandle<std::string> stop() {
-        auto handle = scope.spawn(engine->stop());
-        executor.runPosted();
-        return handle;
-    }
-    void prepare(const std::string& language = "en") {
-        const auto handle = scope.spawn(engine->prepare(language));
-        executor.runPosted();
-        ASSERT_TRUE(handle.isDone());
-    }
-
-    static Task<void> note(TaskHandle<std::string> handle, std::string& into) {
-        try {
-            into = co_await handle;
-        } catch (const Cancelled&) {
-            into = "(cancelled)";
-        } catch (...) {
-            into = localizedDescription(std::current_exception());
-        }
-    }
-    static Task<std::string> asText(TaskHandle<void> handle) {
-        co_await handle;
-        co_return "(done)";
-    }
-
-    /// What a task gave; "(pending)" when it has not ended.
-    std::string outcome(const TaskHandle<std::string>& handle) {
-        std::string into = "(pending)";
-        TaskScope watching(executor);
-        watching.spawn(note(handle, into));
-        executor.runPosted();
-        return into;
-    }
-    std::string outcome(const TaskHandle<void>& handle) {
-        TaskScope watching(executor);
-        return outcome(watching.spawn(asText(handle)));
-    }
-
-    /// Lets time pass while the microphone delivers sound ten times a second.
-    void hear(double seconds) {
-        for (double until = executor.now() + seconds; executor.now() < until;) {
-            EXPECT_TRUE(audio.deliver(std::vector<float>(480, 0.5F)));
-            executor.advanceBy(0.1);
-        }
-    }
-
-    ManualExecutor executor;
-    FakeAudioEngineFactory audio;
-    FakeSpeechRecognition recognition;
-    std::unique_ptr<SpeechEngine> engine;
-    int lost = 0;
-    TaskScope scope{executor};
-};
+using SpeechEngineTest = SpeechEngineBench;
 
 TEST_F(SpeechEngineTest, ARecordingGivesItsTranscript) {
     std::vector<std::string> partials;
@@ -136,6 +50,12 @@ TEST_F(SpeechEngineTest, StopTakesTheWordsThatComeWhileTheRecogniserFinishes) {
     EXPECT_EQ(outcome(second), "late words");
     start();
     EXPECT_EQ(engine->partial.get(), "");
+    recognition.current().sayFinal("words");
+    executor.runPosted();
+    const auto cancelled = stop();
+    engine->cancel();
+    EXPECT_EQ(outcome(cancelled), "");
+    EXPECT_FALSE(executor.hasTimers());
 }
 
 TEST_F(SpeechEngineTest, StopGivesUpOnARecogniserThatFallsSilentButNotOnASlowOne) {
@@ -166,42 +86,6 @@ TEST_F(SpeechEngineTest, StopEndsThoughTheRecogniserTalksForEver) {
         executor.advanceBy(1);
     }
     EXPECT_EQ(outcome(stopped), "11");
-}
-
-TEST_F(SpeechEngineTest, PreparedLanguageOpensTheMicrophoneBeforeTheRest) {
-    EXPECT_FALSE(engine->modelReady.get());
-    prepare();
-    EXPECT_TRUE(engine->modelReady.get());
-    EXPECT_EQ(audio.opened, 0);
-    recognition.formatGate.emplace();
-    const auto started = start();
-    EXPECT_TRUE(audio.deliver({0.1F, 0.2F, 0.3F}));  // no word is lost while the rest gets ready
-    recognition.formatGate->complete();
-    EXPECT_EQ(outcome(started), "(done)");
-    EXPECT_EQ(audio.opened, 1);
-    EXPECT_TRUE(recognition.current().input.has_value());
-    const auto other = start("es");  // not prepared: opened after the rest
-    EXPECT_EQ(outcome(other), "(done)");
-    EXPECT_EQ(recognition.current().locale, "es-ES");
-    EXPECT_EQ(audio.opened, 2);
-}
-
-TEST_F(SpeechEngineTest, ChangedAnalyserFormatReopensAndDropsWhatWasHeardInTheOldOne) {
-    audio.format = {16000, 1};
-    prepare();
-    recognition.format = AudioFormat{8000, 1};
-    recognition.formatGate.emplace();
-    start();
-    EXPECT_TRUE(audio.deliver(std::vector<float>(160, 0.5F)));
-    recognition.formatGate->complete();
-    executor.runPosted();
-    EXPECT_EQ(audio.opened, 2);
-    EXPECT_TRUE(audio.deliver(std::vector<float>(1600, 0.5F)));
-    const auto input = scope.spawn([](AsyncStream<AnalyzerInput> from) -> Task<std::string> {
-        const auto first = co_await from.next();
-        co_return std::to_string(first->samples.size() / 100);
-    }(*recognition.current().input));
-    EXPECT_EQ(outcome(input), "7");  // the resampler holds a little back
 }
 
 TEST_F(SpeechEngineTest, FailuresReachTheCallerAndEndTheRecording) {
@@ -293,83 +177,6 @@ TEST_F(SpeechEngineTest, ASecondStartCancelsTheFirst) {
     stale.say("from the first");
     executor.runPosted();
     EXPECT_EQ(engine->partial.get(), "");
-}
-
-TEST_F(SpeechEngineTest, CancelWhileStoppingReleasesWhoeverWaits) {
-    recognition.atFinish = FakeSpeechRecognition::AtFinish::stayOpen;
-    start();
-    recognition.current().sayFinal("words");
-    executor.runPosted();
-    const auto stopped = stop();
-    engine->cancel();
-    EXPECT_EQ(outcome(stopped), "");
-    EXPECT_FALSE(executor.hasTimers());
-}
-
-TEST_F(SpeechEngineTest, AChangedMicrophoneIsReopenedAndTheTextGoesOn) {
-    start();
-    hear(0.5);
-    recognition.current().sayFinal("before");
-    audio.format = {44100, 2};
-    EXPECT_TRUE(audio.changeConfiguration());
-    EXPECT_THAT(loggedLines(), ElementsAre("DORIX: reabriendo el micrófono (cambio de micrófono)"));
-    EXPECT_EQ(audio.opened, 2);
-    EXPECT_TRUE(audio.deliver(std::vector<float>(960, 0.5F)));
-    recognition.current().sayFinal("after");
-    executor.runPosted();
-    EXPECT_EQ(outcome(stop()), "before after");
-    EXPECT_FALSE(audio.changeConfiguration());  // nobody observes a closed microphone
-}
-
-TEST_F(SpeechEngineTest, ASilentMicrophoneIsReopenedTwiceThenReportedOnce) {
-    start();
-    const std::string reopened = "DORIX: reabriendo el micrófono (no llega sonido)";
-    executor.advanceTo(1.5);
-    EXPECT_EQ(audio.opened, 1);
-    executor.advanceTo(1.75);
-    EXPECT_EQ(audio.opened, 2);
-    executor.advanceTo(3.5);
-    EXPECT_EQ(audio.opened, 3);
-    executor.advanceTo(6.5);
-    EXPECT_EQ(lost, 0);
-    executor.advanceTo(6.75);
-    EXPECT_EQ(lost, 1);
-    // Another device changes nothing about that: it is told once in a recording.
-    EXPECT_TRUE(audio.changeConfiguration());
-    executor.advanceTo(30);
-    EXPECT_EQ(lost, 1);
-    EXPECT_THAT(loggedLines(),
-                ElementsAre(reopened, reopened, "DORIX: reabriendo el micrófono (cambio de micrófono)"));
-    engine->cancel();
-    start();
-    executor.advanceBy(7);
-    EXPECT_EQ(lost, 2);  // the next recording starts afresh
-}
-
-TEST_F(SpeechEngineTest, SoundThatComesBackIsNoLoss) {
-    start();
-    executor.advanceBy(4);
-    hear(20);
-    EXPECT_EQ(audio.opened, 3);
-    EXPECT_GT(engine->level.get(), 0);
-    executor.advanceBy(0.6);
-    EXPECT_EQ(engine->level.get(), 0);  // a silent line shows as silent
-    EXPECT_EQ(lost, 0);
-}
-
-TEST_F(SpeechEngineTest, FailedReopeningIsLoggedAndEndsInTheReport) {
-    start();
-    audio.format = {0, 0};
-    audio.changeConfiguration();
-    EXPECT_EQ(loggedLines().back(), "DORIX: no se pudo reabrir el micrófono: No hay micrófono disponible.");
-    EXPECT_TRUE(engine->isRunning());
-    engine->onAudioLost = [this] {
-        ++lost;
-        engine->cancel();
-    };
-    executor.advanceTo(3.25);
-    EXPECT_EQ(lost, 1);
-    EXPECT_FALSE(engine->isRunning());
 }
 
 TEST_F(SpeechEngineTest, MayBeDestroyedAtAnyMoment) {

@@ -1,0 +1,118 @@
+#include "SpeechEngineBench.h"
+
+#include <gmock/gmock.h>
+
+#include <string>
+#include <vector>
+
+namespace dorix {
+namespace {
+
+using testing::ElementsAre;
+
+using SpeechMicrophoneTest = SpeechEngineBench;
+
+TEST_F(SpeechMicrophoneTest, PreparedLanguageOpensTheMicrophoneBeforeTheRest) {
+    EXPECT_FALSE(engine->modelReady.get());
+    prepare();
+    EXPECT_TRUE(engine->modelReady.get());
+    EXPECT_EQ(audio.opened, 0);
+    recognition.formatGate.emplace();
+    const auto started = start();
+    EXPECT_TRUE(audio.deliver({0.1F, 0.2F, 0.3F}));  // no word is lost while the rest gets ready
+    recognition.formatGate->complete();
+    EXPECT_EQ(outcome(started), "(done)");
+    EXPECT_EQ(audio.opened, 1);
+    EXPECT_TRUE(recognition.current().input.has_value());
+    const auto other = start("es");  // not prepared: opened after the rest
+    EXPECT_EQ(outcome(other), "(done)");
+    EXPECT_EQ(recognition.current().locale, "es-ES");
+    EXPECT_EQ(audio.opened, 2);
+}
+
+TEST_F(SpeechMicrophoneTest, ChangedAnalyserFormatReopensAndDropsWhatWasHeardInTheOldOne) {
+    audio.format = {16000, 1};
+    prepare();
+    recognition.format = AudioFormat{8000, 1};
+    recognition.formatGate.emplace();
+    start();
+    EXPECT_TRUE(audio.deliver(std::vector<float>(160, 0.5F)));
+    recognition.formatGate->complete();
+    executor.runPosted();
+    EXPECT_EQ(audio.opened, 2);
+    EXPECT_TRUE(audio.deliver(std::vector<float>(1600, 0.5F)));
+    const auto input = scope.spawn([](AsyncStream<AnalyzerInput> from) -> Task<std::string> {
+        const auto first = co_await from.next();
+        co_return std::to_string(first->samples.size() / 100);
+    }(*recognition.current().input));
+    EXPECT_EQ(outcome(input), "7");  // the resampler holds a little back
+}
+
+TEST_F(SpeechMicrophoneTest, AChangedMicrophoneIsReopenedAndTheTextGoesOn) {
+    start();
+    hear(0.5);
+    recognition.current().sayFinal("before");
+    audio.format = {44100, 2};
+    EXPECT_TRUE(audio.changeConfiguration());
+    EXPECT_THAT(loggedLines(), ElementsAre("DORIX: reabriendo el micrófono (cambio de micrófono)"));
+    EXPECT_EQ(audio.opened, 2);
+    EXPECT_TRUE(audio.deliver(std::vector<float>(960, 0.5F)));
+    recognition.current().sayFinal("after");
+    executor.runPosted();
+    EXPECT_EQ(outcome(stop()), "before after");
+    EXPECT_FALSE(audio.changeConfiguration());  // nobody observes a closed microphone
+}
+
+TEST_F(SpeechMicrophoneTest, ASilentMicrophoneIsReopenedTwiceThenReportedOnce) {
+    start();
+    const std::string reopened = "DORIX: reabriendo el micrófono (no llega sonido)";
+    executor.advanceTo(1.5);
+    EXPECT_EQ(audio.opened, 1);
+    executor.advanceTo(1.75);
+    EXPECT_EQ(audio.opened, 2);
+    executor.advanceTo(3.5);
+    EXPECT_EQ(audio.opened, 3);
+    executor.advanceTo(6.5);
+    EXPECT_EQ(lost, 0);
+    executor.advanceTo(6.75);
+    EXPECT_EQ(lost, 1);
+    // Another device changes nothing about that: it is told once in a recording.
+    EXPECT_TRUE(audio.changeConfiguration());
+    executor.advanceTo(30);
+    EXPECT_EQ(lost, 1);
+    EXPECT_THAT(loggedLines(),
+                ElementsAre(reopened, reopened, "DORIX: reabriendo el micrófono (cambio de micrófono)"));
+    engine->cancel();
+    start();
+    executor.advanceBy(7);
+    EXPECT_EQ(lost, 2);  // the next recording starts afresh
+}
+
+TEST_F(SpeechMicrophoneTest, SoundThatComesBackIsNoLoss) {
+    start();
+    executor.advanceBy(4);
+    hear(20);
+    EXPECT_EQ(audio.opened, 3);
+    EXPECT_GT(engine->level.get(), 0);
+    executor.advanceBy(0.6);
+    EXPECT_EQ(engine->level.get(), 0);  // a silent line shows as silent
+    EXPECT_EQ(lost, 0);
+}
+
+TEST_F(SpeechMicrophoneTest, FailedReopeningIsLoggedAndEndsInTheReport) {
+    start();
+    audio.format = {0, 0};
+    audio.changeConfiguration();
+    EXPECT_EQ(loggedLines().back(), "DORIX: no se pudo reabrir el micrófono: No hay micrófono disponible.");
+    EXPECT_TRUE(engine->isRunning());
+    engine->onAudioLost = [this] {
+        ++lost;
+        engine->cancel();
+    };
+    executor.advanceTo(3.25);
+    EXPECT_EQ(lost, 1);
+    EXPECT_FALSE(engine->isRunning());
+}
+
+}  // namespace
+}  // namespace dorix
