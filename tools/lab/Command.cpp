@@ -1,5 +1,7 @@
 #include "lab/Command.h"
 
+#include <algorithm>
+
 namespace dorix::lab {
 
 std::string requiredString(const Json& input, const char* field) {
@@ -22,6 +24,13 @@ std::optional<bool> optionalBoolean(const Json& input, const char* field) {
     return found->get<bool>();
 }
 
+bool isSecond(const Json& input, const char* field, const std::array<std::string, 2>& names) {
+    const auto value = optionalString(input, field).value_or(names[0]);
+    const auto* const found = std::ranges::find(names, value);
+    if (found == names.end()) throw BadInput(std::string("unknown ") + field + " \"" + value + '"');
+    return found != names.begin();
+}
+
 double requiredNumber(const Json& input, const char* field) {
     const auto found = input.find(field);
     if (found == input.end()) throw BadInput(std::string("missing field \"") + field + "\"");
@@ -38,7 +47,7 @@ std::int64_t requiredInteger(const Json& input, const char* field) {
 }
 
 AppLanguage::AppLanguage(const std::string& code) {
-    if (code != "es" && code != "en") throw BadInput("field \"language\" must be \"es\" or \"en\"");
+    if (code != "es" && code != "en") throw BadInput(R"(field "language" must be "es" or "en")");
     defaults_.set("appLanguage", code);
     installLanguage(defaults_, {});
 }

@@ -4,6 +4,7 @@
 #include "fakes/MemoryUserDefaults.h"
 #include "localdata/Language.h"
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -42,6 +43,8 @@ std::string requiredString(const Json& input, const char* field);
 std::optional<std::string> optionalString(const Json& input, const char* field);
 /// Nothing when the field is absent or null; otherwise it must be true or false.
 std::optional<bool> optionalBoolean(const Json& input, const char* field);
+/// Whether the field, one of two names and the first when it is absent, is the second.
+bool isSecond(const Json& input, const char* field, const std::array<std::string, 2>& names);
 /// The field, which must be there and be a number.
 double requiredNumber(const Json& input, const char* field);
 /// The field, which must be there and be a whole number.

@@ -103,17 +103,13 @@ Json runPushToTalk(const Json& input) {
 // dictation
 
 DictationController::Mode modeOf(const Json& event) {
-    const auto mode = optionalString(event, "mode").value_or("write");
-    if (mode == "write") return DictationController::Mode::write;
-    if (mode == "ask") return DictationController::Mode::ask;
-    throw BadInput("unknown mode \"" + mode + "\"");
+    return isSecond(event, "mode", {"write", "ask"}) ? DictationController::Mode::ask
+                                                     : DictationController::Mode::write;
 }
 
 DictationController::Source sourceOf(const Json& event) {
-    const auto source = optionalString(event, "source").value_or("holdKey");
-    if (source == "holdKey") return DictationController::Source::holdKey;
-    if (source == "shortcut") return DictationController::Source::shortcut;
-    throw BadInput("unknown source \"" + source + "\"");
+    return isSecond(event, "source", {"holdKey", "shortcut"}) ? DictationController::Source::shortcut
+                                                              : DictationController::Source::holdKey;
 }
 
 /// Writes down what the user sees, once for each step of the program that changes it.

@@ -2,8 +2,6 @@
 #include "fakes/DictationBench.h"
 #include "lab/Command.h"
 
-#include <algorithm>
-#include <array>
 #include <optional>
 #include <string>
 #include <utility>
@@ -18,14 +16,6 @@ std::optional<Json> optionalObject(const Json& input, const char* field) {
     if (found == input.end() || found->is_null()) return std::nullopt;
     if (!found->is_object()) throw BadInput(std::string("field \"") + field + "\" must be an object");
     return *found;
-}
-
-/// Whether the field, one of `names`, is the second of them.
-bool isSecond(const Json& input, const char* field, const std::array<std::string, 2>& names) {
-    const auto value = optionalString(input, field).value_or(names[0]);
-    const auto* const found = std::ranges::find(names, value);
-    if (found == names.end()) throw BadInput(std::string("unknown ") + field + " \"" + value + '"');
-    return found != names.begin();
 }
 
 DictationBench::Have haveOf(const Json& input) {
