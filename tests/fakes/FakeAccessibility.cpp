@@ -3,7 +3,6 @@
 namespace dorix {
 
 std::expected<AXValue, AXError> FakeElement::copyAttributeValue(std::string_view attribute) const {
-    ++asked[std::string(attribute)];
     const auto found = attributes.find(attribute);
     if (found == attributes.end()) return std::unexpected(otherwise);
     return found->second;
@@ -28,8 +27,7 @@ std::shared_ptr<FakeElement> FakeAccessibility::focus(std::int32_t processIdenti
     return element;
 }
 
-AXUIElementRef FakeAccessibility::createApplication(std::int32_t processIdentifier, double budget) {
-    lastBudget = budget;
+AXUIElementRef FakeAccessibility::createApplication(std::int32_t processIdentifier, double) {
     if (const auto found = applications.find(processIdentifier); found != applications.end()) {
         return found->second;
     }

@@ -14,8 +14,6 @@ class FakeElement final : public AXUIElement {
     std::map<std::string, std::expected<AXValue, AXError>, std::less<>> attributes;
     std::map<std::string, std::expected<bool, AXError>, std::less<>> settable;
     AXError otherwise = AXError::attributeUnsupported;
-    /// How often each attribute was asked for.
-    mutable std::map<std::string, int, std::less<>> asked;
 
     std::expected<AXValue, AXError> copyAttributeValue(std::string_view attribute) const override;
     std::expected<bool, AXError> isAttributeSettable(std::string_view attribute) const override;
@@ -25,7 +23,6 @@ class FakeElement final : public AXUIElement {
 class FakeAccessibility final : public Accessibility {
  public:
     std::map<std::int32_t, std::shared_ptr<FakeElement>> applications;
-    double lastBudget = 0;
 
     /// The application's element, made when first named.
     FakeElement& application(std::int32_t processIdentifier);

@@ -6,8 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <set>
-
 namespace dorix {
 namespace {
 
@@ -80,23 +78,12 @@ TEST_F(Capture, WithoutAccessibilityTheTablesStillWork) {
     EXPECT_EQ(capture().icon, Ph::appWindow);
 }
 
-TEST_F(Capture, OneBudgetServesTheWholeLook) {
-    front(mail);
-    capture();
-    EXPECT_EQ(accessibility.lastBudget, 0.25);
-}
-
 TEST_F(Capture, EditableFocus) {
     front(mail);
-    for (const char* role : {"AXTextField", "AXTextArea", "AXComboBox", "AXSearchField"}) {
-        accessibility.focus(pid, role);
-        EXPECT_EQ(capture().hasEditableFocus, true) << role;
-    }
-    for (const char* role :
-         {"AXOutline", "AXList", "AXTable", "AXBrowser", "AXImage", "AXButton", "AXMenuBar"}) {
-        accessibility.focus(pid, role)->settable["AXValue"] = false;
-        EXPECT_EQ(capture().hasEditableFocus, false) << role;
-    }
+    accessibility.focus(pid, "AXSearchField");
+    EXPECT_EQ(capture().hasEditableFocus, true);
+    accessibility.focus(pid, "AXTable")->settable["AXValue"] = false;
+    EXPECT_EQ(capture().hasEditableFocus, false);
     accessibility.focus(pid, "AXTable")->settable["AXValue"] = true;
     EXPECT_EQ(capture().hasEditableFocus, true);
     accessibility.focus(pid, "AXGroup")->settable["AXValue"] = true;
@@ -211,18 +198,8 @@ TEST(StoredRowIcon, SiteNameFirstThenIdentifier) {
     EXPECT_EQ(storedRowIcon("Algo", std::nullopt), Ph::appWindow);
 }
 
-TEST(AppTables, AreWhole) {
-    EXPECT_EQ(apptables::apps().size(), 28u);
-    EXPECT_EQ(apptables::browsers().size(), 12u);
-    EXPECT_EQ(apptables::sites().size(), 10u);
-    EXPECT_EQ(apptables::aiChatHosts().size(), 10u);
-    std::set<std::string_view> identifiers;
-    for (const auto& app : apptables::apps()) identifiers.insert(app.bundleID);
-    identifiers.insert(apptables::browsers().begin(), apptables::browsers().end());
-    EXPECT_EQ(identifiers.size(), 40u);
-    for (const auto host : apptables::aiChatHosts()) {
-        EXPECT_EQ(hostOf("https://" + std::string(host)), host);
-    }
+TEST(AppTables, HostsAreWrittenAsAddressesAreRead) {
+    for (const auto host : apptables::aiChatHosts()) EXPECT_EQ(hostOf("https://" + std::string(host)), host);
 }
 
 TEST(Names, EveryToneAndGlyphIsFoundByItsName) {
