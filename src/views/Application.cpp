@@ -1,6 +1,7 @@
 #include "views/Application.h"
 
 #include "views/IconMark.h"
+#include "views/LevelBars.h"
 #include "views/SoftShape.h"
 #include "views/Theme.h"
 #include "views/Tokens.h"
@@ -55,6 +56,7 @@ void setFont() {
 void registerShapes() {
     qmlRegisterType<SoftShape>("Dorix.Shapes", 1, 0, "SoftShape");
     qmlRegisterType<IconMark>("Dorix.Shapes", 1, 0, "IconMark");
+    qmlRegisterType<LevelBars>("Dorix.Shapes", 1, 0, "LevelBars");
     qmlRegisterType<TurningArc>("Dorix.Shapes", 1, 0, "TurningArc");
 }
 

@@ -63,6 +63,11 @@ void FloatingIconWindow::setTooltip(const std::string& tooltip) {
     if (tooltip_) tooltip_->setText(view().value("tooltip").toString());
 }
 
+void FloatingIconWindow::setTooltipEnabled(bool enabled) {
+    tooltipEnabled_ = enabled;
+    if (!enabled) hideTooltip();
+}
+
 void FloatingIconWindow::mousePressEvent(QMouseEvent* event) {
     hideTooltip();
     if (event->button() == Qt::RightButton) {
@@ -113,8 +118,12 @@ void FloatingIconWindow::popUpMenu(QPoint where) {
     menu_->popUp(where);
 }
 
+void FloatingIconWindow::closeMenu() {
+    if (menu_) menu_->close();
+}
+
 void FloatingIconWindow::showTooltip() {
-    if (menu_ || view().value("look") != "idle") return;
+    if (menu_ || !tooltipEnabled_) return;
     tooltip_ = std::make_unique<TooltipWindow>(context(), view().value("tooltip").toString());
     tooltip_->showBeside(frame_);
 }

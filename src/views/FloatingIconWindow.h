@@ -39,12 +39,14 @@ class FloatingIconWindow final : public OverlayPanel {
     void setLevel(double level) { view().insert("level", level); }
     /// What it says about itself, in the words of this desktop.
     void setTooltip(const std::string& tooltip);
+    void setTooltipEnabled(bool enabled);
 
     /// Draws its outline anew, after the compositor or the scale has changed.
     void reshape();
 
     /// The menu that stands open, if one does.
     MenuWindow* menu() const { return menu_.get(); }
+    void closeMenu();
 
     Q_SLOT void pressed() { onClick(); }
 
@@ -65,6 +67,7 @@ class FloatingIconWindow final : public OverlayPanel {
     Rect frame_;
     IconMouse mouse_;
     Timer rest_;
+    bool tooltipEnabled_ = true;
     std::unique_ptr<MenuWindow> menu_;
     std::unique_ptr<TooltipWindow> tooltip_;
 };

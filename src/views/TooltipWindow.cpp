@@ -5,6 +5,8 @@
 #include "views/TextFit.h"
 #include "views/Tokens.h"
 
+#include <algorithm>
+
 namespace dorix {
 
 namespace {
@@ -28,9 +30,11 @@ void TooltipWindow::setText(const QString& text) {
 
 void TooltipWindow::showBeside(const Rect& icon) {
     const auto place = placeHUD(icon, screenmap::current());
-    const QRect beside = screenmap::toQt(place.usable);
-    const int x = place.opensLeft ? beside.right() + 1 - width() + reach : beside.x() - reach;
-    setPosition(x, beside.center().y() - height() / 2);
+    const QRect beside = screenmap::toQt(place.usable).marginsAdded({reach, reach, reach, reach});
+    const QRect about = screenmap::toQt(icon);
+    const int x = place.opensLeft ? beside.right() + 1 - width() : beside.x();
+    const int y = about.y() + (about.height() - height()) / 2;
+    setPosition(x, std::max(beside.y(), std::min(y, beside.bottom() + 1 - height())));
     reshape();
     orderFrontRegardless();
 }

@@ -98,8 +98,10 @@ void Views::Parts::wireHUD() {
     bag.push_back(presenter.content.subscribe([this](const HUDContent& now) {
         if (hud) hud->setContent(now);
     }));
-    bag.push_back(presenter.isOrderedIn.subscribe(
-        [this](bool ordered) { ordered ? hudWindow().orderFrontRegardless() : hudWindow().orderOut(); }));
+    bag.push_back(presenter.isOrderedIn.subscribe([this](bool ordered) {
+        icon.setTooltipEnabled(!ordered);  // both stand in the same place
+        ordered ? hudWindow().orderFrontRegardless() : hudWindow().orderOut();
+    }));
     bag.push_back(presenter.isShown.subscribe([this](bool shown) { hudWindow().setShown(shown); }));
     bag.push_back(level.shown.subscribe([this](double now) {
         icon.setLevel(now);
@@ -121,6 +123,8 @@ void Views::Parts::showState() {
     const auto kind = env.state.hud.get().kind;
     icon.setLook(iconLook(kind, env.settings.paused.get()));
     level.setActive(kind == HUDPhase::Kind::listening);
+    // An open menu has the keyboard, and would get what is typed for the user.
+    if (kind == HUDPhase::Kind::listening) icon.closeMenu();
 }
 
 void Views::Parts::watchAppearance() {
@@ -185,7 +189,5 @@ void Views::showIcon() {
     parts_->icon.place();
     parts_->icon.orderFrontRegardless();
 }
-
-void Views::refreshTooltip() { parts_->refreshTooltip(); }
 
 }  // namespace dorix

@@ -43,9 +43,6 @@ class Views {
     /// Shows the icon, where the user left it.
     void showIcon();
 
-    /// Takes the icon's tooltip anew, as when a window was opened or closed.
-    void refreshTooltip();
-
  private:
     struct Parts;
     std::unique_ptr<Parts> parts_;

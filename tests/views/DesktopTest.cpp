@@ -8,6 +8,7 @@
 #include "views/FloatingIconWindow.h"
 #include "views/HUDWindow.h"
 #include "views/MenuWindow.h"
+#include "views/TooltipWindow.h"
 #include "views/Views.h"
 
 #include <gtest/gtest.h>
@@ -285,6 +286,22 @@ TEST_F(ViewsDesktopTest, TheMenuTakesAClickAndClosesWithOneElsewhere) {
     display_->click(icon().menu()->geometry().topLeft() + QPoint(40, 30));
     EXPECT_TRUE(runUntil([&] { return chosen_ == "history"; }));
     EXPECT_EQ(clicks_, 0);
+}
+
+TEST_F(ViewsDesktopTest, AMenuGivesWayToADictation) {
+    openMenu();
+    state_.hud.set(HUDPhase::listening());
+    EXPECT_TRUE(runUntil([&] { return icon().menu() == nullptr; })) << "what is typed would go to it";
+    EXPECT_TRUE(chosen_.empty());
+}
+
+TEST_F(ViewsDesktopTest, TheTooltipStandsBesideTheIconUntilTheHUDDoes) {
+    display_->point(middle());
+    ASSERT_TRUE(runUntil([] { return find<TooltipWindow>() != nullptr; }));
+    EXPECT_NEAR(find<TooltipWindow>()->geometry().center().y(), middle().y(), 1);
+    EXPECT_LT(find<TooltipWindow>()->geometry().right(), middle().x());
+    showHUD(HUDPhase::info("uno"));
+    EXPECT_EQ(find<TooltipWindow>(), nullptr);
 }
 
 TEST_F(ViewsDesktopTest, NeitherTakesTheFocusAndBothStayOnTop) {

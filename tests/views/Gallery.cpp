@@ -1,10 +1,13 @@
 #include "views/Gallery.h"
 
+#include "fakes/FakePlatform.h"
 #include "localdata/Language.h"
+#include "shell/AppController.h"
 #include "shell/icon/IconPlacement.h"
 #include "views/DesktopWords.h"
 #include "views/ScreenMap.h"
 #include "views/Tokens.h"
+#include "views/TooltipWindow.h"
 
 #include <QGuiApplication>
 #include <QPainter>
@@ -186,19 +189,29 @@ QImage Gallery::picture(const Scene& scene, const Style& style) {
 
 QImage Gallery::menuPicture(const Style& style) {
     apply(style);
-    MenuWindow menu(context_, {{.label = tr("Abrir historial")},
-                               {.label = tr("Ajustes…")},
-                               ClosureMenuItem::separator(),
-                               {.label = tr("Pausar DORIX")},
-                               {.label = tr("Salir de DORIX")}});
+    FakePlatform desktop;
+    AppController controller(desktop.platform());
+    MenuWindow menu(context_, controller.iconMenu());
     menu.popUp({100, 100});
     QKeyEvent down(QEvent::KeyPress, Qt::Key_Down, Qt::NoModifier);
     QCoreApplication::sendEvent(&menu, &down);
     QCoreApplication::sendEvent(&menu, &down);
-    settle();
-    QImage image = ground(style, menu.size());
-    QPainter(&image).drawImage(QPoint(0, 0), grab(menu));
+    const QImage image = alone(menu, style);
     menu.close();
+    return image;
+}
+
+QImage Gallery::tooltipPicture(const Style& style) {
+    apply(style);
+    TooltipWindow tooltip(context_, QString::fromStdString(desktopWords(iconTooltip({}))));
+    tooltip.showBeside(iconFrame({.x = 1000, .y = 300}));
+    return alone(tooltip, style);
+}
+
+QImage Gallery::alone(QQuickView& window, const Style& style) const {
+    settle();
+    QImage image = ground(style, window.size());
+    QPainter(&image).drawImage(QPoint(0, 0), grab(window));
     return image;
 }
 

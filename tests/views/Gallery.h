@@ -46,10 +46,12 @@ class Gallery {
     QImage picture(const Scene& scene, const Style& style);
     /// The icon's menu with its second row chosen.
     QImage menuPicture(const Style& style);
+    QImage tooltipPicture(const Style& style);
 
  private:
     void apply(const Style& style);
     QImage ground(const Style& style, QSize points) const;
+    QImage alone(QQuickView& window, const Style& style) const;
 
     ManualExecutor executor_;
     MemoryUserDefaults defaults_;

@@ -74,6 +74,7 @@ TEST_F(PictureTest, EveryStateLooksAsItDid) {
             }
         }
     }
+    compare(gallery.tooltipPicture({}), "tooltip-es-light");
     compare(gallery.menuPicture({}), "menu-es-light");
     compare(gallery.menuPicture({.language = "en", .dark = true}), "menu-en-dark");
 }
@@ -108,7 +109,7 @@ double luminance(Argb color) {
 }
 
 double contrast(Argb one, Argb other) {
-    const auto [low, high] = std::minmax(luminance(one), luminance(other));
+    const auto [low, high] = std::minmax({luminance(one), luminance(other)});
     return (high + 0.05) / (low + 0.05);
 }
 

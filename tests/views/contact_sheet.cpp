@@ -24,6 +24,7 @@ QImage column(Gallery& gallery, const Style& style) {
     Style solid = style;
     solid.composited = false;
     pictures.emplace_back("done, nothing composites", gallery.picture(scenes()[10], solid));
+    pictures.emplace_back("tooltip", gallery.tooltipPicture(style));
     pictures.emplace_back("menu", gallery.menuPicture(style));
 
     const qreal scale = pictures.front().second.devicePixelRatio();

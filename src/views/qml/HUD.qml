@@ -66,7 +66,7 @@ Item {
             x: bubble.padding
             y: words.y + Math.round((theme.lineBody - height) / 2)
             visible: hud.listens
-            level: view.level
+            voice: view.level
         }
 
         Glyph {

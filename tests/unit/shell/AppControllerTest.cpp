@@ -1,22 +1,4 @@
-#include "base/async/ManualExecutor.h"
-#include "fakes/FakeAccessibility.h"
-#include "fakes/FakeApplication.h"
-#include "fakes/FakeAudioEngine.h"
-#include "fakes/FakeHotKeyRegistrar.h"
-#include "fakes/FakeKeyEventMonitors.h"
-#include "fakes/FakeLoginItem.h"
-#include "fakes/FakeNotifications.h"
-#include "fakes/FakePasteboard.h"
-#include "fakes/FakePrivacyGrants.h"
-#include "fakes/FakeProgramLauncher.h"
-#include "fakes/FakeSpeechRecognition.h"
-#include "fakes/FakeStatusItem.h"
-#include "fakes/FakeUrlOpener.h"
-#include "fakes/FakeWorkspace.h"
-#include "fakes/MemoryUserDefaults.h"
-#include "fakes/RecordingEventPoster.h"
-#include "fakes/RecordingSystemSounds.h"
-#include "fakes/TemporaryFolder.h"
+#include "fakes/FakePlatform.h"
 #include "localdata/Language.h"
 #include "platform/KeyCodes.h"
 #include "shell/AppController.h"
@@ -35,7 +17,7 @@ constexpr std::uint32_t dictationKey = 1;
 constexpr std::uint32_t askKey = 2;
 
 /// The whole program above the ports.
-class AppControllerTest : public testing::Test {
+class AppControllerTest : public testing::Test, protected FakePlatform {
  protected:
     AppControllerTest() {
         installLanguage(defaults, {});
@@ -45,26 +27,7 @@ class AppControllerTest : public testing::Test {
 
     void launch() {
         testing::internal::CaptureStderr();
-        app = std::make_unique<AppController>(Platform{.executor = executor,
-                                                       .defaults = defaults,
-                                                       .languages = {},
-                                                       .userData = folder.path(),
-                                                       .keyEvents = keyboard,
-                                                       .hotKeys = hotKeys,
-                                                       .events = poster,
-                                                       .pasteboard = pasteboard,
-                                                       .workspace = workspace,
-                                                       .accessibility = accessibility,
-                                                       .audio = audio,
-                                                       .recognition = recognition,
-                                                       .grants = grants,
-                                                       .loginItem = loginItem,
-                                                       .sounds = sounds,
-                                                       .launcher = launcher,
-                                                       .notifications = notifications,
-                                                       .statusItem = statusItem,
-                                                       .urls = urls,
-                                                       .application = application});
+        app = std::make_unique<AppController>(platform());
         app->applicationDidFinishLaunching();
         executor.runPosted();
     }
@@ -93,25 +56,6 @@ class AppControllerTest : public testing::Test {
         return "";
     }
 
-    TemporaryFolder folder;
-    ManualExecutor executor;
-    MemoryUserDefaults defaults;
-    FakeKeyEventMonitors keyboard;
-    FakeHotKeyRegistrar hotKeys;
-    RecordingEventPoster poster;
-    FakePasteboard pasteboard;
-    FakeWorkspace workspace;
-    FakeAccessibility accessibility;
-    FakeAudioEngineFactory audio;
-    FakeSpeechRecognition recognition;
-    FakePrivacyGrants grants;
-    FakeLoginItem loginItem;
-    RecordingSystemSounds sounds;
-    FakeProgramLauncher launcher;
-    FakeNotifications notifications;
-    FakeUrlOpener urls;
-    FakeStatusItem statusItem;
-    FakeApplication application;
     std::unique_ptr<AppController> app;
 };
 

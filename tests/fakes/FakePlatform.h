@@ -1,0 +1,72 @@
+#pragma once
+
+#include "base/async/ManualExecutor.h"
+#include "fakes/FakeAccessibility.h"
+#include "fakes/FakeApplication.h"
+#include "fakes/FakeAudioEngine.h"
+#include "fakes/FakeHotKeyRegistrar.h"
+#include "fakes/FakeKeyEventMonitors.h"
+#include "fakes/FakeLoginItem.h"
+#include "fakes/FakeNotifications.h"
+#include "fakes/FakePasteboard.h"
+#include "fakes/FakePrivacyGrants.h"
+#include "fakes/FakeProgramLauncher.h"
+#include "fakes/FakeSpeechRecognition.h"
+#include "fakes/FakeStatusItem.h"
+#include "fakes/FakeUrlOpener.h"
+#include "fakes/FakeWorkspace.h"
+#include "fakes/MemoryUserDefaults.h"
+#include "fakes/RecordingEventPoster.h"
+#include "fakes/RecordingSystemSounds.h"
+#include "fakes/TemporaryFolder.h"
+#include "platform/Platform.h"
+
+namespace dorix {
+
+/// A whole operating system in virtual time.
+struct FakePlatform {
+    TemporaryFolder folder;
+    ManualExecutor executor;
+    MemoryUserDefaults defaults;
+    FakeKeyEventMonitors keyboard;
+    FakeHotKeyRegistrar hotKeys;
+    RecordingEventPoster poster;
+    FakePasteboard pasteboard;
+    FakeWorkspace workspace;
+    FakeAccessibility accessibility;
+    FakeAudioEngineFactory audio;
+    FakeSpeechRecognition recognition;
+    FakePrivacyGrants grants;
+    FakeLoginItem loginItem;
+    RecordingSystemSounds sounds;
+    FakeProgramLauncher launcher;
+    FakeNotifications notifications;
+    FakeUrlOpener urls;
+    FakeStatusItem statusItem;
+    FakeApplication application;
+
+    Platform platform() {
+        return {.executor = executor,
+                .defaults = defaults,
+                .languages = {},
+                .userData = folder.path(),
+                .keyEvents = keyboard,
+                .hotKeys = hotKeys,
+                .events = poster,
+                .pasteboard = pasteboard,
+                .workspace = workspace,
+                .accessibility = accessibility,
+                .audio = audio,
+                .recognition = recognition,
+                .grants = grants,
+                .loginItem = loginItem,
+                .sounds = sounds,
+                .launcher = launcher,
+                .notifications = notifications,
+                .statusItem = statusItem,
+                .urls = urls,
+                .application = application};
+    }
+};
+
+}  // namespace dorix
