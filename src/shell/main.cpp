@@ -12,6 +12,7 @@
 #include "shell/watchdog/WatchdogArguments.h"
 #include "shell/watchdog/WatchdogTask.h"
 #include "views/Application.h"
+#include "views/DesktopWords.h"
 #include "views/Views.h"
 
 #include <sys/signalfd.h>
@@ -107,7 +108,7 @@ Ending run(int argc, char** argv) {
     QtMainLoop loop;
     DBusSingleInstance instance(loop, loop);
     if (!instance.claim()) return {};
-    LinuxDesktop desktop(loop, loop);
+    LinuxDesktop desktop(loop, loop, desktopWords);
     MainApplication ending(loop, desktop);
     const auto platform = desktop.platform(ending);
     installLanguage(platform.defaults, platform.languages);

@@ -101,12 +101,16 @@ struct StatusItemInterface {
     }
 };
 
-DBusStatusItem::DBusStatusItem(Executor& main, BusConnection& bus)
-    : main_(main), bus_(bus), menu_(main, bus) {}
+DBusStatusItem::DBusStatusItem(Executor& main, BusConnection& bus, Words words)
+    : main_(main), bus_(bus), words_(std::move(words)), menu_(main, bus) {}
 
 void DBusStatusItem::show(std::function<void()> clicked, MenuBuilder menu) {
     clicked_ = std::move(clicked);
-    menu_.show(std::move(menu));
+    menu_.show([words = words_, menu = std::move(menu)] {
+        Menu items = menu();
+        for (auto& item : items) item.label = words(item.label);
+        return items;
+    });
     if (std::exchange(shown_, true)) return;
     bus_.addObject(path, interface, StatusItemInterface::table(), this);
     bus_.listen(watcherComesRule, [weak = std::weak_ptr(self_)](sd_bus_message* signal) {
@@ -121,7 +125,8 @@ void DBusStatusItem::show(std::function<void()> clicked, MenuBuilder menu) {
 }
 
 void DBusStatusItem::setToolTip(const std::string& text) {
-    if (std::exchange(toolTip_, text) == text || !shown_) return;
+    const auto shown = words_(text);
+    if (std::exchange(toolTip_, shown) == shown || !shown_) return;
     bus_.emit(path, interface, "NewToolTip", [](sd_bus_message*) {});
 }
 

@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace dorix {
 
@@ -14,8 +15,11 @@ namespace dorix {
 /// announced to whoever looks after such icons, now and when that comes up anew.
 class DBusStatusItem final : public StatusItem {
  public:
+    /// How this desktop says a text of the interface.
+    using Words = std::function<std::string(std::string_view)>;
+
     /// On the session bus. Both must outlive it; it must outlive the running of the main loop.
-    DBusStatusItem(Executor& main, BusConnection& bus);
+    DBusStatusItem(Executor& main, BusConnection& bus, Words words);
 
     void show(std::function<void()> clicked, MenuBuilder menu) override;
     void setToolTip(const std::string& text) override;
@@ -27,6 +31,7 @@ class DBusStatusItem final : public StatusItem {
 
     Executor& main_;
     BusConnection& bus_;
+    const Words words_;
     DBusMenu menu_;
     bool shown_ = false;
     std::function<void()> clicked_;

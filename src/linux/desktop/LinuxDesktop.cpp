@@ -61,7 +61,7 @@ struct NoSession {
 }  // namespace
 
 struct LinuxDesktop::Parts {
-    Parts(Executor& main, FdWatcher& watcher)
+    Parts(Executor& main, FdWatcher& watcher, Words words)
         : executor(main),
           defaults(main, xdgConfigHome() / "dorix" / "defaults.json"),
           loginItem(xdgConfigHome(), std::filesystem::read_symlink("/proc/self/exe")),
@@ -71,7 +71,7 @@ struct LinuxDesktop::Parts {
           urls(watcher),
           bus(BusConnection::openSession(main, watcher, [] {})),
           notifications(serviceOn<Notifications, DBusNotifications, UnavailableNotifications>(main)),
-          statusItem(serviceOn<StatusItem, DBusStatusItem, UnavailableStatusItem>(main)),
+          statusItem(serviceOn<StatusItem, DBusStatusItem, UnavailableStatusItem>(main, std::move(words))),
           appearance(bus.get(), watcher, xdgConfigHome()) {
         if (auto connection = X11Connection::open(main, watcher)) {
             x11 = std::make_unique<X11Session>(main, std::move(connection));
@@ -79,9 +79,9 @@ struct LinuxDesktop::Parts {
     }
 
     /// A service of the session bus, or what stands in for it where there is none.
-    template <typename Port, typename Adapter, typename Unavailable>
-    std::unique_ptr<Port> serviceOn(Executor& main) const {
-        if (bus) return std::make_unique<Adapter>(main, *bus);
+    template <typename Port, typename Adapter, typename Unavailable, typename... More>
+    std::unique_ptr<Port> serviceOn(Executor& main, More... more) const {
+        if (bus) return std::make_unique<Adapter>(main, *bus, std::move(more)...);
         return std::make_unique<Unavailable>();
     }
 
@@ -141,8 +141,8 @@ struct LinuxDesktop::Parts {
     std::unique_ptr<X11Session> x11;
 };
 
-LinuxDesktop::LinuxDesktop(Executor& executor, FdWatcher& watcher)
-    : parts_(std::make_unique<Parts>(executor, watcher)) {}
+LinuxDesktop::LinuxDesktop(Executor& executor, FdWatcher& watcher, Words words)
+    : parts_(std::make_unique<Parts>(executor, watcher, std::move(words))) {}
 
 LinuxDesktop::~LinuxDesktop() = default;
 

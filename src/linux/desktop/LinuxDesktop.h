@@ -8,6 +8,8 @@
 
 #include <functional>
 #include <memory>
+#include <string>
+#include <string_view>
 
 namespace dorix {
 
@@ -15,8 +17,12 @@ namespace dorix {
 /// there in its unavailable form, so that the program runs with the rest. Main executor.
 class LinuxDesktop {
  public:
-    /// Starts to connect to everything, in the background but for the display. Both outlive it.
-    LinuxDesktop(Executor& executor, FdWatcher& watcher);
+    /// How this desktop says a text of the interface.
+    using Words = std::function<std::string(std::string_view)>;
+
+    /// Starts to connect to everything, in the background but for the display. Both outlive it. What is shown
+    /// by others for us goes through `words`.
+    LinuxDesktop(Executor& executor, FdWatcher& watcher, Words words);
     ~LinuxDesktop();
     LinuxDesktop(const LinuxDesktop&) = delete;
     LinuxDesktop& operator=(const LinuxDesktop&) = delete;

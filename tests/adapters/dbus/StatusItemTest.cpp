@@ -1,4 +1,5 @@
 #include "adapters/dbus/TestBus.h"
+#include "base/text/Text.h"
 #include "linux/dbus/DBusStatusItem.h"
 #include "linux/dbus/StatusGlyph.h"
 
@@ -133,7 +134,8 @@ class StatusItemTest : public testing::Test {
     EventLoop loop;
     TestBus session;
     std::unique_ptr<BusConnection> bus = BusConnection::openSession(loop.main, loop.main, [] {});
-    DBusStatusItem item{loop.main, *bus};
+    DBusStatusItem item{
+        loop.main, *bus, [](std::string_view text) { return text::replaceAll(text, "⌥ Espacio", "Alt+Espacio"); }};
     bool paused = false;
     std::vector<std::string> log;
 };
@@ -155,7 +157,7 @@ TEST_F(StatusItemTest, IsThereWhereverThereIsATray) {
     ASSERT_TRUE(loop.runUntil([&] { return !log.empty(); }));
     EXPECT_THAT(log, ElementsAre("click"));
 
-    item.setToolTip("DORIX · clic");
+    item.setToolTip("DORIX · ⌥ Espacio");
     std::string text;
     tray.ask(
         tray.path.c_str(), "org.freedesktop.DBus.Properties", "Get",
@@ -170,7 +172,7 @@ TEST_F(StatusItemTest, IsThereWhereverThereIsATray) {
             sd_bus_message_read(reply, "s", &title);
             text = title;
         });
-    EXPECT_EQ(text, "DORIX · clic");
+    EXPECT_EQ(text, "DORIX · Alt+Espacio") << "in the words of this desktop";
 }
 
 TEST_F(StatusItemTest, TheMenuSaysHowThingsStand) {
@@ -203,7 +205,7 @@ TEST_F(StatusItemTest, TheMenuSaysHowThingsStand) {
               "");
 }
 
-TEST(StatusGlyphTest, IsARingWithADot) {
+TEST(StatusGlyphTest, IsALetterOnADisc) {
     for (const int size : {16, 64}) {
         const auto pixels = statusGlyph(size);
         ASSERT_EQ(pixels.size(), static_cast<std::size_t>(size * size * 4));
@@ -214,8 +216,9 @@ TEST(StatusGlyphTest, IsARingWithADot) {
         };
         EXPECT_EQ(pixels[0], 0) << "the corner is clear";
         EXPECT_THAT(at(0.5), ElementsAre(255, 15, 118, 110));
-        EXPECT_THAT(at(0.25), ElementsAre(255, 255, 255, 255));
-        EXPECT_THAT(at(0.1), ElementsAre(255, 15, 118, 110));
+        EXPECT_THAT(at(0.13), ElementsAre(255, 255, 255, 255)) << "left of the letter";
+        EXPECT_THAT(at(0.35), ElementsAre(255, 15, 118, 110));
+        EXPECT_THAT(at(0.85), ElementsAre(255, 255, 255, 255)) << "right of it";
     }
 }
 
