@@ -21,6 +21,7 @@ std::expected<ObjectRef, AXError> ApplicationDirectory::find(AtspiClient& client
     const auto registered = client.children({registry, rootPath});
     if (!registered) return std::unexpected(registered.error());
     for (const auto& root : *registered) {
+        applications_.insert(root.bus);
         if (processes_.contains(root.bus)) continue;
         const auto owner = client.process(root.bus);
         if (!owner) continue;
@@ -31,9 +32,16 @@ std::expected<ObjectRef, AXError> ApplicationDirectory::find(AtspiClient& client
 }
 
 bool ApplicationDirectory::isApplication(AtspiClient& client, const std::string& bus) {
-    if (processes_.contains(bus)) return true;
+    if (applications_.contains(bus)) return true;
     const auto registered = client.children({registry, rootPath});
-    return registered && std::ranges::find(*registered, bus, &ObjectRef::bus) != registered->end();
+    if (!registered) return false;
+    for (const auto& root : *registered) applications_.insert(root.bus);
+    return applications_.contains(bus);
+}
+
+void ApplicationDirectory::gone(const std::string& bus) {
+    processes_.erase(bus);
+    applications_.erase(bus);
 }
 
 }  // namespace dorix

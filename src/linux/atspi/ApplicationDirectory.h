@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <expected>
 #include <map>
+#include <set>
 #include <string>
 
 namespace dorix {
@@ -23,10 +24,11 @@ class ApplicationDirectory {
     bool isApplication(AtspiClient& client, const std::string& bus);
 
     /// The connection is closed.
-    void gone(const std::string& bus) { processes_.erase(bus); }
+    void gone(const std::string& bus);
 
  private:
     std::map<std::string, std::int32_t> processes_;
+    std::set<std::string> applications_;
 };
 
 }  // namespace dorix

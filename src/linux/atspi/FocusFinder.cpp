@@ -5,6 +5,7 @@
 #include "linux/atspi/FocusTracker.h"
 
 #include <deque>
+#include <ranges>
 #include <utility>
 
 namespace dorix {
@@ -55,12 +56,15 @@ FocusFinder::Found FocusFinder::reported() {
 /// A web view's contents may be another process, which tells of the focus under a connection of its own; its
 /// parents lead up into the application that shows it.
 FocusFinder::Found FocusFinder::reportedByPart() {
-    const auto latest = tracker_.latest();
-    if (!latest || latest->bus == application_.bus) return std::unexpected(AXError::noValue);
-    // Another application is not asked: it may hang, and this one's budget is not for it.
-    if (directory_.isApplication(client_, latest->bus)) return std::unexpected(AXError::noValue);
-    if (!isBelow(*latest, application_) || !hasFocus(*latest)) return std::unexpected(AXError::noValue);
-    return *latest;
+    const auto places = tracker_.places();
+    for (const auto& place : places | std::views::reverse) {
+        if (place.bus == application_.bus) continue;
+        // Another application, we ourselves among them, is not asked: it may hang, and this one's budget is
+        // not for it.
+        if (directory_.isApplication(client_, place.bus)) continue;
+        if (isBelow(place, application_) && hasFocus(place)) return place;
+    }
+    return std::unexpected(AXError::noValue);
 }
 
 FocusFinder::Found FocusFinder::searched() {

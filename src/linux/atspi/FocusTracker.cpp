@@ -7,7 +7,8 @@ void FocusTracker::focusGained(const ObjectRef& object) {
     app.focus = object.path;
     app.tellsOfFocus = true;
     app.focusMayBeBehind = false;
-    latest_ = object;
+    std::erase_if(places_, [&](const ObjectRef& place) { return place.bus == object.bus; });
+    places_.push_back(object);
 }
 
 void FocusTracker::focusLost(const ObjectRef& object) {
@@ -15,7 +16,7 @@ void FocusTracker::focusLost(const ObjectRef& object) {
     // Toolkits tell of the new focus before or after the old one.
     if (app.focus == object.path) app.focus.reset();
     app.tellsOfFocus = true;
-    if (latest_ == object) latest_.reset();
+    std::erase(places_, object);
 }
 
 void FocusTracker::windowActivated(const ObjectRef& window) {
@@ -32,7 +33,7 @@ void FocusTracker::windowDeactivated(const ObjectRef& window) {
 
 void FocusTracker::gone(const std::string& bus) {
     apps_.erase(bus);
-    if (latest_ && latest_->bus == bus) latest_.reset();
+    std::erase_if(places_, [&](const ObjectRef& place) { return place.bus == bus; });
 }
 
 const FocusTracker::App* FocusTracker::find(const std::string& bus) const {

@@ -5,6 +5,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace dorix {
 
@@ -30,12 +31,13 @@ class FocusTracker {
     /// What is known of the application; nothing when it has not told anything yet.
     const App* find(const std::string& bus) const;
 
-    /// The last place of all to get the focus: a part of an application may live in a process of its own.
-    const std::optional<ObjectRef>& latest() const { return latest_; }
+    /// The place of each connection that has the focus as far as it has told, the latest last: a part of an
+    /// application may live in a process of its own, and others may have told of theirs since.
+    const std::vector<ObjectRef>& places() const { return places_; }
 
  private:
     std::map<std::string, App> apps_;
-    std::optional<ObjectRef> latest_;
+    std::vector<ObjectRef> places_;
 };
 
 }  // namespace dorix

@@ -39,7 +39,7 @@ TEST(FocusTracker, TakesTheOldAndTheNewInEitherOrder) {
     tracker.focusGained(one);
     tracker.focusLost(two);
     EXPECT_EQ(tracker.find(":1.1")->focus, "/1");
-    EXPECT_EQ(tracker.latest(), one);
+    EXPECT_EQ(tracker.places(), std::vector{one});
 }
 
 TEST(FocusTracker, AnotherWindowPutsTheFocusInDoubt) {
@@ -54,7 +54,20 @@ TEST(FocusTracker, AnotherWindowPutsTheFocusInDoubt) {
     EXPECT_FALSE(tracker.find(":1.1")->focusMayBeBehind);
     tracker.gone(":1.1");
     EXPECT_EQ(tracker.find(":1.1"), nullptr);
-    EXPECT_EQ(tracker.latest(), std::nullopt);
+    EXPECT_TRUE(tracker.places().empty());
+}
+
+TEST(FocusTracker, APartKeepsItsPlaceWhileAnotherApplicationHasAMenuOpen) {
+    FocusTracker tracker;
+    const ObjectRef page{":1.1", "/page"};
+    const ObjectRef menu{":1.2", "/item"};
+    tracker.focusGained(page);
+    tracker.focusGained(menu);
+    EXPECT_EQ(tracker.places(), (std::vector{page, menu}));
+    tracker.focusLost(menu);
+    EXPECT_EQ(tracker.places(), std::vector{page});
+    tracker.focusGained({":1.1", "/other"});
+    EXPECT_EQ(tracker.places().size(), 1U) << "one for each";
 }
 
 }  // namespace
