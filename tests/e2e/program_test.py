@@ -4,6 +4,7 @@ a dictation into an editor ends in text. Takes the program's path."""
 
 import os
 import select
+import shutil
 import signal
 import subprocess
 import sys
@@ -72,11 +73,14 @@ class Program:
 
     def processes(self) -> list[int]:
         """The living processes that run the program's file in this desktop: itself, its watchdog, a second copy."""
+        return self._running(BINARY)
+
+    def _running(self, executable: Path) -> list[int]:
         mark = f"XDG_RUNTIME_DIR={self._runtime}".encode()
         found = []
         for entry in Path("/proc").iterdir():
             try:
-                if (entry.name.isdigit() and Path(os.readlink(entry / "exe")) == BINARY
+                if (entry.name.isdigit() and Path(os.readlink(entry / "exe")) == executable
                         and mark in (entry / "environ").read_bytes().split(b"\0")):
                     found.append(int(entry.name))
             except OSError:
@@ -95,6 +99,16 @@ class Program:
             return bool(select.select([handle], [], [], seconds)[0])
         finally:
             os.close(handle)
+
+    def environment(self) -> dict[str, str]:
+        """Of the desktop, for what a user does in it."""
+        entries = Path(f"/proc/{self._pid}/environ").read_bytes().decode().split("\0")
+        return dict(entry.split("=", 1) for entry in entries if "=" in entry)
+
+    def display(self) -> int:
+        """The process of the display that the program draws on."""
+        server, = self._running(Path(shutil.which("Xvfb")).resolve())
+        return server
 
     def status(self) -> int:
         """What the program ended with; ends the desktop."""
@@ -127,6 +141,42 @@ class ProgramTest(unittest.TestCase):
         time.sleep(0.5)  # what is tried in the background at the start has failed by now
         self.assertTrue(program.is_running(), program.log())
         self.assert_ends(program)
+
+    def test_started_anew_from_its_menu(self):
+        with Program(("--no-sound", "--no-a11y")) as program:
+            self.assert_starts(program)
+            before, environment = program.processes(), program.environment()
+            # The icon, where it stands as long as nobody has moved it; the last entry but one.
+            subprocess.run(["xdotool", *"mousemove 1230 750 click 3 sleep 0.5 key End key Up key Return".split()],
+                           env=environment, check=True)
+            self.assertTrue(program.ends_within(END_TIMEOUT), program.log())
+            self.assertTrue(wait_until(lambda: len(program.processes()) == 2 and self.shows_icon(environment), 10.0),
+                            program.processes())
+            self.assertFalse(set(before) & set(program.processes()), "one of the first two has stayed")
+            time.sleep(2.5)  # what a watchdog would take for a crash has come back by now
+            after = program.processes()
+            self.assertEqual(len(after), 2)
+            main = min(after, key=os.getsid)
+            self.assertEqual(os.getsid(main), main, "it belongs to nobody")
+            os.kill(main, signal.SIGTERM)
+            self.assertTrue(wait_until(lambda: not program.processes(), END_TIMEOUT), program.processes())
+            defaults = Path(environment["XDG_CONFIG_HOME"], "dorix/defaults.json").read_text()
+            self.assertNotIn("watchdogRelaunches", defaults)
+            self.assertEqual(program.status(), 0, program.log())
+
+    @staticmethod
+    def shows_icon(environment: dict[str, str]) -> bool:
+        return subprocess.run(["xdotool", "search", "--onlyvisible", "--name", "^DORIX$"], env=environment,
+                              stdout=subprocess.DEVNULL, check=False).returncode == 0
+
+    def test_a_display_that_goes_away_ends_it_for_good(self):
+        with Program(BARE) as program:
+            self.assert_starts(program)
+            os.kill(program.display(), signal.SIGKILL)
+            self.assertTrue(program.ends_within(END_TIMEOUT), program.log())
+            time.sleep(2.5)  # longer than a watchdog would wait
+            self.assertEqual(program.processes(), [])
+            self.assertEqual(program.status(), 1, program.log())
 
     def test_without_parts_of_a_desktop(self):
         for missing in ((), ("--no-wm",), ("--no-sound",), ("--no-a11y",), BARE):
