@@ -58,6 +58,14 @@ SettingsStore::SettingsStore(UserDefaults& defaults, LoginItem& loginItem, const
     writeThrough(styleNotes, "styleNotes", asIs);
     writeThrough(paused, "paused", asIs);
     writeThrough(onboardingDone, "onboardingDone", asIs);
+    subscriptions_.push_back(defaults.observe("appLanguage", [this] { adoptLanguage(); }));
+}
+
+/// Texts are translated by what the defaults hold, also when another process has written that: whoever shows
+/// them has to hear of it. The other settings hold as they were read.
+void SettingsStore::adoptLanguage() {
+    appLanguage.set(currentAppLanguage());
+    languageObserver_.code.set(appLanguage.get());
 }
 
 template <typename T, typename ToJson>

@@ -64,6 +64,7 @@ class SettingsStore {
  private:
     template <typename T, typename ToJson>
     void writeThrough(Observable<T>& field, std::string_view key, ToJson toJson);
+    void adoptLanguage();
 
     UserDefaults& defaults_;
     LoginItem& loginItem_;

@@ -1,10 +1,12 @@
 #!/usr/bin/python3
-"""A long stretch of use: dictations, clicks, drags and menus, over and over. Not part of the test run.
+"""A long stretch of use: dictations, clicks, drags, menus, other languages and themes, over and over. Not part of the
+test run.
 
     tests/e2e/soak.py [--binary PATH] [--minutes N]
 
-Fails when a dictation is not typed or a drag does not move the icon, when the log gains a line, when a file descriptor
-stays open, or when the memory that is the program's own has grown by more than MAY_GROW since the first rounds.
+Fails when a dictation is not typed, a drag does not move the icon, or the icon does not say its name in the language
+and show its disc in the theme that was chosen; when the log gains a line, when a file descriptor stays open, or when the
+memory that is the program's own has grown by more than MAY_GROW since the first rounds.
 """
 
 import argparse
@@ -27,6 +29,8 @@ from voice import speak, synthesise  # noqa: E402
 READY = "DORIX: listo"
 WARM_UP = 3  # rounds until caches are filled
 MAY_GROW = 8.0  # MiB
+DICTATE = {"es": "para dictar", "en": "to dictate"}  # in the icon's name
+DISC = {True: "#1C1D21", False: "#FFFFFF"}  # by whether the theme is dark
 SENTENCES = ("we will be there at ten", "please send me the new numbers", "the train was late this morning")
 
 
@@ -36,9 +40,12 @@ class Soak:
         self._editor = editor
         self._keyboard = Keyboard(desktop.env["DISPLAY"])
         self._log = desktop.log("dorix")
-        settings = Path(desktop.env["XDG_CONFIG_HOME"], "dorix/defaults.json")
-        settings.parent.mkdir(parents=True)
-        settings.write_text(json.dumps({"language": "en-US", "hintShownCount": 3}))
+        config = Path(desktop.env["XDG_CONFIG_HOME"])
+        self._settings = config / "dorix/defaults.json"
+        self._theme = config / "gtk-3.0/settings.ini"
+        for file in (self._settings, self._theme):
+            file.parent.mkdir(parents=True, exist_ok=True)
+        self._settings.write_text(json.dumps({"language": "en-US", "hintShownCount": 3}))
         with open(self._log, "wb") as log:
             self._dorix = desktop.spawn([str(binary)], stdout=log, stderr=log)
         while READY not in self.log():
@@ -60,21 +67,55 @@ class Soak:
         return len(os.listdir(f"/proc/{self._dorix.pid}/fd"))
 
     def play(self, number: int) -> bool:
-        """One round; whether the icon went where it was dragged and the dictation was typed."""
-        left = number % 2 == 0
+        """One round; whether all came of it that should."""
+        left, dark, language = number % 2 == 0, number % 3 == 0, "es" if number % 4 < 2 else "en"
         self._tap()
-        self._drag(left)
+        self._choose(language, dark)
+        self._drag(left)  # the program reads what others have set when it has something to write itself
         moved = (self._icon()[0] < 640) == left
         self._menu()
-        return self._dictate(self._words[number % len(self._words)]) and moved
+        worded = DICTATE[language] in self._icon_name()
+        coloured = self._disc() == DISC[dark]
+        typed = self._dictate(self._words[number % len(self._words)])
+        if not (moved and worded and coloured and typed):
+            print(f"round {number}: moved {moved}, worded {worded}, coloured {coloured}, typed {typed}", flush=True)
+        return moved and worded and coloured and typed
 
     def _mouse(self, *steps: str) -> None:
         self._desktop.spawn(["xdotool", *" ".join(steps).split()]).wait()
 
+    def _choose(self, language: str, dark: bool) -> None:
+        self._replace(self._settings, json.dumps({**json.loads(self._settings.read_text()), "appLanguage": language}))
+        self._replace(self._theme, f"[Settings]\ngtk-application-prefer-dark-theme={int(dark)}\n")
+
+    @staticmethod
+    def _replace(file: Path, text: str) -> None:
+        new = file.with_suffix(".new")
+        new.write_text(text)
+        new.rename(file)
+
+    def _icon_name(self) -> str:
+        """What a screen reader says of the icon."""
+        desktop = Atspi.get_desktop(0)
+        roots = [desktop.get_child_at_index(i) for i in range(desktop.get_child_count())]
+        places = [root for root in roots if root and root.get_process_id() == self._dorix.pid]
+        while places:
+            place = places.pop()
+            if place.get_role() == Atspi.Role.PUSH_BUTTON:
+                return place.get_name()
+            places += [place.get_child_at_index(i) for i in range(place.get_child_count())]
+        return ""
+
+    def _disc(self) -> str:
+        """The colour beside the mark."""
+        x, y = self._icon()
+        pixel = self._desktop.spawn(["import", "-window", "root", "-crop", f"1x1+{x - 18}+{y}", "-depth", "8", "txt:-"],
+                                    stdout=subprocess.PIPE, text=True).communicate()[0]
+        return pixel.split()[-2]
+
     def _icon(self) -> tuple[int, int]:
         """The middle of the icon: where the settings say that it was left, or where it starts."""
-        settings = json.loads(Path(self._desktop.env["XDG_CONFIG_HOME"], "dorix/defaults.json").read_text())
-        if origin := settings.get("iconOrigin"):
+        if origin := json.loads(self._settings.read_text()).get("iconOrigin"):
             return int(origin[0]) + 48, 800 - int(origin[1]) - 48
         return 1230, 750
 
@@ -111,7 +152,8 @@ def soak(directory: Path, options: argparse.Namespace) -> int:
     with VirtualDesktop(directory) as desktop:
         os.environ.clear()
         os.environ.update(desktop.env)
-        from editor import Editor  # needs the desktop's environment from its first line
+        global Atspi
+        from editor import Atspi, Editor  # needs the desktop's environment from its first line
 
         use = Soak(desktop, options.binary, Editor(desktop))
         quiet = use.log()

@@ -112,6 +112,17 @@ TEST_F(SettingsTest, TheDictationLanguageFollowsTheAppLanguage) {
     EXPECT_EQ(defaults.string("language"), "en-US");
 }
 
+TEST_F(SettingsTest, ALanguageThatAnotherProcessWritesIsShownToo) {
+    system({.currentLanguageCode = "es"});
+    auto settings = store();
+    defaults.set("appLanguage", "en");
+    EXPECT_EQ(settings.languageObserver().code.get(), "en");
+    EXPECT_EQ(settings.appLanguage.get(), "en");
+    EXPECT_EQ(settings.language.get(), "es-ES") << "it has a key of its own";
+    defaults.remove("appLanguage");
+    EXPECT_EQ(settings.languageObserver().code.get(), "es");
+}
+
 TEST_F(SettingsTest, ALoginItemThatTheSystemRefusesIsOnlyLogged) {
     system({});
     auto settings = store();
