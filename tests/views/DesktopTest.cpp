@@ -339,6 +339,26 @@ TEST_F(ViewsDesktopTest, TheIconLeavesAScreenThatGetsSmaller) {
     EXPECT_TRUE(runUntil([&] { return icon().geometry() == QRect(1280 - 98, 800 - 98, 96, 96); }));
 }
 
+TEST_F(ViewsDesktopTest, TheIconComesBackFromAScreenThatIsUnplugged) {
+    ASSERT_EQ(std::system("xrandr --setmonitor left 640/169x800/211+0+0 screen && "
+                          "xrandr --setmonitor right 640/169x800/211+640+0 none"),
+              0);
+    ASSERT_TRUE(runUntil([] { return QGuiApplication::screens().size() == 2; }));
+    ASSERT_TRUE(runUntil([&] { return icon().geometry().right() < 640; })) << "to the main one's corner";
+    display_->drag(middle(), {700, 400});
+    ASSERT_TRUE(runUntil([&] { return savedIconOrigin(defaults_).has_value(); }));
+    showHUD(HUDPhase::info("uno"));
+    EXPECT_GT(hud()->geometry().left(), icon().geometry().left()) << "the screen's own middle counts";
+
+    ASSERT_EQ(std::system("xrandr --delmonitor right"), 0);
+    EXPECT_TRUE(runUntil([&] { return icon().geometry() == QRect(640 - 98, 800 - 98, 96, 96); }));
+    EXPECT_TRUE(runUntil([&] { return hud()->geometry().left() < icon().geometry().left(); }));
+    ASSERT_EQ(std::system("xrandr --setmonitor right 640/169x800/211+640+0 none"), 0);
+    EXPECT_TRUE(runUntil([&] { return middle() == QPoint(700, 400); })) << "plugged in again";
+    ASSERT_EQ(std::system("xrandr --delmonitor right && xrandr --delmonitor left"), 0);
+    EXPECT_TRUE(runUntil([] { return QGuiApplication::primaryScreen()->size() == QSize(1280, 800); }));
+}
+
 TEST_F(ViewsDesktopTest, EscGoesToWhoeverWantsIt) {
     int cancelled = 0;
     QKeyEvent esc(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);

@@ -11,7 +11,8 @@ HUDPlacement placeHUD(const Rect& icon, const Screens& screens) {
     const double left =
         opensLeft ? glyph.minX() - hudmeasure::gap - hudmeasure::width : glyph.maxX() + hudmeasure::gap;
     const Rect frame{left, glyph.midY() - hudmeasure::height / 2, hudmeasure::width, hudmeasure::height};
-    return {.opensLeft = opensLeft, .frame = frame, .usable = frame.intersection(visible)};
+    const Rect usable = frame.intersection(visible.insetBy(hudmeasure::edge));
+    return {.opensLeft = opensLeft, .frame = frame, .usable = usable};
 }
 
 }  // namespace dorix

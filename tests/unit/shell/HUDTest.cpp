@@ -121,10 +121,10 @@ TEST(HUDPlacementTest, TheBubbleKeepsWithinTheWorkArea) {
     const Screens small{{.frame = {0, 0, 640, 400}, .visibleFrame = {0, 30, 640, 370}}};
     const auto middle = placeHUD(iconFrame({330 - 48, 400}), small);
     EXPECT_LT(middle.frame.minX(), 0);
-    EXPECT_EQ(middle.usable.minX(), 0);
+    EXPECT_EQ(middle.usable.minX(), 4);
     EXPECT_EQ(middle.usable.maxX(), middle.frame.maxX());
     const auto bottom = placeHUD(iconFrame(iconOrigin(std::nullopt, small)), small);
-    EXPECT_EQ(bottom.usable.minY(), 30);
+    EXPECT_EQ(bottom.usable.minY(), 34);
 }
 
 TEST(LevelFeedTest, AtMostThirtyStepsASecondAndNoneAtRest) {
