@@ -8,12 +8,12 @@ namespace {
 
 bool isTrue(std::string_view value) { return value == "1" || value == "true" || value == "yes"; }
 
-bool isDarkTheme(std::string_view name) {
+}  // namespace
+
+bool isDarkGtkTheme(std::string_view name) {
     const auto folded = text::lowercase(name);
     return folded.ends_with("-dark") || folded.ends_with(":dark");
 }
-
-}  // namespace
 
 GtkLook parseGtkSettings(std::string_view text) {
     GtkLook look;
@@ -26,7 +26,7 @@ GtkLook parseGtkSettings(std::string_view text) {
         const auto key = text::trim(line.substr(0, equals));
         const auto value = text::trimAny(text::trim(line.substr(equals + 1)), "\"");
         if (key == "gtk-application-prefer-dark-theme" && isTrue(value)) look.prefersDark = true;
-        if (key == "gtk-theme-name" && isDarkTheme(value)) look.prefersDark = true;
+        if (key == "gtk-theme-name" && isDarkGtkTheme(value)) look.prefersDark = true;
         if (key == "gtk-enable-animations" && !isTrue(value)) look.reducesMotion = true;
     }
     return look;

@@ -1,6 +1,5 @@
 #include "linux/appearance/LinuxAppearance.h"
 
-#include "linux/appearance/GtkSettings.h"
 #include "linux/dbus/BusConnection.h"
 #include "linux/xdg/AtomicFile.h"
 
@@ -65,9 +64,25 @@ LinuxAppearance::~LinuxAppearance() {
 }
 
 void LinuxAppearance::readFile() {
-    const GtkLook found = parseGtkSettings(dorix::readFile(folder_ / "settings.ini").value_or(""));
-    if (!portalKnowsTheme_) prefersDark.set(found.prefersDark);
-    if (!portalKnowsMotion_) reducesMotion.set(found.reducesMotion);
+    file_ = parseGtkSettings(dorix::readFile(folder_ / "settings.ini").value_or(""));
+    update();
+}
+
+void LinuxAppearance::update() {
+    const auto first = [](std::optional<bool> one, std::optional<bool> other, bool last) {
+        return one.value_or(other.value_or(last));
+    };
+    prefersDark.set(first(portal_.prefersDark, display_.prefersDark, file_.prefersDark));
+    reducesMotion.set(first(portal_.reducesMotion, display_.reducesMotion, file_.reducesMotion));
+}
+
+void LinuxAppearance::setDisplaySettings(const std::map<std::string, std::string, std::less<>>& told) {
+    display_ = {};
+    if (const auto theme = told.find("Net/ThemeName"); theme != told.end())
+        display_.prefersDark = isDarkGtkTheme(theme->second);
+    if (const auto moves = told.find("Gtk/EnableAnimations"); moves != told.end())
+        display_.reducesMotion = moves->second == "0";
+    update();
 }
 
 /// The folder rather than the file, which is replaced when it is written.
@@ -95,15 +110,14 @@ void LinuxAppearance::take(const std::string& group, const std::string& key, sd_
     const auto number = unwrapped(value);
     if (!number) return;
     if (group == look && key == "color-scheme") {
-        portalKnowsTheme_ = true;
-        prefersDark.set(*number == 1);  // 0 is no preference, 2 light
+        constexpr std::uint32_t noPreference = 0;  // 1 is dark, 2 light
+        portal_.prefersDark = *number == noPreference ? std::nullopt : std::optional(*number == 1);
     } else if (group == look && key == "reduced-motion") {
-        portalKnowsMotion_ = true;
-        reducesMotion.set(*number == 1);
+        portal_.reducesMotion = *number == 1;
     } else if (group == gnome && key == "enable-animations") {
-        portalKnowsMotion_ = true;
-        reducesMotion.set(*number == 0);
+        portal_.reducesMotion = *number == 0;
     }
+    update();
 }
 
 }  // namespace dorix

@@ -19,6 +19,7 @@
 #include "linux/x11/X11KeyInput.h"
 #include "linux/x11/X11Keyboard.h"
 #include "linux/x11/X11Pasteboard.h"
+#include "linux/x11/X11Settings.h"
 #include "linux/x11/X11Windows.h"
 #include "linux/x11/X11Workspace.h"
 #include "linux/xdg/AutostartLoginItem.h"
@@ -34,8 +35,8 @@ namespace {
 
 /// What an X11 session gives.
 struct X11Session {
-    X11Session(Executor& main, std::unique_ptr<X11Connection> opened)
-        : connection(std::move(opened)), entries(main) {}
+    X11Session(Executor& main, std::unique_ptr<X11Connection> opened, X11Settings::Changed changed)
+        : connection(std::move(opened)), entries(main), settings(*connection, std::move(changed)) {}
 
     std::unique_ptr<X11Connection> connection;
     X11Keyboard keyboard{*connection};
@@ -47,6 +48,7 @@ struct X11Session {
     X11Pasteboard pasteboard{*connection};
     X11EventPoster events{*connection, keyboard, input, windows, pasteboard};
     X11Workspace workspace{windows, entries};
+    X11Settings settings;
 };
 
 /// What stands in where there is no display.
@@ -74,7 +76,9 @@ struct LinuxDesktop::Parts {
           statusItem(serviceOn<StatusItem, DBusStatusItem, UnavailableStatusItem>(main, std::move(words))),
           appearance(bus.get(), watcher, xdgConfigHome()) {
         if (auto connection = X11Connection::open(main, watcher)) {
-            x11 = std::make_unique<X11Session>(main, std::move(connection));
+            x11 = std::make_unique<X11Session>(
+                main, std::move(connection),
+                [this](const XSettings& settings) { appearance.setDisplaySettings(settings); });
         }
     }
 

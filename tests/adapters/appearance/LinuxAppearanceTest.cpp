@@ -95,9 +95,27 @@ TEST_F(LinuxAppearanceTest, ThePortalHasTheLastWord) {
     EXPECT_FALSE(appearance.prefersDark.get());
     portal.change("org.gnome.desktop.interface", "enable-animations", "b", 1);
     EXPECT_TRUE(loop.runUntil([&] { return !appearance.reducesMotion.get(); }));
+    portal.changeTheme(0);
+    EXPECT_TRUE(loop.runUntil([&] { return appearance.prefersDark.get(); })) << "it has no opinion any more";
+    portal.changeTheme(2);
+    EXPECT_TRUE(loop.runUntil([&] { return !appearance.prefersDark.get(); }));
     portal.change("org.gnome.desktop.interface", "font-size", "u", 7);
     portal.change("org.freedesktop.appearance", "color-scheme", "b", 1);
     loop.runFor(0.05);
+}
+
+TEST_F(LinuxAppearanceTest, TheDisplaysServiceIsPutBeforeTheFile) {
+    write("gtk-theme-name=Adwaita-dark");
+    LinuxAppearance appearance(nullptr, loop.main, folder);
+    appearance.setDisplaySettings({{"Net/ThemeName", "Greybird"}, {"Gtk/EnableAnimations", "0"}});
+    EXPECT_FALSE(appearance.prefersDark.get());
+    EXPECT_TRUE(appearance.reducesMotion.get());
+    appearance.setDisplaySettings({{"Net/ThemeName", "Greybird-dark"}});
+    EXPECT_TRUE(appearance.prefersDark.get());
+    EXPECT_FALSE(appearance.reducesMotion.get());
+    write("gtk-theme-name=Adwaita");
+    appearance.setDisplaySettings({});
+    EXPECT_TRUE(loop.runUntil([&] { return !appearance.prefersDark.get(); }));
 }
 
 TEST_F(LinuxAppearanceTest, WithoutAPortalTheFileIsFollowed) {
