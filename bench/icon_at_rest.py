@@ -25,6 +25,13 @@ READY = "DORIX: listo"
 SETTLE = 5.0  # seconds after the program is ready
 
 
+def prepare(desktop: VirtualDesktop) -> None:
+    """The hint of the first runs draws and wakes up, by a timer of its own."""
+    defaults = Path(desktop.env["XDG_CONFIG_HOME"], "dorix/defaults.json")
+    defaults.parent.mkdir()
+    defaults.write_text('{"hintShownCount": 3}')
+
+
 class Program:
     """DORIX, with the moments at which it wrote its lines."""
 
@@ -35,12 +42,19 @@ class Program:
         self._lines: list[tuple[float, str]] = []
         threading.Thread(target=self._listen, daemon=True).start()
 
+    def age(self) -> float:
+        return time.monotonic() - self._start
+
+    def end(self) -> None:
+        self._process.terminate()
+        self._process.wait()
+
     def _listen(self) -> None:
         for line in self._process.stderr:
-            self._lines.append((time.monotonic() - self._start, line))
+            self._lines.append((self.age(), line))
 
-    def count(self, text: str) -> int:
-        return sum(text in line for _, line in list(self._lines))
+    def count(self, text: str, since: float = 0.0) -> int:
+        return sum(text in line for moment, line in list(self._lines) if moment >= since)
 
     def first(self, text: str) -> float:
         while self._process.poll() is None:
@@ -83,6 +97,7 @@ def main() -> int:
         with VirtualDesktop(directory) as desktop:
             os.environ.clear()
             os.environ.update(desktop.env)
+            prepare(desktop)
             measure(desktop, options)
         return 0
 
