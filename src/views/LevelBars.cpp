@@ -9,7 +9,7 @@ namespace {
 
 constexpr double barWidth = 2;
 constexpr double barDistance = 4;
-constexpr double margin = 1;                                  // on the left and on the right
+constexpr double margin = 1;                                 // on the left and on the right
 constexpr std::array<double, 4> shares{0.55, 1, 0.8, 0.45};  // of the room above and below
 
 }  // namespace

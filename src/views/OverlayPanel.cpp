@@ -4,6 +4,7 @@
 #include <QKeyEvent>
 #include <QPainter>
 #include <QQmlContext>
+#include <utility>
 
 namespace dorix {
 
@@ -31,6 +32,7 @@ void OverlayPanel::orderFrontRegardless() {
     if (!isVisible()) {
         view_.insert("visible", true);
         show();
+        drawnScale_ = devicePixelRatio();
     }
     if (context_.x11 != nullptr) raise();
 }
@@ -38,6 +40,16 @@ void OverlayPanel::orderFrontRegardless() {
 void OverlayPanel::orderOut() {
     view_.insert("visible", false);
     hide();
+}
+
+/// The toolkit draws into as many pixels as before as long as the size in points is the same: for one
+/// picture, which nobody sees, it is another.
+void OverlayPanel::rescale() {
+    if (std::exchange(drawnScale_, devicePixelRatio()) == devicePixelRatio()) return;
+    const QSize points = size();
+    resize(points + QSize(1, 1));
+    static_cast<void>(grabWindow());
+    resize(points);
 }
 
 void OverlayPanel::cutTo(const QRectF& shape, qreal radius) {

@@ -37,6 +37,9 @@ class OverlayPanel : public QQuickView {
     void orderFrontRegardless();
     void orderOut();
 
+    /// Draws in the scale that the screen has by now; for a window that shows.
+    void rescale();
+
  protected:
     /// Loads the file; once, when `view` has what it needs.
     void load(const char* file);
@@ -53,6 +56,7 @@ class OverlayPanel : public QQuickView {
     const ViewContext context_;
     const Focusable focusable_;
     QQmlPropertyMap view_;
+    qreal drawnScale_ = 0;
 };
 
 }  // namespace dorix

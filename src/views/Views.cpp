@@ -162,6 +162,9 @@ void Views::Parts::watchScreen(QScreen* screen) {
 /// The toolkit tells of one change in several signals, some of them before all is as it will be.
 void Views::Parts::placeAnew() {
     screensTurn.once(0, [this] {
+        icon.rescale();
+        if (hud && !presenter.isOrderedIn.get()) hud.reset();
+        if (hud) hud->rescale();
         icon.place();
         if (presenter.isOrderedIn.get()) placeHUD();
     });

@@ -8,6 +8,7 @@
 #include "views/FloatingIconWindow.h"
 #include "views/HUDWindow.h"
 #include "views/MenuWindow.h"
+#include "views/Tokens.h"
 #include "views/TooltipWindow.h"
 #include "views/Views.h"
 
@@ -31,7 +32,55 @@ namespace {
 template <typename T>
 using Reply = std::unique_ptr<T, decltype([](T* reply) { std::free(reply); })>;
 
+/// The desktop's settings service, which tells the scale. The toolkit looks for it once, at its start.
+class SettingsService {
+ public:
+    SettingsService() : connection_(xcb_connect(nullptr, nullptr)), window_(xcb_generate_id(connection_)) {
+        const auto* screen = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data;
+        xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window_, screen->root, -1, -1, 1, 1, 0,
+                          XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
+        setScale(1);
+        xcb_set_selection_owner(connection_, window_, atom("_XSETTINGS_S0"), XCB_CURRENT_TIME);
+        xcb_flush(connection_);
+    }
+    ~SettingsService() { xcb_disconnect(connection_); }
+    SettingsService(const SettingsService&) = delete;
+    SettingsService& operator=(const SettingsService&) = delete;
+
+    void setScale(double scale) {
+        const auto dpi = static_cast<std::uint32_t>(scale * 96 * 1024);
+        // Least significant byte first: the order and the serial, one setting, a whole number with its name,
+        // the serial of its change.
+        std::string bytes("\0\0\0\0\0\0\0\0\1\0\0\0\0\0\7\0Xft/DPI\0", 24);
+        for (const std::uint32_t number : {++changes_, dpi}) {
+            for (unsigned shift = 0; shift < 32; shift += 8) bytes += static_cast<char>(number >> shift);
+        }
+        const auto name = atom("_XSETTINGS_SETTINGS");
+        xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window_, name, name, 8,
+                            static_cast<std::uint32_t>(bytes.size()), bytes.data());
+        xcb_flush(connection_);
+    }
+
+ private:
+    xcb_atom_t atom(std::string_view name) const {
+        const Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(
+            connection_,
+            xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.data()), nullptr));
+        return reply->atom;
+    }
+
+    xcb_connection_t* connection_;
+    xcb_window_t window_;
+    std::uint32_t changes_ = 0;
+};
+
+SettingsService& theService() {
+    static SettingsService service;
+    return service;
+}
+
 QGuiApplication& theApplication() {
+    theService();
     static int count = 1;
     static char name[] = "views_desktop_test";
     static char* arguments[] = {name, nullptr};
@@ -97,6 +146,16 @@ class Display {
         const Reply<xcb_query_tree_reply_t> tree(
             xcb_query_tree_reply(connection_, xcb_query_tree(connection_, root_), nullptr));
         return xcb_query_tree_children(tree.get())[xcb_query_tree_children_length(tree.get()) - 1];
+    }
+    /// What the screen shows there, in pixels.
+    QRgb color(QPoint at) const {
+        const Reply<xcb_get_image_reply_t> image(xcb_get_image_reply(
+            connection_,
+            xcb_get_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, root_, static_cast<std::int16_t>(at.x()),
+                          static_cast<std::int16_t>(at.y()), 1, 1, ~0U),
+            nullptr));
+        const std::uint8_t* data = xcb_get_image_data(image.get());
+        return qRgb(data[2], data[1], data[0]);
     }
     bool isCut(const QWindow& window) const {
         const Reply<xcb_shape_query_extents_reply_t> extents(xcb_shape_query_extents_reply(
@@ -336,6 +395,23 @@ TEST_F(ViewsDesktopTest, TheIconLeavesAScreenThatGetsSmaller) {
     ASSERT_EQ(std::system("xrandr --output screen --mode 1280x800 && xrandr --delmode screen small && "
                           "xrandr --rmmode small"),
               0);
+    EXPECT_TRUE(runUntil([&] { return icon().geometry() == QRect(1280 - 98, 800 - 98, 96, 96); }));
+}
+
+TEST_F(ViewsDesktopTest, TheScaleMayChangeWhileItShows) {
+    showHUD(HUDPhase::info("uno"));
+    theService().setScale(1.5);
+    ASSERT_TRUE(runUntil([&] { return icon().devicePixelRatio() == 1.5; }));
+    // At 24 points from the edges; the letter does not reach as far to the right and down.
+    const QPoint corner(1280, 800);
+    const QPoint centre = corner - QPoint(75, 75);
+    const QRgb surface = tokens::light.surface;
+    EXPECT_TRUE(runUntil([&] {
+        return display_->color(centre + QPoint(30, 0)) == surface &&
+               display_->color(centre + QPoint(0, 30)) == surface;
+    }));
+    EXPECT_TRUE(runUntil([&] { return display_->color(centre - QPoint(72, 0)) == surface; })) << "the HUD";
+    theService().setScale(1);
     EXPECT_TRUE(runUntil([&] { return icon().geometry() == QRect(1280 - 98, 800 - 98, 96, 96); }));
 }
 

@@ -16,8 +16,9 @@ namespace dorix {
 
 class BusConnection;
 
-/// The look that the desktop was set to: what the settings portal says, where it has an opinion; else what the
-/// display's settings service says; else GTK's settings file, which is watched. Main executor; nothing blocks.
+/// The look that the desktop was set to: what the settings portal says, where it has an opinion; else what
+/// the display's settings service says; else GTK's settings file, which is watched. Main executor; nothing
+/// blocks.
 class LinuxAppearance final : public DesktopAppearance {
  public:
     /// `bus` is the session's, nullptr where there is none; `configHome` the user's folder for configuration.

@@ -54,9 +54,8 @@ std::vector<std::uint8_t> statusGlyph(int size) {
         for (int x = 0; x < size; ++x) {
             const double ink = covered(x, y, size, letter);
             const auto mixed = [ink](double over, double under) { return under + (over - under) * ink; };
-            const std::array channels{
-                255 * covered(x, y, size, isInDisc), mixed(accent.red, ground.red),
-                mixed(accent.green, ground.green), mixed(accent.blue, ground.blue)};
+            const std::array channels{255 * covered(x, y, size, isInDisc), mixed(accent.red, ground.red),
+                                      mixed(accent.green, ground.green), mixed(accent.blue, ground.blue)};
             for (const double channel : channels)
                 pixels.push_back(static_cast<std::uint8_t>(std::lround(channel)));
         }

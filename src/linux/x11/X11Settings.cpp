@@ -49,9 +49,9 @@ void X11Settings::findService() {
 void X11Settings::read() {
     if (service_ == XCB_WINDOW_NONE) return changed_({});
     const auto name = connection_.atom(property);
-    const auto reply = connection_.reply(
-        xcb_get_property_reply,
-        xcb_get_property(connection_.get(), 0, service_, name, name, 0, maxPropertyWords));
+    const auto reply =
+        connection_.reply(xcb_get_property_reply,
+                          xcb_get_property(connection_.get(), 0, service_, name, name, 0, maxPropertyWords));
     if (!reply || reply->format != 8) return changed_({});
     changed_(parseXSettings({static_cast<const char*>(xcb_get_property_value(reply.get())),
                              static_cast<std::size_t>(xcb_get_property_value_length(reply.get()))}));

@@ -88,7 +88,8 @@ XSettings parseXSettings(std::string_view bytes) {
     for (std::uint32_t i = 0; i < count; ++i) {
         auto setting = readSetting(reader);
         if (!setting) break;
-        if (setting->second) settings.insert_or_assign(std::move(setting->first), std::move(*setting->second));
+        if (setting->second)
+            settings.insert_or_assign(std::move(setting->first), std::move(*setting->second));
     }
     return settings;
 }

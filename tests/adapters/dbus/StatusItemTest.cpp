@@ -134,8 +134,9 @@ class StatusItemTest : public testing::Test {
     EventLoop loop;
     TestBus session;
     std::unique_ptr<BusConnection> bus = BusConnection::openSession(loop.main, loop.main, [] {});
-    DBusStatusItem item{
-        loop.main, *bus, [](std::string_view text) { return text::replaceAll(text, "⌥ Espacio", "Alt+Espacio"); }};
+    DBusStatusItem item{loop.main, *bus, [](std::string_view text) {
+                            return text::replaceAll(text, "⌥ Espacio", "Alt+Espacio");
+                        }};
     bool paused = false;
     std::vector<std::string> log;
 };
