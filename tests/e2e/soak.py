@@ -158,15 +158,18 @@ def soak(directory: Path, options: argparse.Namespace) -> int:
         use = Soak(desktop, options.binary, Editor(desktop))
         quiet = use.log()
         end = time.monotonic() + options.minutes * 60
-        rounds, missed, first = 0, 0, (0.0, 0)
-        while time.monotonic() < end:
+        rounds, missed, first, half = 0, 0, (0.0, 0), 0.0
+        while (left := end - time.monotonic()) > 0:
             missed += not use.play(rounds)
             rounds += 1
             if rounds == WARM_UP:
                 first = use.own_memory(), use.open_files()
+            if not half and left < options.minutes * 30:
+                half = use.own_memory()
         grown, files = use.own_memory() - first[0], use.open_files() - first[1]
         lines = use.log().removeprefix(quiet)
-        print(f"rounds: {rounds}\nrounds that failed: {missed}\nown memory: {first[0]:.1f} MiB, grown by {grown:.1f}\n"
+        print(f"rounds: {rounds}\nrounds that failed: {missed}\n"
+              f"own memory: {first[0]:.1f} MiB, grown by {grown:.1f}, by {use.own_memory() - half:.1f} since half-time\n"
               f"open files: {first[1]}, grown by {files}\nlog lines: {len(lines.splitlines())}\n{lines}", end="")
         return 1 if missed or lines or files > 0 or grown > MAY_GROW else 0
 

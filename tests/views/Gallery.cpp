@@ -133,10 +133,11 @@ Gallery::~Gallery() { uninstallLanguage(); }
 
 void Gallery::apply(const Style& style) {
     defaults_.set("appLanguage", style.language);
-    theme_.setDark(style.dark);
-    theme_.setComposited(style.composited);
+    // First of all, for the rest sets things in motion.
     theme_.setReducesMotion(false);
     theme_.map().insert({{"fadeIn", 0}, {"fadeBetween", 0}, {"fadeOut", 0}, {"motionBetween", 0}});
+    theme_.setDark(style.dark);
+    theme_.setComposited(style.composited);
 }
 
 QImage Gallery::ground(const Style& style, QSize points) const {
