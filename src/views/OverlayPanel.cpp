@@ -71,7 +71,7 @@ QRegion OverlayPanel::pixels(const QRectF& shape, qreal radius) const {
     painter.setBrush(Qt::color1);
     painter.drawRoundedRect(shape, radius, radius);
     painter.end();
-    return QRegion(inside);
+    return {inside};
 }
 
 void OverlayPanel::keyPressEvent(QKeyEvent* event) {

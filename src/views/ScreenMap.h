@@ -5,11 +5,9 @@
 #include <QPointF>
 #include <QRect>
 
-namespace dorix {
-
 /// Between the core's points, which count upwards from the bottom left of the main screen, and the toolkit's,
 /// which count downwards from the top left of all screens.
-namespace screenmap {
+namespace dorix::screenmap {
 
 /// The screens that are there now.
 Screens current();
@@ -18,6 +16,4 @@ Point fromQt(QPointF point);
 Rect fromQt(const QRect& rect);
 QRect toQt(const Rect& rect);
 
-}  // namespace screenmap
-
-}  // namespace dorix
+}  // namespace dorix::screenmap

@@ -40,8 +40,9 @@ std::optional<std::uint32_t> unwrapped(sd_bus_message* message) {
 
 }  // namespace
 
-LinuxAppearance::LinuxAppearance(BusConnection* bus, FdWatcher& watcher, std::filesystem::path configHome)
-    : folder_(std::move(configHome) / "gtk-3.0"), bus_(bus) {
+LinuxAppearance::LinuxAppearance(BusConnection* bus, FdWatcher& watcher,
+                                 const std::filesystem::path& configHome)
+    : folder_(configHome / "gtk-3.0"), bus_(bus) {
     readFile();
     watchFile(watcher);
     if (bus_ == nullptr) return;

@@ -23,7 +23,7 @@ class LinuxAppearance final : public DesktopAppearance {
  public:
     /// `bus` is the session's, nullptr where there is none; `configHome` the user's folder for configuration.
     /// Bus and watcher must outlive the object, which must not outlive the loop that feeds them.
-    LinuxAppearance(BusConnection* bus, FdWatcher& watcher, std::filesystem::path configHome);
+    LinuxAppearance(BusConnection* bus, FdWatcher& watcher, const std::filesystem::path& configHome);
     ~LinuxAppearance() override;
 
     /// What the display's settings service says, by the service's names; nothing where there is none.

@@ -37,8 +37,10 @@ double covered(int column, int row, int size, Shape isIn) {
     const double half = size / 2.0;
     int hits = 0;
     for (int i = 0; i < samples * samples; ++i) {
-        const double x = column + (i % samples + 0.5) / samples;
-        const double y = row + (i / samples + 0.5) / samples;
+        const int across = i % samples;
+        const int down = i / samples;
+        const double x = column + (across + 0.5) / samples;
+        const double y = row + (down + 0.5) / samples;
         if (isIn(x / half - 1, y / half - 1)) ++hits;
     }
     return hits / static_cast<double>(samples * samples);
