@@ -23,4 +23,12 @@ class FileReplacer {
     virtual std::error_code replace(const std::filesystem::path& file, const Source& source) = 0;
 };
 
+/// Where there is no place for files.
+class UnavailableFileReplacer final : public FileReplacer {
+ public:
+    std::error_code replace(const std::filesystem::path&, const Source&) override {
+        return std::make_error_code(std::errc::not_supported);
+    }
+};
+
 }  // namespace dorix

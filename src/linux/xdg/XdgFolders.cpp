@@ -6,6 +6,9 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <fstream>
+#include <string>
+#include <system_error>
 
 namespace dorix {
 
@@ -35,6 +38,22 @@ std::vector<std::filesystem::path> xdgDataFolders() {
         if (path.starts_with('/')) folders.emplace_back(path);
     }
     return folders;
+}
+
+std::filesystem::path xdgDocuments() {
+    constexpr std::string_view key = "XDG_DOCUMENTS_DIR=\"";
+    constexpr std::string_view homeVariable = "$HOME/";
+    std::ifstream file(xdgConfigHome() / "user-dirs.dirs");
+    for (std::string line; std::getline(file, line);) {
+        if (!line.starts_with(key) || !line.ends_with('"')) continue;
+        const std::string value = line.substr(key.size(), line.size() - key.size() - 1);
+        const std::filesystem::path folder = value.starts_with(homeVariable)
+                                                 ? home() / value.substr(homeVariable.size())
+                                                 : std::filesystem::path(value);
+        std::error_code error;
+        if (folder.is_absolute() && std::filesystem::is_directory(folder, error)) return folder;
+    }
+    return home();
 }
 
 }  // namespace dorix

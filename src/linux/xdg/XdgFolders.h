@@ -13,4 +13,7 @@ std::filesystem::path xdgDataHome();
 /// The user's data folder and those of the system, the most important first. Relative ones are left out.
 std::vector<std::filesystem::path> xdgDataFolders();
 
+/// Where the user keeps documents: what the desktop's file of user folders says, or else the home folder.
+std::filesystem::path xdgDocuments();
+
 }  // namespace dorix

@@ -1,0 +1,129 @@
+#include "linux/dbus/PortalSavePanel.h"
+
+#include <cstdio>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+namespace dorix {
+
+namespace {
+
+constexpr const char* service = "org.freedesktop.portal.Desktop";
+constexpr const char* path = "/org/freedesktop/portal/desktop";
+constexpr const char* interface = "org.freedesktop.portal.FileChooser";
+constexpr const char* responseRule =
+    "type='signal',sender='org.freedesktop.portal.Desktop',interface='org.freedesktop.portal.Request',"
+    "member='Response'";
+
+std::string windowName(std::uint64_t window) {
+    if (window == 0) return "";
+    char hex[17] = "";
+    std::snprintf(hex, sizeof hex, "%llx", static_cast<unsigned long long>(window));
+    return std::string("x11:") + hex;
+}
+
+int hexDigit(char c) {
+    if (c >= '0' && c <= '9') return c - '0';
+    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+    return c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1;
+}
+
+std::optional<std::filesystem::path> fileOf(std::string_view uri) {
+    constexpr std::string_view scheme = "file://";
+    if (!uri.starts_with(scheme)) return std::nullopt;
+    std::string name;
+    for (std::size_t i = scheme.size(); i < uri.size(); ++i) {
+        const bool encoded =
+            uri[i] == '%' && i + 2 < uri.size() && hexDigit(uri[i + 1]) >= 0 && hexDigit(uri[i + 2]) >= 0;
+        name += encoded ? static_cast<char>(hexDigit(uri[i + 1]) * 16 + hexDigit(uri[i + 2])) : uri[i];
+        if (encoded) i += 2;
+    }
+    if (!name.starts_with('/') || name.find('\0') != std::string::npos) return std::nullopt;
+    return name;
+}
+
+/// The first of the "uris" of a response.
+std::optional<std::filesystem::path> chosenFile(sd_bus_message* signal) {
+    std::uint32_t outcome = 1;
+    if (sd_bus_message_read(signal, "u", &outcome) <= 0 || outcome != 0) return std::nullopt;
+    if (sd_bus_message_enter_container(signal, 'a', "{sv}") <= 0) return std::nullopt;
+    while (sd_bus_message_enter_container(signal, 'e', "sv") > 0) {
+        const char* key = "";
+        const char* uri = "";
+        sd_bus_message_read(signal, "s", &key);
+        if (std::string_view(key) == "uris" && sd_bus_message_enter_container(signal, 'v', "as") > 0 &&
+            sd_bus_message_enter_container(signal, 'a', "s") > 0 &&
+            sd_bus_message_read(signal, "s", &uri) > 0) {
+            return fileOf(uri);
+        }
+        sd_bus_message_skip(signal, "v");
+        sd_bus_message_exit_container(signal);
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+PortalSavePanel::PortalSavePanel(BusConnection* bus, std::filesystem::path documents)
+    : bus_(bus), documents_(std::move(documents)) {
+    if (bus_ == nullptr) return;
+    bus_->listen(responseRule, [weak = std::weak_ptr(self_)](sd_bus_message* signal) {
+        if (const auto self = weak.lock()) (*self)->responded(signal);
+    });
+}
+
+Task<std::optional<std::filesystem::path>> PortalSavePanel::run(Request request) {
+    if (bus_ == nullptr) co_return freeName(request.fileName);
+    Completion<std::string> handle;
+    bus_->callLater(call(request), [handle](sd_bus_message* reply) {
+        const char* given = "";
+        const bool failed = reply == nullptr || sd_bus_message_is_method_error(reply, nullptr) != 0 ||
+                            sd_bus_message_read(reply, "o", &given) <= 0;
+        handle.complete(std::string(failed ? "" : given));
+    });
+    const std::string name = co_await handle;
+    if (name.empty()) co_return freeName(request.fileName);
+    const auto answer = waiting_[name];
+    // However the wait ends, nobody waits any more.
+    const std::shared_ptr<void> done(nullptr, [this, name](auto) { waiting_.erase(name); });
+    co_return co_await answer;
+}
+
+sdbus::Message PortalSavePanel::call(const Request& request) const {
+    auto message = bus_->newCall(service, path, interface, "SaveFile");
+    auto* raw = message.get();
+    const std::string folder = documents_.string();
+    sd_bus_message_append(raw, "ss", windowName(request.ownWindow).c_str(), request.title.c_str());
+    sd_bus_message_open_container(raw, 'a', "{sv}");
+    sd_bus_message_append(raw, "{sv}", "current_name", "s", request.fileName.c_str());
+    sd_bus_message_append(raw, "{sv}", "modal", "b", 1);
+    sd_bus_message_open_container(raw, 'e', "sv");
+    sd_bus_message_append(raw, "s", "current_folder");
+    sd_bus_message_open_container(raw, 'v', "ay");
+    sd_bus_message_append_array(raw, 'y', folder.c_str(), folder.size() + 1);  // with its NUL
+    sd_bus_message_close_container(raw);
+    sd_bus_message_close_container(raw);
+    sd_bus_message_close_container(raw);
+    return message;
+}
+
+// It is sent to whoever asked, and may come before the one who asked has taken in the request's path.
+void PortalSavePanel::responded(sd_bus_message* signal) {
+    waiting_[sd_bus_message_get_path(signal)].complete(chosenFile(signal));
+}
+
+/// "name.md", or else "name 2.md" and so on.
+std::filesystem::path PortalSavePanel::freeName(const std::string& fileName) const {
+    const std::filesystem::path wanted = documents_ / fileName;
+    std::filesystem::path name = wanted;
+    std::error_code error;
+    for (int number = 2; std::filesystem::exists(name, error); ++number) {
+        name = wanted;
+        name.replace_filename(wanted.stem().string() + " " + std::to_string(number) +
+                              wanted.extension().string());
+    }
+    return name;
+}
+
+}  // namespace dorix

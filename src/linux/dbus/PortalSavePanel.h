@@ -1,0 +1,37 @@
+#pragma once
+
+#include "base/async/Completion.h"
+#include "linux/dbus/BusConnection.h"
+#include "platform/SavePanel.h"
+
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+
+namespace dorix {
+
+/// The desktop's own dialog, through xdg-desktop-portal; without one, a free name in `documents`. Main
+/// executor.
+class PortalSavePanel final : public SavePanel {
+ public:
+    /// `bus` is null where there is none; otherwise it must outlive this.
+    PortalSavePanel(BusConnection* bus, std::filesystem::path documents);
+
+    Task<std::optional<std::filesystem::path>> run(Request request) override;
+
+ private:
+    /// The user's answer: a file, or none.
+    using Answer = std::optional<std::filesystem::path>;
+
+    sdbus::Message call(const Request& request) const;
+    void responded(sd_bus_message* signal);
+    std::filesystem::path freeName(const std::string& fileName) const;
+
+    BusConnection* const bus_;
+    const std::filesystem::path documents_;
+    std::map<std::string, Completion<Answer>> waiting_;  // by the path of the request
+    std::shared_ptr<PortalSavePanel*> self_ = std::make_shared<PortalSavePanel*>(this);
+};
+
+}  // namespace dorix
