@@ -11,13 +11,16 @@ class Application;
 class AudioEngineFactory;
 class EventPoster;
 class Executor;
+class FileReplacer;
 class HotKeyRegistrar;
 class KeyEventMonitors;
 class LoginItem;
+class MouseEventMonitors;
 class Notifications;
 class Pasteboard;
 class PrivacyGrants;
 class ProgramLauncher;
+class SavePanel;
 class SpeechRecognition;
 class StatusItem;
 class SystemSounds;
@@ -33,6 +36,7 @@ struct Platform {
     SystemLanguages languages;
     std::filesystem::path userData;  // the folder in which programs keep a folder each for the user's data
     KeyEventMonitors& keyEvents;
+    MouseEventMonitors& mouseEvents;
     HotKeyRegistrar& hotKeys;
     EventPoster& events;
     Pasteboard& pasteboard;
@@ -47,6 +51,8 @@ struct Platform {
     Notifications& notifications;
     StatusItem& statusItem;
     UrlOpener& urls;
+    SavePanel& savePanel;
+    FileReplacer& files;
     Application& application;
 };
 

@@ -15,6 +15,10 @@ namespace dorix {
 using Mode = DictationController::Mode;
 using Source = DictationController::Source;
 
+namespace {
+constexpr double clickLasts = 0.5;  // seconds, from the button going down to what the desktop says of it
+}
+
 AppController::AppController(const Platform& platform)
     : platform_(platform),
       settings_(platform.defaults, platform.loginItem, platform.languages),
@@ -36,12 +40,23 @@ AppController::AppController(const Platform& platform)
                   .accessibility = platform.accessibility,
                   .sounds = platform.sounds,
                   .history = &recorder_}),
+      panel_({.executor = platform.executor,
+              .background = background_,
+              .state = state_,
+              .history = history_,
+              .database = platform.userData / "DORIX" / "dorix.sqlite",
+              .pasteboard = platform.pasteboard,
+              .savePanel = platform.savePanel,
+              .files = platform.files,
+              .urls = platform.urls}),
+      panelPresenter_(platform.executor, state_, dictation_.panelTarget, panelSteps()),
       firstRunHint_(platform.executor, platform.defaults, state_),
       ptt_(platform.executor, platform.keyEvents, settings_.pushToTalkKey.get()),
       hotKeys_(platform.executor, platform.hotKeys),
       tasks_(platform.executor) {}
 
 void AppController::applicationDidFinishLaunching() {
+    wirePanel();
     wireKeyMonitor();
     registerHotKeys();
     installObservers();
@@ -52,6 +67,47 @@ void AppController::applicationDidFinishLaunching() {
     tasks_.spawn(prepareSpeech());
     firstRunHint_.show(FirstRunHint::Forced::no);
 }
+
+PanelPresenter::Steps AppController::panelSteps() {
+    return {.capture = [this] { return captureAppContext(platform_.workspace, platform_.accessibility); },
+            .place = [this] { return panelWindow.place(); },
+            .show = [this] { panelWindow.show(); },
+            .hide = [this] { panelWindow.hide(); },
+            .cancelSpeech = [this] { speech_.cancel(); },
+            .watchOutsideClicks = [this](bool on) { watchOutsideClicks(on); }};
+}
+
+void AppController::wirePanel() {
+    dictation_.closePanel = [this] { panelPresenter_.close(); };
+    panel_.actions.close = [this] { panelPresenter_.close(); };
+    panel_.actions.toggleMic = [this] { dictation_.toggleComposerMic(); };
+    panel_.actions.reinsert = [this](const HistoryItem& item) { dictation_.reinsert(item); };
+    panel_.onExported = [this](const std::string& words, bool failed) {
+        dictation_.flash(failed ? HUDPhase::error(words) : HUDPhase::done(words), 4.0);
+    };
+}
+
+void AppController::watchOutsideClicks(bool on) {
+    outsideClickMonitor_.reset();
+    if (!on) return;
+    outsideClickMonitor_ = platform_.mouseEvents.addGlobalMonitor([this] { clickedOutside(); });
+}
+
+void AppController::clickedOutside() {
+    // The dialog that asks where a file is to go is the desktop's, and stands above the panel.
+    if (panel_.isAsking()) return;
+    closedByClickAt_ = platform_.executor.now();
+    panelPresenter_.close();
+}
+
+/// The desktop draws the status icon, so a click there is also one outside of the panel: that has closed it.
+void AppController::statusItemClicked() {
+    if (platform_.executor.now() - closedByClickAt_ > clickLasts) panelPresenter_.toggle();
+}
+
+void AppController::iconClicked() { panelPresenter_.toggle(); }
+
+void AppController::reopen() { panelPresenter_.toggle(); }
 
 void AppController::wireKeyMonitor() {
     const auto holdsKey = [this] { return dictation_.source() == Source::holdKey; };
@@ -116,13 +172,16 @@ void AppController::applyPause(bool paused) {
 }
 
 void AppController::showStatusItem() {
-    platform_.statusItem.show([] {}, [this] { return iconMenu(); });
+    platform_.statusItem.show([this] { statusItemClicked(); }, [this] { return iconMenu(); });
     platform_.statusItem.setToolTip(iconTooltip());
 }
 
 Menu AppController::iconMenu() {
     const bool paused = settings_.paused.get();
     return {
+        {tr(state_.panelOpen.get() ? "Cerrar historial" : "Abrir historial"),
+         [this] { panelPresenter_.toggle(); }},
+        ClosureMenuItem::separator(),
         {tr(paused ? "Reanudar DORIX" : "Pausar DORIX"), [this, paused] { settings_.paused.set(!paused); }},
         ClosureMenuItem::separator(),
         {tr("Reiniciar DORIX"), [this] { platform_.application.relaunch(); }},

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/async/TaskScope.h"
+#include "base/async/ThreadPool.h"
 #include "dictation/AppState.h"
 #include "dictation/DictationController.h"
 #include "dictation/GlobalHotKey.h"
@@ -10,10 +11,13 @@
 #include "localdata/HistoryStore.h"
 #include "localdata/SettingsStore.h"
 #include "platform/ClosureMenuItem.h"
+#include "platform/MouseEventMonitors.h"
 #include "platform/Platform.h"
 #include "shell/BasicWriter.h"
 #include "shell/FirstRunHint.h"
+#include "shell/HistoryPanel.h"
 #include "shell/HistoryRecorder.h"
+#include "shell/panel/PanelPresenter.h"
 #include "shell/permissions/Permissions.h"
 #include "speech/SpeechEngine.h"
 
@@ -36,11 +40,24 @@ class AppController {
     /// Puts the icon on the screen; called in its place in the start-up sequence.
     std::function<void()> showIcon = [] {};
 
+    /// The panel's window, as whoever draws it offers it.
+    struct PanelWindow {
+        /// Takes its place beside the icon; whether that is on the right of it.
+        std::function<bool()> place = [] { return false; };
+        std::function<void()> show = [] {};
+        std::function<void()> hide = [] {};
+    };
+    PanelWindow panelWindow;
+
     /// The start-up sequence; once.
     void applicationDidFinishLaunching();
 
     /// Returns when nothing of the user's is under way: the program may end.
     Task<void> settled() { return inserter_.settled(); }
+
+    void iconClicked();
+    /// The user has started the program once more.
+    void reopen();
 
     /// The menu of the icon, as things stand.
     Menu iconMenu();
@@ -55,8 +72,14 @@ class AppController {
     AppState& state() { return state_; }
     SettingsStore& settings() { return settings_; }
     SpeechInput& speech() { return speech_; }
+    HistoryPanel& panel() { return panel_; }
 
  private:
+    PanelPresenter::Steps panelSteps();
+    void wirePanel();
+    void watchOutsideClicks(bool on);
+    void clickedOutside();
+    void statusItemClicked();
     void wireKeyMonitor();
     void registerHotKeys();
     void installObservers();
@@ -76,6 +99,11 @@ class AppController {
     TextInserter inserter_;
     TextSelection selection_;
     DictationController dictation_;
+    ThreadPool background_{1};
+    HistoryPanel panel_;
+    PanelPresenter panelPresenter_;
+    MouseEventMonitors::Token outsideClickMonitor_;  // while the panel is up
+    double closedByClickAt_ = -1;                    // by the executor's clock
     FirstRunHint firstRunHint_;
     PushToTalkMonitor ptt_;
     HotKeyTable hotKeys_;

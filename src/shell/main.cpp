@@ -82,9 +82,18 @@ std::unique_ptr<Views> makeViews(AppController& controller, const Platform& plat
                            .state = controller.state(),
                            .settings = controller.settings(),
                            .speech = controller.speech(),
+                           .panel = controller.panel(),
                            .appearance = desktop.appearance()},
-        Views::Verbs{.iconTooltip = [&controller] { return controller.iconTooltip(); },
+        Views::Verbs{.iconClicked = [&controller] { controller.iconClicked(); },
+                     .iconTooltip = [&controller] { return controller.iconTooltip(); },
                      .iconMenu = [&controller] { return controller.iconMenu(); }});
+}
+
+void connectViews(AppController& controller, Views& views) {
+    controller.showIcon = [&views] { views.showIcon(); };
+    controller.panelWindow = {.place = [&views] { return views.placePanel(); },
+                              .show = [&views] { views.showPanel(); },
+                              .hide = [&views] { views.hidePanel(); }};
 }
 
 /// The watchdog over this process, while it stands on the stack of run(). The toolkit calls exit() when the
@@ -130,7 +139,8 @@ Ending run(int argc, char** argv) {
         });
         ending.settled = [&controller] { return controller.settled(); };
         const auto views = makeViews(controller, platform, desktop);
-        if (views) controller.showIcon = [&views] { views->showIcon(); };
+        if (views) connectViews(controller, *views);
+        instance.onRequests({.reopen = [&controller] { controller.reopen(); }, .action = [](const auto&) {}});
         controller.applicationDidFinishLaunching();
         status = QCoreApplication::exec();
     }

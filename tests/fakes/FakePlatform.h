@@ -7,10 +7,12 @@
 #include "fakes/FakeHotKeyRegistrar.h"
 #include "fakes/FakeKeyEventMonitors.h"
 #include "fakes/FakeLoginItem.h"
+#include "fakes/FakeMouseEventMonitors.h"
 #include "fakes/FakeNotifications.h"
 #include "fakes/FakePasteboard.h"
 #include "fakes/FakePrivacyGrants.h"
 #include "fakes/FakeProgramLauncher.h"
+#include "fakes/FakeSavePanel.h"
 #include "fakes/FakeSpeechRecognition.h"
 #include "fakes/FakeStatusItem.h"
 #include "fakes/FakeUrlOpener.h"
@@ -19,6 +21,7 @@
 #include "fakes/RecordingEventPoster.h"
 #include "fakes/RecordingSystemSounds.h"
 #include "fakes/TemporaryFolder.h"
+#include "platform/FileReplacer.h"
 #include "platform/Platform.h"
 
 namespace dorix {
@@ -29,6 +32,7 @@ struct FakePlatform {
     ManualExecutor executor;
     MemoryUserDefaults defaults;
     FakeKeyEventMonitors keyboard;
+    FakeMouseEventMonitors mouse;
     FakeHotKeyRegistrar hotKeys;
     RecordingEventPoster poster;
     FakePasteboard pasteboard;
@@ -42,6 +46,8 @@ struct FakePlatform {
     FakeProgramLauncher launcher;
     FakeNotifications notifications;
     FakeUrlOpener urls;
+    FakeSavePanel savePanel;
+    UnavailableFileReplacer files;
     FakeStatusItem statusItem;
     FakeApplication application;
 
@@ -51,6 +57,7 @@ struct FakePlatform {
                 .languages = {},
                 .userData = folder.path(),
                 .keyEvents = keyboard,
+                .mouseEvents = mouse,
                 .hotKeys = hotKeys,
                 .events = poster,
                 .pasteboard = pasteboard,
@@ -65,6 +72,8 @@ struct FakePlatform {
                 .notifications = notifications,
                 .statusItem = statusItem,
                 .urls = urls,
+                .savePanel = savePanel,
+                .files = files,
                 .application = application};
     }
 };

@@ -6,6 +6,7 @@
 #include "linux/dbus/BusConnection.h"
 #include "linux/dbus/DBusNotifications.h"
 #include "linux/dbus/DBusStatusItem.h"
+#include "linux/dbus/PortalSavePanel.h"
 #include "linux/grants/LinuxPrivacyGrants.h"
 #include "linux/pocketsphinx/PocketsphinxRecognition.h"
 #include "linux/process/LinuxProgramLauncher.h"
@@ -18,10 +19,12 @@
 #include "linux/x11/X11KeyEventMonitors.h"
 #include "linux/x11/X11KeyInput.h"
 #include "linux/x11/X11Keyboard.h"
+#include "linux/x11/X11MouseEventMonitors.h"
 #include "linux/x11/X11Pasteboard.h"
 #include "linux/x11/X11Settings.h"
 #include "linux/x11/X11Windows.h"
 #include "linux/x11/X11Workspace.h"
+#include "linux/xdg/AtomicFile.h"
 #include "linux/xdg/AutostartLoginItem.h"
 #include "linux/xdg/JsonUserDefaults.h"
 #include "linux/xdg/LocaleEnvironment.h"
@@ -44,6 +47,7 @@ struct X11Session {
     X11Windows windows{*connection};
     DesktopEntries entries;
     X11KeyEventMonitors keyEvents{*connection, keyboard, input, windows};
+    X11MouseEventMonitors mouseEvents{*connection, windows};
     X11HotKeyRegistrar hotKeys{*connection, keyboard, input};
     X11Pasteboard pasteboard{*connection};
     X11EventPoster events{*connection, keyboard, input, windows, pasteboard};
@@ -54,6 +58,7 @@ struct X11Session {
 /// What stands in where there is no display.
 struct NoSession {
     UnavailableKeyEventMonitors keyEvents;
+    UnavailableMouseEventMonitors mouseEvents;
     UnavailableHotKeyRegistrar hotKeys;
     UnavailablePasteboard pasteboard;
     UnavailableEventPoster events;
@@ -106,6 +111,7 @@ struct LinuxDesktop::Parts {
                 .languages = systemLanguages(),
                 .userData = xdgDataHome(),
                 .keyEvents = session.keyEvents,
+                .mouseEvents = session.mouseEvents,
                 .hotKeys = session.hotKeys,
                 .events = session.events,
                 .pasteboard = session.pasteboard,
@@ -120,6 +126,8 @@ struct LinuxDesktop::Parts {
                 .notifications = *notifications,
                 .statusItem = *statusItem,
                 .urls = urls,
+                .savePanel = savePanel,
+                .files = files,
                 .application = application};
     }
 
@@ -137,9 +145,11 @@ struct LinuxDesktop::Parts {
     PulseSystemSounds sounds{audio.connection()};
     LinuxProgramLauncher launcher;
     XdgUrlOpener urls;
+    AtomicFileReplacer files;
     std::unique_ptr<BusConnection> bus;  // none where there is no session bus
     std::unique_ptr<Notifications> notifications;
     std::unique_ptr<StatusItem> statusItem;
+    PortalSavePanel savePanel{bus.get(), xdgDocuments()};
     LinuxAppearance appearance;
     NoSession none;
     std::unique_ptr<X11Session> x11;

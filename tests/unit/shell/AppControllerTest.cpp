@@ -169,23 +169,86 @@ TEST_F(AppControllerTest, TheMenuPausesRestartsAndQuits) {
     launch();
     press();
     auto menu = app->iconMenu();
-    EXPECT_THAT(labels(menu), testing::ElementsAre("Pausar DORIX", "", "Reiniciar DORIX", "Salir de DORIX"));
-    menu[0].handler();
+    EXPECT_THAT(labels(menu), testing::ElementsAre("Abrir historial", "", "Pausar DORIX", "",
+                                                   "Reiniciar DORIX", "Salir de DORIX"));
+    menu[2].handler();
     EXPECT_FALSE(audio.isRunning()) << "pausing ends a press";
     release();
     press();
     EXPECT_FALSE(audio.isRunning());
     EXPECT_EQ(defaults.boolean("paused"), true);
     menu = app->iconMenu();
-    EXPECT_EQ(menu[0].label, "Reanudar DORIX");
-    menu[0].handler();
+    EXPECT_EQ(menu[2].label, "Reanudar DORIX");
+    menu[2].handler();
     release();
     press();
     EXPECT_TRUE(audio.isRunning());
-    menu[2].handler();
-    menu[3].handler();
+    menu[4].handler();
+    menu[5].handler();
     EXPECT_EQ(application.relaunches, 1);
     EXPECT_EQ(application.terminations, 1);
+}
+
+TEST_F(AppControllerTest, ThePanelOpensAndClosesByWhateverIsClicked) {
+    launch();
+    std::string log;
+    app->panelWindow = {.place =
+                            [&] {
+                                log += "place ";
+                                return true;
+                            },
+                        .show = [&] { log += "show "; },
+                        .hide = [&] { log += "hide "; }};
+    const auto& open = app->state().panelOpen;
+    app->iconClicked();
+    EXPECT_TRUE(open.get() && app->state().panelAnchorRight.get());
+    EXPECT_FALSE(app->state().showFirstRunHint.get());
+    EXPECT_EQ(app->iconMenu()[0].label, "Cerrar historial");
+    app->iconClicked();
+    EXPECT_FALSE(open.get());
+    EXPECT_FALSE(mouse.isMonitored());
+    executor.advanceBy(0.2);
+    EXPECT_EQ(log, "place show hide ");
+
+    app->reopen();
+    mouse.click();
+    EXPECT_FALSE(open.get());
+    statusItem.clicked();
+    EXPECT_FALSE(open.get()) << "the same click, which has just closed it";
+    executor.advanceBy(1);
+    statusItem.clicked();
+    EXPECT_TRUE(open.get());
+
+    app->panel().exportHistory(HistoryExportFormat::markdown, 7);
+    executor.runPosted();
+    EXPECT_EQ(savePanel.request.ownWindow, 7U);
+    EXPECT_EQ(savePanel.request.fileName, "DORIX Historial.md");
+    mouse.click();
+    EXPECT_TRUE(open.get()) << "the click was in the dialog";
+    savePanel.answer.complete(std::nullopt);
+    executor.runPosted();
+    mouse.click();
+    EXPECT_FALSE(open.get());
+}
+
+TEST_F(AppControllerTest, ADictationOverThePanelGoesToWhatWasInFront) {
+    workspace.frontmost = RunningApplication{
+        .processIdentifier = 7, .bundleIdentifier = "com.apple.Notes", .localizedName = "Notas"};
+    launch();
+    app->iconClicked();
+    workspace.frontmost = std::nullopt;
+    press();
+    executor.advanceBy(0.3);
+    EXPECT_FALSE(app->state().panelOpen.get());
+    say("hola");
+    release();
+    executor.advanceBy(0.45);
+    EXPECT_EQ(app->state().hud.get(), HUDPhase::done("Escrito en Notas"));
+
+    app->iconClicked();
+    app->panel().openLink("https://a.example/");
+    app->panel().openLink("file:///etc/passwd");
+    EXPECT_THAT(urls.opened, testing::ElementsAre("https://a.example/"));
 }
 
 TEST_F(AppControllerTest, AToastDisturbsNothing) {
