@@ -11,6 +11,7 @@
 #include <QFont>
 #include <QGuiApplication>
 #include <QQuickWindow>
+#include <QStyleHints>
 
 namespace dorix {
 
@@ -73,6 +74,8 @@ std::unique_ptr<QCoreApplication> makeApplication(int& argc, char** argv) {
     auto application = std::make_unique<QGuiApplication>(argc, argv);
     QGuiApplication::setQuitOnLastWindowClosed(false);
     QGuiApplication::setDesktopFileName("es.pelmora.dorix");
+    // A cursor that blinks draws a frame for nothing, twice a second.
+    QGuiApplication::styleHints()->setCursorFlashTime(0);
     setFont();
     registerShapes();
     return application;

@@ -10,10 +10,10 @@ namespace dorix {
 
 OverlayPanel::OverlayPanel(const ViewContext& context, X11Desktop::Kind kind, Focusable focusable)
     : QQuickView(&context.engine, nullptr), context_(context), focusable_(focusable) {
+    auto flags = Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint;
     // No window manager has a say: it might refuse the place, decorate, raise another window or hand over the
     // focus, and some desktops have none.
-    auto flags =
-        Qt::Window | Qt::FramelessWindowHint | Qt::BypassWindowManagerHint | Qt::WindowStaysOnTopHint;
+    if (kind != X11Desktop::Kind::panel) flags |= Qt::BypassWindowManagerHint;
     if (focusable == Focusable::no) flags |= Qt::WindowDoesNotAcceptFocus;
     setFlags(flags);
     setColor(Qt::transparent);
@@ -23,8 +23,9 @@ OverlayPanel::OverlayPanel(const ViewContext& context, X11Desktop::Kind kind, Fo
     if (context_.x11 != nullptr) context_.x11->dress(*this, kind);
 }
 
-void OverlayPanel::load(const char* file) {
-    setInitialProperties({{"view", QVariant::fromValue(&view_)}});
+void OverlayPanel::load(const char* file, QVariantMap properties) {
+    properties.insert("view", QVariant::fromValue(&view_));
+    setInitialProperties(properties);
     setSource(QUrl(QStringLiteral("qrc:/dorix/views/qml/%1.qml").arg(QLatin1String(file))));
 }
 

@@ -16,8 +16,8 @@ struct ViewContext {
     X11Desktop* x11 = nullptr;  // none off screen
 };
 
-/// A window that floats above all others, on every workspace, known to no window manager. Its QML file finds
-/// what it shows in the property `view`. Main thread.
+/// A window that floats above all others, on every workspace, known to no window manager unless it is the
+/// panel. Its QML file finds what it shows in the property `view`. Main thread.
 class OverlayPanel : public QQuickView {
  public:
     enum class Focusable { no, yes };
@@ -42,7 +42,7 @@ class OverlayPanel : public QQuickView {
 
  protected:
     /// Loads the file; once, when `view` has what it needs.
-    void load(const char* file);
+    void load(const char* file, QVariantMap properties = {});
 
     /// Cuts the window to a rounded rectangle, in points, where nothing composites.
     void cutTo(const QRectF& shape, qreal radius);

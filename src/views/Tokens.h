@@ -18,6 +18,9 @@ struct Palette {
     Argb success;
     Argb error;
     Argb learned;
+    Argb onAccent;  // text on a surface of the accent
+    Argb chosen;    // the surface of the chosen row
+    Argb track;     // of what can be pressed, under the pointer
 };
 
 /// All that the views take their look from; they use no colour, size or duration of their own.
@@ -33,6 +36,9 @@ inline constexpr Palette light{
     .success = 0xFF15803D,
     .error = 0xFFB42318,
     .learned = 0xFF6D28D9,
+    .onAccent = 0xFFFFFFFF,
+    .chosen = 0xFFE1EFED,
+    .track = 0xFFECECE9,
 };
 
 inline constexpr Palette dark{
@@ -45,6 +51,9 @@ inline constexpr Palette dark{
     .success = 0xFF4ADE80,
     .error = 0xFFF97066,
     .learned = 0xFFA78BFA,
+    .onAccent = 0xFF0B1F1C,
+    .chosen = 0xFF1E3836,
+    .track = 0xFF303238,
 };
 
 constexpr const Palette& palette(bool isDark) { return isDark ? dark : light; }
@@ -53,17 +62,32 @@ constexpr const Palette& palette(bool isDark) { return isDark ? dark : light; }
 inline constexpr int space = 4;
 inline constexpr int fontSmall = 12;
 inline constexpr int fontBody = 13;
+inline constexpr int fontTitle = 15;
+inline constexpr int fontLarge = 20;
 inline constexpr int lineHeight = 140;  // per cent of the font's size
 inline constexpr int glyph = 16;
+inline constexpr int glyphLarge = 20;
 inline constexpr int bubbleRadius = 10;
+inline constexpr int cardRadius = 14;
+inline constexpr int focusRing = 2;
 inline constexpr int shadowReach =
     12;  // how far the soft shadow goes beyond its shape, downwards and sideways
+
+// Of the panel.
+inline constexpr int panelHeader = 48;
+inline constexpr int panelRow = 52;
+inline constexpr int panelDay = 28;
+inline constexpr int sidebar = 152;
+inline constexpr int narrowSidebar = 52;    // glyphs alone
+inline constexpr int narrowPanel = 660;     // below it the detail takes the list's place
+inline constexpr int richLineHeight = 116;  // per cent of the font's own spacing; as far apart as other lines
 
 // Milliseconds.
 inline constexpr int motionIn = 120;
 inline constexpr int motionBetween = 200;
 inline constexpr int motionOut = 250;
-inline constexpr int turn = 1200;  // of the arc that says that something goes on
+inline constexpr int restBeforeHint = 700;  // of the pointer
+inline constexpr int turn = 1200;           // of the arc that says that something goes on
 
 // How dark the shadow is beside its shape.
 inline constexpr double shadowStrength = 0.14;

@@ -7,6 +7,7 @@
 #include "views/FloatingIconWindow.h"
 #include "views/HUDWindow.h"
 #include "views/MenuWindow.h"
+#include "views/PanelWindow.h"
 #include "views/ScreenMap.h"
 #include "views/Theme.h"
 #include "views/X11Desktop.h"
@@ -19,6 +20,10 @@
 #include <vector>
 
 namespace dorix {
+
+namespace {
+constexpr double keepHiddenPanel = 600;  // seconds
+}
 
 struct Views::Parts {
     Parts(const Environment& environment, Verbs given);
@@ -46,10 +51,14 @@ struct Views::Parts {
     HUDPresenter presenter;
     LevelFeed level;
     FloatingIconWindow icon;
-    std::unique_ptr<HUDWindow> hud;  // made when first shown
-    QObject receiver;                // of the toolkit's signals, which it outlives nothing with
+    std::unique_ptr<HUDWindow> hud;      // made when first shown
+    std::unique_ptr<PanelWindow> panel;  // likewise, and let go when long unused
+    QObject receiver;                    // of the toolkit's signals, which it outlives nothing with
     std::vector<Subscription> bag;
     Timer screensTurn;
+    Timer dropPanel;
+
+    PanelWindow& panelWindow();
 
  private:
     HUDWindow& hudWindow();
@@ -62,7 +71,8 @@ Views::Parts::Parts(const Environment& environment, Verbs given)
       presenter(env.executor, env.state, env.speech.partial),
       level(env.executor, env.speech.level),
       icon({.engine = prepared(engine, theme), .theme = theme, .x11 = x11.get()}, env.executor, env.defaults),
-      screensTurn(env.executor) {
+      screensTurn(env.executor),
+      dropPanel(env.executor) {
     watchAppearance();
     wireIcon();
     wireHUD();
@@ -93,6 +103,18 @@ HUDWindow& Views::Parts::hudWindow() {
     return *hud;
 }
 
+PanelWindow& Views::Parts::panelWindow() {
+    dropPanel.stop();
+    if (!panel) {
+        panel = std::make_unique<PanelWindow>(context, PanelWindow::Environment{.executor = env.executor,
+                                                                                .defaults = env.defaults,
+                                                                                .state = env.state,
+                                                                                .settings = env.settings,
+                                                                                .panel = env.panel});
+    }
+    return *panel;
+}
+
 void Views::Parts::wireHUD() {
     presenter.onPlace = [this] { placeHUD(); };
     bag.push_back(presenter.content.subscribe([this](const HUDContent& now) {
@@ -112,6 +134,9 @@ void Views::Parts::wireHUD() {
 void Views::Parts::watchState() {
     bag.push_back(env.state.hud.subscribe([this](const HUDPhase&) { showState(); }));
     bag.push_back(env.settings.paused.subscribe([this](bool) { showState(); }));
+    bag.push_back(env.state.panelOpen.subscribe([this](bool open) {
+        if (!open && panel) panel->fade();
+    }));
     bag.push_back(env.settings.languageObserver().code.subscribe([this](const std::string&) {
         refreshTooltip();
         presenter.retranslate();
@@ -181,6 +206,7 @@ void Views::Parts::raise() {
 void Views::Parts::reshape() {
     icon.reshape();
     if (hud) hud->reshape();
+    if (panel) panel->reshape();
 }
 
 Views::Views(const Environment& environment, Verbs verbs)
@@ -191,6 +217,16 @@ Views::~Views() = default;
 void Views::showIcon() {
     parts_->icon.place();
     parts_->icon.orderFrontRegardless();
+}
+
+bool Views::placePanel() { return parts_->panelWindow().place(parts_->icon.frame(), screenmap::current()); }
+
+void Views::showPanel() { parts_->panelWindow().open(); }
+
+void Views::hidePanel() {
+    if (!parts_->panel) return;
+    parts_->panel->dismiss();
+    parts_->dropPanel.once(keepHiddenPanel, [this] { parts_->panel.reset(); });
 }
 
 }  // namespace dorix

@@ -4,6 +4,7 @@
 #include "localdata/SettingsStore.h"
 #include "platform/ClosureMenuItem.h"
 #include "platform/DesktopAppearance.h"
+#include "shell/HistoryPanel.h"
 #include "speech/SpeechInput.h"
 
 #include <functional>
@@ -12,7 +13,7 @@
 
 namespace dorix {
 
-/// What the user sees all day: the icon and the HUD beside it. They render the state and call the verbs;
+/// What the user sees: the icon, the HUD beside it and the panel. They render the state and call the verbs;
 /// they decide nothing. Main executor.
 class Views {
  public:
@@ -23,6 +24,7 @@ class Views {
         AppState& state;
         SettingsStore& settings;
         SpeechInput& speech;
+        HistoryPanel& panel;
         DesktopAppearance& appearance;
     };
 
@@ -42,6 +44,12 @@ class Views {
 
     /// Shows the icon, where the user left it.
     void showIcon();
+
+    /// The panel's window: takes its place beside the icon (whether on the right of it), comes up with the
+    /// keyboard, and goes. It begins to fade when the state says that it is closed.
+    bool placePanel();
+    void showPanel();
+    void hidePanel();
 
  private:
     struct Parts;

@@ -5,6 +5,9 @@
 #include <xcb/xfixes.h>
 
 #include <QGuiApplication>
+#include <QMargins>
+#include <array>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <vector>
@@ -19,6 +22,7 @@ using Reply = std::unique_ptr<T, decltype([](T* reply) { std::free(reply); })>;
 const char* windowType(X11Desktop::Kind kind) {
     switch (kind) {
         case X11Desktop::Kind::utility:
+        case X11Desktop::Kind::panel:
             return "_NET_WM_WINDOW_TYPE_UTILITY";
         case X11Desktop::Kind::notification:
             return "_NET_WM_WINDOW_TYPE_NOTIFICATION";
@@ -90,6 +94,64 @@ void X11Desktop::dress(QWindow& window, Kind kind) {
     const xcb_atom_t type = atom(windowType(kind));
     xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, static_cast<xcb_window_t>(window.winId()),
                         atom("_NET_WM_WINDOW_TYPE"), XCB_ATOM_ATOM, 32, 1, &type);
+    if (kind != Kind::panel) return;
+    const std::array<xcb_atom_t, 2> states{atom("_NET_WM_STATE_SKIP_TASKBAR"),
+                                           atom("_NET_WM_STATE_SKIP_PAGER")};
+    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, static_cast<xcb_window_t>(window.winId()),
+                        atom("_NET_WM_STATE"), XCB_ATOM_ATOM, 32, states.size(), states.data());
+}
+
+void X11Desktop::setFrameExtents(QWindow& window, const QMargins& extents) {
+    const auto pixels = [&](int points) {
+        return static_cast<std::uint32_t>(std::lround(points * window.devicePixelRatio()));
+    };
+    const std::array<std::uint32_t, 4> sides{pixels(extents.left()), pixels(extents.right()),
+                                             pixels(extents.top()), pixels(extents.bottom())};
+    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, static_cast<xcb_window_t>(window.winId()),
+                        atom("_GTK_FRAME_EXTENTS"), XCB_ATOM_CARDINAL, 32, sides.size(), sides.data());
+}
+
+/// 0 when there is no such property.
+std::uint32_t X11Desktop::windowNamedBy(std::uint32_t window, const char* property) const {
+    const Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
+        connection_, xcb_get_property(connection_, 0, window, atom(property), XCB_ATOM_WINDOW, 0, 1),
+        nullptr));
+    if (!reply || reply->format != 32 || xcb_get_property_value_length(reply.get()) < 4) return XCB_NONE;
+    return *static_cast<const std::uint32_t*>(xcb_get_property_value(reply.get()));
+}
+
+bool X11Desktop::hasWindowManager() const {
+    constexpr const char* check = "_NET_SUPPORTING_WM_CHECK";
+    // The property outlives a window manager that crashed; the window it names does not.
+    const auto window = windowNamedBy(root_, check);
+    return window != XCB_NONE && windowNamedBy(window, check) == window;
+}
+
+std::uint32_t X11Desktop::frontWindow() const {
+    if (hasWindowManager()) return windowNamedBy(root_, "_NET_ACTIVE_WINDOW");
+    const Reply<xcb_get_input_focus_reply_t> reply(
+        xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
+    return reply ? reply->focus : XCB_NONE;
+}
+
+void X11Desktop::bringToFront(std::uint32_t window) {
+    if (window == XCB_NONE) return;
+    if (!hasWindowManager()) {
+        xcb_set_input_focus(connection_, XCB_INPUT_FOCUS_PARENT, window, XCB_CURRENT_TIME);
+        xcb_flush(connection_);
+        return;
+    }
+    xcb_client_message_event_t message{};
+    message.response_type = XCB_CLIENT_MESSAGE;
+    message.format = 32;
+    message.window = window;
+    message.type = atom("_NET_ACTIVE_WINDOW");
+    // Source 2: the user asked for it, so that nobody takes it for a window that wants to come in between.
+    message.data.data32[0] = 2;
+    xcb_send_event(connection_, 0, root_,
+                   XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                   reinterpret_cast<const char*>(&message));
+    xcb_flush(connection_);
 }
 
 void X11Desktop::setShape(QWindow& window, const std::optional<QRegion>& region) {

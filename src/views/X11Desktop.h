@@ -16,7 +16,7 @@ namespace dorix {
 /// What the floating windows ask of an X display beyond what the toolkit has. Main thread.
 class X11Desktop final : public QAbstractNativeEventFilter {
  public:
-    enum class Kind { utility, notification, menu, tooltip };
+    enum class Kind { utility, panel, notification, menu, tooltip };
 
     /// nullptr where the program does not draw on an X display.
     static std::unique_ptr<X11Desktop> find();
@@ -34,6 +34,15 @@ class X11Desktop final : public QAbstractNativeEventFilter {
     /// Says what the window is, for compositors; before it is first shown.
     void dress(QWindow& window, Kind kind);
 
+    /// Says how much of the window is its shadow, so that a window manager places what can be seen. In
+    /// points.
+    void setFrameExtents(QWindow& window, const QMargins& extents);
+
+    /// The window that has the keyboard: the window manager's active one, or the focus itself; 0 for none.
+    std::uint32_t frontWindow() const;
+    /// Brings a window, ours or another's, to the front with the keyboard; nothing happens if it has gone.
+    void bringToFront(std::uint32_t window);
+
     /// Cuts the window to the region, or makes it a rectangle again. In pixels.
     void setShape(QWindow& window, const std::optional<QRegion>& region);
     /// Where the window takes the pointer; elsewhere it goes to what lies below. In pixels.
@@ -45,6 +54,8 @@ class X11Desktop final : public QAbstractNativeEventFilter {
     explicit X11Desktop(xcb_connection_t* connection);
 
     std::uint32_t atom(const char* name) const;
+    std::uint32_t windowNamedBy(std::uint32_t window, const char* property) const;
+    bool hasWindowManager() const;
     void watchCompositor();
     bool hasCompositor() const;
     void applyShape(QWindow& window, std::uint8_t kind, const std::optional<QRegion>& region);

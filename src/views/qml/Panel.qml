@@ -1,0 +1,223 @@
+import QtQuick
+import Dorix.Shapes
+
+// The history: sections, list, detail and composer. In a narrow window the detail takes the list's place.
+Item {
+    id: panel
+
+    required property var view
+    required property var verbs
+
+    readonly property bool narrow: card.width < theme.narrowPanel
+    readonly property bool detailShows: !narrow || view.hasDetail && view.detailOpen
+    readonly property bool listShows: !narrow || !detailShows
+
+    function focusOn(target) {
+        const item = target === "search" ? search : target === "composer" ? composer
+                   : listShows ? list : detail
+        item.forceActiveFocus(Qt.OtherFocusReason)
+        Qt.callLater(list.reveal)
+    }
+
+    // A finished text has its place in the list or in the detail, and both have their keys.
+    function listKeys(event) {
+        const page = list.rowsPerPage
+        const moves = { [Qt.Key_Down]: 1, [Qt.Key_Up]: -1, [Qt.Key_PageDown]: page, [Qt.Key_PageUp]: -page }
+        if (event.modifiers === Qt.NoModifier && event.key in moves) {
+            verbs.move(moves[event.key])
+        } else if ([Qt.Key_Return, Qt.Key_Enter].includes(event.key) && event.modifiers === Qt.NoModifier) {
+            if (!event.isAutoRepeat) verbs.insertSelected()
+        } else if (event.matches(StandardKey.Copy)) {
+            verbs.copySelected()
+        } else {
+            return false
+        }
+        return true
+    }
+
+    Keys.onPressed: event => {
+        event.accepted = true
+        if (event.matches(StandardKey.Find)) {
+            search.forceActiveFocus(Qt.ShortcutFocusReason)
+            search.selectAll()
+        } else if (event.matches(StandardKey.Undo)) {
+            verbs.undo()
+        } else {
+            event.accepted = false
+        }
+    }
+
+    Item {
+        id: card
+
+        x: theme.shadowReach
+        y: theme.shadowReach
+        width: panel.width - 2 * theme.shadowReach
+        height: panel.height - 2 * theme.shadowReach
+        opacity: view.shown || !theme.composited ? 1 : 0
+        Accessible.role: Accessible.Pane
+        Accessible.name: view.words.title
+
+        Behavior on opacity {
+            NumberAnimation {
+                duration: view.shown ? theme.fadeIn : theme.fadeBetween
+                easing.type: Easing.OutCubic
+            }
+        }
+
+        Surface {
+            radius: theme.cardRadius
+        }
+
+        PanelSidebar {
+            id: sidebar
+
+            x: 1
+            y: 1
+            width: panel.narrow ? theme.narrowSidebar : theme.sidebar
+            height: parent.height - 2
+            narrow: panel.narrow
+            KeyNavigation.tab: search
+        }
+
+        Item {
+            id: listSide
+
+            anchors.left: sidebar.right
+            y: 1
+            width: panel.narrow ? card.width - sidebar.width - 2 : Math.round((card.width - sidebar.width) * 0.43)
+            height: foot.y - 1
+            visible: panel.listShows
+
+            PanelSearch {
+                id: search
+
+                x: 3 * theme.space
+                width: parent.width - 2 * x - (panel.narrow ? corner.width + theme.space : 0)
+                height: theme.panelHeader
+                onKey: event => { if (panel.listKeys(event)) event.accepted = true }
+            }
+
+            PanelList {
+                id: list
+
+                anchors.top: search.bottom
+                width: parent.width
+                height: parent.height - search.height - (undo.visible ? undo.height : 0)
+                clip: true
+                onTyped: text => {
+                    search.forceActiveFocus(Qt.ShortcutFocusReason)
+                    search.type(text)
+                }
+                onKey: event => { if (panel.listKeys(event)) event.accepted = true }
+                onOpened: view.detailOpen = true
+            }
+
+            PanelUndo {
+                id: undo
+
+                anchors.bottom: parent.bottom
+                width: parent.width
+            }
+        }
+
+        Rectangle {
+            anchors.left: listSide.right
+            y: 1
+            width: 1
+            height: listSide.height
+            visible: !panel.narrow
+            color: theme.solidHairline
+        }
+
+        PanelDetail {
+            id: detail
+
+            x: panel.narrow ? sidebar.width + 1 : listSide.x + listSide.width + 1
+            y: 1
+            width: card.width - x - 1
+            height: listSide.height
+            visible: panel.detailShows
+            narrow: panel.narrow
+            room: corner.width
+            onBack: {
+                view.detailOpen = false
+                list.forceActiveFocus(Qt.BacktabFocusReason)
+            }
+        }
+
+        Row {
+            id: corner
+
+            anchors.right: parent.right
+            anchors.rightMargin: 2 * theme.space
+            y: 1 + (theme.panelHeader - height) / 2
+            spacing: theme.space / 2
+
+            PanelButton {
+                id: more
+                glyph: "\uf1d8"
+                ink: theme.textSecondary
+                name: view.words.more
+                onActivated: {
+                    const corner = mapToItem(null, 0, height)
+                    panel.verbs.showMenu(corner.x, corner.y)
+                }
+            }
+
+            PanelButton {
+                glyph: "\uf156"
+                ink: theme.textSecondary
+                name: view.words.close
+                onActivated: panel.verbs.close()
+            }
+        }
+
+        Rectangle {
+            id: foot
+
+            anchors.left: sidebar.right
+            anchors.right: parent.right
+            anchors.rightMargin: 1
+            y: parent.height - composer.height - 1
+            height: 1
+            color: theme.solidHairline
+        }
+
+        PanelComposer {
+            id: composer
+
+            anchors.left: sidebar.right
+            anchors.right: parent.right
+            anchors.bottom: parent.bottom
+            anchors.rightMargin: 1
+            anchors.bottomMargin: 1
+        }
+    }
+
+    // The edges, to be taken and drawn.
+    Repeater {
+        model: [Qt.TopEdge, Qt.BottomEdge, Qt.LeftEdge, Qt.RightEdge, Qt.TopEdge | Qt.LeftEdge,
+                Qt.TopEdge | Qt.RightEdge, Qt.BottomEdge | Qt.LeftEdge, Qt.BottomEdge | Qt.RightEdge]
+
+        MouseArea {
+            required property int modelData
+
+            readonly property bool atLeft: modelData & Qt.LeftEdge
+            readonly property bool atRight: modelData & Qt.RightEdge
+            readonly property bool atTop: modelData & Qt.TopEdge
+            readonly property bool atBottom: modelData & Qt.BottomEdge
+            readonly property real grip: 1.5 * theme.space
+            readonly property real from: theme.shadowReach - theme.space
+
+            x: atRight ? panel.width - from - grip : atLeft ? from : from + grip
+            y: atBottom ? panel.height - from - grip : atTop ? from : from + grip
+            width: atLeft || atRight ? grip : panel.width - 2 * (from + grip)
+            height: atTop || atBottom ? grip : panel.height - 2 * (from + grip)
+            cursorShape: (atLeft && atTop) || (atRight && atBottom) ? Qt.SizeFDiagCursor
+                       : (atLeft && atBottom) || (atRight && atTop) ? Qt.SizeBDiagCursor
+                       : atLeft || atRight ? Qt.SizeHorCursor : Qt.SizeVerCursor
+            onPressed: panel.verbs.resizeFrom(modelData)
+        }
+    }
+}

@@ -1,0 +1,131 @@
+import QtQuick
+
+// What to write or say to the program. Enter sends, Shift+Enter begins a line.
+FocusScope {
+    id: composer
+
+    readonly property int mostLines: 5
+    readonly property real padding: 3 * theme.space
+
+    height: field.height + 2 * padding
+
+    Rectangle {
+        id: field
+
+        x: composer.padding
+        y: composer.padding
+        width: parent.width - 2 * x
+        height: flick.height + 4 * theme.space
+        radius: theme.bubbleRadius
+        color: theme.surfaceRaised
+        border.color: view.recording || input.activeFocus ? theme.accent : theme.solidHairline
+        border.width: input.activeFocus && view.byKeyboard ? theme.focusRing : 1
+
+        Label {
+            x: flick.x
+            y: flick.y
+            width: flick.width
+            visible: input.text === "" && input.preeditText === ""
+            text: view.recording ? view.words.listening : view.words.composer
+            color: theme.textSecondary
+        }
+
+        Flickable {
+            id: flick
+
+            x: 3 * theme.space
+            y: 2 * theme.space
+            width: buttons.x - x - theme.space
+            height: Math.min(input.contentHeight, composer.mostLines * input.lineAdvance)
+            contentHeight: input.contentHeight
+            interactive: false
+            clip: true
+
+            function reveal(rectangle) {
+                if (rectangle.y < contentY) contentY = rectangle.y
+                else if (rectangle.y + rectangle.height > contentY + height)
+                    contentY = rectangle.y + rectangle.height - height
+            }
+
+            TextEdit {
+                id: input
+
+                readonly property real lineAdvance: contentHeight / Math.max(1, lineCount)
+
+                width: flick.width
+                height: Math.max(contentHeight, flick.height)
+                focus: true
+                activeFocusOnTab: true
+                selectByMouse: true
+                textFormat: TextEdit.PlainText
+                wrapMode: TextEdit.Wrap
+                font.family: theme.textFont
+                font.pixelSize: theme.fontBody
+                color: theme.text
+                selectionColor: theme.accent
+                selectedTextColor: theme.onAccent
+                onTextChanged: verbs.compose(text)
+                onCursorRectangleChanged: flick.reveal(cursorRectangle)
+                Accessible.role: Accessible.EditableText
+                Accessible.name: view.words.composer
+                Accessible.multiLine: true
+                Keys.onPressed: event => {
+                    const enter = event.key === Qt.Key_Return || event.key === Qt.Key_Enter
+                    if (enter && !(event.modifiers & Qt.ShiftModifier)) {
+                        if (!event.isAutoRepeat) verbs.sendComposer()
+                        event.accepted = true
+                    } else if (event.key === Qt.Key_Tab) {
+                        nextItemInFocusChain(true).forceActiveFocus(Qt.TabFocusReason)
+                        event.accepted = true
+                    } else if (event.key === Qt.Key_Backtab) {
+                        nextItemInFocusChain(false).forceActiveFocus(Qt.BacktabFocusReason)
+                        event.accepted = true
+                    } else if (event.matches(StandardKey.Undo) && canUndo) {
+                        undo()
+                        event.accepted = true
+                    }
+                }
+
+                Connections {
+                    target: view
+                    function onValueChanged(key, value) {
+                        if (key !== "composerText" || value === input.text) return
+                        input.text = value
+                        input.cursorPosition = input.length
+                    }
+                }
+                Component.onCompleted: text = view.composerText
+            }
+
+            Scroller {
+                list: flick
+            }
+        }
+
+        Row {
+            id: buttons
+
+            anchors.right: parent.right
+            anchors.rightMargin: theme.space
+            anchors.bottom: parent.bottom
+            anchors.bottomMargin: Math.round((flick.y * 2 + theme.lineBody - mic.height) / 2)
+            spacing: theme.space / 2
+
+            PanelButton {
+                id: mic
+                glyph: view.recording ? "\uf4db" : "\uf36c"
+                ink: view.recording ? theme.accent : theme.textSecondary
+                name: view.micLabel
+                onActivated: verbs.toggleMic()
+            }
+
+            PanelButton {
+                glyph: "\uf48a"
+                ink: enabled ? theme.accent : theme.textSecondary
+                enabled: view.canSend && input.text.trim() !== ""
+                name: view.words.send
+                onActivated: verbs.sendComposer()
+            }
+        }
+    }
+}

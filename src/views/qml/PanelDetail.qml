@@ -1,0 +1,155 @@
+import QtQuick
+
+// What is known of the selected item, or the welcome. Only what is in sight is laid out, however long it is.
+FocusScope {
+    id: detail
+
+    property bool narrow: false
+    property real room: 0  // that the window's own buttons take at the right of the head
+
+    signal back
+
+    Item {
+        id: head
+
+        width: parent.width
+        height: theme.panelHeader
+
+        MoveArea {}
+
+        PanelButton {
+            id: backButton
+            x: 2 * theme.space
+            anchors.verticalCenter: parent.verticalCenter
+            width: visible ? implicitWidth : 0
+            visible: detail.narrow && view.hasDetail
+            glyph: "\uf04d"
+            name: view.words.back
+            onActivated: detail.back()
+        }
+
+        Column {
+            anchors.left: backButton.right
+            anchors.leftMargin: 2 * theme.space
+            anchors.right: parent.right
+            anchors.rightMargin: detail.room + 2 * theme.space
+            anchors.verticalCenter: parent.verticalCenter
+            visible: view.hasDetail
+
+            Label {
+                width: parent.width
+                text: view.detailTitle
+                font.weight: Font.Medium
+            }
+
+            Label {
+                width: parent.width
+                text: view.detailPlace
+                font.pixelSize: theme.fontSmall
+                color: theme.textSecondary
+            }
+        }
+    }
+
+    ListView {
+        id: blocks
+
+        anchors.top: head.bottom
+        width: parent.width
+        height: parent.height - head.height - actions.height
+        visible: view.hasDetail
+        model: view.blocks
+        focus: true
+        activeFocusOnTab: true
+        interactive: false
+        clip: true
+        cacheBuffer: 200
+        topMargin: 2 * theme.space
+        bottomMargin: 4 * theme.space
+        keyNavigationEnabled: false
+        Accessible.role: Accessible.Document
+        Accessible.name: view.detailTitle
+        Accessible.focusable: true
+
+        delegate: PanelBlock {
+            width: ListView.view.width
+        }
+
+        Keys.onPressed: event => {
+            event.accepted = true
+            if (event.matches(StandardKey.Copy)) verbs.copySelected()
+            else if (event.key === Qt.Key_Delete) verbs.removeSelected()
+            else if (event.key === Qt.Key_Down) scroller.by(3 * theme.lineBody)
+            else if (event.key === Qt.Key_Up) scroller.by(-3 * theme.lineBody)
+            else if (event.key === Qt.Key_PageDown || event.key === Qt.Key_Space) scroller.by(height - 2 * theme.lineBody)
+            else if (event.key === Qt.Key_PageUp) scroller.by(2 * theme.lineBody - height)
+            else if (event.key === Qt.Key_Home) scroller.to(scroller.start)
+            else if (event.key === Qt.Key_End) positionViewAtEnd()
+            else if (event.key === Qt.Key_Left && detail.narrow) detail.back()
+            else event.accepted = false
+        }
+
+        Scroller {
+            id: scroller
+            list: blocks
+        }
+
+        Connections {
+            target: view
+            function onValueChanged(key, value) {
+                if (key === "detailId") Qt.callLater(scroller.to, scroller.start)
+            }
+        }
+
+        FocusRing {
+            parent: detail
+            of: blocks
+            anchors.fill: blocks
+            anchors.margins: 2
+        }
+    }
+
+    Item {
+        id: actions
+
+        anchors.bottom: parent.bottom
+        width: parent.width
+        height: visible ? 14 * theme.space : 0
+        visible: view.hasDetail
+
+        Row {
+            x: 4 * theme.space
+            anchors.verticalCenter: parent.verticalCenter
+            spacing: 2 * theme.space
+
+            PanelButton {
+                filled: true
+                label: view.insertLabel
+                onActivated: verbs.insertSelected()
+            }
+
+            PanelButton {
+                label: view.copyLabel
+                glyph: view.copied ? "\uf12c" : ""
+                onActivated: verbs.copySelected()
+            }
+        }
+
+        PanelButton {
+            anchors.right: parent.right
+            anchors.rightMargin: 3 * theme.space
+            anchors.verticalCenter: parent.verticalCenter
+            glyph: "\uf1c0"
+            ink: theme.textSecondary
+            name: view.removeLabel
+            onActivated: verbs.removeSelected()
+        }
+    }
+
+    PanelWelcome {
+        anchors.top: head.bottom
+        width: parent.width
+        height: parent.height - head.height
+        visible: !view.hasDetail
+    }
+}
