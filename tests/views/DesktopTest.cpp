@@ -1,13 +1,18 @@
 #include "fakes/FakeLoginItem.h"
+#include "fakes/FakePasteboard.h"
 #include "fakes/FakeSpeechInput.h"
+#include "fakes/FakeUrlOpener.h"
 #include "fakes/MemoryUserDefaults.h"
+#include "fakes/TemporaryFolder.h"
 #include "linux/qt/QtMainLoop.h"
+#include "linux/xdg/AtomicFile.h"
 #include "localdata/Language.h"
 #include "shell/icon/IconPlacement.h"
 #include "views/Application.h"
 #include "views/FloatingIconWindow.h"
 #include "views/HUDWindow.h"
 #include "views/MenuWindow.h"
+#include "views/PanelWindow.h"
 #include "views/Tokens.h"
 #include "views/TooltipWindow.h"
 #include "views/Views.h"
@@ -212,11 +217,22 @@ class ViewsDesktopTest : public ::testing::Test {
         loop_ = std::make_unique<QtMainLoop>();
         installLanguage(defaults_, {});
         settings_ = std::make_unique<SettingsStore>(defaults_, loginItem_, SystemLanguages{});
+        panel_ =
+            std::make_unique<HistoryPanel>(HistoryPanel::Environment{.executor = *loop_,
+                                                                     .background = *loop_,
+                                                                     .state = state_,
+                                                                     .history = history_,
+                                                                     .database = folder_.path() / "history",
+                                                                     .pasteboard = pasteboard_,
+                                                                     .savePanel = savePanel_,
+                                                                     .files = files_,
+                                                                     .urls = urls_});
         views_ = std::make_unique<Views>(Views::Environment{.executor = *loop_,
                                                             .defaults = defaults_,
                                                             .state = state_,
                                                             .settings = *settings_,
                                                             .speech = speech_,
+                                                            .panel = *panel_,
                                                             .appearance = appearance_},
                                          Views::Verbs{.iconClicked = [this] { ++clicks_; },
                                                       .iconTooltip = [] { return iconTooltip({}); },
@@ -280,6 +296,13 @@ class ViewsDesktopTest : public ::testing::Test {
     AppState state_;
     std::unique_ptr<SettingsStore> settings_;
     FakeSpeechInput speech_;
+    FakePasteboard pasteboard_;
+    FakeUrlOpener urls_;
+    UnavailableSavePanel savePanel_;
+    AtomicFileReplacer files_;
+    TemporaryFolder folder_;
+    HistoryStore history_{folder_.path() / "history"};
+    std::unique_ptr<HistoryPanel> panel_;
     UnavailableDesktopAppearance appearance_;
     std::unique_ptr<Views> views_;
     std::unique_ptr<Display> display_;
@@ -457,6 +480,43 @@ TEST_F(ViewsDesktopTest, LanguageAndThemeChangeWhileItShows) {
     const QRgb light = icon().grabWindow().pixel(30, 48);
     appearance_.prefersDark.set(true);
     EXPECT_TRUE(runUntil([&] { return icon().grabWindow().pixel(30, 48) != light; }));
+}
+
+TEST_F(ViewsDesktopTest, ThePanelFollowsLanguageAndThemeAndRestsOtherwise) {
+    history_.add({.id = "1", .app = "Notas", .title = "Hola", .createdAt = loop_->date(), .answer = "Hola."},
+                 HistoryStore::Persist::no);
+    const auto other = display_->openWindow({100, 100, 300, 200});
+    ASSERT_TRUE(runUntil([&] { return display_->focus() == other; }));
+    views_->placePanel();
+    state_.panelOpen.set(true);
+    views_->showPanel();
+    auto& panel = *find<PanelWindow>();
+    ASSERT_TRUE(runUntil([&] { return panel.isExposed() && panel.isActive(); }));
+    const auto word = [&](const char* name) {
+        return panel.view().value("words").toMap().value(name).toString();
+    };
+    EXPECT_EQ(word("search"), "Buscar en tu historial…");
+    settings_->setAppLanguage("en");
+    EXPECT_EQ(word("search"), "Search your history…");
+    EXPECT_EQ(panel.view().value("rows").value<QAbstractItemModel*>()->index(0, 0).data(PanelRows::day),
+              "Today");
+    const QRgb light = panel.grabWindow().pixel(40, 300);
+    appearance_.prefersDark.set(true);
+    EXPECT_TRUE(runUntil([&] { return panel.grabWindow().pixel(40, 300) != light; }));
+
+    state_.focusRequest.set(AppState::FocusTarget::composer);
+    runFor(0.5);
+    int frames = 0;
+    QObject::connect(&panel, &QQuickWindow::frameSwapped, &panel, [&] { ++frames; });
+    runFor(1.5);
+    EXPECT_EQ(frames, 0) << "a cursor that stands still";
+
+    state_.panelOpen.set(false);
+    EXPECT_TRUE(runUntil([&] { return display_->focus() == other; })) << "before the window has gone";
+    EXPECT_TRUE(panel.isVisible());
+    views_->hidePanel();
+    EXPECT_FALSE(panel.isVisible());
+    display_->close(other);
 }
 
 TEST_F(ViewsDesktopTest, AtRestNoFrameIsDrawn) {

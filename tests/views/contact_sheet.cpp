@@ -1,13 +1,14 @@
 // Draws every state of the icon and the HUD in both languages into one picture: contact_sheet light|dark
-// FILE. The scale is QT_SCALE_FACTOR's.
+// FILE; or the panel in one language: contact_sheet es|en FILE. The scale is QT_SCALE_FACTOR's.
 
 #include "views/Application.h"
 #include "views/Gallery.h"
+#include "views/PanelGallery.h"
 
 #include <QFont>
 #include <QPainter>
 #include <cstdio>
-#include <cstring>
+#include <string>
 
 namespace {
 
@@ -46,23 +47,40 @@ QImage column(Gallery& gallery, const Style& style) {
     return all;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    if (argc != 3) {
-        std::fprintf(stderr, "usage: contact_sheet light|dark FILE\n");
-        return 2;
-    }
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-    const auto application = makeApplication(argc, argv);
+QImage iconSheet(bool dark) {
     Gallery gallery;
-    const bool dark = std::strcmp(argv[1], "dark") == 0;
     const QImage spanish = column(gallery, {.language = "es", .dark = dark});
     const QImage english = column(gallery, {.language = "en", .dark = dark});
     QImage sheet(spanish.width() + english.width(), spanish.height(), QImage::Format_RGB32);
     QPainter painter(&sheet);
     painter.drawImage(QRect(QPoint(0, 0), spanish.size()), spanish);
     painter.drawImage(QRect(QPoint(spanish.width(), 0), english.size()), english);
-    painter.end();
+    return sheet;
+}
+
+QImage panelPage(const std::string& language) {
+    std::vector<QImage> pictures;
+    for (const auto& picture : panelSheet(language)) pictures.push_back(drawPanel(picture));
+    const QSize size = pictures.front().size();
+    QImage sheet(size * 2, QImage::Format_RGB32);
+    QPainter painter(&sheet);
+    for (int i = 0; i < 4; ++i) {
+        const QPoint at(i % 2 * size.width(), i / 2 * size.height());
+        painter.drawImage(QRect(at, size), pictures[static_cast<std::size_t>(i)]);
+    }
+    return sheet;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 3) {
+        std::fprintf(stderr, "usage: contact_sheet light|dark|es|en FILE\n");
+        return 2;
+    }
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+    const auto application = makeApplication(argc, argv);
+    const std::string what = argv[1];
+    const QImage sheet = what == "es" || what == "en" ? panelPage(what) : iconSheet(what == "dark");
     return sheet.save(QString::fromLocal8Bit(argv[2])) ? 0 : 1;
 }

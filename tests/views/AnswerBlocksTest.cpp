@@ -1,0 +1,77 @@
+#include "views/AnswerBlocks.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace dorix {
+namespace {
+
+using Kind = AnswerBlock::Kind;
+using testing::ElementsAre;
+
+TEST(AnswerBlocksTest, TakesTheCommonMarkdownApart) {
+    const auto blocks = answerBlocks(
+        "# Título\nuna línea\notra\n\n- uno\n  sigue\n  - dentro\n12. doce\n> cita\n> más\n\n---\n"
+        "```py\n# no es un título\n\n  x\n```\n| a | b |\n|---|---|\n#etiqueta");
+    EXPECT_THAT(
+        blocks,
+        ElementsAre(AnswerBlock{.kind = Kind::heading, .level = 1, .text = "Título"},
+                    AnswerBlock{.text = "una línea\notra"},
+                    AnswerBlock{.kind = Kind::item, .marker = "•", .text = "uno\nsigue"},
+                    AnswerBlock{.kind = Kind::item, .level = 1, .marker = "•", .text = "dentro"},
+                    AnswerBlock{.kind = Kind::item, .marker = "12.", .text = "doce"},
+                    AnswerBlock{.kind = Kind::quote, .text = "cita\nmás"}, AnswerBlock{.kind = Kind::rule},
+                    AnswerBlock{.kind = Kind::code, .text = "# no es un título\n\n  x"},
+                    AnswerBlock{.kind = Kind::code, .text = "| a | b |\n|---|---|"},
+                    AnswerBlock{.text = "#etiqueta"}));
+    EXPECT_THAT(answerBlocks("```\nsin cerrar"),
+                ElementsAre(AnswerBlock{.kind = Kind::code, .text = "sin cerrar"}));
+    EXPECT_TRUE(answerBlocks(" \n\n").empty());
+}
+
+TEST(AnswerBlocksTest, LiteralTextHasNoMarks) {
+    EXPECT_THAT(literalBlocks("# uno\n- dos\n\n\n> tres\n"),
+                ElementsAre(AnswerBlock{.text = "# uno\n- dos"}, AnswerBlock{.text = "> tres"}));
+}
+
+TEST(AnswerBlocksTest, NoBlockIsLongAndNothingIsLost) {
+    std::string text;
+    for (int i = 0; i < 40'000; ++i) text += i % 3 == 0 ? "ñandú " : "voló ";
+    text += std::string(5000, 'x');
+    std::string together;
+    for (const auto& block : answerBlocks(text)) {
+        EXPECT_LE(block.text.size(), 1200U);
+        EXPECT_EQ(block.continues, !together.empty());
+        together += block.text;
+    }
+    std::erase(together, ' ');
+    std::erase(text, ' ');
+    EXPECT_EQ(together, text);
+}
+
+TEST(RichTextTest, MarksWithinTheLine) {
+    EXPECT_EQ(richText("a **b *c* d** e"), "a <b>b <i>c</i> d</b> e");
+    EXPECT_EQ(richText("`**x**` ``a`b``"), "<code>**x**</code> <code>a`b</code>");
+    EXPECT_EQ(richText("3 * 4 * 5, snake_case_name, 2**"), "3 * 4 * 5, snake_case_name, 2**");
+    EXPECT_EQ(richText("\\*no\\*"), "*no*");
+    EXPECT_EQ(richText("ver https://a.example/x?y=1&z=2."),
+              "ver <a href=\"https://a.example/x?y=1&amp;z=2\">https://a.example/x?y=1&amp;z=2</a>.");
+    EXPECT_EQ(richText("[aquí](http://b.example)"), "<a href=\"http://b.example\">aquí</a>");
+}
+
+TEST(RichTextTest, NothingOfTheTextIsMarkup) {
+    EXPECT_EQ(
+        richText("<img src=\"http://x.example/a.png\"> & <script>"),
+        "&lt;img src=&quot;<a href=\"http://x.example/a.png\">http://x.example/a.png</a>&quot;&gt; &amp; "
+        "&lt;script&gt;");
+    EXPECT_EQ(richText("[x](javascript:alert(1)) [y](file:///etc/passwd)"),
+              "[x](javascript:alert(1)) [y](file:///etc/passwd)");
+    EXPECT_EQ(richText("![i](https://x.example/i.png)"), "!<a href=\"https://x.example/i.png\">i</a>");
+    EXPECT_EQ(richText("[a\"b](https://x.example/\"onmouseover=)"),
+              "<a href=\"https://x.example/&quot;onmouseover=\">a&quot;b</a>");
+}
+
+}  // namespace
+}  // namespace dorix
