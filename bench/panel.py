@@ -7,6 +7,7 @@ Frame times are the toolkit's own, from the beginning of a frame to its pixels h
 """
 
 import argparse
+import contextlib
 import json
 import os
 import re
@@ -40,7 +41,7 @@ def fill_history(folder: Path, count: int) -> None:
     sentence = "El informe de **ventas** crece un 12 % respecto al trimestre anterior, y Ana lo revisa. "
     paragraph = sentence * 8 + "\n\n"
     folder.mkdir(parents=True)
-    with sqlite3.connect(folder / "dorix.sqlite") as database:
+    with contextlib.closing(sqlite3.connect(folder / "dorix.sqlite")) as database, database:
         database.execute(SCHEMA)
         for age in range(count):
             long = age == 0

@@ -2,6 +2,7 @@
 """The history's panel under the hands of a user, and as a screen reader hears it, with a window manager and without
 one. Takes the program's path, and whether there is a window manager: wm or no-wm."""
 
+import contextlib
 import json
 import os
 import sqlite3
@@ -42,7 +43,7 @@ ITEMS = (  # id, kind, title, what was said, what was written
 
 def fill_history(folder: Path) -> None:
     folder.mkdir(parents=True)
-    with sqlite3.connect(folder / "dorix.sqlite") as database:
+    with contextlib.closing(sqlite3.connect(folder / "dorix.sqlite")) as database, database:
         database.execute(SCHEMA)
         for age, (identifier, kind, title, query, answer) in enumerate(ITEMS):
             database.execute("INSERT INTO history VALUES (?,?,'Notas',NULL,?,?,?,?,NULL)",
