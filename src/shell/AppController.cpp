@@ -109,6 +109,10 @@ void AppController::iconClicked() { panelPresenter_.toggle(); }
 
 void AppController::reopen() { panelPresenter_.toggle(); }
 
+void AppController::traceTo(const std::filesystem::path& file) {
+    trace_.emplace(file, platform_.executor, state_, dictation_.busy());
+}
+
 void AppController::wireKeyMonitor() {
     const auto holdsKey = [this] { return dictation_.source() == Source::holdKey; };
     ptt_.onBegin = [this] { dictation_.begin(Source::holdKey, Mode::write); };

@@ -14,6 +14,7 @@
 #include "platform/MouseEventMonitors.h"
 #include "platform/Platform.h"
 #include "shell/BasicWriter.h"
+#include "shell/EventTrace.h"
 #include "shell/FirstRunHint.h"
 #include "shell/HistoryPanel.h"
 #include "shell/HistoryRecorder.h"
@@ -21,8 +22,10 @@
 #include "shell/permissions/Permissions.h"
 #include "speech/SpeechEngine.h"
 
+#include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -51,6 +54,9 @@ class AppController {
 
     /// The start-up sequence; once.
     void applicationDidFinishLaunching();
+
+    /// Writes what happens from now on to `file`, for whoever looks for a fault.
+    void traceTo(const std::filesystem::path& file);
 
     /// Returns when nothing of the user's is under way: the program may end.
     Task<void> settled() { return inserter_.settled(); }
@@ -109,6 +115,7 @@ class AppController {
     HotKeyTable hotKeys_;
     std::unique_ptr<GlobalHotKey> dictationHotKey_;
     std::unique_ptr<GlobalHotKey> askHotKey_;
+    std::optional<EventTrace> trace_;
     std::vector<Subscription> bag_;
     TaskScope tasks_;
 };

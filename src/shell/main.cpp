@@ -141,6 +141,7 @@ Ending run(int argc, char** argv) {
         const auto views = makeViews(controller, platform, desktop);
         if (views) connectViews(controller, *views);
         instance.onRequests({.reopen = [&controller] { controller.reopen(); }, .action = [](const auto&) {}});
+        if (const char* file = std::getenv("DORIX_TRACE")) controller.traceTo(file);
         controller.applicationDidFinishLaunching();
         status = QCoreApplication::exec();
     }

@@ -1,20 +1,20 @@
 #!/usr/bin/python3
-"""A dictation into a real text editor, on a desktop of its own.
+"""DORIX used on a desktop of its own: one dictation into a real text editor, or the steps of a script.
 
-Prints what was typed, the milliseconds from letting the key go to the text standing in the editor, whether the
-clipboard is what it was, and where the pictures of the desktop lie: one while DORIX listens, one afterwards. The exit status is 0 only when words were typed
-and the clipboard is intact.
+A dictation prints what was typed, the milliseconds from letting the key go to the text standing in the editor, whether
+the clipboard is what it was, and where the pictures of the desktop lie: one while DORIX listens, one afterwards. The
+exit status is 0 only when words were typed and the clipboard is intact.
+
+A script prints what came of each step. The exit status is 0 only when every step did what it should; the first that did
+not ends it. docs/demo-scripts.md tells how to write one.
 """
 
 import argparse
-import json
 import os
 import shlex
 import signal
 import subprocess
 import sys
-import threading
-import time
 from pathlib import Path
 
 sys.dont_write_bytecode = True
@@ -22,148 +22,56 @@ HERE = Path(__file__).resolve().parent
 ROOT = HERE.parents[1]
 sys.path[:0] = [str(HERE), str(HERE.parent / "desktop")]
 
-from keyboard import Keyboard  # noqa: E402
+from dorix import Dorix  # noqa: E402
+from failure import DemoError  # noqa: E402
+from script import read_script  # noqa: E402
 from supervision import supervised  # noqa: E402
 from virtual_desktop import DesktopError, VirtualDesktop  # noqa: E402
-from voice import seconds_of, speak, synthesise  # noqa: E402
 
 SENTENCE = "please send me the new numbers before the meeting on monday"
-READY = b"DORIX: listo"
-START_TIMEOUT = 60.0  # loading the recogniser's model dominates, on a cold disk
-TEXT_TIMEOUT = 30.0
-LEAD = 0.35  # seconds from the key to the first word: past the hold threshold
-TAIL = 0.3  # from the last word to letting go
-PICTURE_AT = 0.8  # of the length of the speech
-TAP = 0.1  # well below what makes a press of the hot key a hold
-CLIPBOARD_BACK = 1.0  # after the text: DORIX gives the application 0.45 s to read the clipboard, then restores it
+SETTINGS = {"appLanguage": "en", "language": "en-US"}
+LOG_END = 20  # lines
+FAILURES = (DemoError, DesktopError, subprocess.CalledProcessError)
 
 
-class DemoError(Exception):
-    """The demo could not be played; the text says why."""
+def play_dictation(options: argparse.Namespace, desktop: VirtualDesktop) -> bool:
+    from dictation import Dictation
+
+    dictation = Dictation(desktop, options.screenshot, options.hands_free)
+    return dictation.play(options.say, lambda: Dorix(desktop, options.binary, options.log, SETTINGS))
 
 
-class Demo:
-    def __init__(self, options: argparse.Namespace, desktop: VirtualDesktop):
-        self._options = options
-        self._desktop = desktop
-        self._log = options.output / "dorix.log"
-        self._keyboard = Keyboard(desktop.env["DISPLAY"])
+def play_script(options: argparse.Namespace, desktop: VirtualDesktop) -> bool:
+    from player import Player
 
-    def play(self) -> bool:
-        words = self._desktop.directory / "words.wav"
-        synthesise(self._options.say, words)
-        clipboard_before = self._fill_clipboard()
-        editor = self._open_editor()
-        dorix = self._start_dorix()
-
-        spoken = self._dictate_hands_free if self._options.hands_free else self._dictate
-        let_go = spoken(words)
-        stood = editor.await_insertion(let_go, TEXT_TIMEOUT)
-        time.sleep(CLIPBOARD_BACK)
-        changes = difference(clipboard_before, self._read_clipboard())
-        typed = editor.text().strip()
-        self._take_picture(self._options.screenshot.with_stem(self._options.screenshot.stem + "-after"))
-
-        print(f"typed: {one_line(typed)}")
-        print(f"key-up to text: {self._latency(let_go, stood)}")
-        print(f"clipboard: {changes or 'unchanged'}")
-        print(f"screenshot: {self._options.screenshot}", flush=True)
-        if dorix.poll() is not None:
-            raise DemoError(f"DORIX ended with status {dorix.returncode}")
-        return any(character.isalnum() for character in typed) and not changes
-
-    def tell_log(self) -> None:
-        if self._log.exists():
-            print(f"DORIX's log, {self._log}, ends:", file=sys.stderr)
-            for line in self._log.read_text(errors="replace").splitlines()[-20:]:
-                print(f"  {line}", file=sys.stderr)
-
-    def _fill_clipboard(self) -> dict:
-        owner = self._desktop.spawn([str(HERE / "clipboard.py"), "own"], stdout=subprocess.PIPE)
-        if owner.stdout.readline() != b"ready\n":
-            raise DemoError("the clipboard could not be filled")
-        return self._read_clipboard()
-
-    def _read_clipboard(self) -> dict:
-        reader = self._desktop.spawn([str(HERE / "clipboard.py"), "read"], stdout=subprocess.PIPE)
+    script = options.script
+    player = Player(desktop, Dorix(desktop, options.binary, options.log, SETTINGS | script.settings), options.output)
+    for step in script.steps:
+        print(step, flush=True)
         try:
-            return json.loads(reader.communicate(timeout=20)[0])
-        except (subprocess.TimeoutExpired, ValueError) as error:
-            raise DemoError("the clipboard could not be read") from error
-
-    def _open_editor(self):
-        from editor import Editor, EditorError  # needs the desktop's environment from its first line
-
-        try:
-            return Editor(self._desktop)
-        except EditorError as error:
-            raise DemoError(str(error)) from error
-
-    def _start_dorix(self) -> subprocess.Popen:
-        settings = Path(self._desktop.env["XDG_CONFIG_HOME"], "dorix/defaults.json")
-        settings.parent.mkdir()
-        settings.write_text(json.dumps({"appLanguage": "en", "language": "en-US"}))
-        with open(self._log, "wb") as log:
-            dorix = self._desktop.spawn([str(self._options.binary)], stdin=subprocess.DEVNULL, stdout=log, stderr=log)
-        deadline = time.monotonic() + START_TIMEOUT
-        while READY not in self._log.read_bytes():
-            if dorix.poll() is not None:
-                raise DemoError(f"DORIX ended with status {dorix.returncode} before it was ready")
-            if time.monotonic() > deadline:
-                raise DemoError(f"DORIX was not ready within {START_TIMEOUT:.0f} s")
-            time.sleep(0.02)
-        return dorix
-
-    def _dictate(self, words: Path) -> float:
-        self._keyboard.press("Alt_R")
-        time.sleep(LEAD)
-        self._speak(words)
-        time.sleep(TAIL)
-        let_go = time.monotonic()
-        self._keyboard.release("Alt_R")
-        return let_go
-
-    def _dictate_hands_free(self, words: Path) -> float:
-        self._keyboard.press("Alt_L")
-        self._keyboard.press("space")
-        time.sleep(TAP)
-        self._keyboard.release("space")
-        self._keyboard.release("Alt_L")
-        time.sleep(LEAD)
-        self._speak(words)
-        return time.monotonic()
-
-    def _speak(self, words: Path) -> None:
-        """The picture is taken late enough in the speech for some of the words to be understood."""
-        picture = threading.Timer(PICTURE_AT * seconds_of(words), self._take_picture, [self._options.screenshot])
-        picture.start()
-        speak(self._desktop, words)
-        picture.join()
-
-    def _latency(self, since: float, stood: float | None) -> str:
-        milliseconds = "none" if stood is None else f"{(stood - since) * 1000:.0f}"
-        return milliseconds + (" (from the end of speech)" if self._options.hands_free else "")
-
-    def _take_picture(self, picture: Path) -> None:
-        status = self._desktop.spawn(["import", "-window", "root", str(picture)]).wait()
-        if status != 0:
-            raise DemoError(f"no picture could be written to {picture}")
+            for line in player.play(step):
+                print(f"  {line}", flush=True)
+        except FAILURES as error:
+            raise script.failure(step.line, f"{step.name}: {error}") from error
+    return True
 
 
-def difference(before: dict, after: dict) -> str:
-    """What changed on the clipboard, target by target; empty when nothing did."""
-    told = [f"{target} is gone" for target in before if target not in after]
-    told += [f"{target} is new" for target in after if target not in before]
-    for target in before.keys() & after.keys():
-        was, now = before[target], after[target]
-        if was != now:
-            field = next(field for field in ("size", "type", "format", "sha256") if was[field] != now[field])
-            told.append(f"{target}: {field} {was[field]} became {now[field]}")
-    return "; ".join(sorted(told))
+def play(options: argparse.Namespace, desktop: VirtualDesktop) -> bool:
+    try:
+        well = play_script(options, desktop) if options.script else play_dictation(options, desktop)
+    except FAILURES as error:
+        print(f"demo: {error}", file=sys.stderr)
+        well = False
+    if not well:
+        tell_log(options.log)
+    return well
 
 
-def one_line(text: str) -> str:
-    return text.replace("\n", "\\n")
+def tell_log(log: Path) -> None:
+    if log.exists():
+        print(f"DORIX's log, {log}, ends:", file=sys.stderr)
+        for line in log.read_text(errors="replace").splitlines()[-LOG_END:]:
+            print(f"  {line}", file=sys.stderr)
 
 
 def keep(desktop: VirtualDesktop, output: Path) -> None:
@@ -184,7 +92,9 @@ The desktop stays up on display {display} until Ctrl-C. From another terminal:
 
 
 def arguments() -> argparse.Namespace:
-    parser = argparse.ArgumentParser(prog="./run --demo", description=__doc__, allow_abbrev=False)
+    parser = argparse.ArgumentParser(prog="./run --demo", description=__doc__, allow_abbrev=False,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--script", metavar="FILE", type=Path, help="the steps to play")
     parser.add_argument("--say", metavar="SENTENCE", default=SENTENCE, help="the words to speak, in English")
     parser.add_argument("--hands-free", action="store_true",
                         help="tap Alt+Space and let silence end the dictation, instead of holding the key")
@@ -193,15 +103,21 @@ def arguments() -> argparse.Namespace:
     parser.add_argument("--binary", metavar="PATH", type=Path, default=ROOT / "build/release/src/shell/dorix",
                         help="the DORIX to start")
     parser.add_argument("--output", metavar="FOLDER", type=Path, default=ROOT / "build/demo",
-                        help="where the log and, unless told otherwise, the picture go")
+                        help="where the log and the pictures go")
     options = parser.parse_args()
     if not options.say.strip():
         parser.error("the sentence is empty")
+    if options.script:
+        try:
+            options.script = read_script(options.script)
+        except DemoError as error:
+            parser.exit(2, f"demo: {error}\n")
     if not os.access(options.binary, os.X_OK):
         parser.error(f"there is no program {options.binary}")
     options.output.mkdir(parents=True, exist_ok=True)
     options.output = options.output.resolve()
     options.binary = options.binary.resolve()
+    options.log = options.output / "dorix.log"
     options.screenshot = (options.screenshot or options.output / "screenshot.png").absolute()
     return options
 
@@ -214,14 +130,7 @@ def main() -> int:
             with VirtualDesktop(directory) as desktop:
                 os.environ.clear()
                 os.environ.update(desktop.env)
-                demo = Demo(options, desktop)
-                try:
-                    well = demo.play()
-                except (DemoError, subprocess.CalledProcessError) as error:
-                    print(f"demo: {error}", file=sys.stderr)
-                    well = False
-                if not well:
-                    demo.tell_log()
+                well = play(options, desktop)
                 if options.keep:
                     keep(desktop, options.output)
         except DesktopError as error:

@@ -13,11 +13,14 @@ class Keyboard:
         if not self._display:
             raise OSError(f"no display {display}")
 
-    def press(self, key: str) -> None:
-        self._send(key, True)
+    def press(self, *keys: str) -> None:
+        for key in keys:
+            self._send(key, True)
 
-    def release(self, key: str) -> None:
-        self._send(key, False)
+    def release(self, *keys: str) -> None:
+        """In the reverse order, as fingers do."""
+        for key in reversed(keys):
+            self._send(key, False)
 
     def _send(self, key: str, down: bool) -> None:
         keysym = ctypes.c_ulong(self._x11.XStringToKeysym(key.encode()))

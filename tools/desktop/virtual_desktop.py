@@ -56,7 +56,7 @@ FOREIGN = (
 
 
 class DesktopError(Exception):
-    """A part of the desktop did not start; the text says which and what it wrote."""
+    """A part of the desktop did not start or did not do its work; the text says which and what it wrote."""
 
 
 class VirtualDesktop:
@@ -92,6 +92,11 @@ class VirtualDesktop:
     def spawn(self, argv: list[str], **options) -> subprocess.Popen:
         """Starts an application in the desktop, out of reach of the terminal's Ctrl-C unless told otherwise."""
         return spawn(argv, at_death="KILL", **{"env": self.env, "start_new_session": True, **options})
+
+    def screenshot(self, picture: Path) -> None:
+        status = self.spawn(["import", "-window", "root", str(picture)]).wait()
+        if status != 0:
+            raise DesktopError(f"no picture could be written to {picture}")
 
     def log(self, name: str) -> Path:
         """The file that the output of the application `name` goes to."""

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "base/Json.h"
+#include "base/Observable.h"
+#include "base/async/Executor.h"
+#include "dictation/AppState.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+namespace dorix {
+
+/// A debugging aid: writes what the program does to a file, as it happens, one JSON object a line. The file
+/// tells what the user said, so it is written only when somebody asks for it. Main executor, on which it
+/// writes.
+class EventTrace {
+ public:
+    /// Appends to `file`, made for the user alone where it is missing. A file that cannot be opened is told
+    /// in the log, and nothing is traced. What it observes may go before it.
+    EventTrace(const std::filesystem::path& file, Executor& executor, AppState& state,
+               Observable<bool>& busy);
+
+    /// The road that an utterance takes, by its name.
+    void route(std::string_view name);
+
+ private:
+    struct Close {
+        void operator()(std::FILE* file) const { std::fclose(file); }
+    };
+
+    void write(Json event);
+
+    Executor& executor_;
+    std::unique_ptr<std::FILE, Close> file_;
+    std::vector<Subscription> bag_;
+};
+
+}  // namespace dorix

@@ -1,0 +1,58 @@
+"""DORIX in the virtual desktop: started with settings, followed in its log, its trace and its history."""
+
+import json
+import sqlite3
+import subprocess
+from contextlib import closing
+from pathlib import Path
+
+from failure import DemoError
+from virtual_desktop import VirtualDesktop
+from waiting import wait_until
+
+READY = "DORIX: listo\n"
+START_TIMEOUT = 60.0  # loading the recogniser's model dominates, on a cold disk
+
+
+class Dorix:
+    """Builds ready to be used. `log` gets what it writes."""
+
+    def __init__(self, desktop: VirtualDesktop, binary: Path, log: Path, settings: dict):
+        self._log = log
+        self._trace = desktop.directory / "trace.jsonl"
+        self._settings = Path(desktop.env["XDG_CONFIG_HOME"], "dorix/defaults.json")
+        self._history = Path(desktop.env["XDG_DATA_HOME"], "DORIX/dorix.sqlite")
+        self._settings.parent.mkdir()
+        self._settings.write_text(json.dumps(settings))
+        with open(log, "wb") as output:
+            self._process = desktop.spawn([str(binary)], stdin=subprocess.DEVNULL, stdout=output, stderr=output,
+                                          env=desktop.env | {"DORIX_TRACE": str(self._trace)})
+        self.pid = self._process.pid
+        wait_until(lambda: READY in self.log() or self._process.poll() is not None, START_TIMEOUT)
+        self.check_running()
+        if READY not in self.log():
+            raise DemoError(f"DORIX was not ready within {START_TIMEOUT:.0f} s")
+
+    def check_running(self) -> None:
+        status = self._process.poll()
+        if status is not None:
+            raise DemoError(f"DORIX ended with status {status}")
+
+    def log(self) -> str:
+        return self._log.read_text(errors="replace")
+
+    def settings(self) -> dict:
+        """As they are kept now."""
+        return json.loads(self._settings.read_text())
+
+    def events(self, since: int = 0) -> list[dict]:
+        """The trace, but for its first `since` events."""
+        lines = self._trace.read_text().split("\n")[:-1]  # what follows the last line end is being written
+        return [json.loads(line) for line in lines[since:]]
+
+    def history(self) -> list[dict]:
+        """What it remembers, newest first, as any program may read it."""
+        with closing(sqlite3.connect(f"file:{self._history}?mode=ro", uri=True)) as database:
+            database.row_factory = sqlite3.Row
+            rows = database.execute("SELECT * FROM history ORDER BY created_at DESC")
+            return [dict(row) | {"meta": json.loads(row["meta"] or "{}")} for row in rows]

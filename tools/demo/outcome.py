@@ -1,0 +1,58 @@
+"""What came of a step: what was typed and where, which road the words took, what the HUD showed."""
+
+import re
+from dataclasses import dataclass, field
+from difflib import SequenceMatcher
+
+HEARD_WELL = 0.6  # of the words, in their order; the recogniser mistakes one now and then
+MESSAGES = ("done", "info", "error", "learned")
+
+
+@dataclass
+class Outcome:
+    typed: str = ""
+    events: list[dict] = field(default_factory=list)
+    remembered: list[dict] = field(default_factory=list)
+
+    def routes(self) -> list[str]:
+        return [event["route"] for event in self.events if "route" in event]
+
+    def phases(self) -> list[str]:
+        """What the HUD showed, one after the other; a message that went by itself has not to be told."""
+        shown = [event for event in self.events if "hud" in event]
+        if len(shown) > 1 and shown[-1]["hud"] == "hidden" and shown[-2]["hud"] in MESSAGES:
+            shown.pop()
+        return [event["hud"] for event in shown]
+
+    def messages(self) -> list[str]:
+        return [event["text"] for event in self.events if event.get("text")]
+
+    def lines(self) -> list[str]:
+        told = [("typed", self.typed.replace("\n", "\\n")), ("route", ", ".join(self.routes())),
+                ("hud", ", ".join(self.phases())), ("message", " / ".join(self.messages()))]
+        told += [("history", f"{item['kind']}, {item['app']}") for item in self.remembered]
+        return [f"{name}: {value}" for name, value in told if value]
+
+
+def inserted(before: str, after: str) -> str:
+    """What was inserted in one place to make `after` of `before`."""
+    start = 0
+    while start < min(len(before), len(after)) and before[start] == after[start]:
+        start += 1
+    end = 0
+    while end < min(len(before), len(after)) - start and before[-1 - end] == after[-1 - end]:
+        end += 1
+    return after[start:len(after) - end]
+
+
+def words(text: str) -> list[str]:
+    return re.findall(r"[\w']+", text.casefold())
+
+
+def sounds_like(spoken: str, text: str) -> bool:
+    return SequenceMatcher(None, words(spoken), words(text), autojunk=False).ratio() >= HEARD_WELL
+
+
+def contains(text: str, wanted: str) -> bool:
+    """Whether the words that are wanted stand in the text, one after the other."""
+    return f" {' '.join(words(wanted))} " in f" {' '.join(words(text))} "

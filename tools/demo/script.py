@@ -1,0 +1,89 @@
+"""Reads a script: one step a line, its name and, after a blank, its argument. Blank lines and lines that begin with "#"
+say nothing. The settings come first: DORIX reads them at its start."""
+
+import json
+from dataclasses import dataclass, field
+from pathlib import Path
+
+from failure import DemoError
+
+SETTINGS = "settings"
+
+# Every step with its argument; Player has a method for each.
+STEPS = {
+    "app": "NAME",
+    "ask": "QUESTION",
+    "expect": "typed|route|hud|message VALUE",
+    "key": "CHORD...",
+    "say": "SENTENCE",
+    "say-hands-free": "SENTENCE",
+    "screenshot": "FILE",
+    "silent": "",
+    "tap": "",
+}
+
+
+@dataclass(frozen=True)
+class Step:
+    line: int
+    name: str
+    argument: str
+
+    def __str__(self) -> str:
+        return f"{self.name} {self.argument}".rstrip()
+
+
+@dataclass
+class Script:
+    path: Path
+    settings: dict[str, object] = field(default_factory=dict)
+    steps: list[Step] = field(default_factory=list)
+
+    def failure(self, line: int, text: object) -> DemoError:
+        return DemoError(f"{self.path}:{line}: {text}")
+
+
+def read_script(path: Path) -> Script:
+    """A faulty line fails here, before anything is played."""
+    script = Script(path)
+    try:
+        lines = path.read_text(encoding="utf-8").splitlines()
+    except (OSError, UnicodeError) as error:
+        raise DemoError(f"{path}: {error}") from error
+    for number, line in enumerate(lines, 1):
+        name, _, argument = line.strip().partition(" ")
+        if not name or name.startswith("#"):
+            continue
+        if fault := _add(script, Step(number, name, argument.strip())):
+            raise script.failure(number, fault)
+    if not script.steps:
+        raise DemoError(f"{path}: the script has no steps")
+    return script
+
+
+def _add(script: Script, step: Step) -> str:
+    """What is wrong with the step."""
+    if step.name == SETTINGS:
+        return _set(script, step.argument)
+    if step.name not in STEPS:
+        return f'there is no step "{step.name}"; there are {", ".join((SETTINGS, *STEPS))}'
+    wanted = STEPS[step.name]
+    if wanted and not step.argument:
+        return f"the step is: {step.name} {wanted}"
+    if step.argument and not wanted:
+        return f"{step.name} takes no argument"
+    script.steps.append(step)
+    return ""
+
+
+def _set(script: Script, argument: str) -> str:
+    key, _, value = argument.partition(" ")
+    if script.steps:
+        return "settings stand before the first step"
+    if not value:
+        return "the line is: settings KEY VALUE, the value as JSON or one word, as in: settings appLanguage es"
+    try:
+        script.settings[key] = json.loads(value)
+    except ValueError:
+        script.settings[key] = value
+    return ""
