@@ -5,28 +5,23 @@ import os
 import shutil
 import signal
 import subprocess
-import time
+import sys
 import unittest
 from pathlib import Path
 
-WITH_DESKTOP = Path(__file__).resolve().parents[2] / "tools/desktop/with-desktop"
+sys.dont_write_bytecode = True
+TOOLS = Path(__file__).resolve().parents[2] / "tools/desktop"
+sys.path.insert(0, str(TOOLS))
+
+from supervision import processes_in  # noqa: E402
+from waiting import wait_until  # noqa: E402
+
+WITH_DESKTOP = TOOLS / "with-desktop"
+END_TIMEOUT = 10.0
 
 # Detached from everything and deaf to SIGTERM, as a badly behaved application's helper may be.
 STUBBORN = "setsid sh -c 'trap \"\" TERM; while :; do sleep 1000; done' </dev/null >/dev/null 2>&1 & "
 TELL_AND_WAIT = "echo $XDG_RUNTIME_DIR; read line"
-
-
-def survivors(runtime: str) -> list[str]:
-    """The processes that have the desktop's address in their environment."""
-    mark = f"XDG_RUNTIME_DIR={runtime}".encode()
-    found = []
-    for entry in Path("/proc").iterdir():
-        try:
-            if entry.name.isdigit() and mark in (entry / "environ").read_bytes().split(b"\0"):
-                found.append((entry / "cmdline").read_text().replace("\0", " "))
-        except OSError:
-            continue
-    return found
 
 
 def children(pid: int) -> list[int]:
@@ -45,24 +40,20 @@ class DesktopTest(unittest.TestCase):
         self.addCleanup(process.stdout.close)
         self.addCleanup(process.stdin.close)
         self.addCleanup(process.terminate)
-        self.runtime = process.stdout.readline().strip()
-        self.assertTrue(self.runtime)
-        self.addCleanup(shutil.rmtree, Path(self.runtime).parent, ignore_errors=True)
-        self.assertGreater(len(survivors(self.runtime)), 5)
+        runtime = process.stdout.readline().strip()
+        self.assertTrue(runtime)
+        self.runtime = Path(runtime)
+        self.addCleanup(shutil.rmtree, self.runtime.parent, ignore_errors=True)
+        self.assertGreater(len(processes_in(self.runtime)), 5)
         return process
 
     def assert_ended(self):
-        self.assert_soon_false(lambda: survivors(self.runtime))
+        wait_until(lambda: not processes_in(self.runtime), END_TIMEOUT)
+        self.assertEqual(processes_in(self.runtime), {})
 
     def assert_nothing_left(self):
         self.assert_ended()
-        self.assert_soon_false(lambda: Path(self.runtime).exists())
-
-    def assert_soon_false(self, condition):
-        deadline = time.monotonic() + 10
-        while value := condition():
-            self.assertLess(time.monotonic(), deadline, value)
-            time.sleep(0.02)
+        self.assertTrue(wait_until(lambda: not self.runtime.exists(), END_TIMEOUT))
 
     def test_a_command_finds_what_it_asked_for_and_gives_its_status(self):
         self.assertEqual(run("sh", "-c", "xdotool getdisplaygeometry && pactl get-default-source && "

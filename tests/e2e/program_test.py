@@ -2,6 +2,7 @@
 """The program starts whatever is missing or damaged around it, ends when it is asked to and leaves no process behind;
 a dictation into an editor ends in text. Takes the program's path."""
 
+import contextlib
 import os
 import select
 import shutil
@@ -13,13 +14,18 @@ import time
 import unittest
 from pathlib import Path
 
-ROOT = Path(__file__).resolve().parents[2]
-WITH_DESKTOP = ROOT / "tools/desktop/with-desktop"
-DEMO = ROOT / "tools/demo/demo.py"
+sys.dont_write_bytecode = True
+TOOLS = Path(__file__).resolve().parents[2] / "tools"
+sys.path[:0] = [str(TOOLS / "demo"), str(TOOLS / "desktop")]
+
+from dorix import READY, START_TIMEOUT  # noqa: E402
+from supervision import processes_in  # noqa: E402
+from waiting import wait_until  # noqa: E402
+
+WITH_DESKTOP = TOOLS / "desktop/with-desktop"
+DEMO = TOOLS / "demo/demo.py"
 BINARY = ""
 
-READY = "DORIX: listo\n"
-START_TIMEOUT = 60.0  # loading the recogniser's model dominates, on a cold disk
 END_TIMEOUT = 3.0
 DEMO_TIMEOUT = 150.0
 
@@ -76,15 +82,11 @@ class Program:
         return self._running(BINARY)
 
     def _running(self, executable: Path) -> list[int]:
-        mark = f"XDG_RUNTIME_DIR={self._runtime}".encode()
         found = []
-        for entry in Path("/proc").iterdir():
-            try:
-                if (entry.name.isdigit() and Path(os.readlink(entry / "exe")) == executable
-                        and mark in (entry / "environ").read_bytes().split(b"\0")):
-                    found.append(int(entry.name))
-            except OSError:
-                continue
+        for pid in processes_in(self._runtime):
+            with contextlib.suppress(OSError):  # gone meanwhile
+                if Path(os.readlink(f"/proc/{pid}/exe")) == executable:
+                    found.append(pid)
         return found
 
     def send(self, number: signal.Signals) -> None:
@@ -114,15 +116,6 @@ class Program:
         """What the program ended with; ends the desktop."""
         self._desktop.stdin.close()
         return self._desktop.wait(20)
-
-
-def wait_until(condition, seconds: float) -> bool:
-    deadline = time.monotonic() + seconds
-    while not condition():
-        if time.monotonic() > deadline:
-            return False
-        time.sleep(0.02)
-    return True
 
 
 class ProgramTest(unittest.TestCase):

@@ -63,6 +63,17 @@ def descendants() -> set[int]:
     return found
 
 
+def processes_in(runtime: Path) -> dict[int, str]:
+    """The living processes that have this desktop's XDG_RUNTIME_DIR in their environment, with their command lines."""
+    mark = f"XDG_RUNTIME_DIR={runtime}".encode()
+    found = {}
+    for entry in Path("/proc").iterdir():
+        with contextlib.suppress(OSError):  # gone meanwhile
+            if entry.name.isdigit() and mark in (entry / "environ").read_bytes().split(b"\0"):
+                found[int(entry.name)] = (entry / "cmdline").read_text().replace("\0", " ")
+    return found
+
+
 def _reap() -> None:
     with contextlib.suppress(ChildProcessError):
         while os.waitpid(-1, os.WNOHANG)[0]:

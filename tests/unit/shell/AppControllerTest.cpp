@@ -1,3 +1,4 @@
+#include "base/Json.h"
 #include "fakes/FakePlatform.h"
 #include "localdata/Language.h"
 #include "platform/KeyCodes.h"
@@ -7,11 +8,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace dorix {
 namespace {
+
+using ::testing::ElementsAre;
 
 constexpr std::uint32_t dictationKey = 1;
 constexpr std::uint32_t askKey = 2;
@@ -71,6 +77,35 @@ TEST_F(AppControllerTest, AHeldKeyBecomesTextAtTheCursor) {
     EXPECT_EQ(pasted(), "Hola a todos.");
     EXPECT_EQ(app->state().hud.get(), HUDPhase::done("Escrito en Escritorio"));
     EXPECT_FALSE(audio.isRunning());
+}
+
+TEST_F(AppControllerTest, TracesWhatItDoesForTheUserAlone) {
+    launch();
+    const auto file = folder.path() / "trace.jsonl";
+    app->traceTo(file);
+    press();
+    executor.advanceBy(0.3);
+    say("hola a todos");
+    release();
+    executor.advanceBy(5);
+    std::ifstream lines(file);
+    std::vector<std::string> told;
+    for (std::string line; std::getline(lines, line);) {
+        auto event = Json::parse(line);
+        EXPECT_GT(event.at("at"), 0);
+        event.erase("at");
+        told.push_back(event.dump());
+    }
+    EXPECT_THAT(told, ElementsAre(R"({"hud":"listening","text":""})", R"({"busy":true})",
+                                  R"({"hud":"processing","text":""})",
+                                  R"({"hud":"done","text":"Escrito en Escritorio"})", R"({"busy":false})",
+                                  R"({"hud":"hidden","text":""})"));
+    using std::filesystem::perms;
+    EXPECT_EQ(std::filesystem::status(file).permissions(), perms::owner_read | perms::owner_write);
+
+    log();
+    app->traceTo(folder.path() / "nowhere" / "trace.jsonl");
+    EXPECT_EQ(log(), "DORIX: no se pudo abrir la traza " + (folder.path() / "nowhere/trace.jsonl").string() + "\n");
 }
 
 TEST_F(AppControllerTest, RemembersWhatWasDictated) {
