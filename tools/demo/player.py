@@ -18,7 +18,7 @@ from waiting import wait_until
 APPLICATIONS = {"mousepad": Editor, "xterm": Terminal}
 
 PROCESSED_TIMEOUT = 30.0
-QUIET_TIMEOUT = 10.0  # longer than any message stays
+HUD_TIMEOUT = 10.0  # longer than any message stays
 ARRIVAL_TIMEOUT = 3.0  # from the paste to the text in the application
 UNSEEN = 1.0  # seconds in which what must not happen would have happened
 
@@ -54,6 +54,13 @@ class Player:
     def key(self, chord: str) -> None:
         self._user.press(*chord.split())
 
+    def restart(self) -> list[str]:
+        known = self._dorix.history()
+        self._dorix.restart()
+        if self._dorix.history() != known:
+            raise DemoError("the history is not what it was")
+        return [f"history: {len(known)} items"]
+
     # Utterances
 
     def say(self, sentence: str) -> list[str]:
@@ -69,6 +76,22 @@ class Player:
 
     def silent(self) -> list[str]:
         self._observe(lambda: self._until_processed(lambda: self._user.hold_in_silence(HOLD_KEY)))
+        return self._told_untyped()
+
+    def hold(self) -> None:
+        self._await_hud("hidden")
+        self._user.press_and_hold(HOLD_KEY)
+        self._await_hud("listening")
+
+    def escape(self) -> list[str]:
+        """Drops the recording that `hold` began."""
+        def escape() -> None:
+            self._user.press("Escape")
+            self._await_hud("hidden")
+            self._user.let_go(HOLD_KEY)
+            time.sleep(UNSEEN)
+
+        self._watch(escape)
         return self._told_untyped()
 
     def tap(self) -> list[str]:
@@ -116,10 +139,13 @@ class Player:
     # What came of it
 
     def _observe(self, act: Callable[[], object]) -> None:
+        """As `_watch`, when what the last step left on the screen has gone."""
+        self._await_hud("hidden")
+        self._watch(act)
+
+    def _watch(self, act: Callable[[], object]) -> None:
         """Does what a step does to DORIX and the application in front, and keeps what came of it."""
         front = self._front_application()
-        if not wait_until(lambda: self._hud() == "hidden", QUIET_TIMEOUT):
-            raise DemoError(f"the HUD did not go away; it shows {self._hud()}")
         since = len(self._dorix.events())
         before = {target: target.text() for target in self._targets.values()}
         known = {item["id"] for item in self._dorix.history()}
@@ -144,6 +170,10 @@ class Player:
         if not self._front:
             raise DemoError("no application is open; open one first, as in: app mousepad")
         return self._front
+
+    def _await_hud(self, phase: str) -> None:
+        if not wait_until(lambda: self._hud() == phase, HUD_TIMEOUT):
+            raise DemoError(f"the HUD shows {self._hud()}, not {phase}")
 
     def _hud(self) -> str:
         phases = [event["hud"] for event in self._dorix.events() if "hud" in event]

@@ -13,8 +13,11 @@ SETTINGS = "settings"
 STEPS = {
     "app": "NAME",
     "ask": "QUESTION",
+    "escape": "",
     "expect": "typed|route|hud|message VALUE",
+    "hold": "",
     "key": "CHORD...",
+    "restart": "",
     "say": "SENTENCE",
     "say-hands-free": "SENTENCE",
     "screenshot": "FILE",

@@ -33,6 +33,12 @@ class User:
         self._keyboard.release(*keys)
         return let_go
 
+    def press_and_hold(self, keys: tuple[str, ...]) -> None:
+        self._keyboard.press(*keys)
+
+    def let_go(self, keys: tuple[str, ...]) -> None:
+        self._keyboard.release(*keys)
+
     def hold_in_silence(self, keys: tuple[str, ...]) -> None:
         self._keyboard.press(*keys)
         time.sleep(SILENCE)
@@ -55,7 +61,7 @@ class User:
 
     def press(self, *chords: str) -> None:
         """One chord after another, as "ctrl+f"."""
-        self._run("xdotool", "key", "--clearmodifiers", "--delay", "50", *chords)
+        self._run("xdotool", "key", "--delay", "50", *chords)
 
     def type(self, text: str) -> None:
         self._run("xdotool", "type", "--delay", "30", "--", text)
