@@ -111,6 +111,7 @@ void AppController::reopen() { panelPresenter_.toggle(); }
 
 void AppController::traceTo(const std::filesystem::path& file) {
     trace_.emplace(file, platform_.executor, state_, dictation_.busy());
+    dictation_.onRoute = [this](Route route) { trace_->route(route); };
 }
 
 void AppController::wireKeyMonitor() {

@@ -39,7 +39,7 @@ EventTrace::EventTrace(const std::filesystem::path& file, Executor& executor, Ap
     bag_.push_back(busy.subscribe([this](bool isBusy) { write({{"busy", isBusy}}); }));
 }
 
-void EventTrace::route(std::string_view name) { write({{"route", name}}); }
+void EventTrace::route(Route route) { write({{"route", name(route)}}); }
 
 void EventTrace::write(Json event) {
     if (!file_) return;

@@ -4,11 +4,11 @@
 #include "base/Observable.h"
 #include "base/async/Executor.h"
 #include "dictation/AppState.h"
+#include "dictation/Route.h"
 
 #include <cstdio>
 #include <filesystem>
 #include <memory>
-#include <string_view>
 #include <vector>
 
 namespace dorix {
@@ -23,8 +23,8 @@ class EventTrace {
     EventTrace(const std::filesystem::path& file, Executor& executor, AppState& state,
                Observable<bool>& busy);
 
-    /// The road that an utterance takes, by its name.
-    void route(std::string_view name);
+    /// Where an utterance goes.
+    void route(Route route);
 
  private:
     struct Close {

@@ -3,6 +3,7 @@
 import re
 from dataclasses import dataclass, field
 from difflib import SequenceMatcher
+from os.path import commonprefix
 
 HEARD_WELL = 0.6  # of the words, in their order; the recogniser mistakes one now and then
 MESSAGES = ("done", "info", "error", "learned")
@@ -14,8 +15,12 @@ class Outcome:
     events: list[dict] = field(default_factory=list)
     remembered: list[dict] = field(default_factory=list)
 
-    def routes(self) -> list[str]:
-        return [event["route"] for event in self.events if "route" in event]
+    def route(self) -> str:
+        """Where the utterance went; nothing when there was none."""
+        routes = [event["route"] for event in self.events if "route" in event]
+        if not routes and any("busy" in event for event in self.events):
+            routes.append("none")
+        return ", ".join(routes)
 
     def phases(self) -> list[str]:
         """What the HUD showed, one after the other; a message that went by itself has not to be told."""
@@ -28,20 +33,19 @@ class Outcome:
         return [event["text"] for event in self.events if event.get("text")]
 
     def lines(self) -> list[str]:
-        told = [("typed", self.typed.replace("\n", "\\n")), ("route", ", ".join(self.routes())),
+        told = [("typed", self.typed.replace("\n", "\\n")), ("route", self.route()),
                 ("hud", ", ".join(self.phases())), ("message", " / ".join(self.messages()))]
         told += [("history", f"{item['kind']}, {item['app']}") for item in self.remembered]
         return [f"{name}: {value}" for name, value in told if value]
 
 
 def inserted(before: str, after: str) -> str:
-    """What was inserted in one place to make `after` of `before`."""
-    start = 0
-    while start < min(len(before), len(after)) and before[start] == after[start]:
-        start += 1
-    end = 0
-    while end < min(len(before), len(after)) - start and before[-1 - end] == after[-1 - end]:
-        end += 1
+    """What was inserted in one place to make `after` of `before`; all of `after` when something was replaced, as nobody
+    can tell then where the new text begins."""
+    start = len(commonprefix([before, after]))
+    end = len(before) - start
+    if end and not after.endswith(before[start:]):
+        return after
     return after[start:len(after) - end]
 
 

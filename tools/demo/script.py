@@ -14,7 +14,7 @@ STEPS = {
     "app": "NAME",
     "ask": "QUESTION",
     "escape": "",
-    "expect": "typed|route|hud|message VALUE",
+    "expect": "WHAT VALUE",
     "hold": "",
     "key": "CHORD...",
     "restart": "",
@@ -24,6 +24,7 @@ STEPS = {
     "silent": "",
     "tap": "",
 }
+EXPECTATIONS = ("typed", "route", "hud", "message")
 
 
 @dataclass(frozen=True)
@@ -75,8 +76,15 @@ def _add(script: Script, step: Step) -> str:
         return f"the step is: {step.name} {wanted}"
     if step.argument and not wanted:
         return f"{step.name} takes no argument"
+    if step.name == "expect" and not _is_expectation(step.argument):
+        return f"what may be expected is {', '.join(EXPECTATIONS)}, each with what it should be"
     script.steps.append(step)
     return ""
+
+
+def _is_expectation(argument: str) -> bool:
+    what, _, value = argument.partition(" ")
+    return what in EXPECTATIONS and value != ""
 
 
 def _set(script: Script, argument: str) -> str:

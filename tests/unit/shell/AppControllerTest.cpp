@@ -97,7 +97,7 @@ TEST_F(AppControllerTest, TracesWhatItDoesForTheUserAlone) {
         told.push_back(event.dump());
     }
     EXPECT_THAT(told, ElementsAre(R"({"hud":"listening","text":""})", R"({"busy":true})",
-                                  R"({"hud":"processing","text":""})",
+                                  R"({"hud":"processing","text":""})", R"({"route":"plain"})",
                                   R"({"hud":"done","text":"Escrito en Escritorio"})", R"({"busy":false})",
                                   R"({"hud":"hidden","text":""})"));
     using std::filesystem::perms;
