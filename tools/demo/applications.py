@@ -29,13 +29,13 @@ class TargetApplication(ABC):
     def bring_to_front(self) -> None:
         """Does what a click into the taskbar does, and waits until the window has the keyboard."""
         self._window("windowactivate")
-        if not wait_until(self._is_in_front, START_TIMEOUT):
+        if not wait_until(self.is_in_front, START_TIMEOUT):
             raise DemoError(f"the window of {self.name} did not come to the front")
 
     def _window(self, *action: str) -> None:
         self._desktop.spawn(["xdotool", "search", "--sync", "--onlyvisible", "--class", self.name, *action]).wait()
 
-    def _is_in_front(self) -> bool:
+    def is_in_front(self) -> bool:
         ask = self._desktop.spawn(["xdotool", "getactivewindow", "getwindowpid"], stdout=subprocess.PIPE,
                                   stderr=subprocess.DEVNULL)
         return ask.communicate()[0].strip() == str(self.pid).encode()

@@ -108,6 +108,8 @@ def arguments() -> argparse.Namespace:
     if not options.say.strip():
         parser.error("the sentence is empty")
     if options.script:
+        if options.say != SENTENCE or options.hands_free or options.screenshot:
+            parser.error("a script tells itself what is said, how, and of what pictures are taken")
         try:
             options.script = read_script(options.script)
         except DemoError as error:

@@ -4,22 +4,19 @@ import time
 from pathlib import Path
 from typing import Callable
 
-from applications import TargetApplication, Terminal
 from dorix import Dorix
-from editor import Editor
 from failure import DemoError
-from outcome import Outcome, contains, inserted, sounds_like
+from outcome import contains, sounds_like
+from panel import Panel
 from script import Step
+from stage import Stage
 from user import ASK_CHORD, HOLD_KEY, WRITE_CHORD, User
 from virtual_desktop import VirtualDesktop
 from voice import synthesise
 from waiting import wait_until
 
-APPLICATIONS = {"mousepad": Editor, "xterm": Terminal}
-
 PROCESSED_TIMEOUT = 30.0
-HUD_TIMEOUT = 10.0  # longer than any message stays
-ARRIVAL_TIMEOUT = 3.0  # from the paste to the text in the application
+FRONT_TIMEOUT = 3.0  # from the panel's end to the keyboard being the application's again
 UNSEEN = 1.0  # seconds in which what must not happen would have happened
 
 
@@ -29,9 +26,9 @@ class Player:
         self._dorix = dorix
         self._output = output
         self._user = User(desktop)
-        self._targets: dict[str, TargetApplication] = {}
-        self._front: TargetApplication | None = None
-        self._outcome = Outcome()
+        self._stage = Stage(desktop, dorix)
+        self._panel = Panel(dorix)
+        self._listed: list[dict] = []
 
     def play(self, step: Step) -> list[str]:
         """Gives what to tell of it."""
@@ -43,13 +40,7 @@ class Player:
     # The applications
 
     def app(self, name: str) -> None:
-        if name not in APPLICATIONS:
-            raise DemoError(f"the applications are {' and '.join(APPLICATIONS)}")
-        if name in self._targets:
-            self._targets[name].bring_to_front()
-        else:
-            self._targets[name] = APPLICATIONS[name](self._desktop)
-        self._front = self._targets[name]
+        self._stage.bring_to_front(name)
 
     def key(self, chord: str) -> None:
         self._user.press(*chord.split())
@@ -71,27 +62,27 @@ class Player:
 
     def ask(self, question: str) -> list[str]:
         words = self._synthesise(question)
-        self._observe(lambda: self._until_processed(lambda: self._user.hold_and_speak(ASK_CHORD, words)))
+        self._stage.observe(lambda: self._until_processed(lambda: self._user.hold_and_speak(ASK_CHORD, words)))
         return self._told_untyped()
 
     def silent(self) -> list[str]:
-        self._observe(lambda: self._until_processed(lambda: self._user.hold_in_silence(HOLD_KEY)))
+        self._stage.observe(lambda: self._until_processed(lambda: self._user.hold_in_silence(HOLD_KEY)))
         return self._told_untyped()
 
     def hold(self) -> None:
-        self._await_hud("hidden")
+        self._stage.await_hud("hidden")
         self._user.press_and_hold(HOLD_KEY)
-        self._await_hud("listening")
+        self._stage.await_hud("listening")
 
     def escape(self) -> list[str]:
         """Drops the recording that `hold` began."""
         def escape() -> None:
             self._user.press("Escape")
-            self._await_hud("hidden")
+            self._stage.await_hud("hidden")
             self._user.let_go(HOLD_KEY)
             time.sleep(UNSEEN)
 
-        self._watch(escape)
+        self._stage.watch(escape)
         return self._told_untyped()
 
     def tap(self) -> list[str]:
@@ -99,27 +90,27 @@ class Player:
             self._user.tap(HOLD_KEY)
             time.sleep(UNSEEN)
 
-        self._observe(tap)
-        if self._outcome.phases():
-            raise self._failure("a tap must show nothing")
+        self._stage.observe(tap)
+        if self._stage.outcome.phases():
+            raise self._stage.failure("a tap must show nothing")
         return self._told_untyped()
 
     def _dictate(self, sentence: str, speak: Callable[[Path], object]) -> list[str]:
         words = self._synthesise(sentence)
-        self._observe(lambda: self._until_processed(lambda: speak(words)))
-        outcome = self._outcome
+        self._stage.observe(lambda: self._until_processed(lambda: speak(words)))
+        outcome = self._stage.outcome
         if not outcome.typed:
-            raise self._failure("nothing was typed")
+            raise self._stage.failure("nothing was typed")
         if not sounds_like(sentence, outcome.typed):
-            raise self._failure("what was typed is not what was said")
+            raise self._stage.failure("what was typed is not what was said")
         if [item["answer"] for item in outcome.remembered] != [outcome.typed]:
-            raise self._failure("the history does not hold what was typed")
+            raise self._stage.failure("the history does not hold what was typed")
         return outcome.lines()
 
     def _told_untyped(self) -> list[str]:
-        if self._outcome.typed or self._outcome.remembered:
-            raise self._failure("nothing should have been typed or remembered")
-        return self._outcome.lines()
+        if self._stage.outcome.typed or self._stage.outcome.remembered:
+            raise self._stage.failure("nothing should have been typed or remembered")
+        return self._stage.outcome.lines()
 
     def _synthesise(self, sentence: str) -> Path:
         words = self._desktop.directory / "words.wav"
@@ -136,67 +127,79 @@ class Player:
         if not wait_until(is_processed, PROCESSED_TIMEOUT):
             raise DemoError(f"DORIX did not deal with it within {PROCESSED_TIMEOUT:.0f} s")
 
-    # What came of it
+    # The panel
 
-    def _observe(self, act: Callable[[], object]) -> None:
-        """As `_watch`, when what the last step left on the screen has gone."""
-        self._await_hud("hidden")
-        self._watch(act)
+    def open_panel(self) -> list[str]:
+        self._listed = self._dorix.history()
+        self._user.click(*self._dorix.icon_centre())
+        return self._list("panel")
 
-    def _watch(self, act: Callable[[], object]) -> None:
-        """Does what a step does to DORIX and the application in front, and keeps what came of it."""
-        front = self._front_application()
-        since = len(self._dorix.events())
-        before = {target: target.text() for target in self._targets.values()}
-        known = {item["id"] for item in self._dorix.history()}
-        act()
-        self._outcome = Outcome(events=self._dorix.events(since),
-                                remembered=[item for item in self._dorix.history() if item["id"] not in known])
-        self._outcome.typed = self._arrived(front, before[front])
-        for target, text in before.items():
-            if target is not front and target.text() != text:
-                raise self._failure(f"the text went to {target.name}, not to {front.name}")
+    def search(self, text: str) -> list[str]:
+        self._listed = [item for item in self._dorix.history() if holds(item, text)]
+        self._user.press("ctrl+f")
+        self._user.type(text)
+        return self._list("found")
 
-    def _arrived(self, target: TargetApplication, before: str) -> str:
-        """What the application has got, when it should have got something: it takes its time."""
-        if any(event.get("hud") == "done" for event in self._outcome.events):
-            wait_until(lambda: target.text() != before, ARRIVAL_TIMEOUT)
-            text = ""
-            while text != (text := target.text()):
-                time.sleep(0.1)
-        return inserted(before, target.text())
+    def _list(self, what: str) -> list[str]:
+        items = self._panel.await_items(len(self._listed))
+        return [f"{what}: {len(items)} items", *(f"  {item}" for item in items)]
 
-    def _front_application(self) -> TargetApplication:
-        if not self._front:
-            raise DemoError("no application is open; open one first, as in: app mousepad")
-        return self._front
+    def reinsert(self) -> list[str]:
+        """By the mouse: the first item of the list, then the button."""
+        def press() -> None:
+            self._user.click(*self._panel.first_item())
+            self._user.click(*self._panel.insert_button())
 
-    def _await_hud(self, phase: str) -> None:
-        if not wait_until(lambda: self._hud() == phase, HUD_TIMEOUT):
-            raise DemoError(f"the HUD shows {self._hud()}, not {phase}")
+        return self._reinsert(press)
 
-    def _hud(self) -> str:
-        phases = [event["hud"] for event in self._dorix.events() if "hud" in event]
-        return phases[-1] if phases else "hidden"
+    def reinsert_by_key(self) -> list[str]:
+        def press() -> None:
+            if not self._panel.is_first_selected():
+                self._user.press("Down")
+            self._user.press("Return")
 
-    def _failure(self, text: str) -> DemoError:
-        told = "; ".join(self._outcome.lines())
-        return DemoError(f"{text} ({told})" if told else text)
+        return self._reinsert(press)
+
+    def _reinsert(self, press: Callable[[], None]) -> list[str]:
+        if not self._listed:
+            raise DemoError("the panel lists nothing to insert")
+
+        def insert() -> None:
+            press()
+            self._panel.await_gone()
+            self._stage.await_hud("done")
+
+        self._stage.observe(insert)
+        if self._stage.outcome.typed != self._listed[0]["answer"]:
+            raise self._stage.failure("what was typed is not the item's text")
+        return self._stage.outcome.lines()
+
+    def close_panel(self) -> None:
+        self._user.press("Escape")
+        self._panel.await_gone()
+        if not wait_until(self._stage.front().is_in_front, FRONT_TIMEOUT):
+            raise DemoError(f"{self._stage.front().name} did not get the keyboard back")
 
     # Expectations and pictures
 
     def expect(self, expectation: str) -> None:
         what, _, wanted = expectation.partition(" ")
         actual = {
-            "typed": lambda: contains(self._outcome.typed, wanted),
-            "route": lambda: self._outcome.route() == wanted,
-            "hud": lambda: self._outcome.phases() == wanted.split(),
-            "message": lambda: any(wanted in text for text in self._outcome.messages()),
+            "typed": lambda: contains(self._stage.outcome.typed, wanted),
+            "route": lambda: self._stage.outcome.route() == wanted,
+            "hud": lambda: self._stage.outcome.phases() == wanted.split(),
+            "panel": lambda: any(wanted in text for text in self._panel.texts()),
+            "message": lambda: any(wanted in text for text in self._stage.outcome.messages()),
         }
         if not actual[what]():
-            raise self._failure(f"expected {expectation}")
+            raise self._stage.failure(f"expected {expectation}")
 
     def screenshot(self, name: str) -> list[str]:
         picture = self._output / name
         self._desktop.screenshot(picture)
         return [f"screenshot: {picture}"]
+
+
+def holds(item: dict, text: str) -> bool:
+    """Whether a search for the text finds the item; the texts are without accents."""
+    return any(text.casefold() in item[field].casefold() for field in ("title", "query", "answer", "app"))

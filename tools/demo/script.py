@@ -13,18 +13,23 @@ SETTINGS = "settings"
 STEPS = {
     "app": "NAME",
     "ask": "QUESTION",
+    "close-panel": "",
     "escape": "",
     "expect": "WHAT VALUE",
     "hold": "",
     "key": "CHORD...",
+    "open-panel": "",
+    "reinsert": "",
+    "reinsert-by-key": "",
     "restart": "",
     "say": "SENTENCE",
     "say-hands-free": "SENTENCE",
     "screenshot": "FILE",
+    "search": "TEXT",
     "silent": "",
     "tap": "",
 }
-EXPECTATIONS = ("typed", "route", "hud", "message")
+EXPECTATIONS = ("typed", "route", "hud", "message", "panel")
 
 
 @dataclass(frozen=True)

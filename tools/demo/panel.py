@@ -1,0 +1,57 @@
+"""DORIX's panel, read as a screen reader reads it."""
+
+from accessibility import Atspi, application, await_found, elements, has, run_events
+from dorix import Dorix
+from failure import DemoError
+
+PANEL_TIMEOUT = 5.0
+INSERT_BUTTONS = ("Insertar de nuevo", "Insert again")
+
+
+class Panel:
+    def __init__(self, dorix: Dorix):
+        self._dorix = dorix
+
+    def items(self) -> list[str]:
+        """The items that are in sight, by the names that they are read out with; none while the panel is closed."""
+        return [node.get_name() for node in self._showing(Atspi.Role.LIST_ITEM)]
+
+    def texts(self) -> list[str]:
+        return [name for node in self._showing() if (name := node.get_name())]
+
+    def await_items(self, number: int) -> list[str]:
+        if not await_found(lambda: self._list() and len(self.items()) == number, PANEL_TIMEOUT):
+            raise DemoError(f"the panel lists {len(self.items())} items, not {number}")
+        return self.items()
+
+    def await_gone(self) -> None:
+        if not await_found(lambda: not self._list(), PANEL_TIMEOUT):
+            raise DemoError("the panel did not close")
+
+    def first_item(self) -> tuple[int, int]:
+        return self._centre(lambda: next(self._showing(Atspi.Role.LIST_ITEM), None), "an item in the panel")
+
+    def is_first_selected(self) -> bool:
+        first = next(self._showing(Atspi.Role.LIST_ITEM), None)
+        return first is not None and has(first, Atspi.StateType.SELECTED)
+
+    def insert_button(self) -> tuple[int, int]:
+        return self._centre(lambda: next((node for node in self._showing(Atspi.Role.PUSH_BUTTON)
+                                          if node.get_name() in INSERT_BUTTONS), None), "a button that inserts")
+
+    def _list(self):
+        return next(self._showing(Atspi.Role.LIST), None)
+
+    def _showing(self, role=None):
+        run_events()
+        mine = application(self._dorix.pid)
+        for node in elements(mine) if mine else ():
+            if role in (None, node.get_role()) and has(node, Atspi.StateType.SHOWING):
+                yield node
+
+    def _centre(self, find, what: str) -> tuple[int, int]:
+        node = await_found(find, PANEL_TIMEOUT)
+        if not node:
+            raise DemoError(f"there is not {what}")
+        place = node.get_extents(Atspi.CoordType.SCREEN)
+        return place.x + place.width // 2, place.y + place.height // 2
