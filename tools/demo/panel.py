@@ -16,12 +16,17 @@ class Panel:
         """The items that are in sight, by the names that they are read out with; none while the panel is closed."""
         return [node.get_name() for node in self._showing(Atspi.Role.LIST_ITEM)]
 
-    def texts(self) -> list[str]:
-        return [name for node in self._showing() if (name := node.get_name())]
+    def comes_to_show(self, text: str) -> bool:
+        return bool(await_found(lambda: any(text in node.get_name() for node in self._showing()), PANEL_TIMEOUT))
 
-    def await_items(self, number: int) -> list[str]:
-        if not await_found(lambda: self._list() and len(self.items()) == number, PANEL_TIMEOUT):
-            raise DemoError(f"the panel lists {len(self.items())} items, not {number}")
+    def await_items(self, titles: list[str]) -> list[str]:
+        """Waits until the open panel lists just the items of these titles."""
+        def are_listed() -> bool:
+            items = self.items()
+            return len(items) == len(titles) and all(title in item for title, item in zip(titles, items))
+
+        if not await_found(lambda: self._list() and are_listed(), PANEL_TIMEOUT):
+            raise DemoError(f"the panel lists {self.items()}, not {titles}")
         return self.items()
 
     def await_gone(self) -> None:

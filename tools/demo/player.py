@@ -28,6 +28,7 @@ class Player:
         self._user = User(desktop)
         self._stage = Stage(desktop, dorix)
         self._panel = Panel(dorix)
+        self._query = ""  # the panel keeps it while it is closed
         self._listed: list[dict] = []
 
     def play(self, step: Step) -> list[str]:
@@ -50,6 +51,7 @@ class Player:
         self._dorix.restart()
         if self._dorix.history() != known:
             raise DemoError("the history is not what it was")
+        self._query = ""
         return [f"history: {len(known)} items"]
 
     # Utterances
@@ -130,18 +132,18 @@ class Player:
     # The panel
 
     def open_panel(self) -> list[str]:
-        self._listed = self._dorix.history()
         self._user.click(*self._dorix.icon_centre())
         return self._list("panel")
 
     def search(self, text: str) -> list[str]:
-        self._listed = [item for item in self._dorix.history() if holds(item, text)]
+        self._query = text
         self._user.press("ctrl+f")
         self._user.type(text)
         return self._list("found")
 
     def _list(self, what: str) -> list[str]:
-        items = self._panel.await_items(len(self._listed))
+        self._listed = [item for item in self._dorix.history() if holds(item, self._query)]
+        items = self._panel.await_items([item["title"] for item in self._listed])
         return [f"{what}: {len(items)} items", *(f"  {item}" for item in items)]
 
     def reinsert(self) -> list[str]:
@@ -188,7 +190,7 @@ class Player:
             "typed": lambda: contains(self._stage.outcome.typed, wanted),
             "route": lambda: self._stage.outcome.route() == wanted,
             "hud": lambda: self._stage.outcome.phases() == wanted.split(),
-            "panel": lambda: any(wanted in text for text in self._panel.texts()),
+            "panel": lambda: self._panel.comes_to_show(wanted),
             "message": lambda: any(wanted in text for text in self._stage.outcome.messages()),
         }
         if not actual[what]():
