@@ -28,7 +28,7 @@ class TargetApplication(ABC):
 
     def bring_to_front(self) -> None:
         """Does what a click into the taskbar does, and waits until the window has the keyboard."""
-        self._window("windowactivate")
+        self._window("windowactivate" if self._desktop.has_window_manager else "windowfocus")
         if not wait_until(self.is_in_front, START_TIMEOUT):
             raise DemoError(f"the window of {self.name} did not come to the front")
 
@@ -36,7 +36,7 @@ class TargetApplication(ABC):
         self._desktop.spawn(["xdotool", "search", "--sync", "--onlyvisible", "--class", self.name, *action]).wait()
 
     def is_in_front(self) -> bool:
-        ask = self._desktop.spawn(["xdotool", "getactivewindow", "getwindowpid"], stdout=subprocess.PIPE,
+        ask = self._desktop.spawn(["xdotool", "getwindowfocus", "getwindowpid"], stdout=subprocess.PIPE,
                                   stderr=subprocess.DEVNULL)
         return ask.communicate()[0].strip() == str(self.pid).encode()
 

@@ -70,7 +70,7 @@ class VirtualDesktop:
         self.directory = directory
         self.logs = directory / "logs"
         self.runtime = directory / "run"
-        self._window_manager = window_manager
+        self.has_window_manager = window_manager
         self._sound = sound
         self._accessibility = accessibility
         self.env = self._environment()
@@ -127,7 +127,7 @@ class VirtualDesktop:
         starting = [self._start_bus()]
         if self._sound:
             starting.append(self._start_sound())
-        if self._window_manager:
+        if self.has_window_manager:
             starting.append(self._start_window_manager())
         for ready in starting:
             ready()
