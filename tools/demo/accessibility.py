@@ -16,7 +16,7 @@ Atspi.init()
 Atspi.set_timeout(1000, 5000)
 
 
-def application(pid: int):
+def _application(pid: int):
     """The application of the process, nothing while it has not said that it is there."""
     desktop = Atspi.get_desktop(0)
     for index in range(desktop.get_child_count()):
@@ -26,12 +26,18 @@ def application(pid: int):
     return None
 
 
-def elements(node):
-    """The node and everything below it, top down."""
-    yield node
+def showing(pid: int):
+    """The elements of the process's windows that are on the screen, top down."""
+    if application := _application(pid):
+        yield from _showing_below(application)
+
+
+def _showing_below(node):
     for index in range(node.get_child_count()):
-        if child := node.get_child_at_index(index):
-            yield from elements(child)
+        child = node.get_child_at_index(index)
+        if child and has(child, Atspi.StateType.SHOWING):
+            yield child
+            yield from _showing_below(child)
 
 
 def has(node, *states) -> bool:

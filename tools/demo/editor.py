@@ -2,7 +2,7 @@
 
 import time
 
-from accessibility import Atspi, application, await_found, elements, has, run_events
+from accessibility import Atspi, await_found, has, run_events, showing
 from applications import START_TIMEOUT, TargetApplication
 from failure import DemoError
 from virtual_desktop import VirtualDesktop
@@ -41,6 +41,5 @@ class Editor(TargetApplication):
             self._last_insertion = time.monotonic()
 
     def _focused_field(self):
-        mine = application(self.pid)
-        fields = (node for node in elements(mine) if node.get_role() == Atspi.Role.TEXT) if mine else ()
-        return next((field for field in fields if has(field, Atspi.StateType.FOCUSED)), None)
+        return next((node for node in showing(self.pid)
+                     if node.get_role() == Atspi.Role.TEXT and has(node, Atspi.StateType.FOCUSED)), None)

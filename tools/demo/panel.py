@@ -1,6 +1,6 @@
 """DORIX's panel, read as a screen reader reads it."""
 
-from accessibility import Atspi, application, await_found, elements, has, run_events
+from accessibility import Atspi, await_found, has, showing
 from dorix import Dorix
 from failure import DemoError
 
@@ -48,11 +48,7 @@ class Panel:
         return next(self._showing(Atspi.Role.LIST), None)
 
     def _showing(self, role=None):
-        run_events()
-        mine = application(self._dorix.pid)
-        for node in elements(mine) if mine else ():
-            if role in (None, node.get_role()) and has(node, Atspi.StateType.SHOWING):
-                yield node
+        return (node for node in showing(self._dorix.pid) if role in (None, node.get_role()))
 
     def _centre(self, find, what: str) -> tuple[int, int]:
         node = await_found(find, PANEL_TIMEOUT)
