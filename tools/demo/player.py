@@ -17,6 +17,7 @@ from waiting import wait_until
 
 PROCESSED_TIMEOUT = 30.0
 FRONT_TIMEOUT = 3.0  # from the panel's end to the keyboard being the application's again
+SILENCE = 1.5  # seconds of holding the key without a word
 UNSEEN = 1.0  # seconds in which what must not happen would have happened
 
 
@@ -68,7 +69,7 @@ class Player:
         return self._told_untyped()
 
     def silent(self) -> list[str]:
-        self._stage.observe(lambda: self._until_processed(lambda: self._user.hold_in_silence(HOLD_KEY)))
+        self._stage.observe(lambda: self._until_processed(lambda: self._user.hold(HOLD_KEY, SILENCE)))
         return self._told_untyped()
 
     def hold(self) -> None:

@@ -15,7 +15,6 @@ ASK_CHORD = ("Alt_L", "Shift_L", "space")
 LEAD = 0.35  # seconds from the key to the first word: past the hold threshold
 TAIL = 0.3  # from the last word to letting go
 TAP = 0.1  # well below what makes a press a hold
-SILENCE = 1.5
 
 
 class User:
@@ -27,7 +26,7 @@ class User:
         """Gives the moment of letting go."""
         self._keyboard.press(*keys)
         time.sleep(LEAD)
-        self.speak(words)
+        speak(self._desktop, words)
         time.sleep(TAIL)
         let_go = time.monotonic()
         self._keyboard.release(*keys)
@@ -39,25 +38,21 @@ class User:
     def let_go(self, keys: tuple[str, ...]) -> None:
         self._keyboard.release(*keys)
 
-    def hold_in_silence(self, keys: tuple[str, ...]) -> None:
+    def hold(self, keys: tuple[str, ...], seconds: float) -> None:
+        """Without a word."""
         self._keyboard.press(*keys)
-        time.sleep(SILENCE)
+        time.sleep(seconds)
         self._keyboard.release(*keys)
 
     def tap(self, keys: tuple[str, ...]) -> None:
-        self._keyboard.press(*keys)
-        time.sleep(TAP)
-        self._keyboard.release(*keys)
+        self.hold(keys, TAP)
 
     def tap_and_speak(self, keys: tuple[str, ...], words: Path) -> float:
         """Gives the moment at which the last word has been heard."""
         self.tap(keys)
         time.sleep(LEAD)
-        self.speak(words)
-        return time.monotonic()
-
-    def speak(self, words: Path) -> None:
         speak(self._desktop, words)
+        return time.monotonic()
 
     def press(self, *chords: str) -> None:
         """One chord after another, as "ctrl+f"."""
