@@ -25,16 +25,15 @@ std::FILE* openForAppending(const std::filesystem::path& path) {
 
 }  // namespace
 
-EventTrace::EventTrace(const std::filesystem::path& file, Executor& executor, AppState& state,
-                       Observable<bool>& busy)
+EventTrace::EventTrace(const std::filesystem::path& file, Executor& executor, const AppState& state,
+                       const Observable<bool>& busy)
     : executor_(executor), file_(openForAppending(file)) {
     if (!file_) {
         logLine("no se pudo abrir la traza " + file.string());
         return;
     }
-    bag_.push_back(state.hud.subscribe([this](const HUDPhase& phase) {
-        write({{"hud", name(phase.kind)}, {"text", phase.text}});
-    }));
+    bag_.push_back(state.hud.subscribe(
+        [this](const HUDPhase& phase) { write({{"hud", name(phase.kind)}, {"text", phase.text}}); }));
     bag_.push_back(state.panelOpen.subscribe([this](bool open) { write({{"panelOpen", open}}); }));
     bag_.push_back(busy.subscribe([this](bool isBusy) { write({{"busy", isBusy}}); }));
 }

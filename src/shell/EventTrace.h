@@ -20,8 +20,8 @@ class EventTrace {
  public:
     /// Appends to `file`, made for the user alone where it is missing. A file that cannot be opened is told
     /// in the log, and nothing is traced. What it observes may go before it.
-    EventTrace(const std::filesystem::path& file, Executor& executor, AppState& state,
-               Observable<bool>& busy);
+    EventTrace(const std::filesystem::path& file, Executor& executor, const AppState& state,
+               const Observable<bool>& busy);
 
     /// Where an utterance goes.
     void route(Route route);

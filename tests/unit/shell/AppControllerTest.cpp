@@ -105,7 +105,8 @@ TEST_F(AppControllerTest, TracesWhatItDoesForTheUserAlone) {
 
     log();
     app->traceTo(folder.path() / "nowhere" / "trace.jsonl");
-    EXPECT_EQ(log(), "DORIX: no se pudo abrir la traza " + (folder.path() / "nowhere/trace.jsonl").string() + "\n");
+    EXPECT_EQ(log(),
+              "DORIX: no se pudo abrir la traza " + (folder.path() / "nowhere/trace.jsonl").string() + "\n");
 }
 
 TEST_F(AppControllerTest, RemembersWhatWasDictated) {
