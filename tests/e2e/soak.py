@@ -21,12 +21,12 @@ sys.dont_write_bytecode = True
 ROOT = Path(__file__).resolve().parents[2]
 sys.path[:0] = [str(ROOT / "tools/demo"), str(ROOT / "tools/desktop")]
 
-from keyboard import Keyboard  # noqa: E402
+from dorix import Dorix  # noqa: E402
 from supervision import supervised  # noqa: E402
+from user import HOLD_KEY, User  # noqa: E402
 from virtual_desktop import VirtualDesktop  # noqa: E402
-from voice import speak, synthesise  # noqa: E402
+from voice import synthesise  # noqa: E402
 
-READY = "DORIX: listo"
 WARM_UP = 3  # rounds until caches are filled
 MAY_GROW = 8.0  # MiB
 DICTATE = {"es": "para dictar", "en": "to dictate"}  # in the icon's name
@@ -38,25 +38,17 @@ class Soak:
     def __init__(self, desktop: VirtualDesktop, binary: Path, editor):
         self._desktop = desktop
         self._editor = editor
-        self._keyboard = Keyboard(desktop.env["DISPLAY"])
-        self._log = desktop.log("dorix")
         config = Path(desktop.env["XDG_CONFIG_HOME"])
         self._settings = config / "dorix/defaults.json"
         self._theme = config / "gtk-3.0/settings.ini"
-        for file in (self._settings, self._theme):
-            file.parent.mkdir(parents=True, exist_ok=True)
-        self._settings.write_text(json.dumps({"language": "en-US", "hintShownCount": 3}))
-        with open(self._log, "wb") as log:
-            self._dorix = desktop.spawn([str(binary)], stdout=log, stderr=log)
-        while READY not in self.log():
-            time.sleep(0.05)
+        self._theme.parent.mkdir(parents=True, exist_ok=True)
+        self._user = User(desktop)
+        self._dorix = Dorix(desktop, binary, desktop.log("dorix"), {"language": "en-US", "hintShownCount": 3})
+        self.log = self._dorix.log
         self._words = []
         for number, sentence in enumerate(SENTENCES):
             self._words.append(desktop.directory / f"words{number}.wav")
             synthesise(sentence, self._words[-1])
-
-    def log(self) -> str:
-        return self._log.read_text(errors="replace")
 
     def own_memory(self) -> float:
         rollup = Path(f"/proc/{self._dorix.pid}/smaps_rollup").read_text()
@@ -69,10 +61,11 @@ class Soak:
     def play(self, number: int) -> bool:
         """One round; whether all came of it that should."""
         left, dark, language = number % 2 == 0, number % 3 == 0, "es" if number % 4 < 2 else "en"
-        self._tap()
+        self._user.tap(HOLD_KEY)
+        time.sleep(0.2)
         self._choose(language, dark)
         self._drag(left)  # the program reads what others have set when it has something to write itself
-        moved = (self._icon()[0] < 640) == left
+        moved = (self._dorix.icon_centre()[0] < 640) == left
         self._menu()
         worded = DICTATE[language] in self._icon_name()
         coloured = self._disc() == DISC[dark]
@@ -80,9 +73,6 @@ class Soak:
         if not (moved and worded and coloured and typed):
             print(f"round {number}: moved {moved}, worded {worded}, coloured {coloured}, typed {typed}", flush=True)
         return moved and worded and coloured and typed
-
-    def _mouse(self, *steps: str) -> None:
-        self._desktop.spawn(["xdotool", *" ".join(steps).split()]).wait()
 
     def _choose(self, language: str, dark: bool) -> None:
         self._replace(self._settings, json.dumps({**json.loads(self._settings.read_text()), "appLanguage": language}))
@@ -96,53 +86,31 @@ class Soak:
 
     def _icon_name(self) -> str:
         """What a screen reader says of the icon."""
-        desktop = Atspi.get_desktop(0)
-        roots = [desktop.get_child_at_index(i) for i in range(desktop.get_child_count())]
-        places = [root for root in roots if root and root.get_process_id() == self._dorix.pid]
-        while places:
-            place = places.pop()
-            if place.get_role() == Atspi.Role.PUSH_BUTTON:
-                return place.get_name()
-            places += [place.get_child_at_index(i) for i in range(place.get_child_count())]
-        return ""
+        from accessibility import Atspi, showing
+
+        buttons = (node for node in showing(self._dorix.pid) if node.get_role() == Atspi.Role.PUSH_BUTTON)
+        return next((button.get_name() for button in buttons), "")
 
     def _disc(self) -> str:
         """The colour beside the mark."""
-        x, y = self._icon()
+        x, y = self._dorix.icon_centre()
         pixel = self._desktop.spawn(["import", "-window", "root", "-crop", f"1x1+{x - 18}+{y}", "-depth", "8", "txt:-"],
                                     stdout=subprocess.PIPE, text=True).communicate()[0]
         return pixel.split()[-2]
 
-    def _icon(self) -> tuple[int, int]:
-        """The middle of the icon: where the settings say that it was left, or where it starts."""
-        if origin := json.loads(self._settings.read_text()).get("iconOrigin"):
-            return int(origin[0]) + 48, 800 - int(origin[1]) - 48
-        return 1230, 750
-
     def _drag(self, left: bool) -> None:
-        x, y = self._icon()
+        x, y = self._dorix.icon_centre()
         to = 100 if left else 1180
-        self._mouse(f"mousemove {x} {y} mousedown 1", f"mousemove {x - 20} {y - 20} sleep 0.05",
-                    f"mousemove {to} {y - 5} sleep 0.05 mouseup 1 sleep 0.3")
+        self._user.mouse(f"mousemove {x} {y} mousedown 1", f"mousemove {x - 20} {y - 20} sleep 0.05",
+                         f"mousemove {to} {y - 5} sleep 0.05 mouseup 1 sleep 0.3")
 
     def _menu(self) -> None:
-        x, y = self._icon()
-        self._mouse(f"mousemove {x} {y} click 3 sleep 0.3 key Down sleep 0.1 key Escape sleep 0.1",
-                    f"click 1 sleep 0.1 mousemove 640 400 sleep 0.2")
-
-    def _tap(self) -> None:
-        self._keyboard.press("Alt_R")
-        time.sleep(0.1)
-        self._keyboard.release("Alt_R")
-        time.sleep(0.2)
+        x, y = self._dorix.icon_centre()
+        self._user.mouse(f"mousemove {x} {y} click 3 sleep 0.3 key Down sleep 0.1 key Escape sleep 0.1",
+                         f"click 1 sleep 0.1 mousemove 640 400 sleep 0.2")
 
     def _dictate(self, words: Path) -> bool:
-        self._keyboard.press("Alt_R")
-        time.sleep(0.35)
-        speak(self._desktop, words)
-        time.sleep(0.3)
-        let_go = time.monotonic()
-        self._keyboard.release("Alt_R")
+        let_go = self._user.hold_and_speak(HOLD_KEY, words)
         typed = self._editor.await_insertion(let_go, 10) is not None
         time.sleep(2.2)  # until its message has gone
         return typed
@@ -152,8 +120,7 @@ def soak(directory: Path, options: argparse.Namespace) -> int:
     with VirtualDesktop(directory) as desktop:
         os.environ.clear()
         os.environ.update(desktop.env)
-        global Atspi
-        from editor import Atspi, Editor  # needs the desktop's environment from its first line
+        from editor import Editor  # needs the desktop's environment from its first line
 
         use = Soak(desktop, options.binary, Editor(desktop))
         quiet = use.log()
