@@ -48,8 +48,8 @@ class Terminal(TargetApplication):
         self._received = desktop.directory / "terminal.txt"
         self._received.touch()
         reading = f"stty -icanon && exec cat >'{self._received}'"
-        super().__init__(desktop, "xterm", ["xterm", "-fa", "DejaVu Sans Mono", "-geometry", "60x20", "-e", "sh", "-c", reading],
-                         (700, 40))
+        terminal = ["xterm", "-fa", "DejaVu Sans Mono", "-geometry", "60x20", "-e", "sh", "-c", reading]
+        super().__init__(desktop, "xterm", terminal, (700, 40))
 
     def text(self) -> str:
         return self._received.read_text(errors="replace")
