@@ -68,7 +68,6 @@ TEST_F(DesktopEntriesTest, FindsByClassThenByFileNameAndSeesWhatIsInstalledLater
     write("system/b.desktop", "Name=B\nStartupWMClass=Shown\n");
     write("system/kde/org.kde.kate.desktop", "Name=Kate\n");
     DesktopEntries entries(main, {root / "user", root / "system", root / "missing"}, {});
-    EXPECT_EQ(entries.find({"A"}), nullptr);  // whatever the reader has done, its result is yet to be taken
     ASSERT_NE(findSoon(entries, {"A"}), nullptr);
     EXPECT_EQ(entries.find({"A"})->name, "Mine");
     EXPECT_EQ(entries.find({"nothing", "shown"})->id, "b");
@@ -77,7 +76,6 @@ TEST_F(DesktopEntriesTest, FindsByClassThenByFileNameAndSeesWhatIsInstalledLater
 
     write("system/later.desktop", "Name=Later\n");
     fs::last_write_time(root / "system", fs::file_time_type::clock::now() + std::chrono::seconds(2));
-    EXPECT_EQ(entries.find({"later"}), nullptr);
     EXPECT_NE(findSoon(entries, {"later"}), nullptr);
 }
 
