@@ -33,7 +33,12 @@ class TargetApplication(ABC):
             raise DemoError(f"the window of {self.name} did not come to the front")
 
     def _window(self, *action: str) -> None:
-        self._desktop.spawn(["xdotool", "search", "--sync", "--onlyvisible", "--class", self.name, *action]).wait()
+        search = self._desktop.spawn(["xdotool", "search", "--sync", "--onlyvisible", "--class", self.name, *action])
+        try:
+            search.wait(START_TIMEOUT)
+        except subprocess.TimeoutExpired:
+            search.kill()
+            raise DemoError(f"{self.name} shows no window") from None
 
     def is_in_front(self) -> bool:
         ask = self._desktop.spawn(["xdotool", "getwindowfocus", "getwindowpid"], stdout=subprocess.PIPE,

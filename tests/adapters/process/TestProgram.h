@@ -41,6 +41,6 @@ std::set<std::string> environmentOf(pid_t process);
 std::vector<std::string> openFilesOf(pid_t process);
 
 /// Whether `condition` comes true within `seconds`.
-bool eventually(const std::function<bool()>& condition, double seconds = 10);
+bool eventually(const std::function<bool()>& condition, double seconds = 30);
 
 }  // namespace dorix
