@@ -526,6 +526,8 @@ constexpr auto kTable = std::to_array<Translation>({
     {"Más opciones", "More options"},
     {"Volver a la lista", "Back to the list"},
     {"Enviar", "Send"},
+    {"Todavía no hay asistente que responda. Tu texto se queda aquí.",
+     "There is no assistant to answer yet. Your text stays here."},
     {"Exportar historial", "Export history"},
     {"Exportar como Markdown…", "Export as Markdown…"},
     {"Exportar como JSON…", "Export as JSON…"},

@@ -105,6 +105,11 @@ void AppController::statusItemClicked() {
     if (platform_.executor.now() - closedByClickAt_ > clickLasts) panelPresenter_.toggle();
 }
 
+Task<void> AppController::settled() {
+    co_await panel_.settled();
+    co_await inserter_.settled();
+}
+
 void AppController::iconClicked() { panelPresenter_.toggle(); }
 
 void AppController::reopen() { panelPresenter_.toggle(); }

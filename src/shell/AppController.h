@@ -59,7 +59,7 @@ class AppController {
     void traceTo(const std::filesystem::path& file);
 
     /// Returns when nothing of the user's is under way: the program may end.
-    Task<void> settled() { return inserter_.settled(); }
+    Task<void> settled();
 
     void iconClicked();
     /// The user has started the program once more.

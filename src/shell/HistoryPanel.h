@@ -52,6 +52,9 @@ class HistoryPanel {
     /// Asks where, above the window of that number, and writes the whole history there.
     void exportHistory(HistoryExportFormat format, std::uint64_t ownWindow);
 
+    /// Returns when no export is being written.
+    Task<void> settled() { return exporter_.settled(); }
+
     /// Opens an address that stands in a text: only one of the web's, as the text may be anybody's.
     void openLink(const std::string& url);
 

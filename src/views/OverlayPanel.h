@@ -49,6 +49,9 @@ class OverlayPanel : public QQuickView {
     /// The pixels of a rounded rectangle given in points.
     QRegion pixels(const QRectF& shape, qreal radius) const;
 
+    /// Of its last show() or rescale().
+    qreal drawnScale() const { return drawnScale_; }
+
     const ViewContext& context() const { return context_; }
     void keyPressEvent(QKeyEvent* event) override;
 

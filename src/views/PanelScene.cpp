@@ -27,8 +27,10 @@ PanelScene::PanelScene(const Environment& environment) : env_(environment), rows
                       {"query", QString::fromStdString(env_.state.query.get())},
                       {"composerText", QString::fromStdString(env_.state.composerText.get())},
                       {"recording", env_.state.composerRecording.get()},
+                      {"heard", ""},
                       {"undoMessage", ""}});
     watchState();
+    watchComposer();
     watchPanel();
     retranslate();
 }
@@ -39,31 +41,42 @@ void PanelScene::watchState() {
         env_.view.insert("query", QString::fromStdString(query));
         showEmptyText();
     }));
-    bag_.push_back(env_.state.composerText.subscribe(
-        [this](const std::string& text) { env_.view.insert("composerText", QString::fromStdString(text)); }));
+    bag_.push_back(env_.settings.pushToTalkKey.subscribe([this](PushToTalkKey) { showWords(); }));
+    bag_.push_back(env_.settings.languageObserver().code.subscribe([this](const std::string&) {
+        retranslate();
+    }));
+}
+
+// What is being understood stands beside the text until it becomes part of it, or nobody wants it any more.
+void PanelScene::watchComposer() {
+    bag_.push_back(env_.state.composerText.subscribe([this](const std::string& text) {
+        env_.view.insert({{"composerText", QString::fromStdString(text)}, {"heard", ""}});
+    }));
     bag_.push_back(env_.state.composerRecording.subscribe([this](bool recording) {
         env_.view.insert("recording", recording);
         env_.view.insert("micLabel", shown(paneltext::micButton(recording)));
     }));
-    bag_.push_back(env_.settings.pushToTalkKey.subscribe([this](PushToTalkKey) { showWords(); }));
-    bag_.push_back(env_.settings.languageObserver().code.subscribe([this](const std::string&) {
-        env_.panel.list.retranslate();
-        retranslate();
+    bag_.push_back(env_.speech.partial.subscribe([this](const std::string& partial) {
+        if (env_.state.composerRecording.get()) env_.view.insert("heard", QString::fromStdString(partial));
     }));
+    const auto forget = [this](const auto&) { env_.view.insert("heard", ""); };
+    bag_.push_back(env_.state.focusRequest.subscribe(forget));
+    bag_.push_back(env_.state.panelOpen.subscribe(forget));
 }
 
 void PanelScene::watchPanel() {
     bag_.push_back(env_.panel.list.observe([this](const PanelListChange&) { showSelectedRow(); }));
     bag_.push_back(env_.panel.selection.observe([this](PanelSelection::Change) { showDetail(); }));
     bag_.push_back(env_.panel.clipboard.copiedID.subscribe([this](const auto&) { showCopied(); }));
-    bag_.push_back(env_.panel.deletions.undoable.subscribe([this](std::size_t count) {
-        env_.view.insert("undoMessage", count == 0 ? QString() : shown(env_.panel.deletions.message()));
-    }));
+    bag_.push_back(env_.panel.deletions.undoable.subscribe([this](std::size_t) { showUndo(); }));
 }
 
 void PanelScene::retranslate() {
     date_.emplace("yMMMdjm", appLocaleIdentifier());
+    // The language may have changed before there was a scene, or while there was none.
+    env_.panel.list.retranslate();
     showWords();
+    showUndo();
     showSection();
     showDetail();
     rows_.retranslate();
@@ -83,6 +96,7 @@ void PanelScene::showWords() {
                                           {"composer", shown(paneltext::composerPrompt())},
                                           {"listening", word("Escuchando…")},
                                           {"send", word("Enviar")},
+                                          {"cannotSend", shown(paneltext::cannotSend())},
                                           {"undo", word("Deshacer")}});
     const auto texts = paneltext::welcome(key);
     QStringList steps;
@@ -146,6 +160,11 @@ void PanelScene::showCopied() {
     const HistoryItem* item = env_.panel.selection.item();
     const bool copied = item != nullptr && env_.panel.clipboard.copiedID.get() == item->id;
     env_.view.insert({{"copied", copied}, {"copyLabel", shown(copyButton(copied))}});
+}
+
+void PanelScene::showUndo() {
+    const bool none = env_.panel.deletions.undoable.get() == 0;
+    env_.view.insert("undoMessage", none ? QString() : shown(env_.panel.deletions.message()));
 }
 
 QString PanelScene::placeAndTime(const HistoryItem& item) const {

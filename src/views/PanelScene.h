@@ -4,6 +4,7 @@
 #include "dictation/AppState.h"
 #include "localdata/SettingsStore.h"
 #include "shell/HistoryPanel.h"
+#include "speech/SpeechInput.h"
 #include "views/PanelBlocks.h"
 #include "views/PanelRows.h"
 
@@ -24,6 +25,7 @@ class PanelScene final : public QObject {
     struct Environment {
         AppState& state;
         SettingsStore& settings;
+        SpeechInput& speech;
         HistoryPanel& panel;
         QQmlPropertyMap& view;
     };
@@ -60,6 +62,7 @@ class PanelScene final : public QObject {
 
  private:
     void watchState();
+    void watchComposer();
     void watchPanel();
     void retranslate();
     void showWords();
@@ -68,6 +71,7 @@ class PanelScene final : public QObject {
     void showSelectedRow();
     void showDetail();
     void showCopied();
+    void showUndo();
     QString placeAndTime(const HistoryItem& item) const;
 
     const Environment env_;

@@ -33,9 +33,12 @@ bool movesFocus(int key) {
 PanelWindow::PanelWindow(const ViewContext& context, const Environment& environment)
     : OverlayPanel(context, X11Desktop::Kind::panel, Focusable::yes),
       env_(environment),
-      scene_({.state = env_.state, .settings = env_.settings, .panel = env_.panel, .view = view()}),
+      scene_({.state = env_.state,
+              .settings = env_.settings,
+              .speech = env_.speech,
+              .panel = env_.panel,
+              .view = view()}),
       saveSize_(env_.executor) {
-    if (context.x11 != nullptr) context.x11->setFrameExtents(*this, shadow);
     wireScene();
     load("Panel", {{"verbs", QVariant::fromValue(&scene_)}});
     onCancel = [this] { scene_.close(); };
@@ -61,8 +64,19 @@ bool PanelWindow::place(const Rect& icon, const Screens& screens) {
     userResizes_ = false;
     setMinimumSize(least.boundedTo(frame.size()).grownBy(shadow));
     setGeometry(frame.marginsAdded(shadow));
+    if (context().x11 != nullptr) context().x11->setFrameExtents(*this, shadow);
     reshape();
     return placement.anchorRight;
+}
+
+void PanelWindow::placeAnew(const Rect& icon, const Screens& screens) {
+    const Rect card = screenmap::fromQt(geometry().marginsRemoved(shadow));
+    const Rect& visible = screenOf(screens, card).visibleFrame;
+    const bool fits = visible.minX() <= card.minX() && card.maxX() <= visible.maxX() &&
+                      visible.minY() <= card.minY() && card.maxY() <= visible.maxY();
+    // In another scale it keeps its pixels, and so has another size in points.
+    if (!fits || drawnScale() != devicePixelRatio()) env_.state.panelAnchorRight.set(place(icon, screens));
+    rescale();
 }
 
 void PanelWindow::open() {
@@ -107,6 +121,8 @@ void PanelWindow::reshape() {
 }
 
 bool PanelWindow::event(QEvent* event) {
+    // About to draw, perhaps after the computer slept past midnight.
+    if (event->type() == QEvent::UpdateRequest) env_.panel.list.refreshDays();
     if (event->type() == QEvent::KeyPress && movesFocus(static_cast<QKeyEvent*>(event)->key())) {
         view().insert("byKeyboard", true);
     } else if (event->type() == QEvent::MouseButtonPress) {

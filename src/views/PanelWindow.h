@@ -26,6 +26,7 @@ class PanelWindow final : public OverlayPanel {
         UserDefaults& defaults;
         AppState& state;
         SettingsStore& settings;
+        SpeechInput& speech;
         HistoryPanel& panel;
     };
 
@@ -35,6 +36,10 @@ class PanelWindow final : public OverlayPanel {
     /// Takes its place beside the icon's window at `icon`, in the size that the user gave it; whether that is
     /// on the right of the icon.
     bool place(const Rect& icon, const Screens& screens);
+
+    /// To be called when screens have changed while it shows: draws in their scale, and takes its place again
+    /// where it no longer fits.
+    void placeAnew(const Rect& icon, const Screens& screens);
 
     /// Comes up with the keyboard.
     void open();

@@ -33,6 +33,7 @@ Theme::Theme() {
         {"narrowPanel", tokens::narrowPanel},
         {"richLineHeight", tokens::richLineHeight},
         {"restBeforeHint", tokens::restBeforeHint},
+        {"flashedHint", tokens::flashedHint},
         {"turn", tokens::turn},
         {"composited", true},
     });

@@ -87,6 +87,7 @@ inline constexpr int motionIn = 120;
 inline constexpr int motionBetween = 200;
 inline constexpr int motionOut = 250;
 inline constexpr int restBeforeHint = 700;  // of the pointer
+inline constexpr int flashedHint = 3000;
 inline constexpr int turn = 1200;           // of the arc that says that something goes on
 
 // How dark the shadow is beside its shape.

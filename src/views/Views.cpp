@@ -110,6 +110,7 @@ PanelWindow& Views::Parts::panelWindow() {
                                                                                 .defaults = env.defaults,
                                                                                 .state = env.state,
                                                                                 .settings = env.settings,
+                                                                                .speech = env.speech,
                                                                                 .panel = env.panel});
     }
     return *panel;
@@ -191,6 +192,8 @@ void Views::Parts::placeAnew() {
         if (hud && !presenter.isOrderedIn.get()) hud.reset();
         if (hud) hud->rescale();
         icon.place();
+        if (panel && !panel->isVisible()) panel.reset();
+        if (panel) panel->placeAnew(icon.frame(), screenmap::current());
         if (presenter.isOrderedIn.get()) placeHUD();
     });
 }

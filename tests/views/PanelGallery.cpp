@@ -100,12 +100,14 @@ class Panel {
                                      .defaults = defaults_,
                                      .state = state_,
                                      .settings = settings,
+                                     .speech = speech_,
                                      .panel = panel});
         const Rect screen{0, 0, static_cast<double>(picture_.screen.width()),
                           static_cast<double>(picture_.screen.height())};
         window.place({screen.width - 96, 2, 96, 96}, {{.frame = screen, .visibleFrame = screen}});
         state_.panelOpen.set(true);
         window.open();
+        speech_.partial.set(picture_.heard);
         window.view().insert("detailOpen", !picture_.selected.empty());
         window.view().insert("byKeyboard", picture_.byKeyboard);
         if (picture_.deletes) panel.deletions.remove(picture_.selected);
@@ -129,6 +131,7 @@ class Panel {
     UnavailableSavePanel savePanel_;
     AtomicFileReplacer files_;
     TemporaryFolder folder_;
+    FakeSpeechInput speech_;
     AppState state_;
     HistoryStore history_{folder_.path() / "dorix.sqlite"};
     Theme theme_;
@@ -227,6 +230,12 @@ std::vector<PanelPicture> panelPictures() {
          .deletes = true,
          .composer = "Resume la conversación de esta mañana con Ana\ny prepara una respuesta corta"},
         {.name = "recording-en-light", .language = "en", .selected = "retraso", .records = true},
+        {.name = "hearing-es-dark",
+         .dark = true,
+         .selected = "retraso",
+         .records = true,
+         .composer = "Resume lo de ayer.",
+         .heard = "y dime qué queda por hacer antes del viernes con el contrato de Velmar porque Marta"},
         {.name = "narrow-list-es-light", .size = {560, 400}, .query = "presupuesto"},
         {.name = "narrow-detail-es-dark", .dark = true, .size = {560, 400}, .selected = "carlos"},
         {.name = "solid-es-light", .composited = false, .selected = "carlos"},

@@ -3,6 +3,7 @@
 #include "base/async/ManualExecutor.h"
 #include "fakes/FakeLoginItem.h"
 #include "fakes/FakePasteboard.h"
+#include "fakes/FakeSpeechInput.h"
 #include "fakes/FakeUrlOpener.h"
 #include "fakes/MemoryUserDefaults.h"
 #include "fakes/TemporaryFolder.h"
@@ -36,6 +37,7 @@ struct PanelPicture {
     bool byKeyboard = false;
     bool isEmpty = false;  // there is no history at all
     std::string composer;
+    std::string heard;  // by the composer's microphone, so far
 };
 
 std::vector<PanelPicture> panelPictures();

@@ -15,6 +15,9 @@ constexpr const char* interface = "org.freedesktop.portal.FileChooser";
 constexpr const char* responseRule =
     "type='signal',sender='org.freedesktop.portal.Desktop',interface='org.freedesktop.portal.Request',"
     "member='Response'";
+constexpr const char* portalLeftRule =
+    "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
+    "member='NameOwnerChanged',arg0='org.freedesktop.portal.Desktop',arg2=''";
 
 std::string windowName(std::uint64_t window) {
     if (window == 0) return "";
@@ -71,6 +74,9 @@ PortalSavePanel::PortalSavePanel(BusConnection* bus, std::filesystem::path docum
     bus_->listen(responseRule, [weak = std::weak_ptr(self_)](sd_bus_message* signal) {
         if (const auto self = weak.lock()) (*self)->responded(signal);
     });
+    bus_->listen(portalLeftRule, [weak = std::weak_ptr(self_)](sd_bus_message*) {
+        if (const auto self = weak.lock()) (*self)->portalLeft();
+    });
 }
 
 Task<std::optional<std::filesystem::path>> PortalSavePanel::run(Request request) {
@@ -111,6 +117,11 @@ sdbus::Message PortalSavePanel::call(const Request& request) const {
 // It is sent to whoever asked, and may come before the one who asked has taken in the request's path.
 void PortalSavePanel::responded(sd_bus_message* signal) {
     waiting_[sd_bus_message_get_path(signal)].complete(chosenFile(signal));
+}
+
+/// Its dialogs have gone with it.
+void PortalSavePanel::portalLeft() {
+    for (const auto& [name, answer] : std::exchange(waiting_, {})) answer.complete(Answer());
 }
 
 /// "name.md", or else "name 2.md" and so on.

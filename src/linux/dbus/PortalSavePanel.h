@@ -26,6 +26,7 @@ class PortalSavePanel final : public SavePanel {
 
     sdbus::Message call(const Request& request) const;
     void responded(sd_bus_message* signal);
+    void portalLeft();
     std::filesystem::path freeName(const std::string& fileName) const;
 
     BusConnection* const bus_;

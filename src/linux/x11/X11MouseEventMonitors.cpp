@@ -51,7 +51,7 @@ void X11MouseEventMonitors::handle(const xcb_generic_event_t& event) {
     }
     const auto button = reinterpret_cast<const xcb_input_raw_button_press_event_t&>(event).detail;
     if (button > lastRealButton && button < firstExtraButton) return;
-    if (isOverOwnWindow()) return;
+    if (isOverOwnWindow() || isOverPopup()) return;
     // A handler may add and remove monitors.
     for (const auto& weak : std::vector(monitors_)) {
         if (const auto monitor = weak.lock()) (*monitor)();
@@ -69,6 +69,18 @@ bool X11MouseEventMonitors::isOverOwnWindow() {
         window = under->child;
     }
     return window != connection_.root() && windows_.processIdentifier(window) == ::getpid();
+}
+
+/// A window that no window manager knows, such as an input method's candidates. The bars of plain desktops
+/// are made the same way, but say what they are.
+bool X11MouseEventMonitors::isOverPopup() {
+    const auto under = connection_.reply(xcb_query_pointer_reply,
+                                         xcb_query_pointer(connection_.get(), connection_.root()));
+    if (!under || under->child == XCB_WINDOW_NONE) return false;
+    const auto attributes =
+        connection_.reply(xcb_get_window_attributes_reply,
+                          xcb_get_window_attributes(connection_.get(), under->child));
+    return attributes && attributes->override_redirect != 0 && !windows_.isPartOfDesktop(under->child);
 }
 
 }  // namespace dorix

@@ -23,6 +23,7 @@ class X11MouseEventMonitors final : public MouseEventMonitors {
     void select(Presses presses);
     void handle(const xcb_generic_event_t& event);
     bool isOverOwnWindow();
+    bool isOverPopup();
 
     X11Connection& connection_;
     X11Windows& windows_;

@@ -103,6 +103,12 @@ std::string X11Windows::title(xcb_window_t window) {
     return name.empty() ? utf8FromLatin1(string(window, XCB_ATOM_WM_NAME, XCB_ATOM_STRING)) : name;
 }
 
+bool X11Windows::isPartOfDesktop(xcb_window_t window) {
+    const auto type = number(window, connection_.atom("_NET_WM_WINDOW_TYPE"), XCB_ATOM_ATOM);
+    return type == connection_.atom("_NET_WM_WINDOW_TYPE_DOCK") ||
+           type == connection_.atom("_NET_WM_WINDOW_TYPE_DESKTOP");
+}
+
 void X11Windows::activate(xcb_window_t window) {
     if (!hasWindowManager()) {
         const std::uint32_t above = XCB_STACK_MODE_ABOVE;

@@ -34,6 +34,9 @@ class X11Windows {
     WindowClass windowClass(xcb_window_t window);
     std::string title(xcb_window_t window);
 
+    /// Whether it says that it is the desktop itself or a bar at its edge.
+    bool isPartOfDesktop(xcb_window_t window);
+
     /// Asks for the window to come to the front with the focus.
     void activate(xcb_window_t window);
 

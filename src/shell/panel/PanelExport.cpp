@@ -47,7 +47,12 @@ void PanelExport::start(const fs::path& file, HistoryExportFormat format) {
     }
     stop_ = std::stop_source();
     running.set(true);
+    last_.emplace();
     tasks_.spawn(run(file, format, stop_.get_token()));
+}
+
+Task<void> PanelExport::settled() {
+    if (const auto last = last_) co_await *last;
 }
 
 void PanelExport::stop() { stop_.request_stop(); }
@@ -61,6 +66,7 @@ Task<void> PanelExport::run(fs::path file, HistoryExportFormat format, std::stop
             });
         });
     running.set(false);
+    last_->complete();
     if (stop.stop_requested()) co_return;
     onFinished(error ? std::optional(wordsFor(error)) : std::nullopt);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Observable.h"
+#include "base/async/Completion.h"
 #include "base/async/TaskScope.h"
 #include "localdata/HistoryExport.h"
 #include "platform/FileReplacer.h"
@@ -36,6 +37,8 @@ class PanelExport {
     void start(const std::filesystem::path& file, HistoryExportFormat format);
     /// The file stays as it was.
     void stop();
+    /// Returns when none is under way.
+    Task<void> settled();
 
  private:
     Task<void> run(std::filesystem::path file, HistoryExportFormat format, std::stop_token stop);
@@ -44,6 +47,7 @@ class PanelExport {
     FileReplacer& files_;
     const std::filesystem::path database_;
     std::stop_source stop_;
+    std::optional<Completion<void>> last_;  // of the last one to begin, done when it has ended
     TaskScope tasks_;
 };
 

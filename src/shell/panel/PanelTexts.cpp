@@ -61,6 +61,8 @@ std::string listFoot() { return tr("Tu historial se guarda solo en este equipo."
 
 std::string composerPrompt() { return tr("Pregunta, dicta o pide una acción…"); }
 
+std::string cannotSend() { return tr("Todavía no hay asistente que responda. Tu texto se queda aquí."); }
+
 std::string micButton(bool recording) { return tr(recording ? "Terminar dictado" : "Dictar"); }
 
 Welcome welcome(PushToTalkKey holdKey) {

@@ -19,6 +19,8 @@ std::string holdKeyName(PushToTalkKey key);
 std::string searchPrompt();
 std::string listFoot();
 std::string composerPrompt();
+/// Why the composer's text cannot be sent, where nobody answers.
+std::string cannotSend();
 /// Of the composer's microphone.
 std::string micButton(bool recording);
 

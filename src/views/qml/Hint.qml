@@ -10,7 +10,19 @@ Item {
     anchors.fill: parent
     z: 1
 
+    // For who did not use the pointer.
+    function flash() {
+        bubble.show()
+        flashed.restart()
+    }
+
     onWantedChanged: bubble.visible = false
+
+    Timer {
+        id: flashed
+        interval: theme.flashedHint
+        onTriggered: bubble.visible = false
+    }
 
     Timer {
         running: hint.wanted && hint.text !== ""

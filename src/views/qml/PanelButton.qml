@@ -7,6 +7,7 @@ FocusScope {
     property string glyph
     property string label
     property string name: label
+    property string reason  // why it is disabled, for whoever tries it all the same
     property bool filled: false
     property bool quiet: label === ""
     property color ink: filled ? theme.onAccent : theme.text
@@ -14,13 +15,19 @@ FocusScope {
 
     signal activated
 
+    function showReason() {
+        hint.flash()
+    }
+
     implicitWidth: label === "" ? 8 * theme.space : content.width + 6 * theme.space
     implicitHeight: 8 * theme.space
-    opacity: enabled ? 1 : 0.4
+    // Only what it is made of: a hint is to be read.
+    readonly property real strength: enabled ? 1 : 0.4
     activeFocusOnTab: enabled && visible
 
     Accessible.role: Accessible.Button
     Accessible.name: name
+    Accessible.description: enabled ? "" : reason
     Accessible.focusable: enabled
     Accessible.onPressAction: button.activated()
 
@@ -34,14 +41,15 @@ FocusScope {
     Rectangle {
         anchors.fill: parent
         radius: theme.bubbleRadius - theme.space
-        color: button.filled ? theme.accent : hover.hovered || tap.pressed ? theme.track : "transparent"
+        opacity: button.strength
+        color: button.filled ? theme.accent : button.enabled && (hover.hovered || tap.pressed) ? theme.track : "transparent"
         border.color: theme.solidHairline
         border.width: button.quiet || button.filled ? 0 : 1
     }
 
     Rectangle {
         anchors.fill: parent
-        visible: button.filled && (hover.hovered || tap.pressed)
+        visible: button.filled && button.enabled && (hover.hovered || tap.pressed)
         radius: theme.bubbleRadius - theme.space
         color: theme.onAccent
         opacity: 0.12
@@ -52,6 +60,7 @@ FocusScope {
 
         anchors.centerIn: parent
         spacing: 1.5 * theme.space
+        opacity: button.strength
 
         Glyph {
             anchors.verticalCenter: parent.verticalCenter
@@ -76,7 +85,6 @@ FocusScope {
 
     HoverHandler {
         id: hover
-        enabled: button.enabled
     }
 
     TapHandler {
@@ -86,7 +94,8 @@ FocusScope {
     }
 
     Hint {
-        text: button.label === "" ? button.name : ""
+        id: hint
+        text: !button.enabled && button.reason !== "" ? button.reason : button.label === "" ? button.name : ""
         wanted: hover.hovered && !tap.pressed
     }
 }

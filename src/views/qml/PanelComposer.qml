@@ -9,6 +9,11 @@ FocusScope {
 
     height: field.height + 2 * padding
 
+    function send() {
+        if (view.canSend) verbs.sendComposer()
+        else if (input.text.trim() !== "") sendButton.showReason()
+    }
+
     Rectangle {
         id: field
 
@@ -25,7 +30,7 @@ FocusScope {
             x: flick.x
             y: flick.y
             width: flick.width
-            visible: input.text === "" && input.preeditText === ""
+            visible: input.text === "" && input.preeditText === "" && view.heard === ""
             text: view.recording ? view.words.listening : view.words.composer
             color: theme.textSecondary
         }
@@ -36,8 +41,8 @@ FocusScope {
             x: 3 * theme.space
             y: 2 * theme.space
             width: buttons.x - x - theme.space
-            height: Math.min(input.contentHeight, composer.mostLines * input.lineAdvance)
-            contentHeight: input.contentHeight
+            height: Math.min(contentHeight, composer.mostLines * input.lineAdvance)
+            contentHeight: heard.visible ? heard.y + heard.height : input.contentHeight
             interactive: false
             clip: true
 
@@ -72,7 +77,7 @@ FocusScope {
                 Keys.onPressed: event => {
                     const enter = event.key === Qt.Key_Return || event.key === Qt.Key_Enter
                     if (enter && !(event.modifiers & Qt.ShiftModifier)) {
-                        if (!event.isAutoRepeat) verbs.sendComposer()
+                        if (!event.isAutoRepeat) composer.send()
                         event.accepted = true
                     } else if (event.key === Qt.Key_Tab) {
                         nextItemInFocusChain(true).forceActiveFocus(Qt.TabFocusReason)
@@ -97,7 +102,21 @@ FocusScope {
                 Component.onCompleted: text = view.composerText
             }
 
+            // What is being understood, its end in sight.
+            Label {
+                id: heard
+
+                y: input.text === "" && input.preeditText === "" ? 0 : input.contentHeight
+                width: flick.width
+                visible: view.heard !== ""
+                wrapMode: Text.Wrap
+                text: view.heard
+                color: theme.textSecondary
+                onHeightChanged: Qt.callLater(scroller.to, scroller.end)
+            }
+
             Scroller {
+                id: scroller
                 list: flick
             }
         }
@@ -120,10 +139,12 @@ FocusScope {
             }
 
             PanelButton {
+                id: sendButton
                 glyph: "\uf48a"
                 ink: enabled ? theme.accent : theme.textSecondary
                 enabled: view.canSend && input.text.trim() !== ""
                 name: view.words.send
+                reason: view.canSend ? "" : view.words.cannotSend
                 onActivated: verbs.sendComposer()
             }
         }

@@ -101,6 +101,16 @@ TEST_F(SavePanelTest, AsksTheDesktop) {
     }
 }
 
+TEST_F(SavePanelTest, ADialogThatDiesWithThePortalIsNoAnswer) {
+    std::optional<Portal> portal(loop);
+    ask();
+    ASSERT_TRUE(loop.runUntil([&] { return !portal->asked.empty(); }));
+    loop.runFor(0.1);  // the request's path has come back
+    portal.reset();
+    ASSERT_TRUE(loop.runUntil([&] { return done; }));
+    EXPECT_FALSE(chosen);
+}
+
 TEST_F(SavePanelTest, WhereNobodyAsksItFindsANameThatIsFree) {
     for (const char* name : {"DORIX.md", "DORIX 2.md", "DORIX 3.md"}) {
         ask();

@@ -23,6 +23,27 @@ class X11MouseMonitorTest : public DesktopTest {
     }
 };
 
+TEST_F(X11MouseMonitorTest, WhatPopsUpIsNoOtherApplication) {
+    X11MouseEventMonitors monitors(*connection_, *windows_);
+    int presses = 0;
+    const auto token = monitors.addGlobalMonitor([&] { ++presses; });
+    const xcb_window_t popup = xcb_generate_id(user_->get());
+    constexpr std::uint32_t yes = 1;
+    xcb_create_window(user_->get(), XCB_COPY_FROM_PARENT, popup, user_->root(), 0, 0, 100, 40, 0,
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_OVERRIDE_REDIRECT, &yes);
+    xcb_map_window(user_->get(), popup);
+    settle();
+    click(popup);
+    EXPECT_EQ(presses, 0);
+    const xcb_atom_t dock = user_->atom("_NET_WM_WINDOW_TYPE_DOCK");
+    xcb_change_property(user_->get(), XCB_PROP_MODE_REPLACE, popup, user_->atom("_NET_WM_WINDOW_TYPE"),
+                        XCB_ATOM_ATOM, 32, 1, &dock);
+    click(popup);
+    EXPECT_TRUE(waitFor([&] { return presses == 1; })) << "a bar of the desktop's";
+    xcb_destroy_window(user_->get(), popup);
+    user_->flush();
+}
+
 TEST_F(X11MouseMonitorTest, TellsOfPressesInOtherApplicationsOnly) {
     X11MouseEventMonitors monitors(*connection_, *windows_);
     int presses = 0;
