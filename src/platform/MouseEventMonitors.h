@@ -15,7 +15,8 @@ class MouseEventMonitors {
     virtual ~MouseEventMonitors() = default;
 
     /// Sees the presses of buttons that go to other applications, and cannot change them; a turn of the wheel
-    /// is no press, nor is one in what pops up over the windows, such as an input method's candidates. Null where the system does not let us see them.
+    /// is no press, nor is one in what pops up over the windows, such as an input method's candidates. Null
+    /// where the system does not let us see them.
     virtual Token addGlobalMonitor(GlobalHandler handler) = 0;
 };
 

@@ -97,6 +97,7 @@ void AppController::clickedOutside() {
     // The dialog that asks where a file is to go is the desktop's, and stands above the panel.
     if (panel_.isAsking()) return;
     closedByClickAt_ = platform_.executor.now();
+    panelWindow.clickedOutside();
     panelPresenter_.close();
 }
 

@@ -49,6 +49,8 @@ class AppController {
         std::function<bool()> place = [] { return false; };
         std::function<void()> show = [] {};
         std::function<void()> hide = [] {};
+        /// The user has clicked elsewhere; the panel closes next, and the click tells who gets the keyboard.
+        std::function<void()> clickedOutside = [] {};
     };
     PanelWindow panelWindow;
 

@@ -93,7 +93,8 @@ void connectViews(AppController& controller, Views& views) {
     controller.showIcon = [&views] { views.showIcon(); };
     controller.panelWindow = {.place = [&views] { return views.placePanel(); },
                               .show = [&views] { views.showPanel(); },
-                              .hide = [&views] { views.hidePanel(); }};
+                              .hide = [&views] { views.hidePanel(); },
+                              .clickedOutside = [&views] { views.panelClickedOutside(); }};
 }
 
 /// The watchdog over this process, while it stands on the stack of run(). The toolkit calls exit() when the

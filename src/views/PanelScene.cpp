@@ -42,9 +42,8 @@ void PanelScene::watchState() {
         showEmptyText();
     }));
     bag_.push_back(env_.settings.pushToTalkKey.subscribe([this](PushToTalkKey) { showWords(); }));
-    bag_.push_back(env_.settings.languageObserver().code.subscribe([this](const std::string&) {
-        retranslate();
-    }));
+    bag_.push_back(
+        env_.settings.languageObserver().code.subscribe([this](const std::string&) { retranslate(); }));
 }
 
 // What is being understood stands beside the text until it becomes part of it, or nobody wants it any more.

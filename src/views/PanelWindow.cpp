@@ -11,6 +11,7 @@
 #include <QQuickItem>
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace dorix {
 
@@ -103,10 +104,16 @@ void PanelWindow::focusWhereAsked() {
     env_.state.focusRequest.set(std::nullopt);
 }
 
+/// We hear of the click before the window manager has given the keyboard to what was clicked.
+void PanelWindow::clickedOutside() {
+    clickTakesKeyboard_ = context().x11 != nullptr && context().x11->hasWindowManager();
+}
+
 void PanelWindow::fade() {
     if (menu_) menu_->close();
     view().insert("shown", false);
-    if (context().x11 != nullptr && isActive()) context().x11->bringToFront(before_);
+    const bool taken = std::exchange(clickTakesKeyboard_, false);
+    if (!taken && context().x11 != nullptr && isActive()) context().x11->bringToFront(before_);
 }
 
 void PanelWindow::dismiss() { orderOut(); }

@@ -43,6 +43,8 @@ class PanelWindow final : public OverlayPanel {
 
     /// Comes up with the keyboard.
     void open();
+    /// A click in another application is about to close it.
+    void clickedOutside();
     /// Begins to go, and hands the keyboard back at once: who closes the panel types on.
     void fade();
     /// Is gone.
@@ -72,6 +74,7 @@ class PanelWindow final : public OverlayPanel {
     std::unique_ptr<MenuWindow> menu_;
     Timer saveSize_;
     bool userResizes_ = false;
+    bool clickTakesKeyboard_ = false;
     std::uint32_t before_ = 0;  // the window that had the keyboard
     Subscription focusRequests_;
 };

@@ -88,7 +88,7 @@ inline constexpr int motionBetween = 200;
 inline constexpr int motionOut = 250;
 inline constexpr int restBeforeHint = 700;  // of the pointer
 inline constexpr int flashedHint = 3000;
-inline constexpr int turn = 1200;           // of the arc that says that something goes on
+inline constexpr int turn = 1200;  // of the arc that says that something goes on
 
 // How dark the shadow is beside its shape.
 inline constexpr double shadowStrength = 0.14;

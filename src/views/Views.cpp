@@ -226,6 +226,10 @@ bool Views::placePanel() { return parts_->panelWindow().place(parts_->icon.frame
 
 void Views::showPanel() { parts_->panelWindow().open(); }
 
+void Views::panelClickedOutside() {
+    if (parts_->panel) parts_->panel->clickedOutside();
+}
+
 void Views::hidePanel() {
     if (!parts_->panel) return;
     parts_->panel->dismiss();

@@ -50,6 +50,8 @@ class Views {
     bool placePanel();
     void showPanel();
     void hidePanel();
+    /// It is about to close because of a click in another application.
+    void panelClickedOutside();
 
  private:
     struct Parts;

@@ -38,6 +38,7 @@ class X11Desktop final : public QAbstractNativeEventFilter {
     /// points.
     void setFrameExtents(QWindow& window, const QMargins& extents);
 
+    bool hasWindowManager() const;
     /// The window that has the keyboard: the window manager's active one, or the focus itself; 0 for none.
     std::uint32_t frontWindow() const;
     /// Brings a window, ours or another's, to the front with the keyboard; nothing happens if it has gone.
@@ -55,7 +56,6 @@ class X11Desktop final : public QAbstractNativeEventFilter {
 
     std::uint32_t atom(const char* name) const;
     std::uint32_t windowNamedBy(std::uint32_t window, const char* property) const;
-    bool hasWindowManager() const;
     void watchCompositor();
     bool hasCompositor() const;
     void applyShape(QWindow& window, std::uint8_t kind, const std::optional<QRegion>& region);

@@ -3,6 +3,7 @@
 one. Takes the program's path, and whether there is a window manager: wm or no-wm."""
 
 import contextlib
+import json
 import os
 import sqlite3
 import subprocess
@@ -21,6 +22,7 @@ from user import User  # noqa: E402
 from virtual_desktop import VirtualDesktop  # noqa: E402
 
 BINARY = ""
+WINDOW_MANAGER = True
 PATIENCE = 5.0
 ELSEWHERE = (1100, 100)
 TRANSIENT = "org.nspasteboard.TransientType"
@@ -94,6 +96,7 @@ class PanelTest(unittest.TestCase):
         # One after the other in one program, as a day goes.
         self.use_the_keyboard()
         self.use_the_mouse()
+        self.export_the_history()
         self.start_again()
 
     def use_the_keyboard(self):
@@ -135,6 +138,50 @@ class PanelTest(unittest.TestCase):
         self.assertTrue(self.is_open())
         self.user.click(*ELSEWHERE)
         self.wait(lambda: not self.is_open())
+        if WINDOW_MANAGER:
+            self.click_gives_the_keyboard()
+
+    def click_gives_the_keyboard(self):
+        terminal = self.desktop.spawn(["xterm", "-T", "Terminal", "-geometry", "20x5-20+20"], stderr=subprocess.DEVNULL)
+        self.wait(lambda: self.focus() == "Terminal")
+        self.activate_editor()
+        self.open_panel()
+        self.user.click(1200, 60)
+        self.wait(lambda: not self.is_open())
+        self.assertEqual(self.focus(), "Terminal", "not what had it before the panel")
+        terminal.terminate()
+        terminal.wait(PATIENCE)
+        self.activate_editor()
+
+    def activate_editor(self) -> None:
+        subprocess.run(["xdotool", "search", "--onlyvisible", "--class", "mousepad", "windowactivate"], check=True)
+        self.wait(lambda: "Mousepad" in self.focus())
+
+    def export_the_history(self):
+        # No portal asks where here, so that the files are named in the user's own folder.
+        self.open_panel()
+        folder = Path(self.desktop.env["HOME"])
+        for keys, extension in ((["Down"], "md"), (["Down", "Down"], "json")):
+            self.press_button("Más opciones")
+            self.wait(lambda: ("menu item", "Exportar como JSON…") in self.shown())
+            self.user.press(*keys, "Return")
+            self.wait((folder / f"DORIX Historial.{extension}").exists)
+        markdown = (folder / "DORIX Historial.md").read_text()
+        for _, _, title, _, answer in ITEMS:
+            self.assertIn(title, markdown)
+            self.assertIn(answer.splitlines()[-1], markdown)
+        exported = json.loads((folder / "DORIX Historial.json").read_text())
+        self.assertEqual([(item["id"], item["kind"], item["title"], item["query"], item["answer"])
+                          for item in exported["items"]], list(ITEMS))
+        self.assertEqual((folder / "DORIX Historial.json").stat().st_mode & 0o077, 0, "the user's alone")
+        self.user.press("Escape")
+        self.assert_closed_and_focus_back()
+
+    def press_button(self, name: str) -> None:
+        """As a screen reader does it."""
+        from accessibility import showing
+
+        self.wait(lambda: any(node.do_action(0) for node in showing(self.dorix.pid) if node.get_name() == name))
 
     def start_again(self):
         subprocess.run([BINARY], check=True, timeout=PATIENCE)
@@ -144,7 +191,7 @@ class PanelTest(unittest.TestCase):
 
 def main() -> int:
     def body(directory: Path) -> int:
-        with VirtualDesktop(directory, window_manager=sys.argv[2] == "wm", sound=None) as desktop:
+        with VirtualDesktop(directory, window_manager=WINDOW_MANAGER, sound=None) as desktop:
             os.environ.clear()
             os.environ.update(desktop.env)
             PanelTest.desktop = desktop
@@ -155,4 +202,5 @@ def main() -> int:
 
 if __name__ == "__main__":
     BINARY = str(Path(sys.argv[1]).resolve())
+    WINDOW_MANAGER = sys.argv[2] == "wm"
     sys.exit(main())

@@ -43,7 +43,9 @@ WINDOW_MANAGER = """\
 <openbox_config xmlns="http://openbox.org/3.4/rc">
   <focus><focusNew>yes</focusNew></focus>
   <keyboard/>
-  <mouse/>
+  <mouse><context name="Client"><mousebind button="Left" action="Press">
+    <action name="Focus"/><action name="Raise"/>
+  </mousebind></context></mouse>
   <applications><application type="normal"><decor>yes</decor></application></applications>
 </openbox_config>
 """

@@ -74,12 +74,11 @@ bool X11MouseEventMonitors::isOverOwnWindow() {
 /// A window that no window manager knows, such as an input method's candidates. The bars of plain desktops
 /// are made the same way, but say what they are.
 bool X11MouseEventMonitors::isOverPopup() {
-    const auto under = connection_.reply(xcb_query_pointer_reply,
-                                         xcb_query_pointer(connection_.get(), connection_.root()));
+    const auto under =
+        connection_.reply(xcb_query_pointer_reply, xcb_query_pointer(connection_.get(), connection_.root()));
     if (!under || under->child == XCB_WINDOW_NONE) return false;
-    const auto attributes =
-        connection_.reply(xcb_get_window_attributes_reply,
-                          xcb_get_window_attributes(connection_.get(), under->child));
+    const auto attributes = connection_.reply(xcb_get_window_attributes_reply,
+                                              xcb_get_window_attributes(connection_.get(), under->child));
     return attributes && attributes->override_redirect != 0 && !windows_.isPartOfDesktop(under->child);
 }
 
