@@ -82,9 +82,7 @@ class Panel {
         if (!picture_.isEmpty) fill();
         state_.section.set(picture_.section);
         state_.query.set(picture_.query);
-        state_.composerText.set(picture_.composer);
         state_.composerRecording.set(picture_.records);
-        if (!picture_.selected.empty()) state_.selectedID.set(picture_.selected);
         SettingsStore settings(defaults_, loginItem_, SystemLanguages{});
         HistoryPanel panel({.executor = executor_,
                             .background = executor_,
@@ -107,6 +105,8 @@ class Panel {
         window.place({screen.width - 96, 2, 96, 96}, {{.frame = screen, .visibleFrame = screen}});
         state_.panelOpen.set(true);
         window.open();
+        if (!picture_.selected.empty()) state_.selectedID.set(picture_.selected);
+        state_.composerText.set(picture_.composer);
         speech_.partial.set(picture_.heard);
         window.view().insert("detailOpen", !picture_.selected.empty());
         window.view().insert("byKeyboard", picture_.byKeyboard);
@@ -232,7 +232,7 @@ std::vector<PanelPicture> panelPictures() {
         {.name = "recording-en-light", .language = "en", .selected = "retraso", .records = true},
         {.name = "hearing-es-dark",
          .dark = true,
-         .selected = "retraso",
+         .selected = "old11",
          .records = true,
          .composer = "Resume lo de ayer.",
          .heard = "y dime qué queda por hacer antes del viernes con el contrato de Velmar porque Marta"},

@@ -91,15 +91,13 @@ FocusScope {
                     }
                 }
 
-                Connections {
-                    target: view
-                    function onValueChanged(key, value) {
-                        if (key !== "composerText" || value === input.text) return
-                        input.text = value
-                        input.cursorPosition = input.length
-                    }
+                readonly property string wanted: view.composerText
+
+                onWantedChanged: {
+                    if (wanted === text) return
+                    text = wanted
+                    cursorPosition = length
                 }
-                Component.onCompleted: text = view.composerText
             }
 
             // What is being understood, its end in sight.
@@ -112,7 +110,7 @@ FocusScope {
                 wrapMode: Text.Wrap
                 text: view.heard
                 color: theme.textSecondary
-                onHeightChanged: Qt.callLater(scroller.to, scroller.end)
+                onHeightChanged: Qt.callLater(scroller.toEnd)
             }
 
             Scroller {

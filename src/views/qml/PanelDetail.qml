@@ -94,12 +94,9 @@ FocusScope {
             list: blocks
         }
 
-        Connections {
-            target: view
-            function onValueChanged(key, value) {
-                if (key === "detailId") Qt.callLater(scroller.to, scroller.start)
-            }
-        }
+        readonly property string shown: view.detailId
+
+        onShownChanged: Qt.callLater(scroller.toStart)
 
         FocusRing {
             parent: detail

@@ -69,12 +69,9 @@ FocusScope {
             onOpened: list.opened(index)
         }
 
-        Connections {
-            target: view
-            function onValueChanged(key, value) {
-                if (key === "selected") list.reveal()
-            }
-        }
+        readonly property int selected: view.selected
+
+        onSelectedChanged: list.reveal()
 
         Rectangle {
             id: sticky

@@ -14,6 +14,12 @@ Item {
     function to(y) {
         list.contentY = Math.round(Math.max(start, Math.min(end, y)))
     }
+    function toStart() {
+        to(start)
+    }
+    function toEnd() {
+        to(end)
+    }
     function by(distance) {
         to(list.contentY + distance)
     }

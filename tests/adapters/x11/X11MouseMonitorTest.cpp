@@ -27,21 +27,24 @@ TEST_F(X11MouseMonitorTest, WhatPopsUpIsNoOtherApplication) {
     X11MouseEventMonitors monitors(*connection_, *windows_);
     int presses = 0;
     const auto token = monitors.addGlobalMonitor([&] { ++presses; });
-    const xcb_window_t popup = xcb_generate_id(user_->get());
+    const auto editor = openApplication("editor", "Editor");
+    X11Connection& other = editor->connection();
+    const xcb_window_t popup = xcb_generate_id(other.get());
     constexpr std::uint32_t yes = 1;
-    xcb_create_window(user_->get(), XCB_COPY_FROM_PARENT, popup, user_->root(), 0, 0, 100, 40, 0,
+    xcb_create_window(other.get(), XCB_COPY_FROM_PARENT, popup, other.root(), 0, 0, 100, 40, 0,
                       XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_OVERRIDE_REDIRECT, &yes);
-    xcb_map_window(user_->get(), popup);
+    xcb_map_window(other.get(), popup);
+    other.flush();
     settle();
     click(popup);
     EXPECT_EQ(presses, 0);
-    const xcb_atom_t dock = user_->atom("_NET_WM_WINDOW_TYPE_DOCK");
-    xcb_change_property(user_->get(), XCB_PROP_MODE_REPLACE, popup, user_->atom("_NET_WM_WINDOW_TYPE"),
+    const xcb_atom_t dock = other.atom("_NET_WM_WINDOW_TYPE_DOCK");
+    xcb_change_property(other.get(), XCB_PROP_MODE_REPLACE, popup, other.atom("_NET_WM_WINDOW_TYPE"),
                         XCB_ATOM_ATOM, 32, 1, &dock);
+    other.flush();
+    settle();
     click(popup);
     EXPECT_TRUE(waitFor([&] { return presses == 1; })) << "a bar of the desktop's";
-    xcb_destroy_window(user_->get(), popup);
-    user_->flush();
 }
 
 TEST_F(X11MouseMonitorTest, TellsOfPressesInOtherApplicationsOnly) {
