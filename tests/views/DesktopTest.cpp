@@ -438,6 +438,36 @@ TEST_F(ViewsDesktopTest, TheScaleMayChangeWhileItShows) {
     EXPECT_TRUE(runUntil([&] { return icon().geometry() == QRect(1280 - 98, 800 - 98, 96, 96); }));
 }
 
+TEST_F(ViewsDesktopTest, ThePanelKeepsItsSizeInAnotherScale) {
+    const auto open = [&] {
+        views_->placePanel();
+        state_.panelOpen.set(true);
+        views_->showPanel();
+    };
+    open();
+    ASSERT_TRUE(runUntil([&] { return find<PanelWindow>()->isExposed(); }));
+    const QSize size = find<PanelWindow>()->size();
+    theService().setScale(1.5);
+    const auto isRight = [&](qreal scale) {
+        const auto* panel = find<PanelWindow>();
+        if (panel->devicePixelRatio() != scale || panel->size() != size) return false;
+        // In the composer's margin, at the far end of all that is drawn.
+        const QPoint end =
+            panel->geometry().topLeft() * scale +
+            QPointF(size.width() - tokens::shadowReach - 6, size.height() - 30).toPoint() * scale;
+        return display_->color(end) == tokens::light.surface;
+    };
+    EXPECT_TRUE(runUntil([&] { return isRight(1.5); }));
+    state_.panelOpen.set(false);
+    views_->hidePanel();
+    theService().setScale(1);
+    EXPECT_TRUE(runUntil([&] { return find<PanelWindow>() == nullptr; })) << "one that hides is made anew";
+    open();
+    EXPECT_TRUE(runUntil([&] { return isRight(1); }));
+    state_.panelOpen.set(false);
+    views_->hidePanel();
+}
+
 TEST_F(ViewsDesktopTest, TheIconComesBackFromAScreenThatIsUnplugged) {
     ASSERT_EQ(std::system("xrandr --setmonitor left 640/169x800/211+0+0 screen && "
                           "xrandr --setmonitor right 640/169x800/211+640+0 none"),
@@ -503,6 +533,17 @@ TEST_F(ViewsDesktopTest, ThePanelFollowsLanguageAndThemeAndRestsOtherwise) {
     const QRgb light = panel.grabWindow().pixel(40, 300);
     appearance_.prefersDark.set(true);
     EXPECT_TRUE(runUntil([&] { return panel.grabWindow().pixel(40, 300) != light; }));
+
+    const auto heard = [&] { return panel.view().value("heard").toString(); };
+    state_.composerRecording.set(true);
+    speech_.partial.set("dile a Carlos");
+    EXPECT_EQ(heard(), "dile a Carlos");
+    state_.composerRecording.set(false);
+    EXPECT_EQ(heard(), "dile a Carlos") << "until it is part of the text";
+    state_.composerText.set("Dile a Carlos");
+    EXPECT_EQ(heard(), "");
+    speech_.partial.set("otro dictado");
+    EXPECT_EQ(heard(), "") << "not the composer's";
 
     state_.focusRequest.set(AppState::FocusTarget::composer);
     runFor(0.5);
