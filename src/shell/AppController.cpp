@@ -2,6 +2,7 @@
 
 #include "base/Error.h"
 #include "base/Log.h"
+#include "base/async/Sleep.h"
 #include "localdata/Language.h"
 #include "platform/Application.h"
 #include "platform/KeyCodes.h"
@@ -16,8 +17,9 @@ using Mode = DictationController::Mode;
 using Source = DictationController::Source;
 
 namespace {
+constexpr double dialogGoes = 0.3;  // seconds, from the answer to the desktop's dialog having gone
 constexpr double clickLasts = 0.5;  // seconds, from the button going down to what the desktop says of it
-}
+}  // namespace
 
 AppController::AppController(const Platform& platform)
     : platform_(platform),
@@ -82,9 +84,17 @@ void AppController::wirePanel() {
     panel_.actions.close = [this] { panelPresenter_.close(); };
     panel_.actions.toggleMic = [this] { dictation_.toggleComposerMic(); };
     panel_.actions.reinsert = [this](const HistoryItem& item) { dictation_.reinsert(item); };
+    panel_.onAsked = [this] { tasks_.spawn(returnToPanel()); };
     panel_.onExported = [this](const std::string& words, bool failed) {
         dictation_.flash(failed ? HUDPhase::error(words) : HUDPhase::done(words), 4.0);
     };
+}
+
+/// Not every window manager gives the keyboard back to a window that is in no taskbar, and none does as long
+/// as the dialog still stands above it.
+Task<void> AppController::returnToPanel() {
+    co_await sleep(dialogGoes);
+    if (state_.panelOpen.get()) panelWindow.takeKeyboard();
 }
 
 void AppController::watchOutsideClicks(bool on) {

@@ -49,6 +49,8 @@ class AppController {
         std::function<bool()> place = [] { return false; };
         std::function<void()> show = [] {};
         std::function<void()> hide = [] {};
+        /// Takes the keyboard again, after a dialog of the desktop's.
+        std::function<void()> takeKeyboard = [] {};
         /// The user has clicked elsewhere; the panel closes next, and the click tells who gets the keyboard.
         std::function<void()> clickedOutside = [] {};
     };
@@ -85,6 +87,7 @@ class AppController {
  private:
     PanelPresenter::Steps panelSteps();
     void wirePanel();
+    Task<void> returnToPanel();
     void watchOutsideClicks(bool on);
     void clickedOutside();
     void statusItemClicked();

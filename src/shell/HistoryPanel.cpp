@@ -30,6 +30,7 @@ Task<void> HistoryPanel::askAndExport(HistoryExportFormat format, std::uint64_t 
     const auto file = co_await env_.savePanel.run({.title = tr("Exportar historial"),
                                                    .fileName = "DORIX " + tr("Historial") + extension,
                                                    .ownWindow = ownWindow});
+    onAsked();
     if (!file) co_return;
     exporter_.onFinished = [this, name = file->string()](const std::optional<std::string>& failure) {
         onExported(failure ? *failure : formatText(tr("Historial guardado en %@"), {name}),

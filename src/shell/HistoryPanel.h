@@ -46,6 +46,8 @@ class HistoryPanel {
 
     /// Whether the user is asked where an export is to go.
     bool isAsking() const { return isAsking_; }
+    /// The user has answered, or the dialog has gone without.
+    std::function<void()> onAsked = [] {};
     /// Told how an export ended: where it lies, or why there is none, in the app language.
     std::function<void(const std::string& words, bool failed)> onExported = [](const auto&, bool) {};
 

@@ -94,6 +94,7 @@ void connectViews(AppController& controller, Views& views) {
     controller.panelWindow = {.place = [&views] { return views.placePanel(); },
                               .show = [&views] { views.showPanel(); },
                               .hide = [&views] { views.hidePanel(); },
+                              .takeKeyboard = [&views] { views.focusPanel(); },
                               .clickedOutside = [&views] { views.panelClickedOutside(); }};
 }
 

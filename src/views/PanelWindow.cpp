@@ -84,8 +84,12 @@ void PanelWindow::open() {
     view().insert({{"shown", true}, {"byKeyboard", false}});
     rememberFront();
     orderFrontRegardless();
-    if (context().x11 != nullptr) context().x11->bringToFront(static_cast<std::uint32_t>(winId()));
+    takeKeyboard();
     focusWhereAsked();
+}
+
+void PanelWindow::takeKeyboard() {
+    if (context().x11 != nullptr) context().x11->bringToFront(static_cast<std::uint32_t>(winId()));
 }
 
 /// Not itself, when it opens while it still goes.

@@ -43,6 +43,7 @@ class PanelWindow final : public OverlayPanel {
 
     /// Comes up with the keyboard.
     void open();
+    void takeKeyboard();
     /// A click in another application is about to close it.
     void clickedOutside();
     /// Begins to go, and hands the keyboard back at once: who closes the panel types on.

@@ -226,6 +226,10 @@ bool Views::placePanel() { return parts_->panelWindow().place(parts_->icon.frame
 
 void Views::showPanel() { parts_->panelWindow().open(); }
 
+void Views::focusPanel() {
+    if (parts_->panel) parts_->panel->takeKeyboard();
+}
+
 void Views::panelClickedOutside() {
     if (parts_->panel) parts_->panel->clickedOutside();
 }

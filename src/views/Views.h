@@ -50,6 +50,8 @@ class Views {
     bool placePanel();
     void showPanel();
     void hidePanel();
+    /// Gives it the keyboard while it is open.
+    void focusPanel();
     /// It is about to close because of a click in another application.
     void panelClickedOutside();
 

@@ -261,8 +261,11 @@ TEST_F(AppControllerTest, ThePanelOpensAndClosesByWhateverIsClicked) {
     EXPECT_EQ(savePanel.request.fileName, "DORIX Historial.md");
     mouse.click();
     EXPECT_TRUE(open.get()) << "the click was in the dialog";
+    bool hasKeyboard = false;
+    app->panelWindow.takeKeyboard = [&] { hasKeyboard = true; };
     savePanel.answer.complete(std::nullopt);
-    executor.runPosted();
+    executor.advanceBy(0.3);
+    EXPECT_TRUE(hasKeyboard) << "the dialog had it";
     mouse.click();
     EXPECT_FALSE(open.get());
 }
