@@ -42,7 +42,7 @@ nlohmann::ordered_json jsonOf(const HistoryItem& item) {
 
 class JsonWriter {
  public:
-    static std::string begin() { return "{\"format\": \"dorix-history\", \"version\": 1, \"items\": ["; }
+    static std::string begin() { return R"({"format": "dorix-history", "version": 1, "items": [)"; }
 
     /// An item a line, for programs that read by lines. Bytes that are no UTF-8 become U+FFFD.
     std::string add(const HistoryItem& item) {

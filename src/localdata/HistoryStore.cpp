@@ -147,7 +147,8 @@ void HistoryStore::insert(const HistoryItem& item) {
 
 /// A table that another program made may hold more than one row of an id; the first is the one to tell of.
 std::optional<RemovedItem> HistoryStore::hide(const std::string& itemID) {
-    const std::string id = itemID;  // it may be that of the item itself, which goes
+    // A copy, as it may be that of the item itself, which goes.
+    const std::string id = itemID;  // NOLINT(performance-unnecessary-copy-initialization)
     if (shownIds_.erase(id) == 0) return std::nullopt;
     const auto next = [&](const auto& from) {
         return std::ranges::find(from, items_.end(), id, &HistoryItem::id);

@@ -1,6 +1,7 @@
 #include "linux/dbus/PortalSavePanel.h"
 
-#include <cstdio>
+#include <array>
+#include <charconv>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -21,9 +22,9 @@ constexpr const char* portalLeftRule =
 
 std::string windowName(std::uint64_t window) {
     if (window == 0) return "";
-    char hex[17] = "";
-    std::snprintf(hex, sizeof hex, "%llx", static_cast<unsigned long long>(window));
-    return std::string("x11:") + hex;
+    std::array<char, 16> hex{};
+    const auto end = std::to_chars(hex.begin(), hex.end(), window, 16).ptr;
+    return "x11:" + std::string(hex.begin(), end);
 }
 
 int hexDigit(char c) {

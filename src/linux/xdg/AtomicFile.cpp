@@ -47,7 +47,7 @@ std::error_code writeAll(int fd, std::string_view contents) {
 
 /// Hands the pieces on in larger ones.
 std::error_code writePieces(int fd, const FileReplacer::Source& source) {
-    constexpr std::size_t enough = 64 * 1024;
+    constexpr std::size_t enough = 64UZ * 1024;
     std::string waiting;
     std::error_code error;
     const bool complete = source([&](std::string_view piece) {

@@ -12,6 +12,8 @@
 
 namespace dorix {
 
+// The environment is written to only before there are threads, and nobody else asks for users.
+// NOLINTBEGIN(concurrency-mt-unsafe)
 namespace {
 
 std::filesystem::path home() {
@@ -39,6 +41,7 @@ std::vector<std::filesystem::path> xdgDataFolders() {
     }
     return folders;
 }
+// NOLINTEND(concurrency-mt-unsafe)
 
 std::filesystem::path xdgDocuments() {
     constexpr std::string_view key = "XDG_DOCUMENTS_DIR=\"";
