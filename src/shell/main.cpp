@@ -143,7 +143,8 @@ Ending run(int argc, char** argv) {
         const auto views = makeViews(controller, platform, desktop);
         if (views) connectViews(controller, *views);
         instance.onRequests({.reopen = [&controller] { controller.reopen(); }, .action = [](const auto&) {}});
-        if (const char* file = std::getenv("DORIX_TRACE")) controller.traceTo(file);
+        const char* const trace = std::getenv("DORIX_TRACE");  // NOLINT(concurrency-mt-unsafe)
+        if (trace != nullptr) controller.traceTo(trace);
         controller.applicationDidFinishLaunching();
         status = QCoreApplication::exec();
     }
