@@ -11,6 +11,7 @@ import sys
 import threading
 import time
 from pathlib import Path
+from typing import Callable
 
 sys.dont_write_bytecode = True
 ROOT = Path(__file__).resolve().parents[1]
@@ -86,22 +87,27 @@ def measure(desktop: VirtualDesktop, options: argparse.Namespace) -> None:
           f"{program.wake_ups() - wake_ups} wake-ups")
 
 
-def main() -> int:
-    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0], allow_abbrev=False)
-    parser.add_argument("--binary", type=Path, default=ROOT / "build/release/src/shell/dorix")
-    parser.add_argument("--seconds", type=float, default=60)
-    options = parser.parse_args()
-    options.binary = options.binary.resolve()
+def on_a_desktop(measuring: Callable[[VirtualDesktop], None]) -> int:
+    """Measures on a virtual desktop that is ready for it; the exit status."""
 
     def body(directory: Path) -> int:
         with VirtualDesktop(directory) as desktop:
             os.environ.clear()
             os.environ.update(desktop.env)
             prepare(desktop)
-            measure(desktop, options)
+            measuring(desktop)
         return 0
 
     return supervised(body)
+
+
+def main() -> int:
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0], allow_abbrev=False)
+    parser.add_argument("--binary", type=Path, default=ROOT / "build/release/src/shell/dorix")
+    parser.add_argument("--seconds", type=float, default=60)
+    options = parser.parse_args()
+    options.binary = options.binary.resolve()
+    return on_a_desktop(lambda desktop: measure(desktop, options))
 
 
 if __name__ == "__main__":

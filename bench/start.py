@@ -8,7 +8,6 @@ is heard is found by halving, each time with a new process.
 """
 
 import argparse
-import os
 import statistics
 import sys
 import time
@@ -18,9 +17,8 @@ sys.dont_write_bytecode = True
 ROOT = Path(__file__).resolve().parents[1]
 sys.path[:0] = [str(ROOT / "tools/demo"), str(ROOT / "tools/desktop"), str(ROOT / "bench")]
 
-from icon_at_rest import FRAME, READY, Program, prepare  # noqa: E402
+from icon_at_rest import FRAME, READY, Program, on_a_desktop  # noqa: E402
 from keyboard import Keyboard  # noqa: E402
-from supervision import supervised  # noqa: E402
 from virtual_desktop import VirtualDesktop  # noqa: E402
 
 KEY = "Alt_R"
@@ -75,18 +73,13 @@ def main() -> int:
     options = parser.parse_args()
     options.binary = options.binary.resolve()
 
-    def body(directory: Path) -> int:
-        with VirtualDesktop(directory) as desktop:
-            os.environ.clear()
-            os.environ.update(desktop.env)
-            prepare(desktop)
-            start = Start(desktop, options.binary)
-            heard = [start.earliest_heard() for _ in range(options.times)]
-            print(told("process start to the hold key heard", heard))
-            print(told("process start to the icon's first frame", start.icon))
-        return 0
+    def measuring(desktop: VirtualDesktop) -> None:
+        start = Start(desktop, options.binary)
+        heard = [start.earliest_heard() for _ in range(options.times)]
+        print(told("process start to the hold key heard", heard))
+        print(told("process start to the icon's first frame", start.icon))
 
-    return supervised(body)
+    return on_a_desktop(measuring)
 
 
 if __name__ == "__main__":
