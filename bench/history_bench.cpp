@@ -1,6 +1,6 @@
-#include "base/sqlite/Sqlite.h"
 #include "localdata/HistoryMetaJson.h"
 #include "localdata/HistoryStore.h"
+#include "sqlite/Sqlite.h"
 
 #include <benchmark/benchmark.h>
 

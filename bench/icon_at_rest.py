@@ -103,7 +103,7 @@ def on_a_desktop(measuring: Callable[[VirtualDesktop], None]) -> int:
 
 def main() -> int:
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0], allow_abbrev=False)
-    parser.add_argument("--binary", type=Path, default=ROOT / "build/release/src/shell/dorix")
+    parser.add_argument("--binary", type=Path, default=ROOT / "build/release/src/app/dorix")
     parser.add_argument("--seconds", type=float, default=60)
     options = parser.parse_args()
     options.binary = options.binary.resolve()

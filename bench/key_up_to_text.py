@@ -72,7 +72,7 @@ def tell(name: str, milliseconds: list[float]) -> None:
 
 def main() -> int:
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--binary", type=Path, default=ROOT / "build/release/src/shell/dorix")
+    parser.add_argument("--binary", type=Path, default=ROOT / "build/release/src/app/dorix")
     parser.add_argument("--times", type=int, default=4, help="how often each sentence is dictated")
     options = parser.parse_args()
     for sentence in SENTENCES:

@@ -153,7 +153,7 @@ def timed(act) -> float:
 
 def main() -> int:
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0], allow_abbrev=False)
-    parser.add_argument("--binary", type=Path, default=ROOT / "build/release/src/shell/dorix")
+    parser.add_argument("--binary", type=Path, default=ROOT / "build/release/src/app/dorix")
     parser.add_argument("--items", type=int, default=2000)
     parser.add_argument("--seconds", type=float, default=30)
     options = parser.parse_args()

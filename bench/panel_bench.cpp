@@ -1,7 +1,7 @@
 #include "base/async/ManualExecutor.h"
 #include "base/text/Text.h"
-#include "shell/panel/PanelList.h"
-#include "shell/panel/PanelSections.h"
+#include "panel/PanelList.h"
+#include "panel/PanelSections.h"
 
 #include <benchmark/benchmark.h>
 

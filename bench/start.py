@@ -68,7 +68,7 @@ def told(name: str, seconds: list[float]) -> str:
 
 def main() -> int:
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0], allow_abbrev=False)
-    parser.add_argument("--binary", type=Path, default=ROOT / "build/release/src/shell/dorix")
+    parser.add_argument("--binary", type=Path, default=ROOT / "build/release/src/app/dorix")
     parser.add_argument("--times", type=int, default=5)
     options = parser.parse_args()
     options.binary = options.binary.resolve()

@@ -1,11 +1,11 @@
 #include "dictation/Composer.h"
 
+#include "assistant/Assistant.h"
 #include "base/Error.h"
 #include "base/text/Text.h"
-#include "dictation/Collaborators.h"
 #include "dictation/DictationEnvironment.h"
 #include "localdata/SettingsStore.h"
-#include "shell/permissions/Permissions.h"
+#include "permissions/Permissions.h"
 #include "speech/Join.h"
 #include "speech/SpeechInput.h"
 

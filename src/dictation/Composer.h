@@ -1,8 +1,8 @@
 #pragma once
 
 #include "base/async/TaskScope.h"
+#include "context/AppContext.h"
 #include "dictation/HUDFlash.h"
-#include "dictation/context/AppContext.h"
 
 namespace dorix {
 

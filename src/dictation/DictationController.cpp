@@ -4,15 +4,15 @@
 #include "base/Log.h"
 #include "base/async/Cancelled.h"
 #include "base/text/Text.h"
-#include "dictation/Collaborators.h"
-#include "dictation/context/TextInsertion.h"
+#include "context/TextInsertion.h"
 #include "localdata/Language.h"
 #include "localdata/SettingsStore.h"
+#include "permissions/Permissions.h"
 #include "platform/Accessibility.h"
 #include "platform/SystemSounds.h"
 #include "platform/Workspace.h"
-#include "shell/permissions/Permissions.h"
 #include "speech/SpeechInput.h"
+#include "writing/Writer.h"
 
 #include <utility>
 

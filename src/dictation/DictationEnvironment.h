@@ -3,14 +3,14 @@
 namespace dorix {
 
 class Accessibility;
-class DictationActions;
-class DictationAssistant;
-class DictationHistory;
-class DictationLearning;
-class DictationMeeting;
-class DictationWriter;
+class Actions;
+class Assistant;
+class Teaching;
+class Meeting;
+class Writer;
 class DocumentReader;
 class Executor;
+class HistoryStore;
 class Permissions;
 class ScreenCapture;
 class SelectionProbe;
@@ -29,19 +29,19 @@ struct DictationEnvironment {
     SettingsStore& settings;
     Permissions& permissions;
     SpeechInput& speech;
-    DictationWriter& writer;
+    Writer& writer;
     TextInserter& inserter;
     SelectionProbe& selection;
     Workspace& workspace;
     Accessibility& accessibility;
     SystemSounds& sounds;
-    DictationHistory* history = nullptr;
+    HistoryStore& history;
     ScreenCapture* screen = nullptr;
     DocumentReader* documents = nullptr;
-    DictationAssistant* assistant = nullptr;
-    DictationMeeting* meeting = nullptr;
-    DictationActions* actions = nullptr;
-    DictationLearning* learning = nullptr;
+    Assistant* assistant = nullptr;
+    Meeting* meeting = nullptr;
+    Actions* actions = nullptr;
+    Teaching* learning = nullptr;
 };
 
 }  // namespace dorix

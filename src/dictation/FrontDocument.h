@@ -1,7 +1,9 @@
 #pragma once
 
+#include "assistant/Assistant.h"
 #include "base/async/Task.h"
-#include "dictation/Collaborators.h"
+#include "memory/DocumentReader.h"
+#include "platform/Workspace.h"
 
 #include <filesystem>
 #include <optional>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "dictation/ScreenCapture.h"
-#include "dictation/context/AppContext.h"
+#include "context/AppContext.h"
+#include "context/ScreenCapture.h"
 
 namespace dorix {
 

@@ -1,13 +1,17 @@
 #include "dictation/UtteranceRoads.h"
 
+#include "actions/Actions.h"
+#include "assistant/Assistant.h"
 #include "base/Error.h"
 #include "base/async/Cancelled.h"
-#include "dictation/Collaborators.h"
+#include "context/SelectionProbe.h"
 #include "dictation/DictationEnvironment.h"
 #include "dictation/FrontDocument.h"
-#include "dictation/context/SelectionProbe.h"
+#include "learning/Teaching.h"
 #include "localdata/SettingsStore.h"
+#include "meeting/Meeting.h"
 #include "routing/IntentRules.h"
+#include "writing/Writer.h"
 
 #include <exception>
 #include <optional>
@@ -84,7 +88,7 @@ Task<bool> UtteranceRoads::takenBySelection(Spoken spoken) {
 }
 
 Task<void> UtteranceRoads::rewrite(Spoken spoken, SelectedText selected) {
-    DictationAssistant::Rewrite rewritten;
+    Assistant::Rewrite rewritten;
     try {
         rewritten = co_await env_.assistant->transform(spoken.transcript, selected.text);
     } catch (const Cancelled&) {
@@ -209,7 +213,8 @@ Task<void> UtteranceRoads::ask(std::string transcript, Recording recording) {
 
 Task<void> UtteranceRoads::answer(Spoken spoken) {
     const AppContext& context = spoken.context();
-    AssistantRequest request{.question = spoken.transcript, .kind = HistoryKind::screen, .context = context};
+    Assistant::Request request{
+        .question = spoken.transcript, .kind = HistoryKind::screen, .context = context};
     request.selection = co_await env_.selection.selection(context.app, refersToSelection(spoken.words));
     request.shot = co_await spoken.recording.shot.shot();
     if (request.selection) {

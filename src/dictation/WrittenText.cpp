@@ -4,9 +4,9 @@
 #include "base/async/Executor.h"
 #include "base/async/Sleep.h"
 #include "base/text/Text.h"
-#include "dictation/Collaborators.h"
+#include "context/TextInsertion.h"
 #include "dictation/DictationEnvironment.h"
-#include "dictation/context/TextInsertion.h"
+#include "localdata/HistoryStore.h"
 #include "localdata/Language.h"
 #include "localdata/SettingsStore.h"
 #include "platform/Workspace.h"
@@ -27,7 +27,7 @@ Tone toneFor(const DictationEnvironment& env, const AppContext& context) {
     return env.settings.adaptTone.get() ? context.tone : Tone::neutral;
 }
 
-std::vector<std::string> styleExamples(const DictationHistory& history, std::string_view toneLabel) {
+std::vector<std::string> styleExamples(const HistoryStore& history, std::string_view toneLabel) {
     std::vector<std::string> examples;
     for (const auto& item : history.items()) {
         if (item.kind == HistoryKind::dictado && item.meta.tone == toneLabel && item.meta.inserted == true &&
@@ -56,8 +56,7 @@ PolishRequest makePolishRequest(const DictationEnvironment& env, const AppContex
             .screenshot = std::nullopt,
             .editableFocus = std::nullopt,
             .styleNotes = env.settings.styleNotes.get(),
-            .styleExamples = env.history != nullptr ? styleExamples(*env.history, historyLabel(tone))
-                                                    : std::vector<std::string>()};
+            .styleExamples = styleExamples(env.history, historyLabel(tone))};
 }
 
 Task<void> WrittenText::commit(PolishResult result, std::string transcript, Recording recording, Seen seen) {
@@ -105,13 +104,12 @@ void WrittenText::keep(const std::string& transcript, const Recording& recording
 
 /// What all that was said has in common is added here.
 void WrittenText::remember(HistoryItem item, const Recording& recording) const {
-    if (env_.history == nullptr) return;
     item.id = makeUuid();
     item.app = recording.context.displayName;
     item.bundleID = recording.context.bundleID;
     item.createdAt = recording.startedAt;
     item.meta.durationMs = static_cast<std::int64_t>((env_.executor.date() - recording.startedAt) * 1000);
-    env_.history->add(std::move(item));
+    env_.history.add(item, HistoryStore::Persist::yes);
 }
 
 Task<void> WrittenText::typeAgain(AppContext target, std::string answer) {

@@ -1,10 +1,10 @@
 #include "localdata/HistoryExport.h"
 
 #include "base/Json.h"
-#include "base/sqlite/Sqlite.h"
 #include "localdata/HistoryMarkdown.h"
 #include "localdata/HistoryMetaJson.h"
 #include "localdata/HistoryRows.h"
+#include "sqlite/Sqlite.h"
 
 #include <optional>
 #include <string>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "base/sqlite/Sqlite.h"
 #include "localdata/HistoryItem.h"
+#include "sqlite/Sqlite.h"
 
 #include <optional>
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "base/Observable.h"
-#include "base/sqlite/Sqlite.h"
 #include "localdata/HistoryItem.h"
+#include "sqlite/Sqlite.h"
 
 #include <cstddef>
 #include <filesystem>

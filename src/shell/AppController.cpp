@@ -4,10 +4,10 @@
 #include "base/Log.h"
 #include "base/async/Sleep.h"
 #include "localdata/Language.h"
+#include "overlay/IconLook.h"
 #include "platform/Application.h"
 #include "platform/KeyCodes.h"
 #include "platform/StatusItem.h"
-#include "shell/icon/IconLook.h"
 
 #include <string>
 
@@ -25,7 +25,6 @@ AppController::AppController(const Platform& platform)
     : platform_(platform),
       settings_(platform.defaults, platform.loginItem, platform.languages),
       history_(platform.userData / "DORIX" / "dorix.sqlite"),
-      recorder_(history_),
       permissions_(platform.executor, platform.grants),
       speech_(platform.executor, platform.audio, platform.recognition),
       inserter_(platform.executor, platform.pasteboard, platform.events),
@@ -41,7 +40,7 @@ AppController::AppController(const Platform& platform)
                   .workspace = platform.workspace,
                   .accessibility = platform.accessibility,
                   .sounds = platform.sounds,
-                  .history = &recorder_}),
+                  .history = history_}),
       panel_({.executor = platform.executor,
               .background = background_,
               .state = state_,

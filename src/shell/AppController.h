@@ -2,25 +2,24 @@
 
 #include "base/async/TaskScope.h"
 #include "base/async/ThreadPool.h"
+#include "context/TextInsertion.h"
+#include "context/TextSelection.h"
 #include "dictation/AppState.h"
 #include "dictation/DictationController.h"
 #include "dictation/GlobalHotKey.h"
 #include "dictation/PushToTalkMonitor.h"
-#include "dictation/context/TextInsertion.h"
-#include "dictation/context/TextSelection.h"
 #include "localdata/HistoryStore.h"
 #include "localdata/SettingsStore.h"
+#include "panel/HistoryPanel.h"
+#include "panel/PanelPresenter.h"
+#include "permissions/Permissions.h"
 #include "platform/ClosureMenuItem.h"
 #include "platform/MouseEventMonitors.h"
 #include "platform/Platform.h"
-#include "shell/BasicWriter.h"
 #include "shell/EventTrace.h"
 #include "shell/FirstRunHint.h"
-#include "shell/HistoryPanel.h"
-#include "shell/HistoryRecorder.h"
-#include "shell/panel/PanelPresenter.h"
-#include "shell/permissions/Permissions.h"
 #include "speech/SpeechEngine.h"
+#include "writing/BasicWriter.h"
 
 #include <filesystem>
 #include <functional>
@@ -103,7 +102,6 @@ class AppController {
     AppState state_;
     SettingsStore settings_;
     HistoryStore history_;
-    HistoryRecorder recorder_;
     Permissions permissions_;
     SpeechEngine speech_;
     BasicWriter writer_;

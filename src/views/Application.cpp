@@ -1,10 +1,10 @@
 #include "views/Application.h"
 
-#include "views/IconMark.h"
-#include "views/LevelBars.h"
 #include "views/SoftShape.h"
 #include "views/Theme.h"
 #include "views/Tokens.h"
+#include "views/overlay/IconMark.h"
+#include "views/overlay/LevelBars.h"
 
 #include <xcb/xcb.h>
 

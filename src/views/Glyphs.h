@@ -1,7 +1,7 @@
 #pragma once
 
+#include "context/Glyph.h"
 #include "dictation/AppState.h"
-#include "dictation/context/Glyph.h"
 
 #include <QString>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "shell/icon/Screens.h"
+#include "overlay/Screens.h"
 
 #include <QPointF>
 #include <QRect>

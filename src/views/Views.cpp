@@ -1,16 +1,16 @@
 #include "views/Views.h"
 
-#include "shell/hud/HUDPresenter.h"
-#include "shell/hud/LevelFeed.h"
-#include "shell/icon/IconLook.h"
+#include "overlay/HUDPresenter.h"
+#include "overlay/IconLook.h"
+#include "overlay/LevelFeed.h"
 #include "views/DesktopWords.h"
-#include "views/FloatingIconWindow.h"
-#include "views/HUDWindow.h"
-#include "views/MenuWindow.h"
-#include "views/PanelWindow.h"
 #include "views/ScreenMap.h"
 #include "views/Theme.h"
 #include "views/X11Desktop.h"
+#include "views/overlay/FloatingIconWindow.h"
+#include "views/overlay/HUDWindow.h"
+#include "views/overlay/MenuWindow.h"
+#include "views/panel/PanelWindow.h"
 
 #include <QGuiApplication>
 #include <QQmlContext>

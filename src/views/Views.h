@@ -2,9 +2,9 @@
 
 #include "dictation/AppState.h"
 #include "localdata/SettingsStore.h"
+#include "panel/HistoryPanel.h"
 #include "platform/ClosureMenuItem.h"
 #include "platform/DesktopAppearance.h"
-#include "shell/HistoryPanel.h"
 #include "speech/SpeechInput.h"
 
 #include <functional>

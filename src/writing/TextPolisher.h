@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/async/Task.h"
-#include "dictation/context/Tone.h"
+#include "context/Tone.h"
 
 #include <optional>
 #include <string>

@@ -143,7 +143,7 @@ def soak(directory: Path, options: argparse.Namespace) -> int:
 
 def main() -> int:
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--binary", type=Path, default=ROOT / "build/release/src/shell/dorix")
+    parser.add_argument("--binary", type=Path, default=ROOT / "build/release/src/app/dorix")
     parser.add_argument("--minutes", type=float, default=30)
     options = parser.parse_args()
     options.binary = options.binary.resolve()

@@ -1,4 +1,4 @@
-#include "linux/DesktopEntry.h"
+#include "linux/apps/DesktopEntry.h"
 #include "linux/x11/SelectionContents.h"
 
 #include <cstddef>

@@ -1,6 +1,6 @@
 #include "base/text/Text.h"
-#include "dictation/context/AppContext.h"
-#include "dictation/context/PageUrl.h"
+#include "context/AppContext.h"
+#include "context/PageUrl.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,96 +1,201 @@
 #!/usr/bin/python3
-"""Fails when a dependency arrow turns round or an operating system's header enters a portable folder.
+"""Fails when a dependency arrow turns round, when a file includes what its target does not link, or when a header of
+an operating system or a toolkit enters a portable room.
 
-The folders of src/ are listed from the ground up; a file may include what lies below its own folder. Of the
-angle-bracket includes, portable folders get the C++ standard library and the libraries named here.
+The rooms of src/ are listed from the ground up; a target links, and a file includes, only what stands in a lower row.
+Of the angle-bracket includes, portable rooms get the C++ standard library and the libraries named here.
+
+    layering_test.py targets.json    as the configuration of a build wrote it
 """
 
+import json
 import re
 import sys
-from pathlib import Path
+from pathlib import Path, PurePosixPath
 
-SRC = Path(__file__).resolve().parents[2] / "src"
+ROOT = Path(__file__).resolve().parents[2]
 
-# Folders in one row do not know each other.
-LAYERS = [
+# Rooms in one row do not know each other.
+ROWS = [
     ["base"],
-    ["platform"],
+    ["sqlite", "platform"],
     ["localdata", "routing"],
-    ["dictation/context"],
+    ["context", "permissions"],
     ["cloud"],
     ["writing"],
     ["memory"],
     ["assistant"],
     ["actions"],
     ["learning"],
-    ["speech", "shell/permissions"],
+    ["speech"],
     ["meeting"],
     ["dictation"],
-    ["shell"],
-    ["views"],
+    ["overlay"],
+    ["panel"],
+    ["watchdog"],
+    ["shell", "views"],
+    ["app"],
 ]
-RANK = {folder: rank for rank, row in enumerate(LAYERS) for folder in row}
+RANK = {room: rank for rank, row in enumerate(ROWS) for room in row}
 
-# What an operating system or a toolkit may enter, and what of ours it may include.
-OUTSIDE = {"linux": {"base", "platform", "linux"}}
-# The files that put all of it together, one for each process of the program.
-COMPOSITION = {"shell/main.cpp", "shell/WatchdogProcess.cpp"}
+# The adapters know the ports, and each other; the mains put everything together.
+ADAPTERS = "linux"
+ADAPTERS_KNOW = {"base", "platform"}
+MAINS = "app"
+TOOLKIT_ROOMS = {ADAPTERS, "views", MAINS}
 
 LIBRARIES = {
-    "base": [r"nlohmann/json\.hpp"],
-    "base/sqlite": [r"sqlite3\.h"],
-    "base/text": [r"unicode/.*\.h"],
-    "routing": [r"re2/re2\.h", r"unicode/u(char|tf8)\.h"],
-    "speech": [r"samplerate\.h"],
+    "base": r"nlohmann/json\.hpp|unicode/.*\.h",
+    "sqlite": r"sqlite3\.h",
+    "routing": r"re2/re2\.h|unicode/u(char|tf8)\.h",
+    "speech": r"samplerate\.h",
 }
 STANDARD_HEADER = re.compile(r"^[a-z_0-9]+$")
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.MULTILINE)
 
 
-def folder_of(path: str) -> str:
-    """The longest known folder that the path lies in."""
-    known = [*RANK, *OUTSIDE]
-    matches = [folder for folder in known if path.startswith(folder + "/")]
-    return max(matches, key=len, default=path.split("/")[0])
+def room_of(path: str) -> str:
+    """Of a path below src/."""
+    return path.split("/")[0]
 
 
-def is_allowed_library(path: str, header: str) -> bool:
-    if STANDARD_HEADER.match(header):
-        return True
-    return any(path.startswith(folder + "/") and re.fullmatch(pattern, header)
-               for folder, patterns in LIBRARIES.items() for pattern in patterns)
-
-
-def complaint(path: str, bracket: str, header: str) -> str | None:
-    own = folder_of(path)
-    if bracket == "<":
-        free = own in OUTSIDE or own == "views" or path in COMPOSITION
-        return None if free or is_allowed_library(path, header) else f"includes <{header}>"
-    target = folder_of(header)
-    if target == own or path in COMPOSITION:
+def arrow_complaint(own: str, other: str) -> str | None:
+    """Whether one room may know another."""
+    if other == own or own == MAINS:
         return None
-    if own in OUTSIDE:
-        return None if target in OUTSIDE[own] else f"includes {header}: {own} knows the ports only"
-    if target not in RANK or own not in RANK:
-        return f"includes {header}: {target} has no place in the order of folders"
-    return None if RANK[target] < RANK[own] else f"includes {header}: {target} is not below {own}"
+    if own == ADAPTERS:
+        return None if other in ADAPTERS_KNOW else f"{own} knows the ports only"
+    if other not in RANK or own not in RANK:
+        return f"{other if other not in RANK else own} has no place in the order of rooms"
+    return None if RANK[other] < RANK[own] else f"{other} is not below {own}"
+
+
+def library_complaint(room: str, header: str) -> str | None:
+    if room in TOOLKIT_ROOMS or STANDARD_HEADER.match(header) or re.fullmatch(LIBRARIES.get(room, "$^"), header):
+        return None
+    return f"{room} may not know <{header}>"
+
+
+def owns_folder(target: dict) -> bool:
+    """Several tests and tools share a folder; a library or one of the product's programs has it for itself."""
+    return target["name"].startswith("dorix::") or target["folder"].startswith("src/")
+
+
+class Targets:
+    """What was configured: who owns which folder, and which folders each target sees."""
+
+    def __init__(self, described: list[dict]):
+        self.by_name = {target["name"]: target for target in described}
+        self.owners = {}
+        for target in described:
+            if owns_folder(target):
+                self.owners[target["folder"]] = target["name"]
+
+    def owner_of(self, path: str) -> str | None:
+        """The library in whose folder, or nearest below it, the file lies."""
+        for folder in PurePosixPath(path).parents:
+            if owner := self.owners.get(str(folder)):
+                return owner
+        return None
+
+    def seen_by(self, name: str) -> set[str]:
+        """The target, what it links, and what is passed on by those."""
+        target = self.by_name[name]
+        seen, waiting = {name}, [*target["public"], *target["private"]]
+        while waiting:
+            linked = waiting.pop()
+            if linked in self.by_name and linked not in seen:
+                seen.add(linked)
+                waiting += self.by_name[linked]["public"]
+        return seen
+
+    def files_of(self, target: dict) -> list[Path]:
+        folder = ROOT / target["folder"]
+        files = [(folder / source).resolve() for source in target["sources"]]
+        if owns_folder(target):
+            headers = folder.rglob("*.h")
+            files += [header for header in headers if self.owner_of(relative(header)) == target["name"]]
+        return files
+
+
+def relative(file: Path) -> str:
+    return file.relative_to(ROOT).as_posix()
+
+
+def included_file(including: str, header: str) -> str | None:
+    """Where a quoted header lies, seen from the project's root; nothing for one that the build makes."""
+    beside = PurePosixPath(including).parent / header
+    for candidate in (str(beside), f"src/{header}", f"tests/{header}"):
+        if (ROOT / candidate).is_file():
+            return relative((ROOT / candidate).resolve())
+    return None
+
+
+def include_complaint(targets: Targets, name: str, including: str, header: str, seen: set[str]) -> str | None:
+    included = included_file(including, header)
+    if included is None:
+        return None if "/embedded/" in header else f"there is no {header}"
+    owner = targets.owner_of(included)
+    if owner is None:
+        # A helper that a test or a tool compiles itself.
+        return None if not included.startswith("src/") else f"no target owns {included}"
+    if owner not in seen:
+        return f"{name} does not link {owner}, to which {header} belongs"
+    if including.startswith("src/") and included.startswith("src/"):
+        return arrow_complaint(room_of(including[4:]), room_of(included[4:]))
+    return None
+
+
+def complaints_about(targets: Targets, name: str) -> list[str]:
+    target = targets.by_name[name]
+    complaints = []
+    if target["folder"].startswith("src/"):
+        room = room_of(target["folder"][4:])
+        for linked in [*target["public"], *target["private"]]:
+            other = targets.by_name.get(linked)
+            if other and (wrong := arrow_complaint(room, room_of(other["folder"][4:]))):
+                complaints.append(f"{name} links {linked}: {wrong}")
+    seen = targets.seen_by(name)
+    for file in targets.files_of(target):
+        path = relative(file)
+        for bracket, header in INCLUDE.findall(file.read_text(encoding="utf-8")):
+            if bracket == '"':
+                wrong = include_complaint(targets, name, path, header, seen)
+            else:
+                wrong = library_complaint(room_of(path[4:]), header) if path.startswith("src/") else None
+            if wrong:
+                complaints.append(f"{path}: {wrong}")
+    return complaints
+
+
+def check_itself(targets: Targets) -> None:
+    """Seeded violations; a test that cannot fail is none."""
+    assert arrow_complaint("base", "platform")
+    assert arrow_complaint("localdata", "routing")
+    assert arrow_complaint("views", "shell")
+    assert arrow_complaint("linux", "dictation")
+    for header in ("unistd.h", "QString", "X11/Xlib.h", "unicode/regex.h"):
+        assert library_complaint("dictation", header), header
+
+    def complaint(name: str, including: str, header: str) -> str | None:
+        return include_complaint(targets, name, including, header, targets.seen_by(name))
+
+    # Lower, but not linked; linked, but higher; of nobody.
+    assert complaint("dorix::permissions", "src/permissions/X.cpp", "localdata/Language.h")
+    assert complaint("dorix::shell", "src/shell/X.cpp", "watchdog/Watchdog.h")
+    assert complaint("dorix::context", "src/context/X.cpp", "dictation/AppState.h")
+    assert complaint("context_test", "tests/unit/context/X.cpp", "dictation/AppState.h")
+    assert complaint("dorix::base", "src/base/X.cpp", "base/Nothing.h")
+    assert not complaint("dorix::dictation", "src/dictation/X.cpp", "base/Log.h")
+    upwards = {"name": "dorix::x", "folder": "src/context", "sources": [], "public": ["dorix::shell"], "private": []}
+    assert complaints_about(Targets([*targets.by_name.values(), upwards]), "dorix::x")
 
 
 def main() -> int:
-    complaints = []
-    files = sorted(path for path in SRC.rglob("*") if path.suffix in {".h", ".cpp"})
-    for file in files:
-        path = file.relative_to(SRC).as_posix()
-        for bracket, header in INCLUDE.findall(file.read_text(encoding="utf-8")):
-            if found := complaint(path, bracket, header):
-                complaints.append(f"src/{path} {found}")
-    # The test itself must be able to fail.
-    assert complaint("base/Log.cpp", '"', "platform/Workspace.h")
-    assert complaint("localdata/X.cpp", '"', "routing/Y.h")
-    assert complaint("linux/x11/X.cpp", '"', "dictation/AppState.h")
-    for header in ("unistd.h", "QString", "X11/Xlib.h", "unicode/regex.h"):
-        assert complaint("dictation/AppState.h", "<", header), header
-    print("\n".join(complaints) or f"{len(files)} files in order")
+    targets = Targets(json.loads(Path(sys.argv[1]).read_text(encoding="utf-8")))
+    check_itself(targets)
+    complaints = [wrong for name in targets.by_name for wrong in complaints_about(targets, name)]
+    print("\n".join(complaints) or f"{len(targets.by_name)} targets in order")
     return 1 if complaints else 0
 
 

@@ -1,4 +1,4 @@
-#include "views/AnswerBlocks.h"
+#include "views/panel/AnswerBlocks.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

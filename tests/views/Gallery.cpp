@@ -2,12 +2,12 @@
 
 #include "fakes/FakePlatform.h"
 #include "localdata/Language.h"
+#include "overlay/IconPlacement.h"
 #include "shell/AppController.h"
-#include "shell/icon/IconPlacement.h"
 #include "views/DesktopWords.h"
 #include "views/ScreenMap.h"
 #include "views/Tokens.h"
-#include "views/TooltipWindow.h"
+#include "views/overlay/TooltipWindow.h"
 
 #include <QGuiApplication>
 #include <QPainter>

@@ -3,10 +3,10 @@
 #include "base/async/ManualExecutor.h"
 #include "dictation/AppState.h"
 #include "fakes/MemoryUserDefaults.h"
-#include "shell/icon/IconLook.h"
-#include "views/FloatingIconWindow.h"
-#include "views/HUDWindow.h"
-#include "views/MenuWindow.h"
+#include "overlay/IconLook.h"
+#include "views/overlay/FloatingIconWindow.h"
+#include "views/overlay/HUDWindow.h"
+#include "views/overlay/MenuWindow.h"
 
 #include <QImage>
 #include <QQmlEngine>

@@ -3,15 +3,15 @@
 #include "base/async/ManualExecutor.h"
 #include "fakes/FakeLoginItem.h"
 #include "fakes/FakePasteboard.h"
-#include "fakes/FakeSpeechInput.h"
 #include "fakes/FakeUrlOpener.h"
 #include "fakes/MemoryUserDefaults.h"
 #include "fakes/TemporaryFolder.h"
+#include "fakes/dictation/FakeSpeechInput.h"
 #include "linux/xdg/AtomicFile.h"
 #include "localdata/HistoryStore.h"
 #include "localdata/SettingsStore.h"
-#include "shell/HistoryPanel.h"
-#include "views/PanelWindow.h"
+#include "panel/HistoryPanel.h"
+#include "views/panel/PanelWindow.h"
 
 #include <QImage>
 #include <QQmlEngine>

@@ -1,7 +1,7 @@
 #include "views/Gallery.h"
 #include "views/Pictures.h"
-#include "views/TextFit.h"
 #include "views/Tokens.h"
+#include "views/overlay/TextFit.h"
 
 #include <gtest/gtest.h>
 

@@ -100,7 +100,7 @@ def arguments() -> argparse.Namespace:
                         help="tap Alt+Space and let silence end the dictation, instead of holding the key")
     parser.add_argument("--keep", action="store_true", help="leave the desktop up afterwards, until Ctrl-C")
     parser.add_argument("--screenshot", metavar="PATH", type=Path, help="where to write the picture of the desktop")
-    parser.add_argument("--binary", metavar="PATH", type=Path, default=ROOT / "build/release/src/shell/dorix",
+    parser.add_argument("--binary", metavar="PATH", type=Path, default=ROOT / "build/release/src/app/dorix",
                         help="the DORIX to start")
     parser.add_argument("--output", metavar="FOLDER", type=Path, default=ROOT / "build/demo",
                         help="where the log and the pictures go")

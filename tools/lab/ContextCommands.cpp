@@ -1,5 +1,5 @@
-#include "dictation/context/AppContext.h"
-#include "lab/Command.h"
+#include "Command.h"
+#include "context/AppContext.h"
 
 namespace dorix::lab {
 

@@ -1,7 +1,7 @@
+#include "Command.h"
 #include "dictation/PushToTalkMonitor.h"
-#include "fakes/DictationBench.h"
 #include "fakes/FakeKeyEventMonitors.h"
-#include "lab/Command.h"
+#include "fakes/dictation/DictationBench.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
+#include "Command.h"
 #include "base/text/Text.h"
-#include "fakes/DictationBench.h"
-#include "lab/Command.h"
+#include "fakes/dictation/DictationBench.h"
 
 #include <optional>
 #include <string>

@@ -1,4 +1,4 @@
-#include "lab/Command.h"
+#include "Command.h"
 #include "routing/IntentRules.h"
 
 namespace dorix::lab {

@@ -1,4 +1,4 @@
-#include "lab/Command.h"
+#include "Command.h"
 #include "writing/BasicPolisher.h"
 
 namespace dorix::lab {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "linux/FdWatcher.h"
 #include "linux/appearance/GtkSettings.h"
+#include "linux/loop/FdWatcher.h"
 #include "platform/DesktopAppearance.h"
 
 #include <filesystem>

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "base/async/Executor.h"
-#include "linux/FdWatcher.h"
 #include "linux/dbus/SdBus.h"
-#include "linux/process/FileDescriptor.h"
+#include "linux/loop/FdWatcher.h"
+#include "linux/loop/FileDescriptor.h"
 
 #include <expected>
 #include <functional>

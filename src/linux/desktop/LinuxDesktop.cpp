@@ -1,7 +1,7 @@
 #include "linux/desktop/LinuxDesktop.h"
 
-#include "linux/DesktopEntries.h"
 #include "linux/appearance/LinuxAppearance.h"
+#include "linux/apps/DesktopEntries.h"
 #include "linux/atspi/AtspiAccessibility.h"
 #include "linux/dbus/BusConnection.h"
 #include "linux/dbus/DBusNotifications.h"

@@ -2,7 +2,7 @@
 
 #include "base/async/Executor.h"
 #include "base/async/Task.h"
-#include "linux/FdWatcher.h"
+#include "linux/loop/FdWatcher.h"
 #include "platform/DesktopAppearance.h"
 #include "platform/Platform.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "linux/FdWatcher.h"
+#include "linux/loop/FdWatcher.h"
 #include "platform/ProcessWatcher.h"
 
 namespace dorix {

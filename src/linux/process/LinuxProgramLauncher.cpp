@@ -1,6 +1,6 @@
 #include "linux/process/LinuxProgramLauncher.h"
 
-#include "linux/DesktopEntry.h"
+#include "linux/apps/DesktopEntry.h"
 #include "linux/process/PidFd.h"
 #include "linux/process/Spawn.h"
 #include "linux/xdg/AtomicFile.h"

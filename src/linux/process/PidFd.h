@@ -1,6 +1,6 @@
 #pragma once
 
-#include "linux/process/FileDescriptor.h"
+#include "linux/loop/FileDescriptor.h"
 
 #include <sys/types.h>
 

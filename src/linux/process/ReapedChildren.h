@@ -1,7 +1,7 @@
 #pragma once
 
-#include "linux/FdWatcher.h"
-#include "linux/process/FileDescriptor.h"
+#include "linux/loop/FdWatcher.h"
+#include "linux/loop/FileDescriptor.h"
 
 #include <sys/types.h>
 

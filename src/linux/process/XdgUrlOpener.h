@@ -1,6 +1,6 @@
 #pragma once
 
-#include "linux/FdWatcher.h"
+#include "linux/loop/FdWatcher.h"
 #include "linux/process/ReapedChildren.h"
 #include "platform/UrlOpener.h"
 

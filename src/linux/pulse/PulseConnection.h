@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/async/Executor.h"
-#include "linux/process/FileDescriptor.h"
+#include "linux/loop/FileDescriptor.h"
 #include "platform/AudioEngine.h"
 
 #include <pulse/pulseaudio.h>

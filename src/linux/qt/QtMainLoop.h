@@ -2,7 +2,7 @@
 
 #include "base/async/Executor.h"
 #include "base/async/TimerQueue.h"
-#include "linux/FdWatcher.h"
+#include "linux/loop/FdWatcher.h"
 
 #include <QObject>
 #include <QTimer>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/async/Executor.h"
-#include "linux/FdWatcher.h"
+#include "linux/loop/FdWatcher.h"
 #include "linux/x11/X11Atoms.h"
 #include "linux/x11/XcbPtr.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/async/TaskScope.h"
-#include "linux/x11/CommandChords.h"
+#include "linux/apps/CommandChords.h"
 #include "linux/x11/X11KeyInput.h"
 #include "linux/x11/X11Pasteboard.h"
 #include "linux/x11/X11Windows.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "linux/PollLoop.h"
+#include "linux/loop/PollLoop.h"
 #include "linux/x11/SelectionContents.h"
 #include "linux/x11/X11Connection.h"
 #include "linux/x11/X11SelectionServer.h"

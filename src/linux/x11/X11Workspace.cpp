@@ -1,6 +1,6 @@
 #include "linux/x11/X11Workspace.h"
 
-#include "linux/LinuxApplications.h"
+#include "linux/apps/LinuxApplications.h"
 
 #include <unistd.h>
 

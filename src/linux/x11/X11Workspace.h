@@ -1,6 +1,6 @@
 #pragma once
 
-#include "linux/DesktopEntries.h"
+#include "linux/apps/DesktopEntries.h"
 #include "linux/x11/X11Windows.h"
 #include "platform/Workspace.h"
 

@@ -1,5 +1,5 @@
 #include "adapters/EventLoop.h"
-#include "linux/DesktopEntry.h"
+#include "linux/apps/DesktopEntry.h"
 #include "linux/process/LinuxProcessWatcher.h"
 #include "linux/process/LinuxProgramLauncher.h"
 #include "linux/process/XdgUrlOpener.h"

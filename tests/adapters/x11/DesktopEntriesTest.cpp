@@ -1,6 +1,6 @@
 #include "base/async/ManualExecutor.h"
-#include "linux/DesktopEntries.h"
-#include "linux/LinuxApplications.h"
+#include "linux/apps/DesktopEntries.h"
+#include "linux/apps/LinuxApplications.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

@@ -1,4 +1,5 @@
-#include "fakes/DictationBench.h"
+#include "base/Uuid.h"
+#include "fakes/dictation/DictationBench.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -222,9 +223,11 @@ TEST_F(DictationControllerTest, TheRequestTellsTheWriterWhereTheTextGoes) {
     bench.workspace.frontmost->bundleIdentifier = "com.apple.mail";
     bench.workspace.frontmost->localizedName = "Mail";
     const auto remember = [this](std::string answer, std::optional<bool> inserted, std::string tone) {
-        bench.history.add({.kind = HistoryKind::dictado,
+        bench.history.add({.id = makeUuid(),
+                           .kind = HistoryKind::dictado,
                            .answer = std::move(answer),
-                           .meta = {.tone = std::move(tone), .inserted = inserted}});
+                           .meta = {.tone = std::move(tone), .inserted = inserted}},
+                          HistoryStore::Persist::yes);
     };
     remember(std::string(41, 'e'), true, "Profesional");
     remember(std::string(41, 'd'), true, "Profesional");

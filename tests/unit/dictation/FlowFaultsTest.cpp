@@ -1,4 +1,4 @@
-#include "fakes/DictationBench.h"
+#include "fakes/dictation/DictationBench.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

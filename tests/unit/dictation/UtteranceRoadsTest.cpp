@@ -1,4 +1,4 @@
-#include "fakes/DictationBench.h"
+#include "fakes/dictation/DictationBench.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -31,7 +31,7 @@ class UtteranceRoadsTest : public testing::Test {
         EXPECT_FALSE(flow.busy().get());
     }
     void inFront(std::string bundleID) { bench.workspace.frontmost->bundleIdentifier = std::move(bundleID); }
-    const AssistantRequest& asked() { return bench.assistant.asked.back(); }
+    const Assistant::Request& asked() { return bench.assistant.asked.back(); }
 
     DictationBench bench;
     DictationController& flow = bench.controller;

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "base/sqlite/Sqlite.h"
 #include "localdata/HistoryStore.h"
+#include "sqlite/Sqlite.h"
 
 #include <gtest/gtest.h>
 

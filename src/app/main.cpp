@@ -1,0 +1,166 @@
+#include "app/WatchdogProcess.h"
+#include "base/Log.h"
+#include "base/async/TaskScope.h"
+#include "linux/dbus/DBusSingleInstance.h"
+#include "linux/desktop/LinuxDesktop.h"
+#include "linux/log/JournalLog.h"
+#include "linux/process/LinuxProgramLauncher.h"
+#include "linux/qt/QtMainLoop.h"
+#include "localdata/Language.h"
+#include "platform/Application.h"
+#include "shell/AppController.h"
+#include "views/Application.h"
+#include "views/DesktopWords.h"
+#include "views/Views.h"
+#include "watchdog/WatchdogArguments.h"
+#include "watchdog/WatchdogTask.h"
+
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+#include <QCoreApplication>
+#include <csignal>
+#include <cstdlib>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using namespace dorix;
+
+/// The signals that ask the program to end, as a descriptor: they are then handled on the main loop like any
+/// other event. Before other threads start, so that none of them takes the signal.
+int blockedTerminationSignals() {
+    sigset_t signals{};
+    sigemptyset(&signals);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&signals, signal);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    return signalfd(-1, &signals, SFD_CLOEXEC);
+}
+
+/// The program's main loop, as the core may end it.
+class MainApplication final : public Application {
+ public:
+    MainApplication(Executor& loop, LinuxDesktop& desktop) : desktop_(desktop), tasks_(loop) {}
+
+    /// Gives what has to end well before the program does.
+    std::function<Task<void>()> settled;
+
+    void terminate() override {
+        if (!std::exchange(isEnding_, true)) tasks_.spawn(quit());
+    }
+    void relaunch() override {
+        relaunches_ = true;
+        terminate();
+    }
+
+    bool relaunches() const { return relaunches_; }
+
+ private:
+    Task<void> quit() {
+        if (settled) co_await settled();
+        co_await desktop_.handOverClipboard();
+        QCoreApplication::quit();
+    }
+
+    LinuxDesktop& desktop_;
+    bool isEnding_ = false;
+    bool relaunches_ = false;
+    TaskScope tasks_;
+};
+
+/// The windows, where there is a display to draw on.
+std::unique_ptr<Views> makeViews(AppController& controller, const Platform& platform, LinuxDesktop& desktop) {
+    if (!canDraw()) return nullptr;
+    return std::make_unique<Views>(
+        Views::Environment{.executor = platform.executor,
+                           .defaults = platform.defaults,
+                           .state = controller.state(),
+                           .settings = controller.settings(),
+                           .speech = controller.speech(),
+                           .panel = controller.panel(),
+                           .appearance = desktop.appearance()},
+        Views::Verbs{.iconClicked = [&controller] { controller.iconClicked(); },
+                     .iconTooltip = [&controller] { return controller.iconTooltip(); },
+                     .iconMenu = [&controller] { return controller.iconMenu(); }});
+}
+
+void connectViews(AppController& controller, Views& views) {
+    controller.showIcon = [&views] { views.showIcon(); };
+    controller.panelWindow = {.place = [&views] { return views.placePanel(); },
+                              .show = [&views] { views.showPanel(); },
+                              .hide = [&views] { views.hidePanel(); },
+                              .takeKeyboard = [&views] { views.focusPanel(); },
+                              .clickedOutside = [&views] { views.panelClickedOutside(); }};
+}
+
+/// The watchdog over this process, while it stands on the stack of run(). The toolkit calls exit() when the
+/// display goes away; that too is an end that is meant, not a crash.
+WatchdogTask* endsAtExit = nullptr;
+
+void endWatchdog() {
+    if (auto* watchdog = std::exchange(endsAtExit, nullptr)) watchdog->terminate();
+}
+
+struct Ending {
+    int status = 0;
+    std::string openedNext;  // by its bundle path; "" for nothing
+};
+
+Ending run(int argc, char** argv) {
+    const int signals = blockedTerminationSignals();
+    std::signal(SIGPIPE, SIG_IGN);  // a peer that goes shows in the write to it
+    logToStderrAndJournal();
+    const auto application = makeApplication(argc, argv);
+    QtMainLoop loop;
+    DBusSingleInstance instance(loop, loop);
+    if (!instance.claim()) return {};
+    LinuxDesktop desktop(loop, loop, desktopWords);
+    MainApplication ending(loop, desktop);
+    const auto platform = desktop.platform(ending);
+    installLanguage(platform.defaults, platform.languages);
+
+    WatchdogTask watchdog(platform.launcher);
+    watchdog.spawn();
+    endsAtExit = &watchdog;
+    std::atexit([] { endWatchdog(); });
+    int status = 0;
+    {
+        AppController controller(platform);
+        const auto watch = loop.watchReadable(signals, [&] {
+            signalfd_siginfo signal{};
+            if (read(signals, &signal, sizeof signal) == sizeof signal) ending.terminate();
+        });
+        desktop.onDisplayLost([] {
+            logLine("se ha perdido la pantalla");
+            QCoreApplication::exit(1);
+        });
+        ending.settled = [&controller] { return controller.settled(); };
+        const auto views = makeViews(controller, platform, desktop);
+        if (views) connectViews(controller, *views);
+        instance.onRequests({.reopen = [&controller] { controller.reopen(); }, .action = [](const auto&) {}});
+        const char* const trace = std::getenv("DORIX_TRACE");  // NOLINT(concurrency-mt-unsafe)
+        if (trace != nullptr) controller.traceTo(trace);
+        controller.applicationDidFinishLaunching();
+        status = QCoreApplication::exec();
+    }
+    endWatchdog();
+    uninstallLanguage();
+    return {status, ending.relaunches() ? platform.launcher.bundlePath() : ""};
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const std::vector<std::string_view> arguments(argv, argv + argc);
+    if (isWatchdog(arguments)) return runWatchdog(arguments);
+
+    const auto ending = run(argc, argv);
+    // Nothing of this one is left by now.
+    if (!ending.openedNext.empty()) openApplication(ending.openedNext);
+    return ending.status;
+}

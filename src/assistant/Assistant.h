@@ -1,0 +1,54 @@
+#pragma once
+
+#include "base/async/Task.h"
+#include "context/AppContext.h"
+#include "context/ScreenCapture.h"
+#include "context/SelectedText.h"
+#include "localdata/HistoryKind.h"
+
+#include <optional>
+#include <string>
+
+namespace dorix {
+
+/// A document and its text.
+struct FrontDocument {
+    std::string name;
+    std::string text;
+
+    bool operator==(const FrontDocument&) const = default;
+};
+
+/// Answers, in a card of its own or in the history. Main executor.
+class Assistant {
+ public:
+    /// A question, and what the user was looking at when they asked it.
+    struct Request {
+        std::string question;
+        HistoryKind kind = HistoryKind::screen;
+        AppContext context;
+        std::optional<SelectedText> selection;
+        std::optional<ScreenCapture::Shot> shot;
+        std::optional<FrontDocument> document;
+    };
+
+    struct Rewrite {
+        std::string text;
+        std::string engine;  // the name of the engine that wrote it
+    };
+
+    virtual ~Assistant() = default;
+
+    /// These return at once; the answer comes on the card.
+    virtual void ask(Request request) = 0;
+    virtual void recap(std::string question, AppContext context) = 0;
+    virtual void searchMemory(std::string question, AppContext context) = 0;
+
+    /// `selected` as `instruction` wants it. Throws an Error.
+    virtual Task<Rewrite> transform(std::string instruction, std::string selected) = 0;
+
+    /// The id of the history item that will hold the answer.
+    virtual std::string askFromComposer(std::string text, AppContext target, bool withScreen) = 0;
+};
+
+}  // namespace dorix

@@ -1,0 +1,338 @@
+#include "linux/apps/LinuxApplications.h"
+
+#include "base/text/Text.h"
+
+#include <unordered_map>
+
+namespace dorix::linuxapps {
+
+namespace {
+
+struct Row {
+    std::string_view bundleIdentifier;
+    /// In lower case; an asterisk at the end stands for anything.
+    std::vector<std::string_view> names;
+};
+
+const std::vector<Row>& rows() {
+    static const std::vector<Row> table{
+        // Browsers.
+        {"org.mozilla.firefox",
+         {"firefox", "firefox-esr", "firefox_firefox", "org.mozilla.firefox", "firefox-developer-edition",
+          "firefoxdeveloperedition", "firefox-nightly", "firefox-bin", "librewolf",
+          "io.gitlab.librewolf-community", "waterfox", "net.waterfox.waterfox", "floorp", "one.ablaze.floorp",
+          "tor browser", "torbrowser", "mullvad browser"}},
+        {"com.google.Chrome",
+         {"google-chrome", "google-chrome-stable", "google-chrome-beta", "com.google.chrome", "chrome",
+          "chromium", "chromium-browser", "chromium_chromium", "org.chromium.chromium", "ungoogled-chromium",
+          "io.github.ungoogled_software.ungoogled_chromium"}},
+        {"com.google.Chrome.canary", {"google-chrome-unstable", "com.google.chromedev"}},
+        {"com.brave.Browser", {"brave-browser", "brave", "com.brave.browser", "brave-browser-stable"}},
+        {"com.vivaldi.Vivaldi", {"vivaldi", "vivaldi-stable", "vivaldi-bin", "com.vivaldi.vivaldi"}},
+        {"com.operasoftware.Opera", {"opera", "opera-stable", "com.opera.opera"}},
+        {"com.microsoft.edgemac",
+         {"microsoft-edge", "microsoft-edge-stable", "microsoft-edge-beta", "microsoft-edge-dev", "msedge",
+          "com.microsoft.edge"}},
+        {"app.zen-browser.zen", {"zen", "zen-browser", "zen-alpha", "zen-bin", "app.zen_browser.zen"}},
+        {"com.apple.Safari",
+         {"epiphany", "epiphany-browser", "org.gnome.epiphany", "gnome-web", "falkon", "org.kde.falkon",
+          "konqueror", "org.kde.konqueror", "midori", "qutebrowser", "org.qutebrowser.qutebrowser", "luakit",
+          "surf", "badwolf"}},
+        // Mail.
+        {"com.apple.mail",
+         {"thunderbird",
+          "thunderbird-esr",
+          "thunderbird_thunderbird",
+          "thunderbird-default",
+          "org.mozilla.thunderbird",
+          "net.thunderbird.thunderbird",
+          "betterbird",
+          "eu.betterbird.betterbird",
+          "mail",
+          "evolution",
+          "org.gnome.evolution",
+          "geary",
+          "org.gnome.geary",
+          "kmail",
+          "kmail2",
+          "org.kde.kmail2",
+          "kontact",
+          "claws-mail",
+          "org.claws_mail.claws-mail",
+          "sylpheed",
+          "trojita",
+          "mailspring",
+          "com.getmailspring.mailspring",
+          "tutanota-desktop",
+          "com.tutanota.tutanota",
+          "protonmail-bridge",
+          "proton-mail",
+          "proton mail",
+          "balsa",
+          "bluemail"}},
+        {"com.microsoft.Outlook",
+         {"prospect-mail", "io.github.julian_alarcon.prospect-mail", "outlook-for-linux"}},
+        // Chat.
+        {"net.whatsapp.WhatsApp",
+         {"whatsapp", "whatsapp-for-linux", "wasistlos", "com.github.xeco23.wasistlos", "zapzap",
+          "com.rtosta.zapzap", "whatsdesk", "whatsie", "whatsapp-desktop", "whatsapp-nativefier*"}},
+        {"org.telegram.desktop",
+         {"telegram-desktop", "telegramdesktop", "telegram", "org.telegram.desktop", "64gram",
+          "kotatogram-desktop", "io.github.kotatogram", "io.github.tdesktop_x64.tdesktop", "tdesktop"}},
+        {"com.hnc.Discord",
+         {"discord", "com.discordapp.discord", "discord-canary", "discord-ptb", "discordcanary", "discordptb",
+          "vesktop", "dev.vencord.vesktop", "webcord", "io.github.spacingbat3.webcord"}},
+        {"com.apple.MobileSMS",
+         {"signal",
+          "signal-desktop",
+          "org.signal.signal",
+          "signal beta",
+          "element",
+          "element-desktop",
+          "im.riot.riot",
+          "fractal",
+          "org.gnome.fractal",
+          "nheko",
+          "im.nheko.nheko",
+          "neochat",
+          "org.kde.neochat",
+          "dino",
+          "im.dino.dino",
+          "gajim",
+          "org.gajim.gajim",
+          "pidgin",
+          "im.pidgin.pidgin3",
+          "kdeconnect-sms",
+          "org.kde.kdeconnect.sms",
+          "polari",
+          "org.gnome.polari",
+          "hexchat",
+          "io.github.hexchat",
+          "viber",
+          "com.viber.viber",
+          "caprine",
+          "com.sindresorhus.caprine",
+          "skype",
+          "com.skype.client",
+          "skypeforlinux"}},
+        {"com.tinyspeck.slackmacgap",
+         {"slack", "com.slack.slack", "mattermost", "mattermost-desktop", "mattermost.desktop",
+          "com.mattermost.desktop", "rocketchat-desktop", "rocket.chat", "chat.rocket.rocketchat", "zulip",
+          "org.zulip.zulip"}},
+        {"com.microsoft.teams2",
+         {"teams", "teams-for-linux", "com.github.iseulde.teams_for_linux",
+          "com.github.ismaelmartinez.teams_for_linux", "microsoft teams", "microsoft teams - preview",
+          "com.microsoft.teams"}},
+        // Writing and office.
+        {"com.microsoft.Word",
+         {"libreoffice-writer", "org.libreoffice.libreoffice.writer", "libreoffice.writer", "abiword",
+          "com.abisource.abiword", "onlyoffice", "desktopeditors", "onlyoffice-desktopeditors",
+          "onlyoffice desktop editors", "org.onlyoffice.desktopeditors", "wps", "wps-office-wps",
+          "com.wps.office", "calligrawords", "org.kde.calligrawords", "softmaker-textmaker",
+          "freeoffice-textmaker"}},
+        {"com.apple.iWork.Pages",
+         {"focuswriter", "org.gottcode.focuswriter", "manuskript", "lyx", "org.lyx.lyx", "scribus",
+          "net.scribus.scribus", "texmaker", "texstudio", "org.texstudio.texstudio"}},
+        {"notion.id",
+         {"notion", "notion-app", "notion-app-enhanced", "notion-snap", "notion-snap-reborn", "appflowy",
+          "io.appflowy.appflowy", "anytype", "io.anytype.anytype"}},
+        {"md.obsidian",
+         {"obsidian", "md.obsidian.obsidian", "logseq", "com.logseq.logseq", "zettlr", "com.zettlr.zettlr"}},
+        {"com.apple.Notes",
+         {"gnome-notes",
+          "bijiben",
+          "org.gnome.notes",
+          "gnote",
+          "org.gnome.gnote",
+          "tomboy",
+          "tomboy-ng",
+          "joplin",
+          "@joplin/app-desktop",
+          "joplin-desktop",
+          "net.cozic.joplin_desktop",
+          "simplenote",
+          "com.simplenote.simplenote",
+          "standard-notes",
+          "standard notes",
+          "org.standardnotes.standardnotes",
+          "xpad",
+          "knotes",
+          "rednotebook",
+          "xfce4-notes",
+          "cherrytree",
+          "net.giuspen.cherrytree",
+          "zim",
+          "org.zim_wiki.zim",
+          "iotas",
+          "org.gnome.world.iotas",
+          "folio",
+          "com.toolstack.folio",
+          "com.vixalien.sticky"}},
+        {"com.apple.TextEdit",
+         {"gedit",
+          "org.gnome.gedit",
+          "gnome-text-editor",
+          "org.gnome.texteditor",
+          "mousepad",
+          "org.xfce.mousepad",
+          "kwrite",
+          "org.kde.kwrite",
+          "kate",
+          "org.kde.kate",
+          "xed",
+          "org.x.editor",
+          "pluma",
+          "leafpad",
+          "l3afpad",
+          "featherpad",
+          "io.elementary.code",
+          "io.elementary.editor",
+          "deepin-editor",
+          "geany",
+          "org.geany.geany",
+          "apostrophe",
+          "org.gnome.gitlab.somas.apostrophe",
+          "ghostwriter",
+          "org.kde.ghostwriter",
+          "marktext",
+          "com.github.marktext.marktext",
+          "typora",
+          "io.typora.typora"}},
+        // Development.
+        {"com.microsoft.VSCode",
+         {"code",
+          "code-url-handler",
+          "code-oss",
+          "code - oss",
+          "vscode",
+          "visual-studio-code",
+          "com.visualstudio.code",
+          "com.visualstudio.code-oss",
+          "code-insiders",
+          "code - insiders",
+          "vscodium",
+          "codium",
+          "com.vscodium.codium",
+          "windsurf",
+          "sublime_text",
+          "sublime-text",
+          "com.sublimetext.three",
+          "emacs",
+          "org.gnu.emacs",
+          "gvim",
+          "org.vim.vim",
+          "neovide",
+          "nvim-qt",
+          "lapce",
+          "dev.lapce.lapce",
+          "pulsar",
+          "atom"}},
+        {"com.todesktop.230313mzl4w4u92", {"cursor", "cursor-url-handler"}},
+        {"dev.zed.Zed", {"zed", "dev.zed.zed", "dev.zed.zed-preview", "zed-editor", "zeditor"}},
+        {"com.jetbrains.intellij",
+         {"jetbrains-*", "com.jetbrains.*", "android-studio", "com.google.androidstudio"}},
+        {"com.apple.dt.Xcode",
+         {"gnome-builder", "org.gnome.builder", "kdevelop", "org.kde.kdevelop", "qtcreator", "qt creator",
+          "org.qt-project.qtcreator", "io.qt.qtcreator", "eclipse", "org.eclipse.java", "codeblocks",
+          "netbeans", "apache netbeans*"}},
+        // Terminals.
+        {"com.apple.Terminal",
+         {"gnome-terminal",
+          "gnome-terminal-server",
+          "org.gnome.terminal",
+          "xfce4-terminal",
+          "org.xfce.terminal",
+          "konsole",
+          "org.kde.konsole",
+          "yakuake",
+          "org.kde.yakuake",
+          "kgx",
+          "org.gnome.console",
+          "ptyxis",
+          "org.gnome.ptyxis",
+          "mate-terminal",
+          "lxterminal",
+          "qterminal",
+          "deepin-terminal",
+          "io.elementary.terminal",
+          "xterm",
+          "debian-xterm",
+          "uxterm",
+          "debian-uxterm",
+          "urxvt",
+          "rxvt",
+          "st",
+          "st-256color",
+          "foot",
+          "footclient",
+          "terminology",
+          "sakura",
+          "roxterm",
+          "tilda",
+          "guake",
+          "cool-retro-term",
+          "eterm",
+          "mlterm",
+          "termit",
+          "lilyterm",
+          "rio",
+          "contour",
+          "x-terminal-emulator"}},
+        {"com.googlecode.iterm2",
+         {"alacritty", "kitty", "wezterm", "wezterm-gui", "org.wezfurlong.wezterm", "tilix",
+          "com.gexperts.tilix", "terminator", "hyper", "tabby", "blackbox", "com.raggesilver.blackbox"}},
+        {"com.mitchellh.ghostty", {"ghostty", "com.mitchellh.ghostty"}},
+        {"dev.warp.Warp-Stable", {"warp", "warp-terminal", "dev.warp.warp"}},
+        // Calendars, tasks and assistants.
+        {"com.apple.iCal",
+         {"gnome-calendar", "org.gnome.calendar", "korganizer", "org.kde.korganizer", "merkuro-calendar",
+          "org.kde.merkuro.calendar", "orage", "org.xfce.orage", "maya", "io.elementary.calendar",
+          "california"}},
+        {"com.apple.reminders",
+         {"gnome-todo", "org.gnome.todo", "endeavour", "org.gnome.endeavour", "planify",
+          "io.github.alainm23.planify", "planner", "io.elementary.tasks", "errands",
+          "io.github.mrvladus.list", "todoist", "com.todoist.todoist", "gtg", "org.gnome.gtg", "zanshin",
+          "org.kde.zanshin"}},
+        {"com.openai.chat", {"chatgpt", "chat-gpt", "chatgpt-desktop", "com.openai.chatgpt"}},
+        {"com.anthropic.claudefordesktop", {"claude", "claude-desktop", "com.anthropic.claude"}},
+    };
+    return table;
+}
+
+struct Index {
+    std::unordered_map<std::string_view, std::string_view> exact;
+    std::vector<std::pair<std::string_view, std::string_view>> prefixes;
+
+    Index() {
+        for (const auto& row : rows()) {
+            for (const auto name : row.names) {
+                if (name.ends_with('*')) {
+                    prefixes.emplace_back(name.substr(0, name.size() - 1), row.bundleIdentifier);
+                } else {
+                    exact.emplace(name, row.bundleIdentifier);
+                }
+            }
+        }
+    }
+};
+
+std::optional<std::string> lookUp(const std::string& name) {
+    static const Index index;
+    if (const auto found = index.exact.find(name); found != index.exact.end())
+        return std::string(found->second);
+    for (const auto& [prefix, identifier] : index.prefixes) {
+        if (name.starts_with(prefix)) return std::string(identifier);
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<std::string> bundleIdentifier(const std::vector<std::string>& names) {
+    for (const auto& name : names) {
+        if (auto identifier = lookUp(text::lowercase(name))) return identifier;
+    }
+    return std::nullopt;
+}
+
+}  // namespace dorix::linuxapps

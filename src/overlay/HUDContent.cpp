@@ -1,0 +1,57 @@
+#include "overlay/HUDContent.h"
+
+#include "localdata/Language.h"
+
+#include <string_view>
+
+namespace dorix {
+
+namespace {
+
+using Look = HUDContent::Look;
+
+HUDContent listening(const AppState& state, const std::string& partial) {
+    const bool asking = state.asking.get();
+    HUDContent content{.look = Look::listening, .isPlaceholder = partial.empty()};
+    if (!partial.empty()) {
+        content.text = partial;
+    } else {
+        content.text = tr(asking ? "Pregunta lo que quieras sobre la pantalla…"
+                                 : "Se escribe al terminar de hablar · Esc cancela");
+    }
+    if (asking) {
+        content.caption =
+            tr(state.handsFree.get() ? "Mirando la ventana activa · responde al terminar de hablar"
+                                     : "Mirando la ventana activa");
+    }
+    return content;
+}
+
+HUDContent hint() {
+    return {.look = Look::hint, .text = tr("dicta o pregunta · clic en el icono para tu historial")};
+}
+
+}  // namespace
+
+HUDContent hudContent(const AppState& state, const std::string& partial) {
+    const HUDPhase& phase = state.hud.get();
+    switch (phase.kind) {
+        case HUDPhase::Kind::hidden:
+            return state.showFirstRunHint.get() ? hint() : HUDContent{};
+        case HUDPhase::Kind::listening:
+            return listening(state, partial);
+        case HUDPhase::Kind::processing:
+            return {.look = Look::processing};
+        case HUDPhase::Kind::done:
+            return {.look = Look::done, .text = phase.text};
+        case HUDPhase::Kind::info:
+            return {.look = Look::info, .text = phase.text};
+        case HUDPhase::Kind::error:
+            return {.look = Look::error, .text = phase.text};
+        case HUDPhase::Kind::learned:
+            return {.look = Look::learned, .text = phase.text};
+    }
+    return {};
+}
+
+}  // namespace dorix

@@ -1,0 +1,75 @@
+#pragma once
+
+#include "base/async/Timer.h"
+#include "overlay/IconLook.h"
+#include "overlay/IconMouse.h"
+#include "overlay/Screens.h"
+#include "platform/ClosureMenuItem.h"
+#include "views/OverlayPanel.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace dorix {
+
+class MenuWindow;
+class TooltipWindow;
+class UserDefaults;
+
+/// The icon: drawn, dragged, clicked. Main thread.
+class FloatingIconWindow final : public OverlayPanel {
+    Q_OBJECT
+
+ public:
+    /// `defaults` keeps the place; both must outlive the window.
+    FloatingIconWindow(const ViewContext& context, Executor& executor, UserDefaults& defaults);
+    ~FloatingIconWindow() override;
+
+    std::function<void()> onClick = [] {};
+    /// The user has dragged it somewhere else.
+    std::function<void()> onMoved = [] {};
+    MenuBuilder menuProvider;
+
+    /// Takes the place that the user gave it, or the default one; also when the screens have changed.
+    void place();
+    Rect frame() const { return frame_; }
+
+    void setLook(IconLook look);
+    void setLevel(double level) { view().insert("level", level); }
+    /// What it says about itself, in the words of this desktop.
+    void setTooltip(const std::string& tooltip);
+    void setTooltipEnabled(bool enabled);
+
+    /// Draws its outline anew, after the compositor or the scale has changed.
+    void reshape();
+
+    /// The menu that stands open, if one does.
+    MenuWindow* menu() const { return menu_.get(); }
+    void closeMenu();
+
+    Q_SLOT void pressed() { onClick(); }
+
+ protected:
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    bool event(QEvent* event) override;
+
+ private:
+    void moveTo(Point origin);
+    void release();
+    void popUpMenu(QPoint where);
+    void showTooltip();
+    void hideTooltip();
+
+    UserDefaults& defaults_;
+    Rect frame_;
+    IconMouse mouse_;
+    Timer rest_;
+    bool tooltipEnabled_ = true;
+    std::unique_ptr<MenuWindow> menu_;
+    std::unique_ptr<TooltipWindow> tooltip_;
+};
+
+}  // namespace dorix

@@ -1,0 +1,184 @@
+#include "views/panel/PanelWindow.h"
+
+#include "localdata/Language.h"
+#include "panel/PanelDetail.h"
+#include "panel/PanelPlacement.h"
+#include "views/ScreenMap.h"
+#include "views/Tokens.h"
+#include "views/overlay/MenuWindow.h"
+
+#include <QKeyEvent>
+#include <QQuickItem>
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace dorix {
+
+namespace {
+
+constexpr int reach = tokens::shadowReach;
+constexpr QMargins shadow{reach, reach, reach, reach};
+constexpr double restBeforeSaving = 0.5;  // seconds
+
+/// Keys with which people go from one thing to another.
+bool movesFocus(int key) {
+    constexpr auto keys =
+        std::to_array<int>({Qt::Key_Tab, Qt::Key_Backtab, Qt::Key_Up, Qt::Key_Down, Qt::Key_Left,
+                            Qt::Key_Right, Qt::Key_Home, Qt::Key_End, Qt::Key_PageUp, Qt::Key_PageDown});
+    return std::ranges::find(keys, key) != keys.end();
+}
+
+}  // namespace
+
+PanelWindow::PanelWindow(const ViewContext& context, const Environment& environment)
+    : OverlayPanel(context, X11Desktop::Kind::panel, Focusable::yes),
+      env_(environment),
+      scene_({.state = env_.state,
+              .settings = env_.settings,
+              .speech = env_.speech,
+              .panel = env_.panel,
+              .view = view()}),
+      saveSize_(env_.executor) {
+    wireScene();
+    load("Panel", {{"verbs", QVariant::fromValue(&scene_)}});
+    onCancel = [this] { scene_.close(); };
+    focusRequests_ = env_.state.focusRequest.subscribe([this](const auto&) {
+        if (isVisible()) focusWhereAsked();
+    });
+}
+
+PanelWindow::~PanelWindow() = default;
+
+void PanelWindow::wireScene() {
+    connect(&scene_, &PanelScene::menuWanted, this, [this](QPointF at) { popUp(panelMenu(), at); });
+    connect(&scene_, &PanelScene::rowMenuWanted, this, [this](QPointF at) { popUp(itemMenu(), at); });
+    connect(&scene_, &PanelScene::moveWanted, this, [this] { startSystemMove(); });
+    connect(&scene_, &PanelScene::resizeWanted, this, [this](Qt::Edges edges) { resizeFrom(edges); });
+}
+
+bool PanelWindow::place(const Rect& icon, const Screens& screens) {
+    const auto placement = placePanel(icon, screens, savedPanelSize(env_.defaults));
+    const QRect frame = screenmap::toQt(placement.frame);
+    const QSize least(static_cast<int>(panelmeasure::leastSize.width),
+                      static_cast<int>(panelmeasure::leastSize.height));
+    userResizes_ = false;
+    setMinimumSize(least.boundedTo(frame.size()).grownBy(shadow));
+    setGeometry(frame.marginsAdded(shadow));
+    if (context().x11 != nullptr) context().x11->setFrameExtents(*this, shadow);
+    reshape();
+    return placement.anchorRight;
+}
+
+void PanelWindow::placeAnew(const Rect& icon, const Screens& screens) {
+    const Rect card = screenmap::fromQt(geometry().marginsRemoved(shadow));
+    const Rect& visible = screenOf(screens, card).visibleFrame;
+    const bool fits = visible.minX() <= card.minX() && card.maxX() <= visible.maxX() &&
+                      visible.minY() <= card.minY() && card.maxY() <= visible.maxY();
+    // In another scale it keeps its pixels, and so has another size in points.
+    if (!fits || drawnScale() != devicePixelRatio()) env_.state.panelAnchorRight.set(place(icon, screens));
+    rescale();
+}
+
+void PanelWindow::open() {
+    view().insert({{"shown", true}, {"byKeyboard", false}});
+    rememberFront();
+    orderFrontRegardless();
+    takeKeyboard();
+    focusWhereAsked();
+}
+
+void PanelWindow::takeKeyboard() {
+    if (context().x11 != nullptr) context().x11->bringToFront(static_cast<std::uint32_t>(winId()));
+}
+
+/// Not itself, when it opens while it still goes.
+void PanelWindow::rememberFront() {
+    if (context().x11 == nullptr) return;
+    const auto front = context().x11->frontWindow();
+    if (front != winId()) before_ = front;
+}
+
+void PanelWindow::focusWhereAsked() {
+    const auto wanted = env_.state.focusRequest.get();
+    const char* const target = !wanted                                      ? "list"
+                               : *wanted == AppState::FocusTarget::composer ? "composer"
+                                                                            : "search";
+    QMetaObject::invokeMethod(rootObject(), "focusOn", Q_ARG(QVariant, QString::fromLatin1(target)));
+    env_.state.focusRequest.set(std::nullopt);
+}
+
+/// We hear of the click before the window manager has given the keyboard to what was clicked.
+void PanelWindow::clickedOutside() {
+    clickTakesKeyboard_ = context().x11 != nullptr && context().x11->hasWindowManager();
+}
+
+void PanelWindow::fade() {
+    if (menu_) menu_->close();
+    view().insert("shown", false);
+    const bool taken = std::exchange(clickTakesKeyboard_, false);
+    if (!taken && context().x11 != nullptr && isActive()) context().x11->bringToFront(before_);
+}
+
+void PanelWindow::dismiss() { orderOut(); }
+
+void PanelWindow::reshape() {
+    const QRectF shape = QRectF(QPointF(0, 0), size()).marginsRemoved(shadow);
+    cutTo(shape, tokens::cardRadius);
+    if (context().x11 == nullptr) return;
+    // The edges can be taken a little outside of them.
+    constexpr int grip = tokens::space;
+    context().x11->setInputShape(*this, pixels(shape.adjusted(-grip, -grip, grip, grip), tokens::cardRadius));
+}
+
+bool PanelWindow::event(QEvent* event) {
+    // About to draw, perhaps after the computer slept past midnight.
+    if (event->type() == QEvent::UpdateRequest) env_.panel.list.refreshDays();
+    if (event->type() == QEvent::KeyPress && movesFocus(static_cast<QKeyEvent*>(event)->key())) {
+        view().insert("byKeyboard", true);
+    } else if (event->type() == QEvent::MouseButtonPress) {
+        view().insert("byKeyboard", false);
+    }
+    return OverlayPanel::event(event);
+}
+
+void PanelWindow::resizeFrom(Qt::Edges edges) { userResizes_ = startSystemResize(edges); }
+
+void PanelWindow::resizeEvent(QResizeEvent* event) {
+    OverlayPanel::resizeEvent(event);
+    reshape();
+    if (!userResizes_) return;
+    saveSize_.once(restBeforeSaving, [this] {
+        const QSize card = size().shrunkBy(shadow);
+        savePanelSize(env_.defaults, {static_cast<double>(card.width()), static_cast<double>(card.height())});
+    });
+}
+
+Menu PanelWindow::panelMenu() {
+    const auto exportAs = [this](HistoryExportFormat format) {
+        return [this, format] { env_.panel.exportHistory(format, winId()); };
+    };
+    return {{dorix::tr("Exportar como Markdown…"), exportAs(HistoryExportFormat::markdown)},
+            {dorix::tr("Exportar como JSON…"), exportAs(HistoryExportFormat::json)},
+            ClosureMenuItem::separator(),
+            {dorix::tr("Cerrar historial"), [this] { scene_.close(); }}};
+}
+
+Menu PanelWindow::itemMenu() {
+    const HistoryItem* item = env_.panel.selection.item();
+    if (item == nullptr) return {};
+    const auto detail = panelDetail(*item);
+    return {{detail.insertButton, [this] { scene_.insertSelected(); }},
+            {copyButton(false), [this] { scene_.copySelected(); }},
+            ClosureMenuItem::separator(),
+            {detail.removeButton, [this] { scene_.removeSelected(); }}};
+}
+
+void PanelWindow::popUp(Menu items, QPointF at) {
+    if (items.empty()) return;
+    menu_ = std::make_unique<MenuWindow>(context(), std::move(items));
+    menu_->onClosed = [this] { menu_.release()->deleteLater(); };
+    menu_->popUp(mapToGlobal(at).toPoint());
+}
+
+}  // namespace dorix

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "base/async/Timer.h"
+#include "platform/ProcessWatcher.h"
+#include "watchdog/WatchdogArguments.h"
+
+#include <functional>
+#include <string>
+
+namespace dorix {
+
+/// Waits for the program that started it to end, and starts it again if it may. A program that ends as it
+/// should ends its watchdog first. Executor's thread.
+class Watchdog {
+ public:
+    struct Environment {
+        Executor& executor;
+        ProcessWatcher& processes;
+        /// Whether the program may come back once more; asked once for each return.
+        std::function<bool()> mayRelaunch;
+        /// Starts the application at that path.
+        std::function<void(const std::string& bundlePath)> open;
+        /// Ends the watchdog's process, with success whatever has happened.
+        std::function<void()> exit;
+    };
+
+    explicit Watchdog(Environment environment);
+
+    /// Begins to watch; exits at once when there is nobody to be watched.
+    void start(const WatchdogArguments& arguments);
+
+ private:
+    void parentExited(const std::string& bundlePath);
+
+    Environment env_;
+    ProcessWatcher::Token watch_;
+    Timer relaunch_;
+};
+
+}  // namespace dorix

@@ -1,0 +1,136 @@
+#pragma once
+
+#include "base/async/ManualExecutor.h"
+#include "context/TextInsertion.h"
+#include "dictation/DictationController.h"
+#include "fakes/FakeAccessibility.h"
+#include "fakes/FakeLoginItem.h"
+#include "fakes/FakePasteboard.h"
+#include "fakes/FakePrivacyGrants.h"
+#include "fakes/FakeWorkspace.h"
+#include "fakes/MemoryUserDefaults.h"
+#include "fakes/RecordingEventPoster.h"
+#include "fakes/RecordingSystemSounds.h"
+#include "fakes/TemporaryFolder.h"
+#include "fakes/dictation/FakeSpeechInput.h"
+#include "fakes/dictation/RecordingCollaborators.h"
+#include "fakes/dictation/RecordingWriter.h"
+#include "localdata/HistoryStore.h"
+#include "localdata/Language.h"
+#include "localdata/SettingsStore.h"
+#include "permissions/Permissions.h"
+#include "platform/KeyCodes.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace dorix {
+
+/// The dictation flow in virtual time, with an application in front that takes what is pasted. Everything but
+/// the flow itself is a fake. Installs itself as the source of the app language.
+class DictationBench {
+ public:
+    static constexpr std::int32_t appProcess = 100;
+
+    /// The subsystems beside the flow that are there.
+    struct Have {
+        bool assistant = false;
+        bool meeting = false;
+        bool actions = false;
+        bool learning = false;
+    };
+    static constexpr Have everything{.assistant = true, .meeting = true, .actions = true, .learning = true};
+
+    explicit DictationBench(Json settingsValues = Json::object())
+        : DictationBench({}, std::move(settingsValues)) {}
+    explicit DictationBench(Have have, Json settingsValues = Json::object())
+        : defaults(std::move(settingsValues)), controller(environment(have)) {
+        installLanguage(defaults, {});
+        workspace.frontmost = RunningApplication{.processIdentifier = appProcess,
+                                                 .bundleIdentifier = "com.apple.TextEdit",
+                                                 .localizedName = "TextEdit"};
+        setFocus(true);
+        poster.onPost = [this](const auto& event) {
+            if (event.keyCode == keycode::v && event.direction == EventPoster::Direction::down) paste();
+        };
+    }
+    ~DictationBench() { uninstallLanguage(); }
+    DictationBench(const DictationBench&) = delete;
+    DictationBench& operator=(const DictationBench&) = delete;
+
+    /// Whether a text field has the focus; absent when nobody can tell.
+    void setFocus(std::optional<bool> editable) {
+        if (editable) {
+            accessibility.focus(appProcess, *editable ? "AXTextField" : "AXTable");
+        } else {
+            accessibility.applications.erase(appProcess);
+        }
+    }
+
+    /// What a flow on this bench works with.
+    DictationEnvironment environment(Have have) {
+        return {.executor = executor,
+                .state = state,
+                .settings = settings,
+                .permissions = permissions,
+                .speech = speech,
+                .writer = writer,
+                .inserter = inserter,
+                .selection = selection,
+                .workspace = workspace,
+                .accessibility = accessibility,
+                .sounds = sounds,
+                .history = history,
+                .screen = &screen,
+                .documents = &documents,
+                .assistant = have.assistant ? &assistant : nullptr,
+                .meeting = have.meeting ? &meeting : nullptr,
+                .actions = have.actions ? &actions : nullptr,
+                .learning = have.learning ? &learning : nullptr};
+    }
+
+    ManualExecutor executor;
+    MemoryUserDefaults defaults;
+    FakeLoginItem loginItem;
+    SettingsStore settings{defaults, loginItem, {}};
+    AppState state;
+    FakePrivacyGrants grants;
+    Permissions permissions{executor, grants};
+    FakeSpeechInput speech;
+    RecordingWriter writer;
+    TemporaryFolder folder;
+    HistoryStore history{folder.path() / "history.sqlite"};
+    FakePasteboard pasteboard;
+    RecordingEventPoster poster;
+    TextInserter inserter{executor, pasteboard, poster};
+    FakeWorkspace workspace;
+    FakeAccessibility accessibility;
+    RecordingSystemSounds sounds;
+    FakeSelection selection;
+    FakeScreenCapture screen;
+    FakeDocumentReader documents;
+    RecordingAssistant assistant;
+    RecordingMeeting meeting;
+    RecordingActions actions;
+    RecordingLearning learning;
+
+    /// What the application in front was given last; absent until then.
+    std::optional<std::string> inserted;
+    std::function<void()> onInserted = [] {};
+
+    DictationController controller;
+
+ private:
+    void paste() {
+        for (const auto& item : pasteboard.items) {
+            for (const auto& [type, data] : item) {
+                if (type == Pasteboard::stringType) inserted = data;
+            }
+        }
+        onInserted();
+    }
+};
+
+}  // namespace dorix

@@ -1,0 +1,115 @@
+#pragma once
+
+#include "actions/Actions.h"
+#include "assistant/Assistant.h"
+#include "base/Error.h"
+#include "base/async/Sleep.h"
+#include "context/SelectionProbe.h"
+#include "learning/Teaching.h"
+#include "meeting/Meeting.h"
+#include "memory/DocumentReader.h"
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace dorix {
+
+/// A window that takes as long to capture as it is told.
+class FakeScreenCapture final : public ScreenCapture {
+ public:
+    double duration = 0.2;
+    std::string error;  // not empty: the capture fails
+    int begun = 0;
+    int cancelled = 0;
+
+    Task<Shot> capture(std::optional<RunningApplication>) override {
+        ++begun;
+        try {
+            co_await sleep(duration);
+        } catch (const Cancelled&) {
+            ++cancelled;
+            throw;
+        }
+        if (!error.empty()) throw MessageError(error);
+        co_return Shot{.jpeg = "jpeg"};
+    }
+};
+
+/// A selection that the test makes up, found whether the probe insists or not.
+class FakeSelection final : public SelectionProbe {
+ public:
+    std::optional<SelectedText> selected;
+    std::vector<bool> insisted;  // for each probe
+
+    Task<std::optional<SelectedText>> selection(std::optional<RunningApplication>, bool insist) override {
+        insisted.push_back(insist);
+        co_return selected;
+    }
+};
+
+class RecordingAssistant final : public Assistant {
+ public:
+    std::vector<Assistant::Request> asked;
+    std::vector<std::string> log;  // of the other calls
+    std::string transformError;    // not empty: transform fails with these words
+    bool cancelsTransform = false;
+
+    void ask(Assistant::Request request) override { asked.push_back(std::move(request)); }
+    void recap(std::string question, AppContext) override { log.push_back("recap " + question); }
+    void searchMemory(std::string question, AppContext) override { log.push_back("search " + question); }
+    Task<Rewrite> transform(std::string instruction, std::string selected) override {
+        log.push_back("transform " + instruction);
+        if (cancelsTransform) throw Cancelled();
+        if (!transformError.empty()) throw MessageError(transformError);
+        co_return Rewrite{.text = "<" + selected + ">", .engine = "motor"};
+    }
+    std::string askFromComposer(std::string text, AppContext target, bool withScreen) override {
+        log.push_back("compose " + text + " in " + target.displayName + (withScreen ? " with screen" : ""));
+        return "id";
+    }
+};
+
+class RecordingMeeting final : public Meeting {
+ public:
+    bool live = false;
+    std::vector<std::string> log;
+
+    bool isLive() const override { return live; }
+    void start() override { log.emplace_back("start"); }
+    void finish() override { log.emplace_back("finish"); }
+};
+
+class RecordingActions final : public Actions {
+ public:
+    std::vector<std::string> proposed;
+
+    void propose(std::string instruction, AppContext) override { proposed.push_back(std::move(instruction)); }
+};
+
+class RecordingLearning final : public Teaching {
+ public:
+    bool teaching = false;
+    std::vector<std::string> log;
+
+    bool isTeaching() const override { return teaching; }
+    void startTeaching() override { log.emplace_back("start"); }
+    void finishTeaching() override { log.emplace_back("finish"); }
+};
+
+/// Documents by their path.
+class FakeDocumentReader final : public DocumentReader {
+ public:
+    std::vector<std::pair<std::filesystem::path, std::string>> documents;
+
+    bool reads(std::string_view extension) const override { return extension == "txt"; }
+    Task<std::optional<std::string>> text(std::filesystem::path file, std::size_t limit) override {
+        for (const auto& [path, text] : documents) {
+            if (path == file) co_return text.substr(0, limit);
+        }
+        co_return std::nullopt;
+    }
+};
+
+}  // namespace dorix
