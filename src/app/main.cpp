@@ -89,15 +89,6 @@ std::unique_ptr<Views> makeViews(AppController& controller, const Platform& plat
                      .iconMenu = [&controller] { return controller.iconMenu(); }});
 }
 
-void connectViews(AppController& controller, Views& views) {
-    controller.showIcon = [&views] { views.showIcon(); };
-    controller.panelWindow = {.place = [&views] { return views.placePanel(); },
-                              .show = [&views] { views.showPanel(); },
-                              .hide = [&views] { views.hidePanel(); },
-                              .takeKeyboard = [&views] { views.focusPanel(); },
-                              .clickedOutside = [&views] { views.panelClickedOutside(); }};
-}
-
 /// The watchdog over this process, while it stands on the stack of run(). The toolkit calls exit() when the
 /// display goes away; that too is an end that is meant, not a crash.
 WatchdogTask* endsAtExit = nullptr;
@@ -141,7 +132,7 @@ Ending run(int argc, char** argv) {
         });
         ending.settled = [&controller] { return controller.settled(); };
         const auto views = makeViews(controller, platform, desktop);
-        if (views) connectViews(controller, *views);
+        if (views) controller.windows = views->windows();
         instance.onRequests({.reopen = [&controller] { controller.reopen(); }, .action = [](const auto&) {}});
         const char* const trace = std::getenv("DORIX_TRACE");  // NOLINT(concurrency-mt-unsafe)
         if (trace != nullptr) controller.traceTo(trace);

@@ -8,18 +8,23 @@ namespace {
 constexpr double fade = 0.2;  // seconds
 }
 
-PanelPresenter::PanelPresenter(Executor& executor, AppState& state, AppContext& panelTarget, Steps steps)
-    : state_(state), panelTarget_(panelTarget), steps_(std::move(steps)), hide_(executor) {}
+PanelPresenter::PanelPresenter(Executor& executor, AppState& state, const AppWindows& windows,
+                               AppContext& panelTarget, Steps steps)
+    : state_(state),
+      windows_(windows),
+      panelTarget_(panelTarget),
+      steps_(std::move(steps)),
+      hide_(executor) {}
 
 void PanelPresenter::open() {
     if (state_.panelOpen.get()) return;
     state_.showFirstRunHint.set(false);
     captureTarget();
     hide_.stop();
-    state_.panelAnchorRight.set(steps_.place());
+    state_.panelAnchorRight.set(windows_.panel->place());
     state_.panelOpen.set(true);
-    steps_.show();
-    if (steps_.watchOutsideClicks) steps_.watchOutsideClicks(true);
+    windows_.panel->show();
+    steps_.watchOutsideClicks(true);
 }
 
 /// While the window still fades from the last time the panel itself may be in front, and what was in front
@@ -37,8 +42,8 @@ void PanelPresenter::close() {
         steps_.cancelSpeech();
     }
     state_.panelOpen.set(false);
-    if (steps_.watchOutsideClicks) steps_.watchOutsideClicks(false);
-    hide_.once(fade, [this] { steps_.hide(); });
+    steps_.watchOutsideClicks(false);
+    hide_.once(fade, [this] { windows_.panel->hide(); });
 }
 
 void PanelPresenter::toggle() {

@@ -50,7 +50,7 @@ AppController::AppController(const Platform& platform)
               .savePanel = platform.savePanel,
               .files = platform.files,
               .urls = platform.urls}),
-      panelPresenter_(platform.executor, state_, dictation_.panelTarget, panelSteps()),
+      panelPresenter_(platform.executor, state_, windows, dictation_.panelTarget, panelSteps()),
       firstRunHint_(platform.executor, platform.defaults, state_),
       ptt_(platform.executor, platform.keyEvents, settings_.pushToTalkKey.get()),
       hotKeys_(platform.executor, platform.hotKeys),
@@ -61,7 +61,8 @@ void AppController::applicationDidFinishLaunching() {
     wireKeyMonitor();
     registerHotKeys();
     installObservers();
-    showIcon();
+    windows.icon->place();
+    windows.icon->show();
     showStatusItem();
     ptt_.isEnabled = !settings_.paused.get();
     ptt_.start();
@@ -71,9 +72,6 @@ void AppController::applicationDidFinishLaunching() {
 
 PanelPresenter::Steps AppController::panelSteps() {
     return {.capture = [this] { return captureAppContext(platform_.workspace, platform_.accessibility); },
-            .place = [this] { return panelWindow.place(); },
-            .show = [this] { panelWindow.show(); },
-            .hide = [this] { panelWindow.hide(); },
             .cancelSpeech = [this] { speech_.cancel(); },
             .watchOutsideClicks = [this](bool on) { watchOutsideClicks(on); }};
 }
@@ -93,7 +91,7 @@ void AppController::wirePanel() {
 /// as the dialog still stands above it.
 Task<void> AppController::returnToPanel() {
     co_await sleep(dialogGoes);
-    if (state_.panelOpen.get()) panelWindow.takeKeyboard();
+    if (state_.panelOpen.get()) windows.panel->takeKeyboard();
 }
 
 void AppController::watchOutsideClicks(bool on) {
@@ -106,7 +104,7 @@ void AppController::clickedOutside() {
     // The dialog that asks where a file is to go is the desktop's, and stands above the panel.
     if (panel_.isAsking()) return;
     closedByClickAt_ = platform_.executor.now();
-    panelWindow.clickedOutside();
+    windows.panel->clickedOutside();
     panelPresenter_.close();
 }
 

@@ -10,6 +10,7 @@
 #include "dictation/PushToTalkMonitor.h"
 #include "localdata/HistoryStore.h"
 #include "localdata/SettingsStore.h"
+#include "overlay/AppWindow.h"
 #include "panel/HistoryPanel.h"
 #include "panel/PanelPresenter.h"
 #include "permissions/Permissions.h"
@@ -22,7 +23,6 @@
 #include "writing/BasicWriter.h"
 
 #include <filesystem>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -39,21 +39,8 @@ class AppController {
     AppController(const AppController&) = delete;
     AppController& operator=(const AppController&) = delete;
 
-    /// Puts the icon on the screen; called in its place in the start-up sequence.
-    std::function<void()> showIcon = [] {};
-
-    /// The panel's window, as whoever draws it offers it.
-    struct PanelWindow {
-        /// Takes its place beside the icon; whether that is on the right of it.
-        std::function<bool()> place = [] { return false; };
-        std::function<void()> show = [] {};
-        std::function<void()> hide = [] {};
-        /// Takes the keyboard again, after a dialog of the desktop's.
-        std::function<void()> takeKeyboard = [] {};
-        /// The user has clicked elsewhere; the panel closes next, and the click tells who gets the keyboard.
-        std::function<void()> clickedOutside = [] {};
-    };
-    PanelWindow panelWindow;
+    /// The program's windows, where there is a display to draw on. They must outlive the controller's work.
+    AppWindows windows;
 
     /// The start-up sequence; once.
     void applicationDidFinishLaunching();

@@ -25,6 +25,39 @@ namespace {
 constexpr double keepHiddenPanel = 600;  // seconds
 }
 
+/// The icon does not leave the screen and never has the keyboard.
+class Views::IconOnScreen final : public AppWindow {
+ public:
+    explicit IconOnScreen(FloatingIconWindow& icon) : icon_(icon) {}
+
+    bool place() override {
+        icon_.place();
+        return false;
+    }
+    void show() override { icon_.orderFrontRegardless(); }
+    void hide() override { icon_.orderOut(); }
+    void takeKeyboard() override {}
+    void clickedOutside() override {}
+
+ private:
+    FloatingIconWindow& icon_;
+};
+
+/// The panel's window is made when it is first shown, and let go when long unused.
+class Views::PanelOnDemand final : public AppWindow {
+ public:
+    explicit PanelOnDemand(Parts& parts) : parts_(parts) {}
+
+    bool place() override;
+    void show() override;
+    void hide() override;
+    void takeKeyboard() override;
+    void clickedOutside() override;
+
+ private:
+    Parts& parts_;
+};
+
 struct Views::Parts {
     Parts(const Environment& environment, Verbs given);
 
@@ -57,6 +90,8 @@ struct Views::Parts {
     std::vector<Subscription> bag;
     Timer screensTurn;
     Timer dropPanel;
+    IconOnScreen iconOnScreen{icon};
+    PanelOnDemand panelOnDemand{*this};
 
     PanelWindow& panelWindow();
 
@@ -217,27 +252,26 @@ Views::Views(const Environment& environment, Verbs verbs)
 
 Views::~Views() = default;
 
-void Views::showIcon() {
-    parts_->icon.place();
-    parts_->icon.orderFrontRegardless();
+AppWindows Views::windows() { return {.icon = &parts_->iconOnScreen, .panel = &parts_->panelOnDemand}; }
+
+bool Views::PanelOnDemand::place() {
+    return parts_.panelWindow().place(parts_.icon.frame(), screenmap::current());
 }
 
-bool Views::placePanel() { return parts_->panelWindow().place(parts_->icon.frame(), screenmap::current()); }
+void Views::PanelOnDemand::show() { parts_.panelWindow().open(); }
 
-void Views::showPanel() { parts_->panelWindow().open(); }
-
-void Views::focusPanel() {
-    if (parts_->panel) parts_->panel->takeKeyboard();
+void Views::PanelOnDemand::takeKeyboard() {
+    if (parts_.panel) parts_.panel->takeKeyboard();
 }
 
-void Views::panelClickedOutside() {
-    if (parts_->panel) parts_->panel->clickedOutside();
+void Views::PanelOnDemand::clickedOutside() {
+    if (parts_.panel) parts_.panel->clickedOutside();
 }
 
-void Views::hidePanel() {
-    if (!parts_->panel) return;
-    parts_->panel->dismiss();
-    parts_->dropPanel.once(keepHiddenPanel, [this] { parts_->panel.reset(); });
+void Views::PanelOnDemand::hide() {
+    if (!parts_.panel) return;
+    parts_.panel->dismiss();
+    parts_.dropPanel.once(keepHiddenPanel, [this] { parts_.panel.reset(); });
 }
 
 }  // namespace dorix

@@ -2,6 +2,7 @@
 
 #include "dictation/AppState.h"
 #include "localdata/SettingsStore.h"
+#include "overlay/AppWindow.h"
 #include "panel/HistoryPanel.h"
 #include "platform/ClosureMenuItem.h"
 #include "platform/DesktopAppearance.h"
@@ -42,21 +43,13 @@ class Views {
     Views(const Views&) = delete;
     Views& operator=(const Views&) = delete;
 
-    /// Shows the icon, where the user left it.
-    void showIcon();
-
-    /// The panel's window: takes its place beside the icon (whether on the right of it), comes up with the
-    /// keyboard, and goes. It begins to fade when the state says that it is closed.
-    bool placePanel();
-    void showPanel();
-    void hidePanel();
-    /// Gives it the keyboard while it is open.
-    void focusPanel();
-    /// It is about to close because of a click in another application.
-    void panelClickedOutside();
+    /// The windows, as the core drives them.
+    AppWindows windows();
 
  private:
     struct Parts;
+    class IconOnScreen;
+    class PanelOnDemand;
     std::unique_ptr<Parts> parts_;
 };
 

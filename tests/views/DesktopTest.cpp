@@ -237,7 +237,8 @@ class ViewsDesktopTest : public ::testing::Test {
                                          Views::Verbs{.iconClicked = [this] { ++clicks_; },
                                                       .iconTooltip = [] { return iconTooltip({}); },
                                                       .iconMenu = [this] { return menuItems(); }});
-        views_->showIcon();
+        views_->windows().icon->place();
+        views_->windows().icon->show();
         display_ = std::make_unique<Display>();
         runUntil([&] { return icon().isExposed(); });
     }
@@ -440,9 +441,9 @@ TEST_F(ViewsDesktopTest, TheScaleMayChangeWhileItShows) {
 
 TEST_F(ViewsDesktopTest, ThePanelKeepsItsSizeInAnotherScale) {
     const auto open = [&] {
-        views_->placePanel();
+        views_->windows().panel->place();
         state_.panelOpen.set(true);
-        views_->showPanel();
+        views_->windows().panel->show();
     };
     open();
     ASSERT_TRUE(runUntil([&] { return find<PanelWindow>()->isExposed(); }));
@@ -459,13 +460,13 @@ TEST_F(ViewsDesktopTest, ThePanelKeepsItsSizeInAnotherScale) {
     };
     EXPECT_TRUE(runUntil([&] { return isRight(1.5); }));
     state_.panelOpen.set(false);
-    views_->hidePanel();
+    views_->windows().panel->hide();
     theService().setScale(1);
     EXPECT_TRUE(runUntil([&] { return find<PanelWindow>() == nullptr; })) << "one that hides is made anew";
     open();
     EXPECT_TRUE(runUntil([&] { return isRight(1); }));
     state_.panelOpen.set(false);
-    views_->hidePanel();
+    views_->windows().panel->hide();
 }
 
 TEST_F(ViewsDesktopTest, TheIconComesBackFromAScreenThatIsUnplugged) {
@@ -517,9 +518,9 @@ TEST_F(ViewsDesktopTest, ThePanelFollowsLanguageAndThemeAndRestsOtherwise) {
                  HistoryStore::Persist::no);
     const auto other = display_->openWindow({100, 100, 300, 200});
     ASSERT_TRUE(runUntil([&] { return display_->focus() == other; }));
-    views_->placePanel();
+    views_->windows().panel->place();
     state_.panelOpen.set(true);
-    views_->showPanel();
+    views_->windows().panel->show();
     auto& panel = *find<PanelWindow>();
     ASSERT_TRUE(runUntil([&] { return panel.isExposed() && panel.isActive(); }));
     const auto word = [&](const char* name) {
@@ -555,7 +556,7 @@ TEST_F(ViewsDesktopTest, ThePanelFollowsLanguageAndThemeAndRestsOtherwise) {
     state_.panelOpen.set(false);
     EXPECT_TRUE(runUntil([&] { return display_->focus() == other; })) << "before the window has gone";
     EXPECT_TRUE(panel.isVisible());
-    views_->hidePanel();
+    views_->windows().panel->hide();
     EXPECT_FALSE(panel.isVisible());
     display_->close(other);
 }

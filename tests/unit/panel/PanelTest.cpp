@@ -3,6 +3,7 @@
 #include "fakes/FakePasteboard.h"
 #include "fakes/MemoryUserDefaults.h"
 #include "fakes/TemporaryFolder.h"
+#include "fakes/overlay/RecordingWindow.h"
 #include "localdata/Language.h"
 #include "overlay/IconPlacement.h"
 #include "panel/PanelClipboard.h"
@@ -283,22 +284,18 @@ class PanelPresenterTest : public testing::Test {
     AppContext target;
     AppContext inFront{.app = RunningApplication{}, .displayName = "Correo"};
     std::vector<std::string> log;
+    RecordingWindow window{log};
+    AppWindows windows{.panel = &window};
     PanelPresenter presenter{
         executor,
         state,
+        windows,
         target,
         {.capture =
              [this] {
                  log.emplace_back(state.panelOpen.get() ? "late" : "capture");
                  return inFront;
              },
-         .place =
-             [this] {
-                 log.emplace_back("place");
-                 return true;
-             },
-         .show = [this] { log.emplace_back("show"); },
-         .hide = [this] { log.emplace_back("hide"); },
          .cancelSpeech = [this] { log.emplace_back("cancel"); },
          .watchOutsideClicks = [this](bool on) { log.emplace_back(on ? "watch" : "unwatch"); }}};
 };

@@ -1,5 +1,6 @@
 #include "base/Json.h"
 #include "fakes/FakePlatform.h"
+#include "fakes/overlay/RecordingWindow.h"
 #include "localdata/Language.h"
 #include "platform/KeyCodes.h"
 #include "shell/AppController.h"
@@ -227,14 +228,9 @@ TEST_F(AppControllerTest, TheMenuPausesRestartsAndQuits) {
 
 TEST_F(AppControllerTest, ThePanelOpensAndClosesByWhateverIsClicked) {
     launch();
-    std::string log;
-    app->panelWindow = {.place =
-                            [&] {
-                                log += "place ";
-                                return true;
-                            },
-                        .show = [&] { log += "show "; },
-                        .hide = [&] { log += "hide "; }};
+    std::vector<std::string> asked;
+    RecordingWindow window(asked);
+    app->windows.panel = &window;
     const auto& open = app->state().panelOpen;
     app->iconClicked();
     EXPECT_TRUE(open.get() && app->state().panelAnchorRight.get());
@@ -244,7 +240,7 @@ TEST_F(AppControllerTest, ThePanelOpensAndClosesByWhateverIsClicked) {
     EXPECT_FALSE(open.get());
     EXPECT_FALSE(mouse.isMonitored());
     executor.advanceBy(0.2);
-    EXPECT_EQ(log, "place show hide ");
+    EXPECT_THAT(asked, ElementsAre("place", "show", "hide"));
 
     app->reopen();
     mouse.click();
@@ -261,13 +257,12 @@ TEST_F(AppControllerTest, ThePanelOpensAndClosesByWhateverIsClicked) {
     EXPECT_EQ(savePanel.request.fileName, "DORIX Historial.md");
     mouse.click();
     EXPECT_TRUE(open.get()) << "the click was in the dialog";
-    bool hasKeyboard = false;
-    app->panelWindow.takeKeyboard = [&] { hasKeyboard = true; };
     savePanel.answer.complete(std::nullopt);
     executor.advanceBy(0.3);
-    EXPECT_TRUE(hasKeyboard) << "the dialog had it";
+    EXPECT_EQ(asked.back(), "takeKeyboard") << "the dialog had it";
     mouse.click();
     EXPECT_FALSE(open.get());
+    EXPECT_EQ(asked.back(), "clickedOutside");
 }
 
 TEST_F(AppControllerTest, ADictationOverThePanelGoesToWhatWasInFront) {
