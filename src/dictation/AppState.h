@@ -1,12 +1,34 @@
 #pragma once
 
 #include "base/Observable.h"
-#include "dictation/HUDPhase.h"
 
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 
 namespace dorix {
+
+/// What the HUD shows: a state of the recording, or a message with its text in the app language.
+struct HUDPhase {
+    enum class Kind { done, info, error, learned, hidden, listening, processing };
+
+    Kind kind = Kind::hidden;
+    std::string text;
+
+    static HUDPhase done(std::string text) { return {Kind::done, std::move(text)}; }
+    static HUDPhase info(std::string text) { return {Kind::info, std::move(text)}; }
+    static HUDPhase error(std::string text) { return {Kind::error, std::move(text)}; }
+    static HUDPhase learned(std::string text) { return {Kind::learned, std::move(text)}; }
+    static HUDPhase hidden() { return {Kind::hidden, {}}; }
+    static HUDPhase listening() { return {Kind::listening, {}}; }
+    static HUDPhase processing() { return {Kind::processing, {}}; }
+
+    bool operator==(const HUDPhase&) const = default;
+};
+
+/// The kind's name, for logs and traces.
+std::string_view name(HUDPhase::Kind kind);
 
 /// The filter of the panel.
 enum class PanelSection { todo, dictado, preguntas, reunion, busqueda, accion };

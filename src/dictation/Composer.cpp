@@ -3,7 +3,6 @@
 #include "assistant/Assistant.h"
 #include "base/Error.h"
 #include "base/text/Text.h"
-#include "dictation/DictationEnvironment.h"
 #include "localdata/SettingsStore.h"
 #include "permissions/Permissions.h"
 #include "speech/Join.h"
@@ -15,74 +14,79 @@
 
 namespace dorix {
 
-Composer::Composer(const DictationEnvironment& env, HUDFlash& hud)
-    : env_(env), hud_(hud), tasks_(env.executor) {}
+Composer::Composer(Executor& executor, AppState& state, SettingsStore& settings, Permissions& permissions,
+                   SpeechInput& speech, HUDFlash& hud, Assistant* assistant)
+    : state_(state),
+      settings_(settings),
+      permissions_(permissions),
+      speech_(speech),
+      hud_(hud),
+      assistant_(assistant),
+      tasks_(executor) {}
 
 void Composer::send(AppContext target) {
-    AppState& state = env_.state;
-    const std::string text(text::trim(state.composerText.get()));
-    if (text.empty() || env_.assistant == nullptr) return;
-    if (state.composerRecording.get()) {
+    const std::string text(text::trim(state_.composerText.get()));
+    if (text.empty() || assistant_ == nullptr) return;
+    if (state_.composerRecording.get()) {
         forgetRecording();
-        env_.speech.cancel();
+        speech_.cancel();
     }
-    if (state.composerScreen.get() && !env_.permissions.screen.get()) {
-        env_.permissions.requestScreen();
-        env_.permissions.refresh();
+    if (state_.composerScreen.get() && !permissions_.screen.get()) {
+        permissions_.requestScreen();
+        permissions_.refresh();
         return;
     }
-    state.composerText.set("");
-    state.section.set(PanelSection::todo);
-    state.query.set("");
-    state.selectedID.set(
-        env_.assistant->askFromComposer(text, std::move(target), state.composerScreen.get()));
+    state_.composerText.set("");
+    state_.section.set(PanelSection::todo);
+    state_.query.set("");
+    state_.selectedID.set(assistant_->askFromComposer(text, std::move(target), state_.composerScreen.get()));
 }
 
 void Composer::startRecording() {
     yieldMicrophone();
-    env_.state.composerRecording.set(true);
+    state_.composerRecording.set(true);
     tasks_.spawn(record(++take_));
 }
 
 Task<void> Composer::record(int take) {
     try {
-        co_await env_.speech.start(env_.settings.language.get());
+        co_await speech_.start(settings_.language.get());
     } catch (...) {
         if (take != take_) co_return;
-        env_.state.composerRecording.set(false);
+        state_.composerRecording.set(false);
         hud_.flash(HUDPhase::error(localizedDescription(std::current_exception())), 3.0);
     }
 }
 
 void Composer::finishRecording() {
-    env_.state.composerRecording.set(false);
+    state_.composerRecording.set(false);
     finishing_ = true;
     tasks_.spawn(takeTranscript(take_));
 }
 
 Task<void> Composer::takeTranscript(int take) {
-    const std::string transcript = co_await env_.speech.stop();
+    const std::string transcript = co_await speech_.stop();
     if (take != take_) co_return;
     finishing_ = false;
     append(transcript);
-    env_.state.focusRequest.set(AppState::FocusTarget::composer);
+    state_.focusRequest.set(AppState::FocusTarget::composer);
 }
 
 void Composer::yieldMicrophone() {
-    if (!env_.state.composerRecording.get() && !finishing_) return;
-    const std::string understood = env_.speech.partial.get();
+    if (!state_.composerRecording.get() && !finishing_) return;
+    const std::string understood = speech_.partial.get();
     forgetRecording();
     append(understood);
 }
 
 void Composer::forgetRecording() {
-    env_.state.composerRecording.set(false);
+    state_.composerRecording.set(false);
     finishing_ = false;
     ++take_;
 }
 
 void Composer::append(const std::string& transcript) {
-    if (!transcript.empty()) env_.state.composerText.set(join(env_.state.composerText.get(), transcript));
+    if (!transcript.empty()) state_.composerText.set(join(state_.composerText.get(), transcript));
 }
 
 }  // namespace dorix

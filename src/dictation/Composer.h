@@ -6,13 +6,18 @@
 
 namespace dorix {
 
-struct DictationEnvironment;
+class Assistant;
+class Permissions;
+class SettingsStore;
+class SpeechInput;
 
-/// The field at the foot of the panel, where a question is typed or dictated. Main executor; both references
-/// outlive it.
+/// The field at the foot of the panel, where a question is typed or dictated. Main executor; what it is given
+/// outlives it.
 class Composer {
  public:
-    Composer(const DictationEnvironment& env, HUDFlash& hud);
+    /// `assistant` is null where there is nobody to ask.
+    Composer(Executor& executor, AppState& state, SettingsStore& settings, Permissions& permissions,
+             SpeechInput& speech, HUDFlash& hud, Assistant* assistant);
 
     /// Asks what stands there, about `target` where it matters. The text stays when there is nobody to ask,
     /// or when it cannot be asked yet.
@@ -31,8 +36,12 @@ class Composer {
     void forgetRecording();
     void append(const std::string& transcript);
 
-    const DictationEnvironment& env_;
+    AppState& state_;
+    SettingsStore& settings_;
+    Permissions& permissions_;
+    SpeechInput& speech_;
     HUDFlash& hud_;
+    Assistant* const assistant_;
     int take_ = 0;            // the last recording; what is left of an earlier one comes too late
     bool finishing_ = false;  // it was ended, its last words are still to come
     TaskScope tasks_;

@@ -3,55 +3,50 @@
 #include "base/Error.h"
 #include "base/Log.h"
 #include "base/async/Cancelled.h"
-#include "base/text/Text.h"
-#include "context/TextInsertion.h"
+#include "dictation/Composer.h"
+#include "dictation/UtteranceRoads.h"
+#include "dictation/WrittenText.h"
 #include "localdata/Language.h"
 #include "localdata/SettingsStore.h"
 #include "permissions/Permissions.h"
-#include "platform/Accessibility.h"
 #include "platform/SystemSounds.h"
-#include "platform/Workspace.h"
-#include "speech/SpeechInput.h"
-#include "writing/Writer.h"
 
 #include <utility>
 
 namespace dorix {
 
 namespace {
-
 constexpr double soundVolume = 0.25;
 constexpr double tapLimit = 0.4;
-
-constexpr double silenceInterval = 0.15;
-constexpr float audibleLevel = 0.35F;
-constexpr double silenceBeforeWords = 8.0;
-constexpr double silenceAfterWords = 1.8;
-constexpr double longestHandsFree = 120.0;
-
-/// The limits are told in round numbers of beats; a sum of beats misses them by a rounding error.
-constexpr double clockRounding = 1e-6;
-
-bool isMoreThan(double seconds, double limit) { return seconds > limit + clockRounding; }
-
 }  // namespace
 
-DictationController::DictationController(const DictationEnvironment& environment)
-    : env_(environment),
-      hud_(environment.executor, environment.state),
-      written_(env_, hud_),
-      roads_(env_, hud_),
-      composer_(env_, hud_),
-      silenceTimer_(environment.executor),
-      tasks_(environment.executor) {
-    roads_.onRoute = [this](Route route) { onRoute(route); };
+DictationController::DictationController(Executor& executor, AppState& state, SettingsStore& settings,
+                                         Permissions& permissions, SpeechInput& speech, SystemSounds& sounds,
+                                         Recorder& recorder, UtteranceRoads& roads, WrittenText& written,
+                                         Composer& composer, HUDFlash& hud)
+    : executor_(executor),
+      state_(state),
+      settings_(settings),
+      permissions_(permissions),
+      sounds_(sounds),
+      recorder_(recorder),
+      roads_(roads),
+      written_(written),
+      composer_(composer),
+      hud_(hud),
+      handsFree_(executor, state, speech,
+                 {.nothingHeard = [this] { nothingHeard(); }, .finished = [this] { stopAndProcess(); }}),
+      tasks_(executor) {
+    recorder_.onAudioLost = [this] { audioLost(); };
 }
 
-DictationController::~DictationController() { env_.speech.onAudioLost = nullptr; }
+DictationController::~DictationController() {
+    recorder_.onAudioLost = [] {};
+}
 
 bool DictationController::isIdle() const {
-    return !busy_.get() && !startTask_ && env_.state.hud.get() == HUDPhase::hidden() &&
-           !env_.state.composerRecording.get() && !env_.state.showFirstRunHint.get();
+    return !busy_.get() && !isRecording() && state_.hud.get() == HUDPhase::hidden() &&
+           !state_.composerRecording.get() && !state_.showFirstRunHint.get();
 }
 
 // Recording
@@ -60,29 +55,20 @@ bool DictationController::begin(Source source, Mode mode) {
     if (!mayBegin(mode)) return false;
     composer_.yieldMicrophone();
     mode_ = mode;
-    source_ = source;
-    const double startedAt = env_.executor.date();
-    // The microphone first: an application that is slow to tell of itself must not cost the first word.
-    startTask_ = tasks_.spawn(env_.speech.start(env_.settings.language.get()));
-    env_.speech.onAudioLost = [this] { audioLost(); };
-    recording_ = {
-        .context = captureAppContext(env_.workspace, env_.accessibility), .startedAt = startedAt, .shot = {}};
-    if (env_.screen != nullptr && env_.permissions.screen.get())
-        recording_.shot = ShotTask(tasks_, *env_.screen, recording_.context.app);
-    if (mode == Mode::write && !env_.writer.usesCloudEngine())
-        env_.writer.prewarm(makePolishRequest(env_, recording_.context, ""));
+    recorder_.begin(source);
+    if (mode == Mode::write) roads_.announce(recorder_.context());
     return true;
 }
 
 bool DictationController::mayBegin(Mode mode) {
-    if (busy_.get() || startTask_ || env_.settings.paused.get() || !accountReady()) return false;
-    if (!mayUseMicrophone()) {
+    if (busy_.get() || isRecording() || settings_.paused.get() || !accountReady()) return false;
+    if (!recorder_.mayUseMicrophone()) {
         flash(HUDPhase::error(tr("DORIX necesita acceso al micrófono. Ábrelo desde Ajustes.")), 3.0);
         return false;
     }
-    if (mode == Mode::ask && !env_.permissions.screen.get()) {
-        env_.permissions.requestScreen();
-        env_.permissions.refresh();
+    if (mode == Mode::ask && !permissions_.screen.get()) {
+        permissions_.requestScreen();
+        permissions_.refresh();
         flash(HUDPhase::error(
                   tr("Para preguntar sobre la pantalla, activa «Grabación de pantalla» para DORIX y "
                      "vuelve a abrir la app.")),
@@ -92,13 +78,8 @@ bool DictationController::mayBegin(Mode mode) {
     return true;
 }
 
-bool DictationController::mayUseMicrophone() {
-    env_.permissions.refresh();
-    return env_.permissions.microphone.get() == AuthorizationStatus::authorized;
-}
-
 void DictationController::audioLost() {
-    if (!startTask_) return;
+    if (!isRecording()) return;
     cancelRecording();
     flash(
         HUDPhase::error(tr("No me llega sonido del micrófono. Si acabas de conectar unos auriculares, prueba "
@@ -107,93 +88,61 @@ void DictationController::audioLost() {
 }
 
 void DictationController::showListening() {
-    if (env_.state.panelOpen.get()) {
-        recording_.context = panelTarget;
+    if (state_.panelOpen.get()) {
+        recorder_.setContext(panelTarget);
         closePanel();
     }
     hud_.cancel();
-    env_.state.asking.set(mode_ == Mode::ask);
-    env_.state.hud.set(HUDPhase::listening());
-    if (mode_ == Mode::write) env_.inserter.prepare();
+    state_.asking.set(mode_ == Mode::ask);
+    state_.hud.set(HUDPhase::listening());
+    if (mode_ == Mode::write) written_.prepare();
     playSound("Tink");
 }
 
 void DictationController::cancelRecording() {
-    endHandsFree();
+    handsFree_.end();
     // Without a recording, what the speech engine may be busy with is the composer's or already said.
-    if (const auto task = std::exchange(startTask_, std::nullopt)) {
-        task->cancel();
-        recording_.shot.cancel();
-        source_.reset();
-        env_.speech.cancel();
-        env_.inserter.forgetPrepared();
-    }
-    if (env_.state.hud.get() == HUDPhase::listening()) env_.state.hud.set(HUDPhase::hidden());
+    if (recorder_.cancel()) written_.forgetPrepared();
+    if (state_.hud.get() == HUDPhase::listening()) state_.hud.set(HUDPhase::hidden());
 }
 
 void DictationController::stopAndProcess() {
-    if (!startTask_) return;
-    endHandsFree();
-    auto startTask = *std::exchange(startTask_, std::nullopt);
-    source_.reset();
+    if (!isRecording()) return;
+    handsFree_.end();
+    auto ended = recorder_.end();
     busy_.set(true);
-    env_.state.hud.set(HUDPhase::processing());
+    state_.hud.set(HUDPhase::processing());
     playSound("Pop");
-    tasks_.spawn(process(std::move(startTask), mode_, std::move(recording_)));
+    tasks_.spawn(process(std::move(ended), mode_));
+}
+
+void DictationController::nothingHeard() {
+    cancelRecording();
+    flash(HUDPhase::info(tr("No te he oído. Pulsa ⌥ Espacio y habla.")), 2.4);
 }
 
 void DictationController::playSound(std::string_view name) {
-    if (env_.settings.playSounds.get()) env_.sounds.play(name, soundVolume);
+    if (settings_.playSounds.get()) sounds_.play(name, soundVolume);
 }
 
-// The hot key and hands-free
+// The hot key
 
 void DictationController::shortcutPressed(Mode mode) {
     if (shortcutPressedAt_) return;
-    if (env_.state.handsFree.get()) {
+    if (state_.handsFree.get()) {
         stopAndProcess();
     } else if (begin(Source::shortcut, mode)) {
         showListening();
-        shortcutPressedAt_ = env_.executor.now();
+        shortcutPressedAt_ = executor_.now();
     }
 }
 
 void DictationController::shortcutReleased() {
     const auto pressedAt = std::exchange(shortcutPressedAt_, std::nullopt);
-    if (!pressedAt || source_ != Source::shortcut) return;
-    if (isMoreThan(tapLimit, env_.executor.now() - *pressedAt)) {
-        startHandsFree();
+    if (!pressedAt || source() != Source::shortcut) return;
+    if (isMoreThan(tapLimit, executor_.now() - *pressedAt)) {
+        handsFree_.start();
     } else {
-        stopAndProcess();
-    }
-}
-
-void DictationController::startHandsFree() {
-    env_.state.handsFree.set(true);
-    const double now = env_.executor.now();
-    silence_ = {.partial = {}, .lastChange = now, .start = now};
-    silenceTimer_.repeat(silenceInterval, [this] { watchSilence(); });
-}
-
-void DictationController::endHandsFree() {
-    silenceTimer_.stop();
-    env_.state.handsFree.set(false);
-}
-
-void DictationController::watchSilence() {
-    if (!env_.state.handsFree.get()) return;
-    const double now = env_.executor.now();
-    if (env_.speech.partial.get() != silence_.partial) {
-        silence_.partial = env_.speech.partial.get();
-        silence_.lastChange = now;
-    }
-    if (env_.speech.level.get() > audibleLevel) silence_.lastChange = now;
-    if (silence_.partial.empty()) {
-        if (!isMoreThan(now - silence_.start, silenceBeforeWords)) return;
-        cancelRecording();
-        flash(HUDPhase::info(tr("No te he oído. Pulsa ⌥ Espacio y habla.")), 2.4);
-    } else if (isMoreThan(now - silence_.lastChange, silenceAfterWords) ||
-               isMoreThan(now - silence_.start, longestHandsFree)) {
         stopAndProcess();
     }
 }
@@ -206,24 +155,23 @@ struct DictationController::Processing {
     ShotTask shot;
 
     ~Processing() {
-        flow.env_.inserter.forgetPrepared();
+        flow.written_.forgetPrepared();
         shot.cancel();
         flow.busy_.set(false);
     }
 };
 
-Task<void> DictationController::process(TaskHandle<void> startTask, Mode mode, Recording recording) {
-    const Processing processing{*this, recording.shot};
+Task<void> DictationController::process(Recorder::Ended ended, Mode mode) {
+    const Processing processing{*this, ended.recording.shot};
     std::string transcript;
     try {
-        co_await startTask;
-        transcript = text::trim(co_await env_.speech.stop());
-        co_await carry(transcript, mode, recording);
+        transcript = co_await recorder_.transcript(ended.startTask);
+        co_await carry(transcript, mode, ended.recording);
     } catch (const Cancelled&) {
         // Whoever cancelled what this waited for has told the user what there is to tell.
-        if (env_.state.hud.get() == HUDPhase::processing()) env_.state.hud.set(HUDPhase::hidden());
+        if (state_.hud.get() == HUDPhase::processing()) state_.hud.set(HUDPhase::hidden());
     } catch (...) {
-        failed(std::current_exception(), transcript, recording);
+        failed(std::current_exception(), transcript, ended.recording);
     }
 }
 
@@ -242,7 +190,7 @@ void DictationController::failed(const std::exception_ptr& error, const std::str
     const std::string description = localizedDescription(error);
     flash(HUDPhase::error(description), 3.5);
     if (transcript.empty()) {
-        env_.speech.cancel();
+        recorder_.abandon();
     } else {
         // None of the collaborators may fail here; when one does all the same, the words are not lost.
         logLine("no se pudo completar lo dictado: " + description);
@@ -258,10 +206,12 @@ void DictationController::reinsert(const HistoryItem& item) {
     tasks_.spawn(std::move(typing));
 }
 
+void DictationController::sendComposer() { composer_.send(panelTarget); }
+
 void DictationController::toggleComposerMic() {
-    if (env_.state.composerRecording.get()) {
+    if (state_.composerRecording.get()) {
         composer_.finishRecording();
-    } else if (!env_.settings.paused.get() && !startTask_ && !busy_.get() && mayUseMicrophone()) {
+    } else if (!settings_.paused.get() && !isRecording() && !busy_.get() && recorder_.mayUseMicrophone()) {
         // While busy the recogniser may still owe the last words of the dictation.
         composer_.startRecording();
     }

@@ -1,13 +1,10 @@
 #pragma once
 
 #include "base/async/TaskScope.h"
-#include "base/async/Timer.h"
-#include "dictation/Composer.h"
-#include "dictation/DictationEnvironment.h"
+#include "dictation/AppState.h"
 #include "dictation/HUDFlash.h"
-#include "dictation/Recording.h"
-#include "dictation/UtteranceRoads.h"
-#include "dictation/WrittenText.h"
+#include "dictation/HandsFree.h"
+#include "dictation/Recorder.h"
 
 #include <exception>
 #include <functional>
@@ -17,14 +14,24 @@
 
 namespace dorix {
 
+class Composer;
+class SystemSounds;
+class UtteranceRoads;
+class WrittenText;
+struct HistoryItem;
+
 /// The heart of a dictation: from the signals of the keys through a recording to the text at the cursor, with
-/// all that is timed, shown and saved around it. One recording and one utterance at a time. Main executor.
+/// all that is timed, shown and saved around it. One recording and one utterance at a time. Main executor;
+/// what it is given outlives it.
 class DictationController {
  public:
     enum class Mode { write, ask };
-    enum class Source { holdKey, shortcut };
+    using Source = Recorder::Source;
 
-    explicit DictationController(const DictationEnvironment& environment);
+    DictationController(Executor& executor, AppState& state, SettingsStore& settings,
+                        Permissions& permissions, SpeechInput& speech, SystemSounds& sounds,
+                        Recorder& recorder, UtteranceRoads& roads, WrittenText& written, Composer& composer,
+                        HUDFlash& hud);
     ~DictationController();
     DictationController(const DictationController&) = delete;
     DictationController& operator=(const DictationController&) = delete;
@@ -53,12 +60,12 @@ class DictationController {
     /// Types a history item once more, into the application that was in front when the panel opened. The item
     /// may go with the panel.
     void reinsert(const HistoryItem& item);
-    void sendComposer() { composer_.send(panelTarget); }
+    void sendComposer();
     void toggleComposerMic();
 
-    bool isRecording() const { return startTask_.has_value(); }
+    bool isRecording() const { return recorder_.isRecording(); }
     /// Whose recording runs; absent when none does.
-    std::optional<Source> source() const { return source_; }
+    std::optional<Source> source() const { return recorder_.source(); }
     /// Whether an utterance is being processed.
     const Observable<bool>& busy() const { return busy_; }
 
@@ -68,44 +75,32 @@ class DictationController {
     std::function<void()> closePanel = [] {};
     /// True when a session exists; otherwise it has opened the account window.
     std::function<bool()> accountReady = [] { return true; };
-    /// Called when it is decided where an utterance goes.
-    std::function<void(Route)> onRoute = [](Route) {};
 
  private:
     bool mayBegin(Mode mode);
-    bool mayUseMicrophone();
     void audioLost();
+    void nothingHeard();
     void playSound(std::string_view name);
 
-    void startHandsFree();
-    void endHandsFree();
-    void watchSilence();
-
     struct Processing;
-    Task<void> process(TaskHandle<void> startTask, Mode mode, Recording recording);
+    Task<void> process(Recorder::Ended ended, Mode mode);
     Task<void> carry(std::string transcript, Mode mode, Recording recording);
     void failed(const std::exception_ptr& error, const std::string& transcript, const Recording& recording);
 
-    /// What the hands-free watch remembers between its looks.
-    struct Silence {
-        std::string partial;
-        double lastChange = 0;
-        double start = 0;
-    };
-
-    const DictationEnvironment env_;
-    HUDFlash hud_;
-    WrittenText written_;
-    UtteranceRoads roads_;
-    Composer composer_;
-    Recording recording_;
+    Executor& executor_;
+    AppState& state_;
+    SettingsStore& settings_;
+    Permissions& permissions_;
+    SystemSounds& sounds_;
+    Recorder& recorder_;
+    UtteranceRoads& roads_;
+    WrittenText& written_;
+    Composer& composer_;
+    HUDFlash& hud_;
+    HandsFree handsFree_;
     Mode mode_ = Mode::write;
-    std::optional<Source> source_;
     Observable<bool> busy_;
     std::optional<double> shortcutPressedAt_;
-    std::optional<TaskHandle<void>> startTask_;
-    Timer silenceTimer_;
-    Silence silence_;
     TaskScope tasks_;
 };
 

@@ -5,7 +5,6 @@
 #include "base/Error.h"
 #include "base/async/Cancelled.h"
 #include "context/SelectionProbe.h"
-#include "dictation/DictationEnvironment.h"
 #include "dictation/FrontDocument.h"
 #include "learning/Teaching.h"
 #include "localdata/SettingsStore.h"
@@ -15,6 +14,7 @@
 
 #include <exception>
 #include <optional>
+#include <utility>
 #include <variant>
 
 namespace dorix {
@@ -42,7 +42,54 @@ bool mayHaveCursor(const AppContext& context) { return context.hasEditableFocus 
 
 }  // namespace
 
-void UtteranceRoads::hideHUD() const { env_.state.hud.set(HUDPhase::hidden()); }
+std::string_view name(Route route) {
+    switch (route) {
+        case Route::selectionRewrite:
+            return "selectionRewrite";
+        case Route::assistantSelection:
+            return "assistantSelection";
+        case Route::assistantScreen:
+            return "assistantScreen";
+        case Route::meetingStart:
+            return "meetingStart";
+        case Route::meetingStop:
+            return "meetingStop";
+        case Route::teachStart:
+            return "teachStart";
+        case Route::teachDone:
+            return "teachDone";
+        case Route::action:
+            return "action";
+        case Route::recap:
+            return "recap";
+        case Route::search:
+            return "search";
+        case Route::replyPolish:
+            return "replyPolish";
+        case Route::writeOrAskWrite:
+            return "writeOrAskWrite";
+        case Route::plain:
+            return "plain";
+    }
+    std::unreachable();
+}
+
+UtteranceRoads::UtteranceRoads(AppState& state, Writer& writer, SelectionProbe& selection,
+                               Accessibility& accessibility, WrittenText& written, HUDFlash& hud,
+                               const Destinations& destinations)
+    : state_(state),
+      writer_(writer),
+      selection_(selection),
+      accessibility_(accessibility),
+      written_(written),
+      hud_(hud),
+      to_(destinations) {}
+
+void UtteranceRoads::announce(const AppContext& context) {
+    if (!writer_.usesCloudEngine()) writer_.prewarm(written_.request(context, ""));
+}
+
+void UtteranceRoads::hideHUD() const { state_.hud.set(HUDPhase::hidden()); }
 
 void UtteranceRoads::handOver(Route route) const {
     onRoute(route);
@@ -69,9 +116,9 @@ Task<void> UtteranceRoads::write(std::string transcript, Recording recording) {
 
 Task<bool> UtteranceRoads::takenBySelection(Spoken spoken) {
     const bool orders = isTransform(spoken.words);
-    if (env_.assistant == nullptr || !(orders || isSelectionCommand(spoken.words))) co_return false;
+    if (to_.assistant == nullptr || !(orders || isSelectionCommand(spoken.words))) co_return false;
     const AppContext& context = spoken.context();
-    auto selected = co_await env_.selection.selection(context.app, refersToSelection(spoken.words));
+    auto selected = co_await selection_.selection(context.app, refersToSelection(spoken.words));
     if (!selected) co_return false;
     spoken.recording.shot.cancel();
     if (orders && isEditable(*selected, context)) {
@@ -79,10 +126,10 @@ Task<bool> UtteranceRoads::takenBySelection(Spoken spoken) {
         co_await rewrite(std::move(spoken), *std::move(selected));
     } else {
         handOver(Route::assistantSelection);
-        env_.assistant->ask({.question = spoken.transcript,
-                             .kind = HistoryKind::seleccion,
-                             .context = context,
-                             .selection = std::move(selected)});
+        to_.assistant->ask({.question = spoken.transcript,
+                            .kind = HistoryKind::seleccion,
+                            .context = context,
+                            .selection = std::move(selected)});
     }
     co_return true;
 }
@@ -90,7 +137,7 @@ Task<bool> UtteranceRoads::takenBySelection(Spoken spoken) {
 Task<void> UtteranceRoads::rewrite(Spoken spoken, SelectedText selected) {
     Assistant::Rewrite rewritten;
     try {
-        rewritten = co_await env_.assistant->transform(spoken.transcript, selected.text);
+        rewritten = co_await to_.assistant->transform(spoken.transcript, selected.text);
     } catch (const Cancelled&) {
         throw;
     } catch (...) {
@@ -108,19 +155,19 @@ Task<void> UtteranceRoads::rewrite(Spoken spoken, SelectedText selected) {
 
 bool UtteranceRoads::takenByCommand(const Spoken& spoken) {
     const Utterance& words = spoken.words;
-    if (env_.meeting != nullptr && matchesMeetingStart(words)) {
+    if (to_.meeting != nullptr && matchesMeetingStart(words)) {
         handOver(Route::meetingStart);
-        env_.meeting->start();
-    } else if (env_.meeting != nullptr && env_.meeting->isLive() && matchesMeetingStop(words)) {
+        to_.meeting->start();
+    } else if (to_.meeting != nullptr && to_.meeting->isLive() && matchesMeetingStop(words)) {
         handOver(Route::meetingStop);
-        env_.meeting->finish();
-    } else if (env_.learning != nullptr && env_.learning->isTeaching() && matchesTeachDone(words)) {
+        to_.meeting->finish();
+    } else if (to_.teaching != nullptr && to_.teaching->isTeaching() && matchesTeachDone(words)) {
         handOver(Route::teachDone);
-        env_.learning->finishTeaching();
-    } else if (env_.learning != nullptr && isTeach(words)) {
+        to_.teaching->finishTeaching();
+    } else if (to_.teaching != nullptr && isTeach(words)) {
         handOver(Route::teachStart);
-        env_.learning->startTeaching();
-    } else if (env_.actions != nullptr && isAction(words)) {
+        to_.teaching->startTeaching();
+    } else if (to_.actions != nullptr && isAction(words)) {
         propose(spoken);
     } else {
         return takenByAssistant(spoken);
@@ -129,13 +176,13 @@ bool UtteranceRoads::takenByCommand(const Spoken& spoken) {
 }
 
 bool UtteranceRoads::takenByAssistant(const Spoken& spoken) {
-    if (env_.assistant == nullptr) return false;
+    if (to_.assistant == nullptr) return false;
     if (isRecap(spoken.words)) {
         handOver(Route::recap);
-        env_.assistant->recap(spoken.transcript, spoken.context());
+        to_.assistant->recap(spoken.transcript, spoken.context());
     } else if (isSearch(spoken.words)) {
         handOver(Route::search);
-        env_.assistant->searchMemory(spoken.transcript, spoken.context());
+        to_.assistant->searchMemory(spoken.transcript, spoken.context());
     } else {
         return false;
     }
@@ -145,13 +192,13 @@ bool UtteranceRoads::takenByAssistant(const Spoken& spoken) {
 /// In a calendar with no text field in focus, speech can only mean an order.
 bool UtteranceRoads::isOrderByPlace(const Spoken& spoken) const {
     const auto& context = spoken.context();
-    return env_.actions != nullptr && context.hasEditableFocus != true &&
+    return to_.actions != nullptr && context.hasEditableFocus != true &&
            (context.bundleID == "com.apple.iCal" || context.bundleID == "com.apple.reminders");
 }
 
 void UtteranceRoads::propose(const Spoken& spoken) {
     handOver(Route::action);
-    env_.actions->propose(spoken.transcript, spoken.context());
+    to_.actions->propose(spoken.transcript, spoken.context());
 }
 
 // Writing
@@ -159,19 +206,19 @@ void UtteranceRoads::propose(const Spoken& spoken) {
 Task<void> UtteranceRoads::reply(Spoken spoken) {
     onRoute(Route::replyPolish);
     auto shot = co_await spoken.recording.shot.shot();
-    auto request = makePolishRequest(env_, spoken.context(), spoken.transcript);
+    auto request = written_.request(spoken.context(), spoken.transcript);
     const auto seen = shot ? WrittenText::Seen::yes : WrittenText::Seen::no;
     if (shot) request.screenshot = std::move(shot->jpeg);
-    auto result = co_await env_.writer.polish(std::move(request));
+    auto result = co_await writer_.polish(std::move(request));
     co_await written_.commit(std::move(result), std::move(spoken.transcript), std::move(spoken.recording),
                              seen);
 }
 
 Task<void> UtteranceRoads::writeOrAsk(Spoken spoken) {
     if (mayHaveCursor(spoken.context()) && !isScreenQuestion(spoken.words)) {
-        auto request = makePolishRequest(env_, spoken.context(), spoken.transcript);
+        auto request = written_.request(spoken.context(), spoken.transcript);
         request.editableFocus = spoken.context().hasEditableFocus;
-        auto judged = co_await env_.writer.writeOrAsk(std::move(request));
+        auto judged = co_await writer_.writeOrAsk(std::move(request));
         if (auto* result = std::get_if<PolishResult>(&judged)) {
             onRoute(Route::writeOrAskWrite);
             spoken.recording.shot.cancel();
@@ -180,19 +227,19 @@ Task<void> UtteranceRoads::writeOrAsk(Spoken spoken) {
             co_return;
         }
     }
-    if (env_.assistant == nullptr) {
+    if (to_.assistant == nullptr) {
         // Nobody answers: what was said with the writing key is at least not lost.
         co_await plain(std::move(spoken));
         co_return;
     }
-    env_.state.asking.set(true);
+    state_.asking.set(true);
     co_await ask(std::move(spoken.transcript), std::move(spoken.recording));
 }
 
 Task<void> UtteranceRoads::plain(Spoken spoken) {
     onRoute(Route::plain);
     spoken.recording.shot.cancel();
-    auto result = co_await env_.writer.polish(makePolishRequest(env_, spoken.context(), spoken.transcript));
+    auto result = co_await writer_.polish(written_.request(spoken.context(), spoken.transcript));
     co_await written_.commit(std::move(result), std::move(spoken.transcript), std::move(spoken.recording),
                              WrittenText::Seen::no);
 }
@@ -203,7 +250,7 @@ Task<void> UtteranceRoads::ask(std::string transcript, Recording recording) {
     Spoken spoken{std::move(transcript), std::move(recording)};
     if (takenByCommand(spoken)) {
         spoken.recording.shot.cancel();
-    } else if (env_.assistant == nullptr) {
+    } else if (to_.assistant == nullptr) {
         spoken.recording.shot.cancel();
         hideHUD();
     } else {
@@ -215,15 +262,15 @@ Task<void> UtteranceRoads::answer(Spoken spoken) {
     const AppContext& context = spoken.context();
     Assistant::Request request{
         .question = spoken.transcript, .kind = HistoryKind::screen, .context = context};
-    request.selection = co_await env_.selection.selection(context.app, refersToSelection(spoken.words));
+    request.selection = co_await selection_.selection(context.app, refersToSelection(spoken.words));
     request.shot = co_await spoken.recording.shot.shot();
     if (request.selection) {
         request.kind = HistoryKind::seleccion;
-    } else if (env_.documents != nullptr) {
-        request.document = co_await readFrontDocument(env_.accessibility, *env_.documents, context.app);
+    } else if (to_.documents != nullptr) {
+        request.document = co_await readFrontDocument(accessibility_, *to_.documents, context.app);
     }
     handOver(request.selection ? Route::assistantSelection : Route::assistantScreen);
-    env_.assistant->ask(std::move(request));
+    to_.assistant->ask(std::move(request));
 }
 
 }  // namespace dorix

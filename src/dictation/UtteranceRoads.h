@@ -1,29 +1,68 @@
 #pragma once
 
 #include "dictation/HUDFlash.h"
-#include "dictation/Recording.h"
-#include "dictation/Route.h"
+#include "dictation/Recorder.h"
 #include "dictation/WrittenText.h"
 #include "routing/Utterance.h"
 
 #include <functional>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace dorix {
 
-struct DictationEnvironment;
+class Actions;
+class Assistant;
+class DocumentReader;
+class Meeting;
+class SelectionProbe;
+class Teaching;
+class Writer;
 struct SelectedText;
 
+/// Where an utterance went.
+enum class Route {
+    selectionRewrite,
+    assistantSelection,
+    assistantScreen,
+    meetingStart,
+    meetingStop,
+    teachStart,
+    teachDone,
+    action,
+    recap,
+    search,
+    replyPolish,
+    writeOrAskWrite,
+    plain,
+};
+
+/// The route's name, for logs and traces.
+std::string_view name(Route route);
+
+/// Who may take an utterance that is not to be written. A null pointer is a subsystem that is not there: the
+/// roads that need it are not taken.
+struct Destinations {
+    Assistant* assistant = nullptr;
+    Meeting* meeting = nullptr;
+    Actions* actions = nullptr;
+    Teaching* teaching = nullptr;
+    DocumentReader* documents = nullptr;  // reads what a question is about
+};
+
 /// Decides what a finished utterance wants, in a fixed order, and carries it there. One at a time. Main
-/// executor; both references outlive it and its tasks.
+/// executor; what it is given outlives it and its tasks.
 class UtteranceRoads {
  public:
-    UtteranceRoads(const DictationEnvironment& env, HUDFlash& hud)
-        : env_(env), hud_(hud), written_(env, hud) {}
+    UtteranceRoads(AppState& state, Writer& writer, SelectionProbe& selection, Accessibility& accessibility,
+                   WrittenText& written, HUDFlash& hud, const Destinations& destinations);
 
     /// Called when it is decided where an utterance goes, before it goes there.
     std::function<void(Route)> onRoute = [](Route) {};
+
+    /// Something to write for this place is likely to come.
+    void announce(const AppContext& context);
 
     /// An utterance that is to be written, unless its words tell otherwise.
     Task<void> write(std::string transcript, Recording recording);
@@ -57,9 +96,13 @@ class UtteranceRoads {
     void handOver(Route route) const;
     void hideHUD() const;
 
-    const DictationEnvironment& env_;
+    AppState& state_;
+    Writer& writer_;
+    SelectionProbe& selection_;
+    Accessibility& accessibility_;
+    WrittenText& written_;
     HUDFlash& hud_;
-    WrittenText written_;
+    const Destinations to_;
 };
 
 }  // namespace dorix

@@ -5,7 +5,6 @@
 #include "base/async/Sleep.h"
 #include "base/text/Text.h"
 #include "context/TextInsertion.h"
-#include "dictation/DictationEnvironment.h"
 #include "localdata/HistoryStore.h"
 #include "localdata/Language.h"
 #include "localdata/SettingsStore.h"
@@ -22,10 +21,6 @@ constexpr double activationWait = 0.18;
 constexpr std::size_t keptOfSelection = 300;
 constexpr std::size_t styleExampleCount = 3;
 constexpr std::size_t shortestStyleExample = 40;
-
-Tone toneFor(const DictationEnvironment& env, const AppContext& context) {
-    return env.settings.adaptTone.get() ? context.tone : Tone::neutral;
-}
 
 std::vector<std::string> styleExamples(const HistoryStore& history, std::string_view toneLabel) {
     std::vector<std::string> examples;
@@ -45,23 +40,39 @@ HUDPhase done(std::string_view format, const AppContext& context) {
 
 }  // namespace
 
-PolishRequest makePolishRequest(const DictationEnvironment& env, const AppContext& context,
-                                std::string transcript) {
-    const Tone tone = toneFor(env, context);
+WrittenText::WrittenText(Executor& executor, SettingsStore& settings, HistoryStore& history,
+                         TextInserter& inserter, Workspace& workspace, HUDFlash& hud)
+    : executor_(executor),
+      settings_(settings),
+      history_(history),
+      inserter_(inserter),
+      workspace_(workspace),
+      hud_(hud) {}
+
+void WrittenText::prepare() { inserter_.prepare(); }
+
+void WrittenText::forgetPrepared() { inserter_.forgetPrepared(); }
+
+Tone WrittenText::toneFor(const AppContext& context) const {
+    return settings_.adaptTone.get() ? context.tone : Tone::neutral;
+}
+
+PolishRequest WrittenText::request(const AppContext& context, std::string transcript) const {
+    const Tone tone = toneFor(context);
     return {.transcript = std::move(transcript),
             .appName = context.displayName,
             .windowTitle = context.windowTitle,
             .tone = tone,
-            .signatureName = env.settings.signatureName.get(),
+            .signatureName = settings_.signatureName.get(),
             .screenshot = std::nullopt,
             .editableFocus = std::nullopt,
-            .styleNotes = env.settings.styleNotes.get(),
-            .styleExamples = styleExamples(env.history, historyLabel(tone))};
+            .styleNotes = settings_.styleNotes.get(),
+            .styleExamples = styleExamples(history_, historyLabel(tone))};
 }
 
 Task<void> WrittenText::commit(PolishResult result, std::string transcript, Recording recording, Seen seen) {
     const bool nowhereToType = recording.context.hasEditableFocus == false;
-    co_await env_.inserter.insertText(result.text, !nowhereToType);
+    co_await inserter_.insertText(result.text, !nowhereToType);
     if (nowhereToType) {
         hud_.flash(done("Escrito en %@ · también en el portapapeles (⌘V)", recording.context), 2.4);
     } else {
@@ -71,7 +82,7 @@ Task<void> WrittenText::commit(PolishResult result, std::string transcript, Reco
               .title = std::move(result.title),
               .query = std::move(transcript),
               .answer = std::move(result.text),
-              .meta = {.tone = std::string(historyLabel(toneFor(env_, recording.context))),
+              .meta = {.tone = std::string(historyLabel(toneFor(recording.context))),
                        .engine = std::move(result.engine),
                        .inserted = true,
                        .source = seen == Seen::yes ? "voz · con la conversación" : "voz"}},
@@ -80,7 +91,7 @@ Task<void> WrittenText::commit(PolishResult result, std::string transcript, Reco
 
 Task<void> WrittenText::replaceSelection(PolishResult result, std::string instruction, std::string selected,
                                          Recording recording) {
-    co_await env_.inserter.insertText(result.text, true);
+    co_await inserter_.insertText(result.text, true);
     hud_.flash(done("Reemplazado en %@", recording.context), 1.6);
     remember({.kind = HistoryKind::seleccion,
               .title = std::move(result.title),
@@ -108,17 +119,17 @@ void WrittenText::remember(HistoryItem item, const Recording& recording) const {
     item.app = recording.context.displayName;
     item.bundleID = recording.context.bundleID;
     item.createdAt = recording.startedAt;
-    item.meta.durationMs = static_cast<std::int64_t>((env_.executor.date() - recording.startedAt) * 1000);
-    env_.history.add(item, HistoryStore::Persist::yes);
+    item.meta.durationMs = static_cast<std::int64_t>((executor_.date() - recording.startedAt) * 1000);
+    history_.add(item, HistoryStore::Persist::yes);
 }
 
 Task<void> WrittenText::typeAgain(AppContext target, std::string answer) {
     if (target.app) {
-        env_.workspace.activate(*target.app);
+        workspace_.activate(*target.app);
         co_await sleep(activationWait);
     }
     const std::string plain = text::replaceAll(text::replaceAll(answer, "**", ""), "`", "");
-    co_await env_.inserter.insertText(plain, true);
+    co_await inserter_.insertText(plain, true);
     hud_.flash(done("Escrito en %@", target), 1.6);
 }
 

@@ -2,7 +2,7 @@
 
 #include "base/async/Task.h"
 #include "dictation/HUDFlash.h"
-#include "dictation/Recording.h"
+#include "dictation/Recorder.h"
 #include "localdata/HistoryItem.h"
 #include "writing/TextPolisher.h"
 
@@ -10,18 +10,24 @@
 
 namespace dorix {
 
-struct DictationEnvironment;
+class HistoryStore;
+class TextInserter;
 
-/// What the writing engine is to know of a dictation: where the text goes, and the user's settings and style.
-/// An empty transcript announces a request. Main executor.
-PolishRequest makePolishRequest(const DictationEnvironment& env, const AppContext& context,
-                                std::string transcript);
-
-/// A text that is ready goes to the cursor, to the HUD as a message, and into the history. Main executor;
-/// both references outlive it and its tasks.
+/// What is dictated, from the request to the writing engine to its end: a text that is ready goes to the
+/// cursor, to the HUD as a message, and into the history. Main executor; what it is given outlives it and its
+/// tasks.
 class WrittenText {
  public:
-    WrittenText(const DictationEnvironment& env, HUDFlash& hud) : env_(env), hud_(hud) {}
+    WrittenText(Executor& executor, SettingsStore& settings, HistoryStore& history, TextInserter& inserter,
+                Workspace& workspace, HUDFlash& hud);
+
+    /// What the writing engine is to know of a dictation: where the text goes, and the user's settings and
+    /// style. An empty transcript announces a request.
+    PolishRequest request(const AppContext& context, std::string transcript) const;
+
+    /// A text is likely to come, or none comes after all.
+    void prepare();
+    void forgetPrepared();
 
     /// What the writer made of `transcript`; `seen`: a picture of the window went with it.
     enum class Seen { no, yes };
@@ -40,7 +46,13 @@ class WrittenText {
  private:
     void remember(HistoryItem item, const Recording& recording) const;
 
-    const DictationEnvironment& env_;
+    Tone toneFor(const AppContext& context) const;
+
+    Executor& executor_;
+    SettingsStore& settings_;
+    HistoryStore& history_;
+    TextInserter& inserter_;
+    Workspace& workspace_;
     HUDFlash& hud_;
 };
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "dictation/HUDPhase.h"
+#include "dictation/AppState.h"
 
 #include <string>
 

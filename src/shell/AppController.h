@@ -1,29 +1,30 @@
 #pragma once
 
+#include "base/async/SerialExecutor.h"
 #include "base/async/TaskScope.h"
-#include "base/async/ThreadPool.h"
 #include "context/TextInsertion.h"
 #include "context/TextSelection.h"
 #include "dictation/AppState.h"
+#include "dictation/Composer.h"
 #include "dictation/DictationController.h"
-#include "dictation/GlobalHotKey.h"
-#include "dictation/PushToTalkMonitor.h"
+#include "dictation/UtteranceRoads.h"
+#include "dictation/WrittenText.h"
 #include "localdata/HistoryStore.h"
 #include "localdata/SettingsStore.h"
 #include "overlay/AppWindow.h"
 #include "panel/HistoryPanel.h"
-#include "panel/PanelPresenter.h"
 #include "permissions/Permissions.h"
-#include "platform/ClosureMenuItem.h"
-#include "platform/MouseEventMonitors.h"
 #include "platform/Platform.h"
 #include "shell/EventTrace.h"
 #include "shell/FirstRunHint.h"
+#include "shell/IconMenu.h"
+#include "shell/Keys.h"
+#include "shell/PanelHost.h"
+#include "shell/Toasts.h"
 #include "speech/SpeechEngine.h"
 #include "writing/BasicWriter.h"
 
 #include <filesystem>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -51,41 +52,29 @@ class AppController {
     /// Returns when nothing of the user's is under way: the program may end.
     Task<void> settled();
 
-    void iconClicked();
+    void iconClicked() { panelHost_.toggle(); }
     /// The user has started the program once more.
-    void reopen();
+    void reopen() { panelHost_.toggle(); }
 
     /// The menu of the icon, as things stand.
-    Menu iconMenu();
+    Menu iconMenu() const;
     /// The icon's tooltip, in the app language.
     std::string iconTooltip() const;
-
-    /// Shows `text` as something learned if nothing is going on that it would disturb; otherwise false, and
-    /// the caller keeps it for later.
-    bool showToast(const std::string& text);
 
     /// What views render and change.
     AppState& state() { return state_; }
     SettingsStore& settings() { return settings_; }
     SpeechInput& speech() { return speech_; }
     HistoryPanel& panel() { return panel_; }
+    Toasts& toasts() { return toasts_; }
 
  private:
-    PanelPresenter::Steps panelSteps();
-    void wirePanel();
-    Task<void> returnToPanel();
-    void watchOutsideClicks(bool on);
-    void clickedOutside();
-    void statusItemClicked();
-    void wireKeyMonitor();
-    void registerHotKeys();
-    void installObservers();
-    void shortcutPressed(DictationController::Mode mode);
-    void applyPause(bool paused);
+    IconVerbs iconVerbs();
     void showStatusItem();
     Task<void> prepareSpeech();
 
     const Platform platform_;
+    const std::filesystem::path database_ = platform_.userData / "DORIX" / "dorix.sqlite";
     AppState state_;
     SettingsStore settings_;
     HistoryStore history_;
@@ -94,19 +83,23 @@ class AppController {
     BasicWriter writer_;
     TextInserter inserter_;
     TextSelection selection_;
+
+    HUDFlash hud_;
+    Recorder recorder_;
+    WrittenText written_;
+    UtteranceRoads roads_;
+    Composer composer_;
     DictationController dictation_;
-    ThreadPool background_{1};
+
+    SerialExecutor exports_;
     HistoryPanel panel_;
-    PanelPresenter panelPresenter_;
-    MouseEventMonitors::Token outsideClickMonitor_;  // while the panel is up
-    double closedByClickAt_ = -1;                    // by the executor's clock
+    PanelHost panelHost_;
     FirstRunHint firstRunHint_;
-    PushToTalkMonitor ptt_;
-    HotKeyTable hotKeys_;
-    std::unique_ptr<GlobalHotKey> dictationHotKey_;
-    std::unique_ptr<GlobalHotKey> askHotKey_;
+    Toasts toasts_;
+    Keys keys_;
+    const IconVerbs iconVerbs_ = iconVerbs();
     std::optional<EventTrace> trace_;
-    std::vector<Subscription> bag_;
+    std::vector<Subscription> subscriptions_;
     TaskScope tasks_;
 };
 

@@ -32,10 +32,10 @@ EventTrace::EventTrace(const std::filesystem::path& file, Executor& executor, co
         logLine("no se pudo abrir la traza " + file.string());
         return;
     }
-    bag_.push_back(state.hud.subscribe(
+    subscriptions_.push_back(state.hud.subscribe(
         [this](const HUDPhase& phase) { write({{"hud", name(phase.kind)}, {"text", phase.text}}); }));
-    bag_.push_back(state.panelOpen.subscribe([this](bool open) { write({{"panelOpen", open}}); }));
-    bag_.push_back(busy.subscribe([this](bool isBusy) { write({{"busy", isBusy}}); }));
+    subscriptions_.push_back(state.panelOpen.subscribe([this](bool open) { write({{"panelOpen", open}}); }));
+    subscriptions_.push_back(busy.subscribe([this](bool isBusy) { write({{"busy", isBusy}}); }));
 }
 
 void EventTrace::route(Route route) { write({{"route", name(route)}}); }

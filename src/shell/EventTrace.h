@@ -4,7 +4,7 @@
 #include "base/Observable.h"
 #include "base/async/Executor.h"
 #include "dictation/AppState.h"
-#include "dictation/Route.h"
+#include "dictation/UtteranceRoads.h"
 
 #include <cstdio>
 #include <filesystem>
@@ -35,7 +35,7 @@ class EventTrace {
 
     Executor& executor_;
     std::unique_ptr<std::FILE, Close> file_;
-    std::vector<Subscription> bag_;
+    std::vector<Subscription> subscriptions_;
 };
 
 }  // namespace dorix

@@ -31,7 +31,7 @@ DictationBench::Have haveOf(const Json& input) {
         } else if (name == "actions") {
             have.actions = true;
         } else if (name == "learn") {
-            have.learning = true;
+            have.teaching = true;
         } else {
             throw BadInput(R"(field "have" names "meeting", "actions", "learn" and "assistant")");
         }
@@ -66,7 +66,7 @@ void prepare(DictationBench& bench, const Json& input) {
     bench.selection.selected = selectionOf(input);
     bench.grants.screen = optionalBoolean(input, "screenPermission").value_or(false);
     bench.meeting.live = isLive(input);
-    bench.learning.teaching = optionalBoolean(input, "teaching").value_or(false);
+    bench.teaching.teaching = optionalBoolean(input, "teaching").value_or(false);
     bench.writer.judgement = isSecond(input, "writeOrAsk", {"write", "ask"})
                                  ? RecordingWriter::Judgement::ask
                                  : RecordingWriter::Judgement::write;
@@ -82,7 +82,7 @@ Json runRoute(const Json& input) {
     DictationBench bench(haveOf(input));
     prepare(bench, input);
     Json outcome;
-    bench.controller.onRoute = [&outcome](Route route) { outcome = name(route); };
+    bench.flow.roads.onRoute = [&outcome](Route route) { outcome = name(route); };
     if (bench.controller.begin(DictationController::Source::shortcut, mode)) {
         bench.controller.showListening();
         bench.controller.stopAndProcess();

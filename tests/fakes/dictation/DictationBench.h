@@ -2,7 +2,10 @@
 
 #include "base/async/ManualExecutor.h"
 #include "context/TextInsertion.h"
+#include "dictation/Composer.h"
 #include "dictation/DictationController.h"
+#include "dictation/UtteranceRoads.h"
+#include "dictation/WrittenText.h"
 #include "fakes/FakeAccessibility.h"
 #include "fakes/FakeLoginItem.h"
 #include "fakes/FakePasteboard.h"
@@ -39,14 +42,14 @@ class DictationBench {
         bool assistant = false;
         bool meeting = false;
         bool actions = false;
-        bool learning = false;
+        bool teaching = false;
     };
-    static constexpr Have everything{.assistant = true, .meeting = true, .actions = true, .learning = true};
+    static constexpr Have everything{.assistant = true, .meeting = true, .actions = true, .teaching = true};
 
     explicit DictationBench(Json settingsValues = Json::object())
         : DictationBench({}, std::move(settingsValues)) {}
     explicit DictationBench(Have have, Json settingsValues = Json::object())
-        : defaults(std::move(settingsValues)), controller(environment(have)) {
+        : defaults(std::move(settingsValues)), flow(*this, have) {
         installLanguage(defaults, {});
         workspace.frontmost = RunningApplication{.processIdentifier = appProcess,
                                                  .bundleIdentifier = "com.apple.TextEdit",
@@ -69,27 +72,33 @@ class DictationBench {
         }
     }
 
-    /// What a flow on this bench works with.
-    DictationEnvironment environment(Have have) {
-        return {.executor = executor,
-                .state = state,
-                .settings = settings,
-                .permissions = permissions,
-                .speech = speech,
-                .writer = writer,
-                .inserter = inserter,
-                .selection = selection,
-                .workspace = workspace,
-                .accessibility = accessibility,
-                .sounds = sounds,
-                .history = history,
-                .screen = &screen,
-                .documents = &documents,
-                .assistant = have.assistant ? &assistant : nullptr,
-                .meeting = have.meeting ? &meeting : nullptr,
-                .actions = have.actions ? &actions : nullptr,
-                .learning = have.learning ? &learning : nullptr};
-    }
+    /// The flow as it is put together, on a bench.
+    struct Flow {
+        Flow(DictationBench& bench, Have have)
+            : assistant(have.assistant ? &bench.assistant : nullptr),
+              hud(bench.executor, bench.state),
+              recorder(bench.executor, bench.settings, bench.permissions, bench.speech, bench.workspace,
+                       bench.accessibility, &bench.screen),
+              written(bench.executor, bench.settings, bench.history, bench.inserter, bench.workspace, hud),
+              roads(bench.state, bench.writer, bench.selection, bench.accessibility, written, hud,
+                    {.assistant = assistant,
+                     .meeting = have.meeting ? &bench.meeting : nullptr,
+                     .actions = have.actions ? &bench.actions : nullptr,
+                     .teaching = have.teaching ? &bench.teaching : nullptr,
+                     .documents = &bench.documents}),
+              composer(bench.executor, bench.state, bench.settings, bench.permissions, bench.speech, hud,
+                       assistant),
+              controller(bench.executor, bench.state, bench.settings, bench.permissions, bench.speech,
+                         bench.sounds, recorder, roads, written, composer, hud) {}
+
+        Assistant* assistant;
+        HUDFlash hud;
+        Recorder recorder;
+        WrittenText written;
+        UtteranceRoads roads;
+        Composer composer;
+        DictationController controller;
+    };
 
     ManualExecutor executor;
     MemoryUserDefaults defaults;
@@ -114,13 +123,14 @@ class DictationBench {
     RecordingAssistant assistant;
     RecordingMeeting meeting;
     RecordingActions actions;
-    RecordingLearning learning;
+    RecordingTeaching teaching;
 
     /// What the application in front was given last; absent until then.
     std::optional<std::string> inserted;
     std::function<void()> onInserted = [] {};
 
-    DictationController controller;
+    Flow flow;
+    DictationController& controller = flow.controller;
 
  private:
     void paste() {

@@ -88,7 +88,7 @@ class RecordingActions final : public Actions {
     void propose(std::string instruction, AppContext) override { proposed.push_back(std::move(instruction)); }
 };
 
-class RecordingLearning final : public Teaching {
+class RecordingTeaching final : public Teaching {
  public:
     bool teaching = false;
     std::vector<std::string> log;

@@ -60,9 +60,8 @@ TEST_F(FlowFaultsTest, MayBeDestroyedAtAnyMoment) {
     bench.speech.lastWords = 0.2;
     for (const auto* said : {"dile que sí", "qué dice este correo", "tradúcelo al inglés", "hola"}) {
         for (int beats = 0; beats < 12; ++beats) {
-            auto doomed =
-                std::make_unique<DictationController>(bench.environment(DictationBench::everything));
-            dictateTo(*doomed, said);
+            auto doomed = std::make_unique<DictationBench::Flow>(bench, DictationBench::everything);
+            dictateTo(doomed->controller, said);
             bench.executor.advanceBy(0.1 * beats);
             doomed.reset();
             bench.executor.advanceBy(5);

@@ -16,7 +16,7 @@ using Mode = DictationController::Mode;
 class UtteranceRoadsTest : public testing::Test {
  protected:
     explicit UtteranceRoadsTest(DictationBench::Have have = DictationBench::everything) : bench(have) {
-        flow.onRoute = [this](Route route) { routes.emplace_back(name(route)); };
+        bench.flow.roads.onRoute = [this](Route route) { routes.emplace_back(name(route)); };
     }
 
     /// Says it, with the hot key of that mode, and waits until it is done.
@@ -48,9 +48,9 @@ TEST_F(UtteranceRoadsTest, CommandsGoWhereTheyBelongAndAreNotTyped) {
     say("termina la reunión");
     EXPECT_THAT(bench.meeting.log, ElementsAre("start", "finish"));
     say("aprende cómo archivo las facturas");
-    bench.learning.teaching = true;
+    bench.teaching.teaching = true;
     say("ya está");
-    EXPECT_THAT(bench.learning.log, ElementsAre("start", "finish"));
+    EXPECT_THAT(bench.teaching.log, ElementsAre("start", "finish"));
     say("recuérdame mañana llamar a Ana");
     EXPECT_THAT(bench.actions.proposed, ElementsAre("recuérdame mañana llamar a Ana"));
     say("dónde lo dejamos");

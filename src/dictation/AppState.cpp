@@ -1,4 +1,6 @@
-#include "dictation/HUDPhase.h"
+#include "dictation/AppState.h"
+
+#include <utility>
 
 namespace dorix {
 

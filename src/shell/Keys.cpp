@@ -1,0 +1,91 @@
+#include "shell/Keys.h"
+
+#include "localdata/SettingsStore.h"
+#include "permissions/Permissions.h"
+#include "platform/KeyCodes.h"
+
+namespace dorix {
+
+using Source = DictationController::Source;
+
+namespace {
+constexpr std::uint32_t dictationHotKey = 1;
+constexpr std::uint32_t askHotKey = 2;
+}  // namespace
+
+Keys::Keys(Executor& executor, KeyEventMonitors& events, HotKeyRegistrar& registrar, AppState& state,
+           SettingsStore& settings, Permissions& permissions, DictationController& dictation)
+    : state_(state),
+      settings_(settings),
+      permissions_(permissions),
+      dictation_(dictation),
+      ptt_(executor, events, settings.pushToTalkKey.get()),
+      hotKeyTable_(executor, registrar) {
+    wireMonitor();
+}
+
+void Keys::wireMonitor() {
+    const auto holdsKey = [this] { return dictation_.source() == Source::holdKey; };
+    ptt_.onBegin = [this] { dictation_.begin(Source::holdKey, Mode::write); };
+    ptt_.onConfirm = [this, holdsKey] {
+        state_.showFirstRunHint.set(false);
+        if (holdsKey()) dictation_.showListening();
+    };
+    ptt_.onEnd = [this, holdsKey] {
+        if (holdsKey()) dictation_.stopAndProcess();
+    };
+    ptt_.onCancel = [this, holdsKey] {
+        if (holdsKey()) dictation_.cancelRecording();
+    };
+    ptt_.onEscape = [this] {
+        if (!dictation_.isRecording()) return false;
+        dictation_.cancelRecording();
+        return true;
+    };
+}
+
+void Keys::install() {
+    hotKeys_.push_back(hotKey(hotkeymodifier::option, dictationHotKey, Mode::write));
+    hotKeys_.push_back(hotKey(hotkeymodifier::option | hotkeymodifier::shift, askHotKey, Mode::ask));
+    subscriptions_.push_back(settings_.pushToTalkKey.subscribe([this](PushToTalkKey key) {
+        ptt_.key = key;
+        ptt_.start();
+    }));
+    subscriptions_.push_back(permissions_.accessibility.subscribe([this](bool trusted) {
+        // Monitors from before the grant receive nothing. One that has just reported a press is no such
+        // monitor, and starting anew would lose the press.
+        if (trusted && ptt_.phase() == PushToTalkMonitor::Phase::idle) ptt_.start();
+    }));
+    subscriptions_.push_back(settings_.paused.subscribe([this](bool paused) { applyPause(paused); }));
+}
+
+void Keys::listen() {
+    ptt_.isEnabled = !settings_.paused.get();
+    ptt_.start();
+}
+
+std::unique_ptr<GlobalHotKey> Keys::hotKey(std::uint32_t modifiers, std::uint32_t id, Mode mode) {
+    return GlobalHotKey::make(hotKeyTable_, keycode::space, modifiers, id,
+                              {.pressed = [this, mode] { shortcutPressed(mode); },
+                               .released = [this] { dictation_.shortcutReleased(); }});
+}
+
+void Keys::shortcutPressed(Mode mode) {
+    state_.showFirstRunHint.set(false);
+    dropPress();
+    dictation_.shortcutPressed(mode);
+}
+
+void Keys::applyPause(bool paused) {
+    ptt_.isEnabled = !paused;
+    if (paused) dropPress();
+}
+
+/// Whoever takes over from a press of the hold key ends what it began.
+void Keys::dropPress() {
+    if (ptt_.phase() == PushToTalkMonitor::Phase::idle) return;
+    ptt_.reset();
+    ptt_.onCancel();
+}
+
+}  // namespace dorix

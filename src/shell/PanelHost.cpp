@@ -1,0 +1,70 @@
+#include "shell/PanelHost.h"
+
+#include "base/async/Sleep.h"
+#include "dictation/DictationController.h"
+#include "speech/SpeechInput.h"
+
+namespace dorix {
+
+namespace {
+constexpr double dialogGoes = 0.3;  // seconds, from the answer to the desktop's dialog having gone
+constexpr double clickLasts = 0.5;  // seconds, from the button going down to what the desktop says of it
+}  // namespace
+
+PanelHost::PanelHost(const Platform& platform, AppState& state, const AppWindows& windows,
+                     HistoryPanel& panel, DictationController& dictation, SpeechInput& speech)
+    : platform_(platform),
+      state_(state),
+      windows_(windows),
+      panel_(panel),
+      dictation_(dictation),
+      speech_(speech),
+      presenter_(platform.executor, state, windows, dictation.panelTarget, steps()),
+      tasks_(platform.executor) {
+    wirePanel();
+}
+
+PanelPresenter::Steps PanelHost::steps() {
+    return {.capture = [this] { return captureAppContext(platform_.workspace, platform_.accessibility); },
+            .cancelSpeech = [this] { speech_.cancel(); },
+            .watchOutsideClicks = [this](bool on) { watchOutsideClicks(on); }};
+}
+
+void PanelHost::wirePanel() {
+    dictation_.closePanel = [this] { presenter_.close(); };
+    panel_.actions.close = [this] { presenter_.close(); };
+    panel_.actions.toggleMic = [this] { dictation_.toggleComposerMic(); };
+    panel_.actions.reinsert = [this](const HistoryItem& item) { dictation_.reinsert(item); };
+    panel_.onAsked = [this] { tasks_.spawn(returnToPanel()); };
+    panel_.onExported = [this](const std::string& words, bool failed) {
+        dictation_.flash(failed ? HUDPhase::error(words) : HUDPhase::done(words), 4.0);
+    };
+}
+
+/// Not every window manager gives the keyboard back to a window that is in no taskbar, and none does as long
+/// as the dialog still stands above it.
+Task<void> PanelHost::returnToPanel() {
+    co_await sleep(dialogGoes);
+    if (state_.panelOpen.get()) windows_.panel->takeKeyboard();
+}
+
+void PanelHost::watchOutsideClicks(bool on) {
+    outsideClickMonitor_.reset();
+    if (!on) return;
+    outsideClickMonitor_ = platform_.mouseEvents.addGlobalMonitor([this] { clickedOutside(); });
+}
+
+void PanelHost::clickedOutside() {
+    // The dialog that asks where a file is to go is the desktop's, and stands above the panel.
+    if (panel_.isAsking()) return;
+    closedByClickAt_ = platform_.executor.now();
+    windows_.panel->clickedOutside();
+    presenter_.close();
+}
+
+/// The desktop draws the status icon, so the panel has just been closed by the same click.
+void PanelHost::statusItemClicked() {
+    if (platform_.executor.now() - closedByClickAt_ > clickLasts) presenter_.toggle();
+}
+
+}  // namespace dorix
