@@ -23,8 +23,8 @@ struct Recording {
     ShotTask shot;
 };
 
-/// Opens the microphone and looks at what the user is working in. One recording at a time. Main executor; what
-/// it is given outlives it.
+/// Opens the microphone and looks at what the user is working in. One recording at a time. Main executor;
+/// what it is given outlives it.
 class Recorder {
  public:
     /// Whose recording it is.

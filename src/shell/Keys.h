@@ -10,8 +10,8 @@
 
 namespace dorix {
 
-/// What the user's keys do: the hold key and the two hot keys drive the flow, as the settings and the grants have
-/// it. Main executor; what it is given outlives it.
+/// What the user's keys do: the hold key and the two hot keys drive the flow, as the settings and the grants
+/// have it. Main executor; what it is given outlives it.
 class Keys {
  public:
     Keys(Executor& executor, KeyEventMonitors& events, HotKeyRegistrar& registrar, AppState& state,

@@ -12,8 +12,8 @@ namespace dorix {
 class DictationController;
 class SpeechInput;
 
-/// When the panel opens and closes, and what it asks of the rest of the program. Main executor; what it is given
-/// outlives it.
+/// When the panel opens and closes, and what it asks of the rest of the program. Main executor; what it is
+/// given outlives it.
 class PanelHost {
  public:
     PanelHost(const Platform& platform, AppState& state, const AppWindows& windows, HistoryPanel& panel,

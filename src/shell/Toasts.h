@@ -15,8 +15,8 @@ class Toasts {
     Toasts(const AppState& state, const SettingsStore& settings, DictationController& dictation)
         : state_(state), settings_(settings), dictation_(dictation) {}
 
-    /// Shows `text` if nothing is going on that it would disturb; otherwise false, and the caller keeps it for
-    /// later.
+    /// Shows `text` if nothing is going on that it would disturb; otherwise false, and the caller keeps it
+    /// for later.
     bool show(const std::string& text);
 
  private:

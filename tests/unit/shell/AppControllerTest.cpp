@@ -20,9 +20,6 @@ namespace {
 
 using ::testing::ElementsAre;
 
-constexpr std::uint32_t dictationKey = 1;
-constexpr std::uint32_t askKey = 2;
-
 /// The whole program above the ports.
 class AppControllerTest : public testing::Test, protected FakePlatform {
  protected:
@@ -48,10 +45,6 @@ class AppControllerTest : public testing::Test, protected FakePlatform {
 
     void press() { keyboard.flags(keycode::rightOption, modifier::option | modifier::deviceRightOption); }
     void release() { keyboard.flags(keycode::rightOption, 0); }
-    void hotKey(std::uint32_t id, std::uint32_t kind) {
-        hotKeys.send(id, kind);
-        executor.runPosted();
-    }
     void say(std::string words) {
         recognition.current().sayFinal(std::move(words));
         executor.runPosted();
@@ -63,60 +56,46 @@ class AppControllerTest : public testing::Test, protected FakePlatform {
         return "";
     }
 
+    static std::vector<std::string> eventsOf(const std::filesystem::path& trace) {
+        std::ifstream lines(trace);
+        std::vector<std::string> events;
+        for (std::string line; std::getline(lines, line);) {
+            auto event = Json::parse(line);
+            EXPECT_GT(event.at("at"), 0);
+            event.erase("at");
+            events.push_back(event.dump());
+        }
+        return events;
+    }
+
     std::unique_ptr<AppController> app;
 };
 
-TEST_F(AppControllerTest, AHeldKeyBecomesTextAtTheCursor) {
+TEST_F(AppControllerTest, AHeldKeyBecomesTextAtTheCursorInTheHistoryAndInTheTrace) {
     launch();
     EXPECT_EQ(log(), "DORIX: listo\n");
-    press();
-    EXPECT_TRUE(audio.isRunning()) << "the microphone opens with the key, before the hold is sure";
-    executor.advanceBy(0.3);
-    say("hola a todos");
-    release();
-    executor.advanceBy(0.45);
-    EXPECT_EQ(pasted(), "Hola a todos.");
-    EXPECT_EQ(app->state().hud.get(), HUDPhase::done("Escrito en Escritorio"));
-    EXPECT_FALSE(audio.isRunning());
-}
-
-TEST_F(AppControllerTest, TracesWhatItDoesForTheUserAlone) {
-    launch();
     const auto file = folder.path() / "trace.jsonl";
     app->traceTo(file);
     press();
-    executor.advanceBy(0.3);
-    say("hola a todos");
-    release();
-    executor.advanceBy(5);
-    std::ifstream lines(file);
-    std::vector<std::string> told;
-    for (std::string line; std::getline(lines, line);) {
-        auto event = Json::parse(line);
-        EXPECT_GT(event.at("at"), 0);
-        event.erase("at");
-        told.push_back(event.dump());
-    }
-    EXPECT_THAT(told, ElementsAre(R"({"hud":"listening","text":""})", R"({"busy":true})",
-                                  R"({"hud":"processing","text":""})", R"({"route":"plain"})",
-                                  R"({"hud":"done","text":"Escrito en Escritorio"})", R"({"busy":false})",
-                                  R"({"hud":"hidden","text":""})"));
-    using std::filesystem::perms;
-    EXPECT_EQ(std::filesystem::status(file).permissions(), perms::owner_read | perms::owner_write);
-
-    log();
-    app->traceTo(folder.path() / "nowhere" / "trace.jsonl");
-    EXPECT_EQ(log(),
-              "DORIX: no se pudo abrir la traza " + (folder.path() / "nowhere/trace.jsonl").string() + "\n");
-}
-
-TEST_F(AppControllerTest, RemembersWhatWasDictated) {
-    launch();
-    press();
+    EXPECT_TRUE(audio.isRunning()) << "the microphone opens with the key, before the hold is sure";
     executor.advanceBy(0.3);
     say("nos vemos mañana");
     release();
     executor.advanceBy(0.45);
+    EXPECT_EQ(pasted(), "Nos vemos mañana.");
+    EXPECT_EQ(app->state().hud.get(), HUDPhase::done("Escrito en Escritorio"));
+    EXPECT_FALSE(audio.isRunning());
+    executor.advanceBy(5);
+
+    EXPECT_THAT(eventsOf(file), ElementsAre(R"({"hud":"listening","text":""})", R"({"busy":true})",
+                                            R"({"hud":"processing","text":""})", R"({"route":"plain"})",
+                                            R"({"hud":"done","text":"Escrito en Escritorio"})",
+                                            R"({"busy":false})", R"({"hud":"hidden","text":""})"));
+    using std::filesystem::perms;
+    EXPECT_EQ(std::filesystem::status(file).permissions(), perms::owner_read | perms::owner_write);
+    app->traceTo(folder.path() / "nowhere" / "trace.jsonl");
+    EXPECT_THAT(log(), testing::HasSubstr("DORIX: no se pudo abrir la traza "));
+
     app.reset();
     const HistoryStore history(folder.path() / "DORIX" / "dorix.sqlite");
     ASSERT_EQ(history.items().size(), 1U);
@@ -124,63 +103,24 @@ TEST_F(AppControllerTest, RemembersWhatWasDictated) {
     EXPECT_EQ(history.items()[0].answer, "Nos vemos mañana.");
 }
 
-TEST_F(AppControllerTest, ATapOrEscapeLeavesNothingBehind) {
+TEST_F(AppControllerTest, TheMenuPausesRestartsAndQuits) {
     launch();
-    press();
-    release();
-    EXPECT_FALSE(audio.isRunning());
-    press();
-    executor.advanceBy(0.3);
-    keyboard.keyDown(keycode::escape);
-    EXPECT_FALSE(audio.isRunning());
-    release();
-    executor.advanceBy(10);
-    EXPECT_EQ(app->state().hud.get(), HUDPhase::hidden());
-    EXPECT_EQ(pasted(), "");
-
-    hotKey(dictationKey, HotKeyRegistrar::eventPressed);
-    hotKey(dictationKey, HotKeyRegistrar::eventReleased);
-    EXPECT_TRUE(audio.isRunning()) << "hands-free";
-    EXPECT_TRUE(keyboard.send(KeyEventMask::keyDown, {keycode::escape, 0}, true)) << "Esc was of use";
-    EXPECT_FALSE(audio.isRunning());
-    EXPECT_FALSE(keyboard.send(KeyEventMask::keyDown, {keycode::escape, 0}, true));
-}
-
-TEST_F(AppControllerTest, AHotKeyTakesOverFromTheHoldKey) {
-    launch();
-    press();
-    executor.advanceBy(1);
-    hotKey(askKey, HotKeyRegistrar::eventPressed);
-    release();  // the press it belonged to is over
-    EXPECT_TRUE(audio.isRunning());
-    say("¿qué es esto?");
-    executor.advanceBy(0.5);
-    hotKey(askKey, HotKeyRegistrar::eventReleased);
-    executor.advanceBy(1);
-    EXPECT_EQ(pasted(), "") << "a question is not typed";
-    hotKey(dictationKey, HotKeyRegistrar::eventPressed);
-    say("y ahora esto");
-    executor.advanceBy(0.5);
-    hotKey(dictationKey, HotKeyRegistrar::eventReleased);
-    executor.advanceBy(1);
-    EXPECT_EQ(pasted(), "Ahora esto");
-}
-
-TEST_F(AppControllerTest, PausedItNeverOpensTheMicrophone) {
-    defaults.set("paused", true);
-    launch();
-    press();
-    EXPECT_FALSE(audio.isRunning());
-    EXPECT_EQ(audio.opened, 0);
-}
-
-TEST_F(AppControllerTest, AGrantThatComesWithAPressDoesNotLoseThePress) {
-    grants.trusted = false;
-    launch();
-    grants.trusted = true;
-    press();  // reads the grants anew
-    executor.advanceBy(0.3);
-    EXPECT_EQ(app->state().hud.get(), HUDPhase::listening());
+    const auto labels = [this] {
+        std::vector<std::string> out;
+        for (const auto& item : app->iconMenu()) out.push_back(item.label);
+        return out;
+    };
+    EXPECT_THAT(labels(),
+                ElementsAre("Abrir historial", "", "Pausar DORIX", "", "Reiniciar DORIX", "Salir de DORIX"));
+    app->iconMenu()[2].handler();
+    EXPECT_TRUE(app->settings().paused.get());
+    EXPECT_EQ(app->iconMenu()[2].label, "Reanudar DORIX");
+    app->iconMenu()[2].handler();
+    EXPECT_FALSE(app->settings().paused.get());
+    app->iconMenu()[4].handler();
+    app->iconMenu()[5].handler();
+    EXPECT_EQ(application.relaunches, 1);
+    EXPECT_EQ(application.terminations, 1);
 }
 
 TEST_F(AppControllerTest, WithoutItsHotKeysOrItsModelItGoesOn) {
@@ -195,35 +135,6 @@ TEST_F(AppControllerTest, WithoutItsHotKeysOrItsModelItGoesOn) {
         "este Mac.\n"
         "DORIX: listo\n");
     EXPECT_EQ(app->state().hud.get().kind, HUDPhase::Kind::error);
-}
-
-TEST_F(AppControllerTest, TheMenuPausesRestartsAndQuits) {
-    const auto labels = [](const Menu& menu) {
-        std::vector<std::string> out;
-        for (const auto& item : menu) out.push_back(item.label);
-        return out;
-    };
-    launch();
-    press();
-    auto menu = app->iconMenu();
-    EXPECT_THAT(labels(menu), testing::ElementsAre("Abrir historial", "", "Pausar DORIX", "",
-                                                   "Reiniciar DORIX", "Salir de DORIX"));
-    menu[2].handler();
-    EXPECT_FALSE(audio.isRunning()) << "pausing ends a press";
-    release();
-    press();
-    EXPECT_FALSE(audio.isRunning());
-    EXPECT_EQ(defaults.boolean("paused"), true);
-    menu = app->iconMenu();
-    EXPECT_EQ(menu[2].label, "Reanudar DORIX");
-    menu[2].handler();
-    release();
-    press();
-    EXPECT_TRUE(audio.isRunning());
-    menu[4].handler();
-    menu[5].handler();
-    EXPECT_EQ(application.relaunches, 1);
-    EXPECT_EQ(application.terminations, 1);
 }
 
 TEST_F(AppControllerTest, ThePanelOpensAndClosesByWhateverIsClicked) {
@@ -283,23 +194,6 @@ TEST_F(AppControllerTest, ADictationOverThePanelGoesToWhatWasInFront) {
     app->panel().openLink("https://a.example/");
     app->panel().openLink("file:///etc/passwd");
     EXPECT_THAT(urls.opened, testing::ElementsAre("https://a.example/"));
-}
-
-TEST_F(AppControllerTest, AToastDisturbsNothing) {
-    launch();
-    EXPECT_FALSE(app->showToast("nuevo")) << "the hint of the first run shows";
-    executor.advanceBy(6);
-    app->state().panelOpen.set(true);
-    EXPECT_FALSE(app->showToast("nuevo"));
-    app->state().panelOpen.set(false);
-    press();
-    EXPECT_FALSE(app->showToast("nuevo"));
-    release();
-    EXPECT_TRUE(app->showToast("nuevo"));
-    executor.advanceBy(4.9);
-    EXPECT_EQ(app->state().hud.get(), HUDPhase::learned("nuevo"));
-    executor.advanceBy(0.1);
-    EXPECT_EQ(app->state().hud.get(), HUDPhase::hidden());
 }
 
 TEST(FirstRunHintTest, ShowsThreeTimesUnlessForced) {

@@ -1,0 +1,123 @@
+#include "fakes/FakeHotKeyRegistrar.h"
+#include "fakes/FakeKeyEventMonitors.h"
+#include "fakes/dictation/DictationBench.h"
+#include "shell/Keys.h"
+#include "shell/Toasts.h"
+
+#include <gtest/gtest.h>
+
+namespace dorix {
+namespace {
+
+constexpr std::uint32_t dictationKey = 1;
+constexpr std::uint32_t askKey = 2;
+
+/// The keys in front of the flow.
+class KeysTest : public testing::Test, protected DictationBench {
+ protected:
+    void listen() {
+        keys.install();
+        keys.listen();
+    }
+    void press() { keyboard.flags(keycode::rightOption, modifier::option | modifier::deviceRightOption); }
+    void release() { keyboard.flags(keycode::rightOption, 0); }
+    void hotKey(std::uint32_t id, std::uint32_t kind) {
+        hotKeys.send(id, kind);
+        executor.runPosted();
+    }
+    bool escape() { return keyboard.send(KeyEventMask::keyDown, {keycode::escape, 0}, true); }
+
+    FakeKeyEventMonitors keyboard;
+    FakeHotKeyRegistrar hotKeys;
+    Keys keys{executor, keyboard, hotKeys, state, settings, permissions, controller};
+    Toasts toasts{state, settings, controller};
+};
+
+TEST_F(KeysTest, ATapOrEscapeLeavesNothingBehind) {
+    listen();
+    press();
+    EXPECT_TRUE(speech.isOn);
+    release();
+    EXPECT_FALSE(speech.isOn);
+    press();
+    executor.advanceBy(0.3);
+    escape();
+    EXPECT_FALSE(speech.isOn);
+    release();
+    executor.advanceBy(10);
+    EXPECT_EQ(state.hud.get(), HUDPhase::hidden());
+    EXPECT_FALSE(inserted);
+
+    hotKey(dictationKey, HotKeyRegistrar::eventPressed);
+    hotKey(dictationKey, HotKeyRegistrar::eventReleased);
+    EXPECT_TRUE(speech.isOn) << "hands-free";
+    EXPECT_TRUE(escape()) << "it was of use";
+    EXPECT_FALSE(speech.isOn);
+    EXPECT_FALSE(escape());
+}
+
+TEST_F(KeysTest, AHotKeyTakesOverFromTheHoldKey) {
+    grants.screen = true;
+    listen();
+    press();
+    executor.advanceBy(1);
+    hotKey(askKey, HotKeyRegistrar::eventPressed);
+    release();  // the press it belonged to is over
+    EXPECT_TRUE(speech.isOn);
+    EXPECT_TRUE(state.asking.get());
+    speech.transcript = "¿qué es esto?";
+    executor.advanceBy(0.5);
+    hotKey(askKey, HotKeyRegistrar::eventReleased);
+    executor.advanceBy(1);
+    EXPECT_FALSE(inserted) << "a question is not typed";
+    hotKey(dictationKey, HotKeyRegistrar::eventPressed);
+    speech.transcript = "y ahora esto";
+    executor.advanceBy(0.5);
+    hotKey(dictationKey, HotKeyRegistrar::eventReleased);
+    executor.advanceBy(1);
+    EXPECT_EQ(inserted, "Ahora esto");
+}
+
+TEST_F(KeysTest, PausingEndsAPressAndKeepsTheMicrophoneShut) {
+    listen();
+    press();
+    settings.paused.set(true);
+    EXPECT_FALSE(speech.isOn);
+    release();
+    press();
+    EXPECT_FALSE(speech.isOn);
+    settings.paused.set(false);
+    release();
+    press();
+    EXPECT_TRUE(speech.isOn);
+}
+
+TEST_F(KeysTest, AGrantThatComesWithAPressDoesNotLoseThePress) {
+    grants.trusted = false;
+    permissions.refresh();
+    listen();
+    grants.trusted = true;
+    press();  // reads the grants anew
+    executor.advanceBy(0.3);
+    EXPECT_EQ(state.hud.get(), HUDPhase::listening());
+}
+
+TEST_F(KeysTest, AToastDisturbsNothing) {
+    listen();
+    for (auto* busy : {&state.showFirstRunHint, &state.panelOpen, &state.meetingActive, &settings.paused}) {
+        busy->set(true);
+        EXPECT_FALSE(toasts.show("nuevo"));
+        busy->set(false);
+    }
+    press();
+    EXPECT_FALSE(toasts.show("nuevo"));
+    release();
+    EXPECT_TRUE(toasts.show("nuevo"));
+    executor.advanceBy(4.9);
+    EXPECT_EQ(state.hud.get(), HUDPhase::learned("nuevo"));
+    executor.advanceBy(0.1);
+    EXPECT_EQ(state.hud.get(), HUDPhase::hidden());
+}
+
+}  // namespace
+}  // namespace dorix
