@@ -1,46 +1,157 @@
-#include "views/Gallery.h"
+#include "localdata/TranslationTable.h"
+#include "views/Application.h"
+#include "views/DesktopWords.h"
 #include "views/Pictures.h"
 #include "views/Tokens.h"
 #include "views/overlay/TextFit.h"
 
 #include <gtest/gtest.h>
 
+#include <QGuiApplication>
+#include <QQuickItem>
+#include <QRawFont>
+#include <array>
 #include <cmath>
+#include <set>
 
 namespace dorix::testing {
 namespace {
 
-class PictureTest : public ::testing::Test {
- protected:
-    PictureTest() { offscreenApplication(); }
+/// The toolkit draws into memory. It goes before the end of main, where it still finds all that it needs.
+class Toolkit : public ::testing::Environment {
+ public:
+    void SetUp() override {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        if (!qEnvironmentVariableIsSet("QT_SCALE_FACTOR")) qputenv("QT_SCALE_FACTOR", "1");
+        application_ = makeApplication(count_, arguments_.data());
+    }
+    void TearDown() override { application_.reset(); }
+
+ private:
+    std::string name_ = "views_test";
+    std::array<char*, 2> arguments_{name_.data(), nullptr};
+    int count_ = 1;
+    std::unique_ptr<QCoreApplication> application_;
 };
 
-TEST_F(PictureTest, EveryStateLooksAsItDid) {
-    Gallery gallery;
-    for (const auto& scene : scenes()) {
-        for (const char* language : {"es", "en"}) {
-            for (const bool dark : {false, true}) {
-                const auto name = scene.name + "-" + language + (dark ? "-dark" : "-light");
-                comparePicture(gallery.picture(scene, {.language = language, .dark = dark}), name);
+const auto* const toolkit = ::testing::AddGlobalTestEnvironment(new Toolkit);
+
+/// In the scale of the process, which is QT_SCALE_FACTOR's.
+std::vector<Picture> allPictures() {
+    if (qGuiApp->devicePixelRatio() == 2) return largePanelPictures();
+    auto pictures = iconPictures();
+    for (auto& picture : panelPictures()) pictures.push_back(std::move(picture));
+    return pictures;
+}
+
+TEST(KeptPicturesTest, EveryStateLooksAsItDid) {
+    if (const auto reason = whyNotComparable(); !reason.empty()) {
+        GTEST_SKIP() << "Pictures are not compared: " << reason;
+    }
+    for (const Picture& picture : allPictures()) {
+        for (const Style& style : picture.styles) {
+            comparePicture(picture.show(style)->picture(), picture.name, style);
+        }
+    }
+}
+
+/// A text of a window that can be seen, and where, in points of the window.
+struct ShownText {
+    QQuickItem& item;
+    QRectF whole;
+    QRectF seen;
+
+    QString text() const { return item.property("text").toString(); }
+    QFont font() const { return item.property("font").value<QFont>(); }
+    bool isGlyph() const { return font().family() == glyphFont; }
+};
+
+void collectTexts(QQuickItem& item, QRectF clip, std::vector<ShownText>& found) {
+    if (!item.isVisible() || item.opacity() == 0) return;
+    if (item.clip()) clip &= item.mapRectToScene(item.boundingRect());
+    const bool isText = item.inherits("QQuickText") || item.inherits("QQuickTextEdit");
+    if (isText && !item.property("text").toString().isEmpty()) {
+        const QRectF whole = item.mapRectToScene(item.boundingRect());
+        if (whole.intersects(clip)) found.push_back({.item = item, .whole = whole, .seen = whole & clip});
+    }
+    for (QQuickItem* child : item.childItems()) collectTexts(*child, clip, found);
+}
+
+std::vector<ShownText> textsOf(const Exhibit::Hung& hung) {
+    std::vector<ShownText> found;
+    collectTexts(*hung.window.contentItem(), hung.shape, found);
+    return found;
+}
+
+TEST(PictureTest, ALostGlyphAndAShiftedTextAreSeen) {
+    const auto exhibit = panelPictures().front().show({});
+    const QImage whole = exhibit->picture();
+    int glyphs = 0;
+    for (const ShownText& shown : textsOf(exhibit->windows().front())) {
+        SCOPED_TRACE(shown.text().toStdString());
+        if (shown.isGlyph()) {
+            ++glyphs;
+            shown.item.setOpacity(0);
+            EXPECT_TRUE(difference(whole, exhibit->picture()).isSeen());
+            shown.item.setOpacity(1);
+        } else {
+            shown.item.setProperty("leftPadding", 2);
+            EXPECT_TRUE(difference(whole, exhibit->picture()).isSeen());
+            shown.item.setProperty("leftPadding", 0);
+        }
+    }
+    EXPECT_GE(glyphs, 15);
+    EXPECT_FALSE(difference(whole, exhibit->picture()).isSeen()) << "all is as it was";
+}
+
+/// The texts of the program in this language, as they are shown.
+std::set<QString> ownTexts(const std::string& language) {
+    std::set<QString> texts;
+    for (const auto& row : translationTable()) {
+        texts.insert(QString::fromStdString(desktopWords(language == "es" ? row.spanish : row.english)));
+    }
+    return texts;
+}
+
+void expectWhole(const ShownText& shown, const Exhibit::Hung& hung, const std::set<QString>& own) {
+    const QString text = shown.text();
+    SCOPED_TRACE(text.toStdString());
+    if (shown.isGlyph()) {
+        EXPECT_TRUE(QRawFont::fromFont(shown.font()).supportsCharacter(text.front())) << "no such glyph";
+    }
+    EXPECT_FALSE(own.contains(text) && shown.item.property("truncated").toBool()) << "is cut short";
+    EXPECT_GE(shown.whole.left() + 1, shown.seen.left()) << "is cut off";
+    EXPECT_LE(shown.whole.right() - 1, shown.seen.right()) << "is cut off";
+    EXPECT_TRUE(hung.shape.contains(shown.seen));
+    EXPECT_LE(shown.item.boundingRect().width(), shown.item.width() + 1) << "is wider than its place";
+}
+
+void expectApart(const std::vector<ShownText>& texts) {
+    for (auto one = texts.begin(); one != texts.end(); ++one) {
+        for (auto other = one + 1; other != texts.end(); ++other) {
+            const QRectF shared = one->seen & other->seen;
+            EXPECT_FALSE(shared.width() > 1 && shared.height() > 2)
+                << one->text().toStdString() << " lies over " << other->text().toStdString();
+        }
+    }
+}
+
+TEST(TextTest, EveryTextIsWholeAndApartFromTheOthers) {
+    for (const Picture& picture : allPictures()) {
+        for (const std::string language : {"es", "en"}) {
+            SCOPED_TRACE(picture.name + "-" + language);
+            const auto own = ownTexts(language);
+            const auto exhibit = picture.show({.language = language});
+            for (const auto& hung : exhibit->windows()) {
+                const auto texts = textsOf(hung);
+                for (const auto& shown : texts) expectWhole(shown, hung, own);
+                expectApart(texts);
             }
         }
     }
-    comparePicture(gallery.tooltipPicture({}), "tooltip-es-light");
-    comparePicture(gallery.menuPicture({}), "menu-es-light");
-    comparePicture(gallery.menuPicture({.language = "en", .dark = true}), "menu-en-dark");
 }
 
-TEST_F(PictureTest, WithoutACompositorNoPixelIsHalfTransparent) {
-    Gallery gallery;
-    const auto all = scenes();
-    const auto done = std::ranges::find(all, "done", &Scene::name);
-    for (const bool dark : {false, true}) {
-        comparePicture(gallery.picture(*done, {.dark = dark, .composited = false}),
-                       dark ? "solid-dark" : "solid-light");
-    }
-}
-
-TEST_F(PictureTest, LinesOfAMessageAreOfLikeLength) {
+TEST(TextTest, LinesOfAMessageAreOfLikeLength) {
     const TextFit fit(tokens::fontBody);
     const QString text =
         "Para preguntar sobre la pantalla, activa «Grabación de pantalla» para DORIX y vuelve.";

@@ -1,74 +1,71 @@
-// Draws every state of the icon and the HUD in both languages into one picture: contact_sheet light|dark
-// FILE; or the panel in one language: contact_sheet es|en FILE. The scale is QT_SCALE_FACTOR's.
+// Draws a sheet of what the program looks like, at the scale of QT_SCALE_FACTOR: contact_sheet light|dark
+// FILE has every state of the icon and the HUD in both languages, contact_sheet es|en FILE the panel.
 
 #include "views/Application.h"
-#include "views/Gallery.h"
-#include "views/PanelGallery.h"
+#include "views/Exhibit.h"
 
-#include <QFont>
 #include <QPainter>
+#include <algorithm>
 #include <cstdio>
+#include <set>
 #include <string>
 
 namespace {
 
-using namespace dorix;
 using namespace dorix::testing;
 
 constexpr int captionHeight = 18;
+const std::set<std::string> shownOfPanel{"panel-dictation", "panel-answer", "panel-empty-section"};
 
-QImage column(Gallery& gallery, const Style& style) {
-    std::vector<std::pair<QString, QImage>> pictures;
-    for (const auto& scene : scenes()) {
-        pictures.emplace_back(QString::fromStdString(scene.name), gallery.picture(scene, style));
+/// Two pictures of one height, side by side.
+struct Row {
+    std::string caption;
+    QImage left;
+    QImage right;
+};
+
+QImage sheet(const std::vector<Row>& rows, QColor ground) {
+    const qreal scale = rows.front().left.devicePixelRatio();
+    double width = 0;
+    double height = 0;
+    for (const Row& row : rows) {
+        width = std::max(width, row.left.width() / scale);
+        height += captionHeight + row.left.height() / scale;
     }
-    Style solid = style;
-    solid.composited = false;
-    pictures.emplace_back("done, nothing composites", gallery.picture(scenes()[10], solid));
-    pictures.emplace_back("tooltip", gallery.tooltipPicture(style));
-    pictures.emplace_back("menu", gallery.menuPicture(style));
-
-    const qreal scale = pictures.front().second.devicePixelRatio();
-    const int width = pictures.front().second.width();
-    int height = 0;
-    for (const auto& [name, image] : pictures)
-        height += image.height() + static_cast<int>(captionHeight * scale);
-    QImage all(width, height, QImage::Format_RGB32);
+    QImage all((QSizeF(2 * width, height) * scale).toSize(), QImage::Format_RGB32);
     all.setDevicePixelRatio(scale);
-    all.fill(style.dark ? Qt::black : Qt::white);
+    all.fill(ground);
     QPainter painter(&all);
     painter.setPen(Qt::gray);
     double y = 0;
-    for (const auto& [name, image] : pictures) {
-        painter.drawText(QPointF(6, y + captionHeight - 5), name);
-        painter.drawImage(QPointF(0, y + captionHeight), image);
-        y += captionHeight + image.height() / scale;
+    for (const Row& row : rows) {
+        painter.drawText(QPointF(6, y + captionHeight - 5), QString::fromStdString(row.caption));
+        painter.drawImage(QPointF(0, y + captionHeight), row.left);
+        painter.drawImage(QPointF(width, y + captionHeight), row.right);
+        y += captionHeight + row.left.height() / scale;
     }
     return all;
 }
 
 QImage iconSheet(bool dark) {
-    Gallery gallery;
-    const QImage spanish = column(gallery, {.language = "es", .dark = dark});
-    const QImage english = column(gallery, {.language = "en", .dark = dark});
-    QImage sheet(spanish.width() + english.width(), spanish.height(), QImage::Format_RGB32);
-    QPainter painter(&sheet);
-    painter.drawImage(QRect(QPoint(0, 0), spanish.size()), spanish);
-    painter.drawImage(QRect(QPoint(spanish.width(), 0), english.size()), english);
-    return sheet;
+    std::vector<Row> rows;
+    for (const Picture& picture : iconPictures()) {
+        rows.push_back({.caption = picture.name,
+                        .left = picture.show({.language = "es", .dark = dark})->picture(),
+                        .right = picture.show({.language = "en", .dark = dark})->picture()});
+    }
+    return sheet(rows, dark ? Qt::black : Qt::white);
 }
 
-QImage panelPage(const std::string& language) {
-    std::vector<QImage> pictures;
-    for (const auto& picture : panelSheet(language)) pictures.push_back(drawPanel(picture));
-    const QSize size = pictures.front().size();
-    QImage sheet(size * 2, QImage::Format_RGB32);
-    QPainter painter(&sheet);
-    for (int i = 0; i < 4; ++i) {
-        const QPoint at(i % 2 * size.width(), i / 2 * size.height());
-        painter.drawImage(QRect(at, size), pictures[static_cast<std::size_t>(i)]);
+QImage panelSheet(const std::string& language) {
+    std::vector<Row> rows;
+    for (const Picture& picture : panelPictures()) {
+        if (!shownOfPanel.contains(picture.name)) continue;
+        rows.push_back({.caption = picture.name,
+                        .left = picture.show({.language = language})->picture(),
+                        .right = picture.show({.language = language, .dark = true})->picture()});
     }
-    return sheet;
+    return sheet(rows, Qt::white);
 }
 
 }  // namespace
@@ -79,8 +76,8 @@ int main(int argc, char** argv) {
         return 2;
     }
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-    const auto application = makeApplication(argc, argv);
+    const auto application = dorix::makeApplication(argc, argv);
     const std::string what = argv[1];
-    const QImage sheet = what == "es" || what == "en" ? panelPage(what) : iconSheet(what == "dark");
-    return sheet.save(QString::fromLocal8Bit(argv[2])) ? 0 : 1;
+    const QImage drawn = what == "es" || what == "en" ? panelSheet(what) : iconSheet(what == "dark");
+    return drawn.save(QString::fromLocal8Bit(argv[2])) ? 0 : 1;
 }

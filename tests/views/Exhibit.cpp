@@ -1,0 +1,78 @@
+#include "views/Exhibit.h"
+
+#include "localdata/Language.h"
+
+#include <QCoreApplication>
+#include <QPainter>
+#include <QPainterPath>
+#include <QQmlContext>
+
+namespace dorix::testing {
+
+namespace {
+
+/// Until what was set in motion has come to rest; nothing here takes time.
+void settle() {
+    for (int i = 0; i < 6; ++i) QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+}
+
+QImage grabOn(OverlayPanel& window, QColor ground) {
+    window.setColor(ground);
+    settle();
+    return window.grabWindow().convertToFormat(QImage::Format_RGB32);
+}
+
+/// The window with its translucency, which a screen without a compositor does not give: it is what makes the
+/// difference between black and white below.
+QImage grab(OverlayPanel& window) {
+    const QImage onBlack = grabOn(window, Qt::black);
+    const QImage onWhite = grabOn(window, Qt::white);
+    QImage image(onBlack.size(), QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(window.devicePixelRatio());
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            const QRgb black = onBlack.pixel(x, y);
+            const int alpha = 255 - (qGreen(onWhite.pixel(x, y)) - qGreen(black));
+            image.setPixel(x, y, qRgba(qRed(black), qGreen(black), qBlue(black), alpha));
+        }
+    }
+    return image;
+}
+
+}  // namespace
+
+Exhibit::Exhibit(const Style& style) : style_(style) {
+    defaults.set("appLanguage", style.language);
+    installLanguage(defaults, {});
+    theme.map().insert({{"fadeIn", 0}, {"fadeBetween", 0}, {"fadeOut", 0}, {"motionBetween", 0}});
+    theme.setDark(style.dark);
+    theme.setComposited(style.composited);
+    engine_.rootContext()->setContextProperty("theme", &theme.map());
+}
+
+Exhibit::~Exhibit() { uninstallLanguage(); }
+
+void Exhibit::show(OverlayPanel& window) {
+    window.orderFrontRegardless();
+    settle();
+}
+
+QImage Exhibit::picture() const {
+    const qreal scale = windows_.front().window.devicePixelRatio();
+    QImage image(size * scale, QImage::Format_RGB32);
+    image.setDevicePixelRatio(scale);
+    image.fill(style_.dark ? QColor(0x3A, 0x44, 0x52) : QColor(0xC9, 0xD6, 0xE4));
+    QPainter painter(&image);
+    for (const Hung& hung : windows_) {
+        QPainterPath path;
+        path.addRoundedRect(hung.shape, hung.radius, hung.radius);
+        painter.save();
+        painter.translate(hung.at);
+        if (!style_.composited) painter.setClipPath(path);
+        painter.drawImage(QPoint(0, 0), grab(hung.window));
+        painter.restore();
+    }
+    return image;
+}
+
+}  // namespace dorix::testing

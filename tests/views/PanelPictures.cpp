@@ -1,0 +1,188 @@
+#include "base/Json.h"
+#include "base/text/Calendar.h"
+#include "fakes/FakeLoginItem.h"
+#include "fakes/FakePasteboard.h"
+#include "fakes/FakeUrlOpener.h"
+#include "fakes/TemporaryFolder.h"
+#include "fakes/dictation/FakeSpeechInput.h"
+#include "linux/xdg/AtomicFile.h"
+#include "localdata/HistoryStore.h"
+#include "localdata/SettingsStore.h"
+#include "panel/HistoryPanel.h"
+#include "views/Exhibit.h"
+#include "views/Tokens.h"
+#include "views/panel/PanelWindow.h"
+
+#include <ctime>
+#include <fstream>
+
+namespace dorix::testing {
+
+namespace {
+
+constexpr int reach = tokens::shadowReach;
+const Style light;
+const Style dark{.dark = true};
+const Style english{.language = "en"};
+const Style englishDark{.language = "en", .dark = true};
+// A laptop's screen of 1366 x 768 pixels has that many points where everything is twice as large.
+constexpr QSize laptop(683, 384);
+
+/// A state of the panel.
+struct Scene {
+    std::string name;
+    PanelSection section = PanelSection::todo;
+    std::string query;
+    std::string selected;  // an item's id
+    bool deletes = false;  // the selected item, at the end
+    bool records = false;
+    bool byKeyboard = false;
+    bool isEmpty = false;  // there is no history at all
+    std::string composer;
+    std::string heard;  // by the composer's microphone, so far
+    QSize size{720, 520};
+    QSize screen{1280, 800};
+    std::vector<Style> styles;
+};
+
+std::vector<Scene> scenes() {
+    return {
+        {.name = "dictation", .selected = "carlos", .styles = {light, {.composited = false}}},
+        {.name = "by-keyboard", .selected = "carlos", .byKeyboard = true, .styles = {englishDark}},
+        {.name = "answer", .selected = "velmar", .styles = {dark}},
+        {.name = "answer-large", .selected = "velmar", .size = {900, 640}, .styles = {english}},
+        {.name = "welcome", .styles = {light}},
+        {.name = "empty", .isEmpty = true, .styles = {englishDark}},
+        {.name = "no-match", .query = "factura de la luz", .styles = {light}},
+        {.name = "empty-section", .section = PanelSection::accion, .selected = "lista", .styles = {dark}},
+        {.name = "deleted",
+         .selected = "lista",
+         .deletes = true,
+         .composer = "Resume la conversación de esta mañana con Ana\ny prepara una respuesta corta",
+         .styles = {light}},
+        {.name = "recording", .selected = "retraso", .records = true, .styles = {english}},
+        {.name = "hearing",
+         .selected = "old11",
+         .records = true,
+         .composer = "Resume lo de ayer.",
+         .heard = "y dime qué queda por hacer antes del viernes con el contrato de Velmar porque Marta",
+         .styles = {dark}},
+        {.name = "narrow-list", .query = "presupuesto", .size = {560, 400}, .styles = {light}},
+        {.name = "narrow-detail", .selected = "carlos", .size = {560, 400}, .styles = {dark}},
+    };
+}
+
+std::vector<Scene> largeScenes() {
+    return {{.name = "dictation", .selected = "carlos", .styles = {light}},
+            {.name = "small-list", .screen = laptop, .styles = {dark}},
+            {.name = "small-detail", .selected = "velmar", .screen = laptop, .styles = {english}}};
+}
+
+/// Some days' work in the language, all of it before `now`, in seconds since 1970.
+std::vector<HistoryItem> sampleHistory(const std::string& language, double now) {
+    std::vector<HistoryItem> items;
+    std::ifstream file(DORIX_SAMPLE_HISTORY);
+    for (const Json& row : Json::parse(file)) {
+        const Json& words = row.at(language);
+        HistoryItem& item = items.emplace_back();
+        item.id = row.at("id");
+        item.kind = historyKind(row.at("kind").get<std::string>()).value();
+        item.app = row.at("app");
+        if (row.contains("bundle")) item.bundleID = row.at("bundle");
+        item.title = words.at("title");
+        item.createdAt = now - row.at("hours").get<double>() * 3600;
+        item.query = words.at("query");
+        item.answer = words.at("answer");
+        item.meta.engine = "Reglas básicas";
+        if (item.kind == HistoryKind::dictado) item.meta.tone = "Profesional";
+        if (row.contains("sources")) item.meta.sources = row.at("sources");
+    }
+    return items;
+}
+
+class PanelExhibit final : public Exhibit {
+ public:
+    PanelExhibit(const Scene& scene, const Style& style) : Exhibit(style) {
+        qputenv("TZ", "UTC");
+        tzset();
+        refreshTimeZone();
+        if (!scene.isEmpty) {
+            for (const auto& item : sampleHistory(style.language, executor.date())) {
+                history_.add(item, HistoryStore::Persist::no);
+            }
+        }
+        defaults.set("panelSize", Json::array({scene.size.width(), scene.size.height()}));
+        state_.section.set(scene.section);
+        state_.query.set(scene.query);
+        state_.composerRecording.set(scene.records);
+        makeWindow(scene);
+        show(*window_);
+        size = window_->size();
+        hang({.window = *window_,
+              .at = {},
+              .shape = QRectF({}, size).adjusted(reach, reach, -reach, -reach),
+              .radius = tokens::cardRadius});
+    }
+
+ private:
+    void makeWindow(const Scene& scene) {
+        window_ = std::make_unique<PanelWindow>(context, PanelWindow::Environment{.executor = executor,
+                                                                                  .defaults = defaults,
+                                                                                  .state = state_,
+                                                                                  .settings = settings_,
+                                                                                  .speech = speech_,
+                                                                                  .panel = panel_});
+        const Rect screen{0, 0, static_cast<double>(scene.screen.width()),
+                          static_cast<double>(scene.screen.height())};
+        window_->place({screen.width - 96, 2, 96, 96}, {{.frame = screen, .visibleFrame = screen}});
+        state_.panelOpen.set(true);
+        window_->open();
+        if (!scene.selected.empty()) state_.selectedID.set(scene.selected);
+        state_.composerText.set(scene.composer);
+        speech_.partial.set(scene.heard);
+        window_->view().insert("detailOpen", !scene.selected.empty());
+        window_->view().insert("byKeyboard", scene.byKeyboard);
+        if (scene.deletes) panel_.deletions.remove(scene.selected);
+    }
+
+    FakeLoginItem loginItem_;
+    FakePasteboard pasteboard_;
+    FakeUrlOpener urls_;
+    UnavailableSavePanel savePanel_;
+    AtomicFileReplacer files_;
+    TemporaryFolder folder_;
+    FakeSpeechInput speech_;
+    AppState state_;
+    HistoryStore history_{folder_.path() / "dorix.sqlite"};
+    SettingsStore settings_{defaults, loginItem_, SystemLanguages{}};
+    HistoryPanel panel_{{.executor = executor,
+                         .background = executor,
+                         .state = state_,
+                         .history = history_,
+                         .database = folder_.path() / "dorix.sqlite",
+                         .pasteboard = pasteboard_,
+                         .savePanel = savePanel_,
+                         .files = files_,
+                         .urls = urls_}};
+    std::unique_ptr<PanelWindow> window_;
+};
+
+std::vector<Picture> pictures(const std::vector<Scene>& scenes) {
+    std::vector<Picture> pictures;
+    for (const Scene& scene : scenes) {
+        pictures.push_back({.name = "panel-" + scene.name,
+                            .show = [scene](const Style& style) -> std::unique_ptr<Exhibit> {
+                                return std::make_unique<PanelExhibit>(scene, style);
+                            },
+                            .styles = scene.styles});
+    }
+    return pictures;
+}
+
+}  // namespace
+
+std::vector<Picture> panelPictures() { return pictures(scenes()); }
+
+std::vector<Picture> largePanelPictures() { return pictures(largeScenes()); }
+
+}  // namespace dorix::testing
