@@ -1,8 +1,10 @@
 #pragma once
 
+#include "base/async/Sleep.h"
 #include "platform/Pasteboard.h"
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace dorix {
@@ -13,26 +15,62 @@ class FakePasteboard final : public Pasteboard {
  public:
     std::vector<Item> items;
     double readSeconds = 0;
-    /// What was done, in order: "read", "string", "clear", "setString ...", "setData TYPE", "write N",
-    /// "foreign".
+    /// What was done, in order: "read", "string", "clear", "setString ...", "setData TYPE", "write N".
     std::vector<std::string> log;
 
     /// Another application takes the clipboard.
-    void copyElsewhere(std::vector<Item> copied);
     void copyElsewhere(std::string_view text) {
-        copyElsewhere({{{std::string(stringType), std::string(text)}}});
+        items = {{{std::string(stringType), std::string(text)}}};
+        mine_ = false;
+        ++changeCount_;
     }
 
     std::int64_t changeCount() const override { return changeCount_; }
-    Task<std::vector<Item>> pasteboardItems() override;
-    Task<std::optional<std::string>> string() override;
-    void clearContents() override;
-    void setString(std::string text) override;
-    void setData(Bytes data, std::string_view type) override;
-    void writeObjects(std::vector<Item> objects) override;
+    Task<std::vector<Item>> pasteboardItems() override {
+        log.emplace_back("read");
+        auto read = items;
+        if (readSeconds > 0) co_await sleep(readSeconds);
+        co_return read;
+    }
+    Task<std::optional<std::string>> string() override {
+        log.emplace_back("string");
+        std::optional<std::string> text;
+        for (const auto& item : items) {
+            for (const auto& [type, data] : item) {
+                if (type == stringType && !text) text = data;
+            }
+        }
+        if (readSeconds > 0) co_await sleep(readSeconds);
+        co_return text;
+    }
+    void clearContents() override {
+        log.emplace_back("clear");
+        items.clear();
+        mine_ = true;
+        ++changeCount_;
+    }
+    void setString(std::string text) override {
+        log.push_back("setString " + text);
+        add(stringType, std::move(text));
+    }
+    void setData(Bytes data, std::string_view type) override {
+        log.push_back("setData " + std::string(type));
+        add(type, std::move(data));
+    }
+    void writeObjects(std::vector<Item> objects) override {
+        log.push_back("write " + std::to_string(objects.size()));
+        if (!mine_) return;
+        ++changeCount_;
+        for (auto& object : objects) items.push_back(std::move(object));
+    }
 
  private:
-    bool begun();
+    void add(std::string_view type, Bytes data) {
+        if (!mine_) return;
+        ++changeCount_;
+        if (items.empty()) items.emplace_back();
+        items.front().emplace_back(type, std::move(data));
+    }
 
     std::int64_t changeCount_ = 7;
     bool mine_ = false;

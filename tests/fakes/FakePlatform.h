@@ -2,19 +2,15 @@
 
 #include "base/async/ManualExecutor.h"
 #include "fakes/FakeAccessibility.h"
-#include "fakes/FakeApplication.h"
 #include "fakes/FakeAudioEngine.h"
+#include "fakes/FakeDesktop.h"
 #include "fakes/FakeHotKeyRegistrar.h"
 #include "fakes/FakeKeyEventMonitors.h"
 #include "fakes/FakeLoginItem.h"
-#include "fakes/FakeMouseEventMonitors.h"
-#include "fakes/FakeNotifications.h"
 #include "fakes/FakePasteboard.h"
 #include "fakes/FakePrivacyGrants.h"
-#include "fakes/FakeProgramLauncher.h"
-#include "fakes/FakeSavePanel.h"
+#include "fakes/FakeProcesses.h"
 #include "fakes/FakeSpeechRecognition.h"
-#include "fakes/FakeStatusItem.h"
 #include "fakes/FakeUrlOpener.h"
 #include "fakes/FakeWorkspace.h"
 #include "fakes/MemoryUserDefaults.h"
@@ -22,6 +18,7 @@
 #include "fakes/RecordingSystemSounds.h"
 #include "fakes/TemporaryFolder.h"
 #include "platform/FileReplacer.h"
+#include "platform/Notifications.h"
 #include "platform/Platform.h"
 
 namespace dorix {
@@ -44,7 +41,7 @@ struct FakePlatform {
     FakeLoginItem loginItem;
     RecordingSystemSounds sounds;
     FakeProgramLauncher launcher;
-    FakeNotifications notifications;
+    UnavailableNotifications notifications;
     FakeUrlOpener urls;
     FakeSavePanel savePanel;
     UnavailableFileReplacer files;

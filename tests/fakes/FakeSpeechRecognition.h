@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace dorix {
@@ -15,9 +16,13 @@ namespace dorix {
 /// A recogniser that says what a test tells it to say.
 class FakeSpeechRecognition final : public SpeechRecognition {
  public:
+    enum class AtFinish { end, stayOpen };
+
     /// One analyzer, as the test sees it; it outlives the analyzer.
     struct Transcription {
         std::string locale;
+        std::exception_ptr startError;
+        AtFinish atFinish;
         std::optional<AsyncStream<AnalyzerInput>> input;  // there once it was started
         AsyncStream<TranscriptionResult> results;
         Completion<void> finalized;
@@ -31,13 +36,26 @@ class FakeSpeechRecognition final : public SpeechRecognition {
             finalized.complete();
         }
     };
-    enum class AtFinish { end, stayOpen };
 
-    std::optional<std::string> supportedLocale(const std::string& equivalentTo) const override;
-    AssetStatus assetStatus(const std::string& locale) const override;
-    Task<void> downloadAndInstall(std::string locale, Progress progress) override;
-    Task<std::optional<AudioFormat>> bestAvailableAudioFormat(std::string locale) override;
-    std::unique_ptr<SpeechAnalyzer> makeAnalyzer(const std::string& locale) override;
+    std::optional<std::string> supportedLocale(const std::string& equivalentTo) const override {
+        const auto locale = locales.find(equivalentTo);
+        return locale == locales.end() ? std::nullopt : std::optional(locale->second);
+    }
+    AssetStatus assetStatus(const std::string&) const override { return status; }
+    Task<void> downloadAndInstall(std::string, Progress newProgress) override {
+        progress = std::move(newProgress);
+        if (installGate) co_await *installGate;
+        status = AssetStatus::installed;
+    }
+    Task<std::optional<AudioFormat>> bestAvailableAudioFormat(std::string) override {
+        if (formatGate) co_await *formatGate;
+        co_return format;
+    }
+    std::unique_ptr<SpeechAnalyzer> makeAnalyzer(const std::string& locale) override {
+        transcriptions.push_back(
+            std::make_shared<Transcription>(locale, std::exchange(startError, nullptr), atFinish));
+        return std::make_unique<Analyzer>(transcriptions.back());
+    }
 
     /// The newest transcription.
     Transcription& current() const { return *transcriptions.back(); }
@@ -45,7 +63,7 @@ class FakeSpeechRecognition final : public SpeechRecognition {
     std::map<std::string, std::string> locales{{"en", "en-US"}, {"es", "es-ES"}};
     AssetStatus status = AssetStatus::installed;
     std::optional<AudioFormat> format = AudioFormat{16000, 1};
-    std::exception_ptr startError;
+    std::exception_ptr startError;      // of the next analyzer
     AtFinish atFinish = AtFinish::end;  // whether results end by themselves when the input has
 
     /// Set to hold installation or the format back until the test completes it.
@@ -54,6 +72,26 @@ class FakeSpeechRecognition final : public SpeechRecognition {
     Progress progress;  // of the installation under way
 
     std::vector<std::shared_ptr<Transcription>> transcriptions;
+
+ private:
+    struct Analyzer final : SpeechAnalyzer {
+        explicit Analyzer(std::shared_ptr<Transcription> of) : transcription(std::move(of)) {}
+
+        Task<void> start(AsyncStream<AnalyzerInput> input) override {
+            if (transcription->startError) std::rethrow_exception(transcription->startError);
+            transcription->input = input;
+            co_return;
+        }
+        AsyncStream<TranscriptionResult> results() override { return transcription->results; }
+        Task<void> finalizeAndFinishThroughEndOfInput() override {
+            transcription->finishCalled = true;
+            if (transcription->atFinish == AtFinish::end) transcription->end();
+            const auto finalized = transcription->finalized;
+            co_await finalized;
+        }
+
+        const std::shared_ptr<Transcription> transcription;
+    };
 };
 
 }  // namespace dorix

@@ -1,32 +1,22 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
 
 namespace dorix {
 
-/// The answers of all tests of IntentRules to one transcript.
+/// The answers of all tests of IntentRules to one transcript, in the order in which `describe` names them.
 struct Intents {
+    static constexpr std::size_t count = 13;
     std::string normalised;
-    bool isTeach = false;
-    bool isSearch = false;
-    bool isAction = false;
-    bool isRecap = false;
-    bool refersToSelection = false;
-    bool isTransform = false;
-    bool isReply = false;
-    bool isSelectionCommand = false;
-    bool refersToScreen = false;
-    bool isScreenQuestion = false;
-    bool meetingStart = false;
-    bool meetingStop = false;
-    bool teachDone = false;
-
+    std::array<bool, count> holds{};
     bool operator==(const Intents&) const = default;
 };
 
-/// For the messages of failing tests.
+/// The normalised text and the names of the tests that hold.
 std::string describe(const Intents& intents);
 
 /// The answers of IntentRules.
@@ -43,11 +33,11 @@ class NaiveIntentRules {
     Intents judge(std::string_view transcript) const;
 
     /// The tests alone, on what `normalise` gave, which the benchmark sets apart.
-    Intents judgeNormalised(std::string normalised, std::string_view transcript) const;
+    Intents judgeNormalised(std::string text, std::string_view transcript) const;
 
  private:
-    struct Patterns;
-    std::unique_ptr<Patterns> patterns_;
+    struct Compiled;
+    std::unique_ptr<Compiled> compiled_;
 };
 
 }  // namespace dorix

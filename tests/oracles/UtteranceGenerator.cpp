@@ -71,7 +71,8 @@ std::string UtteranceGenerator::next() {
     std::string text;
     if (happens(30)) text += pick(intentwords::fillerPrefixes());
     if (happens(15)) text += words(1 + random_() % 3) + " ";
-    text += happens(70) ? sample(pick(patterns)) : std::string(pick(phrases));
+    std::size_t start = 0;
+    text += happens(70) ? choice(pick(patterns), start) : std::string(pick(phrases));
     if (happens(60)) text += " " + words(1 + random_() % 10);
     while (happens(40)) mutate(text);
     return text;
@@ -88,28 +89,15 @@ std::string UtteranceGenerator::words(std::size_t count) {
 
 void UtteranceGenerator::mutate(std::string& text) {
     const auto at = random_() % (text.size() + 1);
-    switch (random_() % 4) {
-        case 0:
-            text.insert(at, pick(oddities));
-            break;
-        case 1:
-            text.insert(at, " " + pick(intentVocabulary()) + " ");
-            break;
-        case 2:
-            text.erase(at, 1 + random_() % 4);
-            break;
-        default:
-            text.insert(at, pick(oddities)).insert(0, pick(oddities));
-            break;
-    }
+    const auto way = random_() % 4;
+    if (way == 0) text.insert(at, " " + pick(intentVocabulary()) + " ");
+    if (way == 1) text.erase(at, 1 + random_() % 4);
+    if (way >= 2) text.insert(at, pick(oddities));
+    if (way == 3) text.insert(0, pick(oddities));
 }
 
-/// A text that the pattern matches, conditions apart: each way is taken as likely as the next.
-std::string UtteranceGenerator::sample(std::string_view pattern) {
-    std::size_t at = 0;
-    return choice(pattern, at);
-}
-
+/// A text that the alternatives from `at` on match, conditions apart: each way is taken as likely as the
+/// next.
 std::string UtteranceGenerator::choice(std::string_view pattern, std::size_t& at) {
     std::vector<std::string> ways{sequence(pattern, at)};
     while (at < pattern.size() && pattern[at] == '|') ways.push_back(sequence(pattern, ++at));

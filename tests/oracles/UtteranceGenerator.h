@@ -23,7 +23,6 @@ class UtteranceGenerator {
     std::string words(std::size_t count);
 
  private:
-    std::string sample(std::string_view pattern);
     std::string choice(std::string_view pattern, std::size_t& at);
     std::string sequence(std::string_view pattern, std::size_t& at);
     std::string single(std::string_view pattern, std::size_t& at);

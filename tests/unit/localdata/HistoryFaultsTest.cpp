@@ -1,10 +1,10 @@
 #include "fakes/TemporaryFolder.h"
 #include "localdata/HistoryStore.h"
+#include "unit/localdata/FaultyDisk.h"
 #include "unit/localdata/HistoryFile.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -28,7 +28,9 @@ class HistoryFaultsTest : public testing::Test {
     /// A file that an earlier run left.
     void makeFile() const { HistoryStore(file).add(historyItem("antes", 1), Persist::yes); }
 
-    TemporaryFolder folder;
+    // What a process has written outlives it wherever it lies; in memory the rounds take less time.
+    static inline const fs::path memory = "/dev/shm";
+    TemporaryFolder folder{fs::is_directory(memory) ? memory : fs::temp_directory_path()};
     fs::path file = folder.path() / "dorix.sqlite";
 };
 
@@ -123,87 +125,51 @@ TEST_F(HistoryFaultsTest, ADatabaseThatAnotherProgramHasLockedIsNotWaitedFor) {
     EXPECT_EQ(store.loadAll().size(), 3U);
 }
 
-/// No file can grow beyond `size` while it lives: to SQLite the disk is full.
-class FullDisk {
- public:
-    explicit FullDisk(rlim_t size) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
-        getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit limit{.rlim_cur = size, .rlim_max = before_.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FullDisk() {
-        setrlimit(RLIMIT_FSIZE, &before_);
-        std::signal(SIGXFSZ, handler_);
-    }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
-
- private:
-    rlimit before_{};
-    void (*handler_)(int);
-};
-
-TEST_F(HistoryFaultsTest, AFullDiskCostsOnlyWhatDidNotFit) {
-    makeFile();
-    auto large = historyItem("grande", 2);
-    large.answer = std::string(400'000, 'a');
-    {
-        HistoryStore store(file);
-        store.add(historyItem("cabe", 3), Persist::yes);
-        {
-            const FullDisk disk(200'000);
-            store.add(large, Persist::yes);
+TEST_F(HistoryFaultsTest, AFaultOfTheDiskCostsOnlyWhatWasBeingWritten) {
+    auto item = historyItem("", 2);
+    item.answer = std::string(20'000, 'a');  // of several pages
+    for (const int lasting : {1, 1'000'000}) {
+        int failed = 1;
+        for (int good = 0; failed > 0; ++good) {
+            SCOPED_TRACE(std::to_string(lasting) + " failures after " + std::to_string(good));
+            std::vector<std::string> written{"antes"};
+            makeFile();
+            {
+                const FaultyDisk disk(good, lasting);
+                HistoryStore store(file);
+                for (const auto* id : {"a", "b", "c"}) {
+                    item.id = id;
+                    ++item.createdAt;
+                    const int before = FaultyDisk::failed;
+                    store.add(item, Persist::yes);
+                    if (FaultyDisk::failed == before) written.insert(written.begin(), id);
+                }
+                EXPECT_THAT(ids(store.items()), ElementsAre("c", "b", "a", "antes"));
+                if (lasting == 1) EXPECT_EQ(ids(store.loadAll()), written);
+            }
+            failed = FaultyDisk::failed;
+            EXPECT_TRUE(isWhole(file));
+            EXPECT_THAT(ids(HistoryStore(file).items()), testing::IsSupersetOf(written));
+            fs::remove(file);
         }
-        EXPECT_THAT(ids(store.items()), ElementsAre("cabe", "grande", "antes"));
-        EXPECT_THAT(ids(store.loadAll()), ElementsAre("cabe", "antes"));
-        store.add(historyItem("despues", 4), Persist::yes);
     }
-    EXPECT_TRUE(isWhole(file));
-    EXPECT_THAT(ids(HistoryStore(file).items()), ElementsAre("despues", "cabe", "antes"));
 }
-
-/// Gives up the rights that the tests may have been started with, which no permission would stop.
-class OrdinaryUser {
- public:
-    static constexpr uid_t nobody = 65534;
-    OrdinaryUser() {
-        if (before_ == 0 && seteuid(nobody) != 0) throw std::runtime_error("cannot become an ordinary user");
-    }
-    ~OrdinaryUser() {
-        if (seteuid(before_) != 0) std::abort();
-    }
-    OrdinaryUser(const OrdinaryUser&) = delete;
-    OrdinaryUser& operator=(const OrdinaryUser&) = delete;
-
- private:
-    uid_t before_ = geteuid();
-};
 
 TEST_F(HistoryFaultsTest, AReadOnlyFileIsRead) {
     makeFile();
-    if (geteuid() == 0) {
-        ASSERT_EQ(chown(folder.path().c_str(), OrdinaryUser::nobody, OrdinaryUser::nobody), 0);
-        ASSERT_EQ(chown(file.c_str(), OrdinaryUser::nobody, OrdinaryUser::nobody), 0);
-    }
-    fs::permissions(file, fs::perms::owner_read);
     const auto before = bytes(file);
     {
-        const OrdinaryUser user;
+        const FaultyDisk disk(FaultyDisk::Opens::readOnly);
         HistoryStore store(file);
         store.add(historyItem("ahora", 2), Persist::yes);
         EXPECT_THAT(ids(store.items()), ElementsAre("ahora", "antes"));
         EXPECT_THAT(ids(store.loadAll()), ElementsAre("antes"));
     }
-    EXPECT_EQ(bytes(file), before);
-
-    for (const auto* beside : {"-wal", "-shm"}) fs::remove(file.string() + beside);
-    fs::permissions(folder.path(), fs::perms::owner_read | fs::perms::owner_exec);
+    const FaultyDisk disk(FaultyDisk::Opens::nothingBeside);
     const auto log = logOf([&] {
-        const OrdinaryUser user;
         HistoryStore store(file);
         expectWorksFromMemory(store);
     });
-    fs::permissions(folder.path(), fs::perms::owner_all);
     EXPECT_THAT(log, testing::StartsWith("DORIX SQLite: ")) << "SQLite needs files beside it";
     EXPECT_EQ(bytes(file), before);
 }
@@ -260,16 +226,13 @@ void expectHolds(const fs::path& file, int written) {
 }
 
 TEST_F(HistoryFaultsTest, NoCrashLosesARowThatWasWritten) {
-    // What a process has written outlives it wherever it lies; in memory the rounds take less time.
-    const fs::path memory = "/dev/shm";
-    const TemporaryFolder place(fs::is_directory(memory) ? memory : fs::temp_directory_path());
     const auto seed = std::random_device{}();
     std::mt19937 random(seed);
     // A hundred rounds, unless a sanitizer makes them slow.
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
     for (int round = 0; round < 100 && std::chrono::steady_clock::now() < end && !HasFailure(); ++round) {
         SCOPED_TRACE("round " + std::to_string(round) + " of seed " + std::to_string(seed));
-        const auto crashed = place.path() / std::to_string(round) / "dorix.sqlite";
+        const auto crashed = folder.path() / std::to_string(round) / "dorix.sqlite";
         const int last = std::uniform_int_distribution(-1, writes - 1)(random);
         const std::chrono::microseconds after(std::uniform_int_distribution(0, 100)(random));
         expectHolds(crashed, writtenUntilKilled(crashed, last, after));

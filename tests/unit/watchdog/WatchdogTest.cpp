@@ -1,6 +1,5 @@
 #include "base/async/ManualExecutor.h"
-#include "fakes/FakeProcessWatcher.h"
-#include "fakes/FakeProgramLauncher.h"
+#include "fakes/FakeProcesses.h"
 #include "fakes/MemoryUserDefaults.h"
 #include "watchdog/RelaunchLimiter.h"
 #include "watchdog/Watchdog.h"
