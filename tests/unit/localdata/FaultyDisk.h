@@ -4,23 +4,20 @@
 
 #include <array>
 #include <climits>
+#include <utility>
 
 namespace dorix {
 
-/// The disk as SQLite finds it while this lives, for files that are opened and closed meanwhile: from some
-/// call on, what writes, cuts or syncs a file fails half done.
+/// The disk as SQLite finds it while this lives, for files that are opened and closed meanwhile. Of the calls
+/// that write or sync a file, those from number `good` on fail half done, until `lasting` have failed.
 class FaultyDisk {
  public:
     enum class Opens { all, readOnly, nothingBeside };
 
-    /// Fails `lasting` times after `good` calls.
-    FaultyDisk(int good, int lasting) : FaultyDisk(Opens::all) {
+    explicit FaultyDisk(Opens opens, int good = INT_MAX, int lasting = 0) {
+        opens_ = opens;
         good_ = good;
         lasting_ = lasting;
-    }
-    explicit FaultyDisk(Opens opens) {
-        opens_ = opens;
-        good_ = INT_MAX;
         failed = 0;
         real_ = sqlite3_vfs_find(nullptr);
         disk_ = *real_;
@@ -43,36 +40,31 @@ class FaultyDisk {
         }
         const int result = real_->xOpen(real_, name, file, flags, opened);
         if (result != SQLITE_OK) return result;
-        realFile_ = file->pMethods;
         auto& methods = methods_.at(isMain ? 0 : 1);
-        methods = *realFile_;
-        methods.xWrite = [](sqlite3_file* to, const void* data, int size, sqlite3_int64 at) {
-            const bool fails = failsNow();
-            const int written = realFile_->xWrite(to, data, fails ? size / 2 : size, at);
-            return fails ? SQLITE_FULL : written;
-        };
-        methods.xTruncate = [](sqlite3_file* cut, sqlite3_int64 size) {
-            return failsNow() ? SQLITE_IOERR_TRUNCATE : realFile_->xTruncate(cut, size);
-        };
-        methods.xSync = [](sqlite3_file* synced, int how) {
-            return failsNow() ? SQLITE_IOERR_FSYNC : realFile_->xSync(synced, how);
-        };
+        methods = *file->pMethods;
+        realWrite_ = std::exchange(methods.xWrite, write);
+        realSync_ = std::exchange(methods.xSync, sync);
         file->pMethods = &methods;
         return SQLITE_OK;
     }
-    static bool failsNow() {
-        if (good_-- > 0 || failed == lasting_) return false;
-        ++failed;
-        return true;
+    static int write(sqlite3_file* file, const void* data, int size, sqlite3_int64 at) {
+        if (!failsNow()) return realWrite_(file, data, size, at);
+        realWrite_(file, data, size / 2, at);
+        return SQLITE_FULL;
     }
+    static int sync(sqlite3_file* file, int how) {
+        return failsNow() ? SQLITE_IOERR_FSYNC : realSync_(file, how);
+    }
+    static bool failsNow() { return --good_ < 0 && failed < lasting_ && ++failed > 0; }
 
     static inline Opens opens_ = Opens::all;
     static inline int good_ = 0;
     static inline int lasting_ = 0;
     static inline sqlite3_vfs* real_ = nullptr;
     static inline sqlite3_vfs disk_{};
-    static inline const sqlite3_io_methods* realFile_ = nullptr;  // the newest, all write alike
-    static inline std::array<sqlite3_io_methods, 2> methods_{};   // only a database can be locked
+    static inline std::array<sqlite3_io_methods, 2> methods_{};  // only a database can be locked
+    static inline decltype(sqlite3_io_methods::xWrite) realWrite_ = nullptr;
+    static inline decltype(sqlite3_io_methods::xSync) realSync_ = nullptr;
 };
 
 }  // namespace dorix

@@ -54,15 +54,9 @@ TEST_F(SettingsTest, TranslatesFillsAndGroups) {
 }
 
 TEST_F(SettingsTest, StartsWithDefaultsForWhatIsAbsentOrOfTheWrongType) {
-    for (const auto& [key, value] : Json{{"pttKey", "leftShift"},
-                                         {"engine", 3},
-                                         {"adaptTone", "no"},
-                                         {"playSounds", 0},
-                                         {"signatureName", false},
-                                         {"paused", "yes"}}
-                                        .items()) {
-        defaults.set(key, value);
-    }
+    const auto odd = Json::parse(R"({"pttKey": "leftShift", "engine": 3, "adaptTone": "no", "playSounds": 0,
+                                     "signatureName": false, "paused": "yes"})");
+    for (const auto& [key, value] : odd.items()) defaults.set(key, value);
     system({.preferred = {"it"}, .currentLanguageCode = "it"});
     const auto settings = store();
     EXPECT_EQ(settings.pushToTalkKey.get(), PushToTalkKey::rightOption);
@@ -88,13 +82,11 @@ TEST_F(SettingsTest, WritesEveryChangeAndReadsItBack) {
         settings.paused.set(true);
     }
     EXPECT_EQ(defaults.string("pttKey"), "fn");
-    EXPECT_EQ(defaults.string("engine"), "local");
     const auto again = store();
     EXPECT_EQ(again.pushToTalkKey.get(), PushToTalkKey::fn);
     EXPECT_EQ(again.engine.get(), WritingEngine::local);
-    EXPECT_FALSE(again.adaptTone.get());
+    EXPECT_TRUE(again.paused.get() && !again.adaptTone.get());
     EXPECT_EQ(again.styleNotes.get(), "tuteo");
-    EXPECT_TRUE(again.paused.get());
 }
 
 TEST_F(SettingsTest, TheDictationLanguageFollowsTheAppLanguage) {
