@@ -3,6 +3,7 @@
 #include "base/async/Completion.h"
 #include "platform/Application.h"
 #include "platform/MouseEventMonitors.h"
+#include "platform/ProgramLauncher.h"
 #include "platform/SavePanel.h"
 #include "platform/StatusItem.h"
 
@@ -61,6 +62,15 @@ class FakeStatusItem final : public StatusItem {
     std::function<void()> clicked;
     MenuBuilder menu;
     std::string toolTip;
+};
+
+/// Starts nothing.
+class FakeProgramLauncher final : public ProgramLauncher {
+ public:
+    std::int32_t ownProcessIdentifier() const override { return 42; }
+    std::string bundlePath() const override { return "/opt/dorix"; }
+    std::unique_ptr<ChildProcess> launchSelf(const std::vector<std::string>&) override { return nullptr; }
+    bool open(const std::string&) override { return false; }
 };
 
 }  // namespace dorix

@@ -9,7 +9,6 @@
 #include "fakes/FakeLoginItem.h"
 #include "fakes/FakePasteboard.h"
 #include "fakes/FakePrivacyGrants.h"
-#include "fakes/FakeProcesses.h"
 #include "fakes/FakeSpeechRecognition.h"
 #include "fakes/FakeUrlOpener.h"
 #include "fakes/FakeWorkspace.h"

@@ -19,22 +19,21 @@ class Capture : public testing::Test {
     void front(const std::optional<std::string>& bundleID, std::optional<std::string> name = "Nombre") {
         workspace.frontmost = RunningApplication{pid, bundleID, std::move(name), 1};
     }
+    void set(std::string attribute, std::expected<AXValue, AXError> value) {
+        accessibility.application(pid).attributes.insert_or_assign(std::move(attribute), std::move(value));
+    }
     void title(std::string title) {
         auto window = std::make_shared<FakeElement>();
         window->attributes.emplace("AXTitle", AXValue(std::move(title)));
-        accessibility.application(pid).attributes.insert_or_assign("AXFocusedWindow", AXValue(window));
-    }
-    void focusFails(AXError error) {
-        accessibility.application(pid).attributes.insert_or_assign("AXFocusedUIElement",
-                                                                   std::unexpected(error));
+        set("AXFocusedWindow", AXValue(window));
     }
     /// A page `parents` elements above the focus.
     std::shared_ptr<FakeElement> pageAbove(int parents, std::string url) {
         auto element = accessibility.focus(pid, parents == 0 ? "AXWebArea" : "AXGroup");
         for (int i = 1; i <= parents; ++i) {
             auto parent = std::make_shared<FakeElement>();
-            parent->attributes.emplace("AXRole",
-                                       AXValue(std::string(i == parents ? "AXWebArea" : "AXGroup")));
+            const std::string role = i == parents ? "AXWebArea" : "AXGroup";
+            parent->attributes.emplace("AXRole", AXValue(role));
             element->attributes.emplace("AXParent", AXValue(parent));
             element = parent;
         }
@@ -42,6 +41,12 @@ class Capture : public testing::Test {
         return element;
     }
     AppContext capture() { return captureAppContext(workspace, accessibility); }
+    /// What it is called, its tone and its icon.
+    std::string known() {
+        const auto context = capture();
+        return context.displayName + ", " + std::string(toneName(context.tone)) + ", " +
+               std::string(glyphName(context.icon));
+    }
 
     FakeWorkspace workspace;
     FakeAccessibility accessibility;
@@ -49,16 +54,12 @@ class Capture : public testing::Test {
 
 TEST_F(Capture, NothingElseInFrontGivesThePlaceholder) {
     EXPECT_EQ(capture(), AppContext{});
-    front(std::nullopt);
-    EXPECT_EQ(capture(), AppContext{});
-    front(workspace.own);
-    EXPECT_EQ(capture(), AppContext{});
+    for (const auto& none : {std::optional<std::string>(), std::optional(workspace.own)}) {
+        front(none);
+        EXPECT_EQ(capture(), AppContext{});
+    }
     EXPECT_TRUE(accessibility.applications.empty());
-
-    const AppContext placeholder;
-    EXPECT_EQ(placeholder.displayName, "Escritorio");
-    EXPECT_EQ(placeholder.tone, Tone::neutral);
-    EXPECT_EQ(placeholder.icon, Ph::appWindow);
+    EXPECT_EQ(known(), "Escritorio, neutral, appWindow");
 }
 
 TEST_F(Capture, WithoutAccessibilityTheTablesStillWork) {
@@ -66,71 +67,49 @@ TEST_F(Capture, WithoutAccessibilityTheTablesStillWork) {
     const auto context = capture();
     EXPECT_EQ(context.app, workspace.frontmost);
     EXPECT_EQ(context.bundleID, mail);
-    EXPECT_EQ(context.displayName, "Correo");
-    EXPECT_EQ(context.tone, Tone::profesional);
-    EXPECT_EQ(context.icon, Ph::envelopeSimple);
-    EXPECT_EQ(context.windowTitle, std::nullopt);
-    EXPECT_EQ(context.hasEditableFocus, std::nullopt);
-    EXPECT_EQ(context.pageURL, std::nullopt);
-
+    EXPECT_EQ(known(), "Correo, profesional, envelopeSimple");
+    EXPECT_FALSE(context.windowTitle || context.hasEditableFocus || context.pageURL);
     front("org.example.Unknown", std::nullopt);
-    EXPECT_EQ(capture().displayName, "App");
-    EXPECT_EQ(capture().icon, Ph::appWindow);
+    EXPECT_EQ(known(), "App, neutral, appWindow");
 }
 
 TEST_F(Capture, EditableFocus) {
     front(mail);
+    constexpr std::optional<bool> unknown;
     accessibility.focus(pid, "AXSearchField");
     EXPECT_EQ(capture().hasEditableFocus, true);
-    accessibility.focus(pid, "AXTable")->settable["AXValue"] = false;
-    EXPECT_EQ(capture().hasEditableFocus, false);
-    accessibility.focus(pid, "AXTable")->settable["AXValue"] = true;
-    EXPECT_EQ(capture().hasEditableFocus, true);
-    accessibility.focus(pid, "AXGroup")->settable["AXValue"] = true;
-    EXPECT_EQ(capture().hasEditableFocus, true);
-    accessibility.focus(pid, "AXGroup")->settable["AXValue"] = false;
-    EXPECT_EQ(capture().hasEditableFocus, std::nullopt);
+    for (const auto* role : {"AXTable", "AXGroup", ""}) {
+        for (const bool settable : {false, true}) {
+            accessibility.focus(pid, role)->settable["AXValue"] = settable;
+            const auto never = std::string_view(role) == "AXTable" ? std::optional(false) : unknown;
+            EXPECT_EQ(capture().hasEditableFocus, settable ? true : never) << role;
+        }
+    }
+    accessibility.focus(pid, "")->attributes.clear();
+    EXPECT_EQ(capture().hasEditableFocus, unknown);
 
-    auto roleless = accessibility.focus(pid, "");
-    roleless->attributes.clear();
-    EXPECT_EQ(capture().hasEditableFocus, std::nullopt);
-    roleless->settable["AXValue"] = true;
-    EXPECT_EQ(capture().hasEditableFocus, true);
-}
-
-TEST_F(Capture, OnlyACertainAbsenceOfFocusIsFalse) {
-    front(mail);
-    focusFails(AXError::noValue);
+    // Only a certain absence of focus is false.
+    set("AXFocusedUIElement", std::unexpected(AXError::noValue));
     EXPECT_EQ(capture().hasEditableFocus, false);
-    focusFails(AXError::cannotComplete);
-    EXPECT_EQ(capture().hasEditableFocus, std::nullopt);
-    accessibility.application(pid).attributes.insert_or_assign("AXFocusedUIElement",
-                                                               AXValue(AXUIElementRef()));
-    EXPECT_EQ(capture().hasEditableFocus, std::nullopt);
-    accessibility.application(pid).attributes.insert_or_assign("AXFocusedUIElement", AXValue(true));
-    EXPECT_EQ(capture().hasEditableFocus, std::nullopt);
+    set("AXFocusedUIElement", std::unexpected(AXError::cannotComplete));
+    EXPECT_EQ(capture().hasEditableFocus, unknown);
+    for (const auto& odd : {AXValue(AXUIElementRef()), AXValue(true)}) {
+        set("AXFocusedUIElement", odd);
+        EXPECT_EQ(capture().hasEditableFocus, unknown);
+    }
 }
 
 TEST_F(Capture, ABrowserIsKnownByItsSite) {
     front(chrome, "Chrome");
     title("INBOX (3)");
-    auto context = capture();
-    EXPECT_EQ(context.displayName, "Gmail");
-    EXPECT_EQ(context.tone, Tone::profesional);
-    EXPECT_EQ(context.icon, Ph::envelopeSimple);
-    EXPECT_EQ(context.windowTitle, "INBOX (3)");
-
+    EXPECT_EQ(known(), "Gmail, profesional, envelopeSimple");
+    EXPECT_EQ(capture().windowTitle, "INBOX (3)");
     title("github and notion");
     EXPECT_EQ(capture().displayName, "Notion");
     title("Sala | Teams");
     EXPECT_EQ(capture().displayName, "Teams");
-
     title("El tiempo");
-    context = capture();
-    EXPECT_EQ(context.displayName, "Chrome");
-    EXPECT_EQ(context.tone, Tone::neutral);
-    EXPECT_EQ(context.icon, Ph::browser);
-
+    EXPECT_EQ(known(), "Chrome, neutral, browser");
     front(mail, "Correo");
     title("github");
     EXPECT_EQ(capture().displayName, "Correo");
@@ -191,11 +170,14 @@ TEST(HostOf, TakesAddressesApart) {
 }
 
 TEST(StoredRowIcon, SiteNameFirstThenIdentifier) {
-    EXPECT_EQ(storedRowIcon("Gmail", chrome), Ph::envelopeSimple);
-    EXPECT_EQ(storedRowIcon("gmail", chrome), Ph::browser);
-    EXPECT_EQ(storedRowIcon("LinkedIn", std::nullopt), Ph::linkedinLogo);
-    EXPECT_EQ(storedRowIcon("Terminal", "com.apple.Terminal"), Ph::terminalWindow);
-    EXPECT_EQ(storedRowIcon("Algo", std::nullopt), Ph::appWindow);
+    const auto icon = [](const char* name, const std::optional<std::string>& bundleID) {
+        return glyphName(storedRowIcon(name, bundleID));
+    };
+    EXPECT_EQ(icon("Gmail", chrome), "envelopeSimple");
+    EXPECT_EQ(icon("gmail", chrome), "browser");
+    EXPECT_EQ(icon("LinkedIn", std::nullopt), "linkedinLogo");
+    EXPECT_EQ(icon("Terminal", "com.apple.Terminal"), "terminalWindow");
+    EXPECT_EQ(icon("Algo", std::nullopt), "appWindow");
 }
 
 TEST(AppTables, HostsAreWrittenAsAddressesAreRead) {
@@ -213,7 +195,6 @@ TEST(Names, EveryToneAndGlyphIsFoundByItsName) {
         EXPECT_EQ(glyphNamed(glyphName(glyph)), glyph);
     }
     EXPECT_EQ(toneNamed("Informal"), std::nullopt);
-    EXPECT_EQ(historyLabel(Tone::tecnico), "Técnico");
 }
 
 }  // namespace
