@@ -2,7 +2,6 @@
 #include "base/async/TaskScope.h"
 #include "speech/AudioTap.h"
 #include "speech/BufferClock.h"
-#include "speech/Join.h"
 
 #include <gtest/gtest.h>
 
@@ -125,13 +124,6 @@ TEST_F(AudioTapTest, AnotherFormatThanAgreedIsDropped) {
     auto tap = tapFor({48000, 1}, {16000, 1});
     tap({std::vector<float>(2048), {44100, 2}});
     EXPECT_TRUE(taken().empty());
-}
-
-TEST(JoinTest, LeavesOneBlankBetweenPieces) {
-    EXPECT_EQ(join("hola ", "\n mundo\t"), "hola mundo");
-    EXPECT_EQ(join(" \n", " mundo "), "mundo");
-    EXPECT_EQ(join("hola\u00a0", ""), "hola");
-    EXPECT_EQ(join("", ""), "");
 }
 
 }  // namespace

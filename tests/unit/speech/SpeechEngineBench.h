@@ -1,39 +1,23 @@
 #pragma once
 
-#include "base/Log.h"
 #include "base/async/ManualExecutor.h"
 #include "fakes/FakeAudioEngine.h"
 #include "fakes/FakeSpeechRecognition.h"
+#include "fakes/Outcome.h"
 #include "speech/SpeechEngine.h"
 
 #include <gtest/gtest.h>
 
 #include <memory>
 #include <string>
-#include <string_view>
-#include <type_traits>
 #include <vector>
 
 namespace dorix {
 
-/// Log lines of one test at a time; the sink itself can be set only once.
-inline std::vector<std::string>& loggedLines() {
-    static std::vector<std::string> lines;
-    static const bool installed = [] {
-        setLogSink([](std::string_view line) { lines.emplace_back(line); });
-        return true;
-    }();
-    static_cast<void>(installed);
-    return lines;
-}
-
 /// A speech engine with a made-up microphone and recogniser, in virtual time.
 class SpeechEngineBench : public testing::Test {
  protected:
-    SpeechEngineBench() {
-        loggedLines().clear();
-        makeEngine();
-    }
+    SpeechEngineBench() { makeEngine(); }
 
     void makeEngine() {
         engine = std::make_unique<SpeechEngine>(executor, audio, recognition);
@@ -55,15 +39,16 @@ class SpeechEngineBench : public testing::Test {
         executor.runPosted();
         ASSERT_TRUE(handle.isDone());
     }
+    /// What is logged while `function` runs.
+    static std::string logOf(auto function) {
+        testing::internal::CaptureStderr();
+        function();
+        return testing::internal::GetCapturedStderr();
+    }
 
-    /// What a task gave, "(done)" where that is nothing; "(pending)" when it has not ended.
     template <typename T>
-    std::string outcome(const TaskHandle<T>& handle) {
-        std::string into = "(pending)";
-        TaskScope watching(executor);
-        watching.spawn(note(handle, into));
-        executor.runPosted();
-        return into;
+    std::string outcome(const TaskHandle<T>& task) {
+        return dorix::outcome(executor, task);
     }
 
     /// Lets time pass while the microphone delivers sound ten times a second.
@@ -80,23 +65,6 @@ class SpeechEngineBench : public testing::Test {
     std::unique_ptr<SpeechEngine> engine;
     int lost = 0;
     TaskScope scope{executor};
-
- private:
-    template <typename T>
-    static Task<void> note(TaskHandle<T> handle, std::string& into) {
-        try {
-            if constexpr (std::is_void_v<T>) {
-                co_await handle;
-                into = "(done)";
-            } else {
-                into = co_await handle;
-            }
-        } catch (const Cancelled&) {
-            into = "(cancelled)";
-        } catch (...) {
-            into = localizedDescription(std::current_exception());
-        }
-    }
 };
 
 }  // namespace dorix
