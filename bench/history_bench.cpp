@@ -1,4 +1,4 @@
-#include "localdata/HistoryMetaJson.h"
+#include "localdata/HistoryRows.h"
 #include "localdata/HistoryStore.h"
 #include "sqlite/Sqlite.h"
 

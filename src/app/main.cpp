@@ -12,7 +12,6 @@
 #include "views/Application.h"
 #include "views/DesktopWords.h"
 #include "views/Views.h"
-#include "watchdog/WatchdogArguments.h"
 #include "watchdog/WatchdogTask.h"
 
 #include <sys/signalfd.h>

@@ -3,8 +3,8 @@
 #include "base/async/Task.h"
 #include "context/AppContext.h"
 #include "context/ScreenCapture.h"
-#include "context/SelectedText.h"
-#include "localdata/HistoryKind.h"
+#include "context/SelectionProbe.h"
+#include "localdata/HistoryItem.h"
 
 #include <optional>
 #include <string>

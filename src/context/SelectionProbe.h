@@ -1,12 +1,22 @@
 #pragma once
 
 #include "base/async/Task.h"
-#include "context/SelectedText.h"
 #include "platform/Workspace.h"
 
 #include <optional>
+#include <string>
 
 namespace dorix {
+
+/// What the user has selected in another application.
+struct SelectedText {
+    /// As it stands there, not trimmed.
+    std::string text;
+    /// Whether it can be written over; none for unknown.
+    std::optional<bool> editable;
+
+    bool operator==(const SelectedText&) const = default;
+};
 
 /// Looks for selected text in another application. Main executor.
 class SelectionProbe {

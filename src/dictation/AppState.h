@@ -2,6 +2,8 @@
 
 #include "base/Observable.h"
 
+#include <array>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -11,7 +13,7 @@ namespace dorix {
 
 /// What the HUD shows: a state of the recording, or a message with its text in the app language.
 struct HUDPhase {
-    enum class Kind { done, info, error, learned, hidden, listening, processing };
+    enum class Kind : std::uint8_t { done, info, error, learned, hidden, listening, processing };
 
     Kind kind = Kind::hidden;
     std::string text;
@@ -28,7 +30,11 @@ struct HUDPhase {
 };
 
 /// The kind's name, for logs and traces.
-std::string_view name(HUDPhase::Kind kind);
+constexpr std::string_view name(HUDPhase::Kind kind) {
+    constexpr std::array<std::string_view, 7> names{"done",   "info",      "error",     "learned",
+                                                    "hidden", "listening", "processing"};
+    return names.at(std::to_underlying(kind));
+}
 
 /// The filter of the panel.
 enum class PanelSection { todo, dictado, preguntas, reunion, busqueda, accion };

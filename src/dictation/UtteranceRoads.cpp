@@ -10,7 +10,7 @@
 #include "localdata/SettingsStore.h"
 #include "meeting/Meeting.h"
 #include "routing/IntentRules.h"
-#include "writing/Writer.h"
+#include "writing/TextPolisher.h"
 
 #include <exception>
 #include <optional>
@@ -41,38 +41,6 @@ bool isEditable(const SelectedText& selected, const AppContext& context) {
 bool mayHaveCursor(const AppContext& context) { return context.hasEditableFocus != false; }
 
 }  // namespace
-
-std::string_view name(Route route) {
-    switch (route) {
-        case Route::selectionRewrite:
-            return "selectionRewrite";
-        case Route::assistantSelection:
-            return "assistantSelection";
-        case Route::assistantScreen:
-            return "assistantScreen";
-        case Route::meetingStart:
-            return "meetingStart";
-        case Route::meetingStop:
-            return "meetingStop";
-        case Route::teachStart:
-            return "teachStart";
-        case Route::teachDone:
-            return "teachDone";
-        case Route::action:
-            return "action";
-        case Route::recap:
-            return "recap";
-        case Route::search:
-            return "search";
-        case Route::replyPolish:
-            return "replyPolish";
-        case Route::writeOrAskWrite:
-            return "writeOrAskWrite";
-        case Route::plain:
-            return "plain";
-    }
-    std::unreachable();
-}
 
 UtteranceRoads::UtteranceRoads(AppState& state, Writer& writer, SelectionProbe& selection,
                                Accessibility& accessibility, WrittenText& written, HUDFlash& hud,

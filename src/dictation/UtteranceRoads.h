@@ -5,6 +5,8 @@
 #include "dictation/WrittenText.h"
 #include "routing/Utterance.h"
 
+#include <array>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -22,7 +24,7 @@ class Writer;
 struct SelectedText;
 
 /// Where an utterance went.
-enum class Route {
+enum class Route : std::uint8_t {
     selectionRewrite,
     assistantSelection,
     assistantScreen,
@@ -39,7 +41,22 @@ enum class Route {
 };
 
 /// The route's name, for logs and traces.
-std::string_view name(Route route);
+constexpr std::string_view name(Route route) {
+    constexpr std::array<std::string_view, 13> names{"selectionRewrite",
+                                                     "assistantSelection",
+                                                     "assistantScreen",
+                                                     "meetingStart",
+                                                     "meetingStop",
+                                                     "teachStart",
+                                                     "teachDone",
+                                                     "action",
+                                                     "recap",
+                                                     "search",
+                                                     "replyPolish",
+                                                     "writeOrAskWrite",
+                                                     "plain"};
+    return names.at(std::to_underlying(route));
+}
 
 /// Who may take an utterance that is not to be written. A null pointer is a subsystem that is not there: the
 /// roads that need it are not taken.

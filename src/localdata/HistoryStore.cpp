@@ -1,7 +1,6 @@
 #include "localdata/HistoryStore.h"
 
 #include "base/Log.h"
-#include "localdata/HistoryMetaJson.h"
 #include "localdata/HistoryRows.h"
 
 #include <algorithm>

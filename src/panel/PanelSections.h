@@ -1,7 +1,7 @@
 #pragma once
 
 #include "dictation/AppState.h"
-#include "localdata/HistoryKind.h"
+#include "localdata/HistoryItem.h"
 
 #include <array>
 #include <string>

@@ -16,13 +16,12 @@
 #include "permissions/Permissions.h"
 #include "platform/Platform.h"
 #include "shell/EventTrace.h"
-#include "shell/FirstRunHint.h"
 #include "shell/IconMenu.h"
 #include "shell/Keys.h"
+#include "shell/Notices.h"
 #include "shell/PanelHost.h"
-#include "shell/Toasts.h"
 #include "speech/SpeechEngine.h"
-#include "writing/BasicWriter.h"
+#include "writing/BasicPolisher.h"
 
 #include <filesystem>
 #include <optional>

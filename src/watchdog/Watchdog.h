@@ -2,7 +2,7 @@
 
 #include "base/async/Timer.h"
 #include "platform/ProcessWatcher.h"
-#include "watchdog/WatchdogArguments.h"
+#include "watchdog/WatchdogTask.h"
 
 #include <functional>
 #include <string>

@@ -2,6 +2,7 @@
 
 #include "base/text/Regex.h"
 #include "base/text/Text.h"
+#include "routing/IntentRules.h"
 
 #include <algorithm>
 #include <array>
@@ -43,6 +44,11 @@ PolishResult BasicPolisher::polished(std::string_view transcript) const {
     text = text::capitalizeFirst(text::trimBlanks(text));
     if (wantsPeriod(text)) text += '.';
     return {.title = titleFrom(text), .text = text, .engine = name_};
+}
+
+Task<WriteOrAsk> BasicWriter::writeOrAsk(PolishRequest request) {
+    if (request.editableFocus == false || IntentRules::refersToScreen(request.transcript)) co_return Ask{};
+    co_return co_await polisher_.polish(std::move(request));
 }
 
 }  // namespace dorix

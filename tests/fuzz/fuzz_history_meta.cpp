@@ -1,4 +1,4 @@
-#include "localdata/HistoryMetaJson.h"
+#include "localdata/HistoryRows.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "writing/BasicPolisher.h"
-#include "writing/Writer.h"
+#include "writing/TextPolisher.h"
 
 #include <stdexcept>
 #include <utility>

@@ -1,7 +1,7 @@
 #include "base/Json.h"
 #include "fakes/TemporaryFolder.h"
 #include "localdata/HistoryExport.h"
-#include "localdata/HistoryMetaJson.h"
+#include "localdata/HistoryRows.h"
 #include "unit/localdata/HistoryFile.h"
 
 #include <gtest/gtest.h>

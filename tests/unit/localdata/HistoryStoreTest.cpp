@@ -1,5 +1,5 @@
 #include "fakes/TemporaryFolder.h"
-#include "localdata/HistoryMetaJson.h"
+#include "localdata/HistoryRows.h"
 #include "localdata/HistoryStore.h"
 #include "unit/localdata/HistoryFile.h"
 

@@ -4,7 +4,7 @@
 #include "localdata/Language.h"
 #include "platform/KeyCodes.h"
 #include "shell/AppController.h"
-#include "shell/FirstRunHint.h"
+#include "shell/Notices.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 #include "fakes/FakeKeyEventMonitors.h"
 #include "fakes/dictation/DictationBench.h"
 #include "shell/Keys.h"
-#include "shell/Toasts.h"
+#include "shell/Notices.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "localdata/HistoryKind.h"
+#include "localdata/HistoryItem.h"
 
 #include "localdata/Language.h"
 

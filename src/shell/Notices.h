@@ -4,7 +4,29 @@
 #include "dictation/AppState.h"
 #include "platform/UserDefaults.h"
 
+#include <string>
+
 namespace dorix {
+
+class DictationController;
+class SettingsStore;
+
+/// Short messages about what the program has learned, which nobody waits for. Main executor; what it is given
+/// outlives it.
+class Toasts {
+ public:
+    Toasts(const AppState& state, const SettingsStore& settings, DictationController& dictation)
+        : state_(state), settings_(settings), dictation_(dictation) {}
+
+    /// Shows `text` if nothing is going on that it would disturb; otherwise false, and the caller keeps it
+    /// for later.
+    bool show(const std::string& text);
+
+ private:
+    const AppState& state_;
+    const SettingsStore& settings_;
+    DictationController& dictation_;
+};
 
 /// Shows the hint on how to begin, for a while, the first times that the program starts. Main executor.
 class FirstRunHint {
