@@ -1,6 +1,6 @@
 #include "fakes/MemoryUserDefaults.h"
 #include "watchdog/RelaunchLimiter.h"
-#include "watchdog/WatchdogArguments.h"
+#include "watchdog/WatchdogTask.h"
 
 #include <gtest/gtest.h>
 
