@@ -57,17 +57,24 @@ void TextInserter::restore(Snapshot snapshot) {
 }
 
 Task<void> TextInserter::insertText(std::string text, bool restoreClipboard) {
-    const auto insertion = tasks_.spawn(paste(std::move(text), restoreClipboard));
+    const auto insertion = tasks_.spawn(pasteAfter(lastInsertion_, std::move(text), restoreClipboard));
     lastInsertion_ = insertion;
     co_await insertion.throughStop();
 }
 
 Task<void> TextInserter::settled() {
-    // Each takes as long as any other, so that the last to begin is the last to end.
+    // Each waits for the one before, so that the last to begin is the last to end.
     while (lastInsertion_ && !lastInsertion_->isDone()) {
         const auto insertion = *lastInsertion_;
         co_await insertion;
     }
+}
+
+/// Two at once would take one another's text for the user's clipboard.
+Task<void> TextInserter::pasteAfter(std::optional<TaskHandle<void>> previous, std::string text,
+                                    bool restoreClipboard) {
+    if (previous) co_await previous->throughStop();
+    co_await paste(std::move(text), restoreClipboard);
 }
 
 Task<void> TextInserter::paste(std::string text, bool restoreClipboard) {

@@ -39,10 +39,11 @@ class TextInserter {
     /// Lets go of what prepare() read: no insertion comes.
     void forgetPrepared() { prepared_.reset(); }
 
-    /// Types `text` at the cursor of the application in front. Afterwards the clipboard is as it was or, when
-    /// not to be restored, holds the text for the user to paste; whoever else used it meanwhile keeps it.
-    /// Never fails. A stop request does not cut it short: from the first look at the clipboard on, an
-    /// insertion is seen through, even when the task that asked for it is destroyed.
+    /// Types `text` at the cursor of the application in front, once the insertions before it are through.
+    /// Afterwards the clipboard is as it was or, when not to be restored, holds the text for the user to
+    /// paste; whoever else used it meanwhile keeps it. Never fails. A stop request does not cut it short:
+    /// from the first look at the clipboard on, an insertion is seen through, even when the task that asked
+    /// for it is destroyed.
     Task<void> insertText(std::string text, bool restoreClipboard);
 
     /// Returns when no insertion is under way any more.
@@ -56,6 +57,7 @@ class TextInserter {
 
     Task<Snapshot> read();
     std::optional<TaskHandle<Snapshot>> takePrepared();
+    Task<void> pasteAfter(std::optional<TaskHandle<void>> previous, std::string text, bool restoreClipboard);
     Task<void> paste(std::string text, bool restoreClipboard);
 
     Pasteboard& pasteboard_;

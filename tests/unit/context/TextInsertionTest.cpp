@@ -128,14 +128,18 @@ TEST_F(Insertion, GivesTheClipboardBackWhenWhoeverAskedIsGone) {
     EXPECT_EQ(pasteboard.items, pictureAndFiles);
 }
 
-TEST_F(Insertion, ASecondOneBringsBackTheFirst) {
+TEST_F(Insertion, ASecondOneWaitsForTheFirstAndTheClipboardSurvivesBoth) {
     insert("uno");
     executor.advanceTo(0.2);
     insert("dos");
-    executor.advanceTo(0.5);
-    EXPECT_EQ(textOn(pasteboard), "dos");
-    executor.advanceTo(1);
+    insert("tres");
+    executor.advanceTo(0.44);
     EXPECT_EQ(textOn(pasteboard), "uno");
+    executor.advanceTo(0.46);
+    EXPECT_EQ(textOn(pasteboard), "dos");
+    executor.advanceTo(2);
+    EXPECT_EQ(poster.posted.size(), 6u);
+    EXPECT_EQ(pasteboard.items, pictureAndFiles);
 }
 
 class Selection : public Insertion {
