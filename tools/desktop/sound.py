@@ -34,9 +34,12 @@ PULSEAUDIO_SCRIPT = "\n".join((*_DEVICES, "load-module module-native-protocol-un
 # The arguments of pactl, one call each.
 PIPEWIRE_DEVICES = tuple(device.split() for device in _DEVICES)
 
-# Leaves the machine's own devices to the user.
+# Leaves the machine's own devices to the user: in WirePlumber's language until version 0.4, and since 0.5.
 WIREPLUMBER_CONFIG = {
     "main.lua.d/51-no-devices.lua":
         "alsa_monitor.enabled = false\nv4l2_monitor.enabled = false\nlibcamera_monitor.enabled = false\n",
     "bluetooth.lua.d/51-no-devices.lua": "bluez_monitor.enabled = false\n",
+    "wireplumber.conf.d/51-no-devices.conf":
+        "wireplumber.profiles = { main = {\n"
+        "    hardware.audio = disabled, hardware.bluetooth = disabled, hardware.video-capture = disabled\n} }\n",
 }
