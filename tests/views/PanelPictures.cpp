@@ -1,15 +1,7 @@
 #include "base/Json.h"
 #include "base/text/Calendar.h"
-#include "fakes/FakeLoginItem.h"
-#include "fakes/FakePasteboard.h"
-#include "fakes/FakeUrlOpener.h"
-#include "fakes/TemporaryFolder.h"
-#include "fakes/dictation/FakeSpeechInput.h"
-#include "linux/xdg/AtomicFile.h"
-#include "localdata/HistoryStore.h"
-#include "localdata/SettingsStore.h"
-#include "panel/HistoryPanel.h"
 #include "views/Exhibit.h"
+#include "views/PanelBench.h"
 #include "views/Tokens.h"
 #include "views/panel/PanelWindow.h"
 
@@ -108,13 +100,13 @@ class PanelExhibit final : public Exhibit {
         refreshTimeZone();
         if (!scene.isEmpty) {
             for (const auto& item : sampleHistory(style.language, executor.date())) {
-                history_.add(item, HistoryStore::Persist::no);
+                bench_.history.add(item, HistoryStore::Persist::no);
             }
         }
         defaults.set("panelSize", Json::array({scene.size.width(), scene.size.height()}));
-        state_.section.set(scene.section);
-        state_.query.set(scene.query);
-        state_.composerRecording.set(scene.records);
+        bench_.state.section.set(scene.section);
+        bench_.state.query.set(scene.query);
+        bench_.state.composerRecording.set(scene.records);
         makeWindow(scene);
         show(*window_);
         size = window_->size();
@@ -128,42 +120,24 @@ class PanelExhibit final : public Exhibit {
     void makeWindow(const Scene& scene) {
         window_ = std::make_unique<PanelWindow>(context, PanelWindow::Environment{.executor = executor,
                                                                                   .defaults = defaults,
-                                                                                  .state = state_,
-                                                                                  .settings = settings_,
-                                                                                  .speech = speech_,
-                                                                                  .panel = panel_});
+                                                                                  .state = bench_.state,
+                                                                                  .settings = bench_.settings,
+                                                                                  .speech = bench_.speech,
+                                                                                  .panel = bench_.panel});
         const Rect screen{0, 0, static_cast<double>(scene.screen.width()),
                           static_cast<double>(scene.screen.height())};
         window_->place({screen.width - 96, 2, 96, 96}, {{.frame = screen, .visibleFrame = screen}});
-        state_.panelOpen.set(true);
+        bench_.state.panelOpen.set(true);
         window_->open();
-        if (!scene.selected.empty()) state_.selectedID.set(scene.selected);
-        state_.composerText.set(scene.composer);
-        speech_.partial.set(scene.heard);
+        if (!scene.selected.empty()) bench_.state.selectedID.set(scene.selected);
+        bench_.state.composerText.set(scene.composer);
+        bench_.speech.partial.set(scene.heard);
         window_->view().insert("detailOpen", !scene.selected.empty());
         window_->view().insert("byKeyboard", scene.byKeyboard);
-        if (scene.deletes) panel_.deletions.remove(scene.selected);
+        if (scene.deletes) bench_.panel.deletions.remove(scene.selected);
     }
 
-    FakeLoginItem loginItem_;
-    FakePasteboard pasteboard_;
-    FakeUrlOpener urls_;
-    UnavailableSavePanel savePanel_;
-    AtomicFileReplacer files_;
-    TemporaryFolder folder_;
-    FakeSpeechInput speech_;
-    AppState state_;
-    HistoryStore history_{folder_.path() / "dorix.sqlite"};
-    SettingsStore settings_{defaults, loginItem_, SystemLanguages{}};
-    HistoryPanel panel_{{.executor = executor,
-                         .background = executor,
-                         .state = state_,
-                         .history = history_,
-                         .database = folder_.path() / "dorix.sqlite",
-                         .pasteboard = pasteboard_,
-                         .savePanel = savePanel_,
-                         .files = files_,
-                         .urls = urls_}};
+    PanelBench bench_{executor, defaults};
     std::unique_ptr<PanelWindow> window_;
 };
 

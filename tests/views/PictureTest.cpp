@@ -2,13 +2,13 @@
 #include "views/Application.h"
 #include "views/DesktopWords.h"
 #include "views/Pictures.h"
+#include "views/ShownText.h"
 #include "views/Tokens.h"
 #include "views/overlay/TextFit.h"
 
 #include <gtest/gtest.h>
 
 #include <QGuiApplication>
-#include <QQuickItem>
 #include <QRawFont>
 #include <array>
 #include <cmath>
@@ -55,41 +55,16 @@ TEST(KeptPicturesTest, EveryStateLooksAsItDid) {
     }
 }
 
-/// A text of a window that can be seen, and where, in points of the window.
-struct ShownText {
-    QQuickItem& item;
-    QRectF whole;
-    QRectF seen;
-
-    QString text() const { return item.property("text").toString(); }
-    QFont font() const { return item.property("font").value<QFont>(); }
-    bool isGlyph() const { return font().family() == glyphFont; }
-};
-
-void collectTexts(QQuickItem& item, QRectF clip, std::vector<ShownText>& found) {
-    if (!item.isVisible() || item.opacity() == 0) return;
-    if (item.clip()) clip &= item.mapRectToScene(item.boundingRect());
-    const bool isText = item.inherits("QQuickText") || item.inherits("QQuickTextEdit");
-    if (isText && !item.property("text").toString().isEmpty()) {
-        const QRectF whole = item.mapRectToScene(item.boundingRect());
-        if (whole.intersects(clip)) found.push_back({.item = item, .whole = whole, .seen = whole & clip});
-    }
-    for (QQuickItem* child : item.childItems()) collectTexts(*child, clip, found);
-}
-
-std::vector<ShownText> textsOf(const Exhibit::Hung& hung) {
-    std::vector<ShownText> found;
-    collectTexts(*hung.window.contentItem(), hung.shape, found);
-    return found;
-}
+bool isGlyph(const ShownText& shown) { return shown.font().family() == glyphFont; }
 
 TEST(PictureTest, ALostGlyphAndAShiftedTextAreSeen) {
     const auto exhibit = panelPictures().front().show({});
     const QImage whole = exhibit->picture();
     int glyphs = 0;
-    for (const ShownText& shown : textsOf(exhibit->windows().front())) {
+    const auto& panel = exhibit->windows().front();
+    for (const ShownText& shown : shownTexts(panel.window, panel.shape)) {
         SCOPED_TRACE(shown.text().toStdString());
-        if (shown.isGlyph()) {
+        if (isGlyph(shown)) {
             ++glyphs;
             shown.item.setOpacity(0);
             EXPECT_TRUE(difference(whole, exhibit->picture()).isSeen());
@@ -116,7 +91,7 @@ std::set<QString> ownTexts(const std::string& language) {
 void expectWhole(const ShownText& shown, const Exhibit::Hung& hung, const std::set<QString>& own) {
     const QString text = shown.text();
     SCOPED_TRACE(text.toStdString());
-    if (shown.isGlyph()) {
+    if (isGlyph(shown)) {
         EXPECT_TRUE(QRawFont::fromFont(shown.font()).supportsCharacter(text.front())) << "no such glyph";
     }
     EXPECT_FALSE(own.contains(text) && shown.item.property("truncated").toBool()) << "is cut short";
@@ -143,7 +118,7 @@ TEST(TextTest, EveryTextIsWholeAndApartFromTheOthers) {
             const auto own = ownTexts(language);
             const auto exhibit = picture.show({.language = language});
             for (const auto& hung : exhibit->windows()) {
-                const auto texts = textsOf(hung);
+                const auto texts = shownTexts(hung.window, hung.shape);
                 for (const auto& shown : texts) expectWhole(shown, hung, own);
                 expectApart(texts);
             }

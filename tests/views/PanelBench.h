@@ -1,0 +1,43 @@
+#pragma once
+
+#include "dictation/AppState.h"
+#include "fakes/FakeLoginItem.h"
+#include "fakes/FakePasteboard.h"
+#include "fakes/FakeUrlOpener.h"
+#include "fakes/TemporaryFolder.h"
+#include "fakes/dictation/FakeSpeechInput.h"
+#include "linux/xdg/AtomicFile.h"
+#include "localdata/HistoryStore.h"
+#include "localdata/SettingsStore.h"
+#include "panel/HistoryPanel.h"
+
+namespace dorix::testing {
+
+/// What the windows show: the panel's part of the program, with nothing around it.
+struct PanelBench {
+    PanelBench(Executor& executor, UserDefaults& defaults)
+        : settings(defaults, loginItem, SystemLanguages{}),
+          panel({.executor = executor,
+                 .background = executor,
+                 .state = state,
+                 .history = history,
+                 .database = folder.path() / "dorix.sqlite",
+                 .pasteboard = pasteboard,
+                 .savePanel = savePanel,
+                 .files = files,
+                 .urls = urls}) {}
+
+    FakeLoginItem loginItem;
+    FakePasteboard pasteboard;
+    FakeUrlOpener urls;
+    UnavailableSavePanel savePanel;
+    AtomicFileReplacer files;
+    TemporaryFolder folder;
+    FakeSpeechInput speech;
+    AppState state;
+    SettingsStore settings;
+    HistoryStore history{folder.path() / "dorix.sqlite"};
+    HistoryPanel panel;
+};
+
+}  // namespace dorix::testing
