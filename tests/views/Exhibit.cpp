@@ -1,6 +1,7 @@
 #include "views/Exhibit.h"
 
 #include "localdata/Language.h"
+#include "views/Tokens.h"
 
 #include <QCoreApplication>
 #include <QPainter>
@@ -42,7 +43,6 @@ QImage grab(OverlayPanel& window) {
 }  // namespace
 
 Exhibit::Exhibit(const Style& style) : style_(style) {
-    defaults.set("appLanguage", style.language);
     installLanguage(defaults, {});
     theme.map().insert({{"fadeIn", 0}, {"fadeBetween", 0}, {"fadeOut", 0}, {"motionBetween", 0}});
     theme.setDark(style.dark);
@@ -50,26 +50,39 @@ Exhibit::Exhibit(const Style& style) : style_(style) {
     engine_.rootContext()->setContextProperty("theme", &theme.map());
 }
 
-Exhibit::~Exhibit() { uninstallLanguage(); }
-
-void Exhibit::show(OverlayPanel& window) {
-    window.orderFrontRegardless();
-    settle();
+Exhibit::~Exhibit() {
+    windows.clear();
+    uninstallLanguage();
 }
 
+void Exhibit::hang(std::unique_ptr<OverlayPanel> window, double radius, QPoint at,
+                   const std::function<QRectF()>& shape) {
+    window->orderFrontRegardless();
+    settle();
+    windows.push_back({.window = std::move(window), .radius = radius, .at = at, .shape = shape()});
+}
+
+void Exhibit::hang(std::unique_ptr<OverlayPanel> window, double radius) {
+    constexpr int reach = tokens::shadowReach;
+    size = window->size();
+    hang(std::move(window), radius, {},
+         [&] { return QRectF({}, size).adjusted(reach, reach, -reach, -reach); });
+}
+
+/// Over a plain ground; cut to their shapes where nothing composites, as the display does it.
 QImage Exhibit::picture() const {
-    const qreal scale = windows_.front().window.devicePixelRatio();
+    const qreal scale = windows.front().window->devicePixelRatio();
     QImage image(size * scale, QImage::Format_RGB32);
     image.setDevicePixelRatio(scale);
     image.fill(style_.dark ? QColor(0x3A, 0x44, 0x52) : QColor(0xC9, 0xD6, 0xE4));
     QPainter painter(&image);
-    for (const Hung& hung : windows_) {
+    for (const Hung& hung : windows) {
         QPainterPath path;
         path.addRoundedRect(hung.shape, hung.radius, hung.radius);
         painter.save();
         painter.translate(hung.at);
         if (!style_.composited) painter.setClipPath(path);
-        painter.drawImage(QPoint(0, 0), grab(hung.window));
+        painter.drawImage(QPoint(0, 0), grab(*hung.window));
         painter.restore();
     }
     return image;

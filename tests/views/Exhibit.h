@@ -1,8 +1,10 @@
 #pragma once
 
+#include "base/Json.h"
 #include "base/async/ManualExecutor.h"
 #include "fakes/MemoryUserDefaults.h"
 #include "views/OverlayPanel.h"
+#include "views/PanelBench.h"
 
 #include <QImage>
 #include <QQmlEngine>
@@ -23,49 +25,45 @@ struct Style {
 /// Windows of the program in one state, off screen and at rest: nothing of what they show depends on time or
 /// place. One at a time, for the language is the process's.
 class Exhibit {
+    Style style_;
+    QQmlEngine engine_;
+
  public:
-    virtual ~Exhibit();
+    explicit Exhibit(const Style& style);
+    ~Exhibit();
     Exhibit(const Exhibit&) = delete;
     Exhibit& operator=(const Exhibit&) = delete;
 
-    /// A window, its place in the picture, and the shape that it has where nothing composites.
-    struct Hung {
-        OverlayPanel& window;
-        QPoint at;
-        QRectF shape;
-        double radius;
-    };
-    const std::vector<Hung>& windows() const { return windows_; }
+    /// Shows a window at a place of the picture. Where nothing composites it has that shape, which is asked
+    /// for when the window is at rest.
+    void hang(std::unique_ptr<OverlayPanel> window, double radius, QPoint at,
+              const std::function<QRectF()>& shape);
+    /// Shows a window by itself: it fills the picture, and has a shadow on all sides.
+    void hang(std::unique_ptr<OverlayPanel> window, double radius);
 
-    /// The windows over a plain ground, cut to their shapes where nothing composites.
     QImage picture() const;
-
- protected:
-    explicit Exhibit(const Style& style);
-
-    /// Shows the window, which is the heir's, and waits until it is at rest.
-    static void show(OverlayPanel& window);
-    void hang(const Hung& window) { windows_.push_back(window); }
 
     QSize size;  // of the picture, in points
     ManualExecutor executor;
-    MemoryUserDefaults defaults;
+    MemoryUserDefaults defaults{Json{{"appLanguage", style_.language}}};
+    PanelBench bench{executor, defaults};
     Theme theme;
-
- private:
-    QQmlEngine engine_;
-    const Style style_;
-    std::vector<Hung> windows_;
-
- protected:
     const ViewContext context{.engine = engine_, .theme = theme};
+
+    struct Hung {
+        std::unique_ptr<OverlayPanel> window;
+        double radius;
+        QPoint at;
+        QRectF shape;
+    };
+    std::vector<Hung> windows;
 };
 
 /// A state of the program that is drawn, in each of the styles that make a difference to it.
 struct Picture {
     std::string name;
     std::function<std::unique_ptr<Exhibit>(const Style&)> show;
-    std::vector<Style> styles{{}, {.language = "en", .dark = true}};
+    std::vector<Style> styles;
 };
 
 /// The states of the icon, the HUD beside it, the tooltip and the menu.

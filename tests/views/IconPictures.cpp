@@ -17,7 +17,6 @@ namespace dorix::testing {
 
 namespace {
 
-constexpr int iconWidth = static_cast<int>(iconmeasure::window);
 constexpr QSize sceneSize(584, 140);
 constexpr double level = 0.6;
 const Style englishDark{.language = "en", .dark = true};
@@ -78,102 +77,79 @@ std::vector<Scene> scenes() {
     };
 }
 
+void hangHUD(Exhibit& exhibit, const Scene& scene, QPoint iconAt) {
+    const Rect screen{0, 0, 1280, 800};
+    const double x = scene.atLeftEdge ? 0 : screen.width - iconmeasure::window;
+    const Rect icon{x, 300, iconmeasure::window, iconmeasure::window};
+    auto hud = std::make_unique<HUDWindow>(exhibit.context);
+    hud->place(icon, {{.frame = screen, .visibleFrame = screen}});
+    hud->setContent(hudContent(exhibit.bench.state, ""));  // while words come the bubble only grows
+    hud->setContent(hudContent(exhibit.bench.state, scene.partial));
+    hud->setLevel(level);
+    hud->setShown(true);
+    const auto* bubble = hud->rootObject()->property("bubble").value<QQuickItem*>();
+    const QPoint at = iconAt + hud->geometry().topLeft() - screenmap::toQt(icon).topLeft();
+    exhibit.hang(std::move(hud), tokens::bubbleRadius, at,
+                 [&] { return QRectF(bubble->x(), bubble->y(), bubble->width(), bubble->height()); });
+}
+
 /// The icon with the HUD beside it.
-class IconExhibit final : public Exhibit {
- public:
-    IconExhibit(const Scene& scene, const Style& style) : Exhibit(style) {
-        size = sceneSize;
-        AppState state;
-        scene.set(state);
-        const auto look = iconLook(state.hud.get().kind, scene.paused);
-        // An arc that turns would be drawn wherever it is by then.
-        if (look == IconLook::processing) theme.map().insert("reducesMotion", true);
-        icon_.setLook(look);
-        icon_.setLevel(level);
-        show(icon_);
-        const int left = scene.atLeftEdge ? 0 : sceneSize.width() - iconWidth;
-        const QPoint at(left, (sceneSize.height() - iconWidth) / 2);
-        const QRectF disc(iconmeasure::margin, iconmeasure::margin, iconmeasure::glyph, iconmeasure::glyph);
-        hang({.window = icon_, .at = at, .shape = disc, .radius = iconmeasure::glyph / 2});
-        if (hudContent(state, "").look != HUDContent::Look::hidden) showHUD(scene, state, at);
-    }
+std::unique_ptr<Exhibit> iconExhibit(const Scene& scene, const Style& style) {
+    auto exhibit = std::make_unique<Exhibit>(style);
+    AppState& state = exhibit->bench.state;
+    scene.set(state);
+    const auto look = iconLook(state.hud.get().kind, scene.paused);
+    // An arc that turns would be drawn wherever it is by then.
+    if (look == IconLook::processing) exhibit->theme.map().insert("reducesMotion", true);
+    auto icon = std::make_unique<FloatingIconWindow>(exhibit->context, exhibit->executor, exhibit->defaults);
+    icon->setLook(look);
+    icon->setLevel(level);
+    exhibit->size = sceneSize;
+    const QPoint at(scene.atLeftEdge ? 0 : sceneSize.width() - icon->width(),
+                    (sceneSize.height() - icon->height()) / 2);
+    constexpr double disc = iconmeasure::glyph;
+    exhibit->hang(std::move(icon), disc / 2, at,
+                  [] { return QRectF(iconmeasure::margin, iconmeasure::margin, disc, disc); });
+    if (hudContent(state, "").look != HUDContent::Look::hidden) hangHUD(*exhibit, scene, at);
+    return exhibit;
+}
 
- private:
-    void showHUD(const Scene& scene, const AppState& state, QPoint iconAt) {
-        const Rect screen{0, 0, 1280, 800};
-        const double x = scene.atLeftEdge ? 0 : screen.width - iconmeasure::window;
-        const Rect icon{x, 300, iconmeasure::window, iconmeasure::window};
-        hud_.place(icon, {{.frame = screen, .visibleFrame = screen}});
-        hud_.setContent(hudContent(state, ""));  // while words come the bubble only grows
-        hud_.setContent(hudContent(state, scene.partial));
-        hud_.setLevel(level);
-        hud_.setShown(true);
-        show(hud_);
-        const auto* bubble = hud_.rootObject()->property("bubble").value<QQuickItem*>();
-        hang({.window = hud_,
-              .at = iconAt + hud_.geometry().topLeft() - screenmap::toQt(icon).topLeft(),
-              .shape = {bubble->x(), bubble->y(), bubble->width(), bubble->height()},
-              .radius = tokens::bubbleRadius});
-    }
-
-    FloatingIconWindow icon_{context, executor, defaults};
-    HUDWindow hud_{context};
-};
-
-std::unique_ptr<OverlayPanel> makeMenu(const ViewContext& context) {
+std::unique_ptr<Exhibit> menuExhibit(const Style& style) {
+    auto exhibit = std::make_unique<Exhibit>(style);
     const auto row = [](const char* label) { return ClosureMenuItem{tr(label), [] {}}; };
     auto menu = std::make_unique<MenuWindow>(
-        context, Menu{row("Abrir historial"), ClosureMenuItem::separator(), row("Pausar DORIX"),
-                      ClosureMenuItem::separator(), row("Reiniciar DORIX"), row("Salir de DORIX")});
+        exhibit->context, Menu{row("Abrir historial"), ClosureMenuItem::separator(), row("Pausar DORIX"),
+                               ClosureMenuItem::separator(), row("Reiniciar DORIX"), row("Salir de DORIX")});
     menu->popUp({100, 100});
     for (int step = 0; step < 2; ++step) {
         QKeyEvent down(QEvent::KeyPress, Qt::Key_Down, Qt::NoModifier);
         QCoreApplication::sendEvent(menu.get(), &down);
     }
-    return menu;
+    exhibit->hang(std::move(menu), tokens::bubbleRadius);
+    return exhibit;
 }
 
-std::unique_ptr<OverlayPanel> makeTooltip(const ViewContext& context) {
+std::unique_ptr<Exhibit> tooltipExhibit(const Style& style) {
+    auto exhibit = std::make_unique<Exhibit>(style);
     auto text = QString::fromStdString(desktopWords(iconTooltip({})));
-    auto tooltip = std::make_unique<TooltipWindow>(context, std::move(text));
+    auto tooltip = std::make_unique<TooltipWindow>(exhibit->context, std::move(text));
     tooltip->showBeside(iconFrame({.x = 1000, .y = 300}));
-    return tooltip;
-}
-
-/// A window by itself.
-class SingleExhibit final : public Exhibit {
- public:
-    SingleExhibit(std::unique_ptr<OverlayPanel> (*make)(const ViewContext&), const Style& style)
-        : Exhibit(style), window_(make(context)) {
-        show(*window_);
-        size = window_->size();
-        constexpr int reach = tokens::shadowReach;
-        hang({.window = *window_,
-              .at = {},
-              .shape = QRectF({}, size).adjusted(reach, reach, -reach, -reach),
-              .radius = tokens::bubbleRadius});
-    }
-
- private:
-    std::unique_ptr<OverlayPanel> window_;
-};
-
-/// A picture of an exhibit that is made of `source` and the style.
-template <typename Exhibit, typename Source>
-Picture picture(std::string name, Source source, std::vector<Style> styles) {
-    return {std::move(name), [=](const Style& style) { return std::make_unique<Exhibit>(source, style); },
-            std::move(styles)};
+    exhibit->hang(std::move(tooltip), tokens::bubbleRadius);
+    return exhibit;
 }
 
 }  // namespace
 
 std::vector<Picture> iconPictures() {
-    std::vector<Picture> pictures;
+    std::vector<Picture> pictures{
+        {.name = "menu", .show = menuExhibit, .styles = {{}, englishDark}},
+        {.name = "tooltip", .show = tooltipExhibit, .styles = {{}}},
+    };
     for (const Scene& scene : scenes()) {
-        pictures.push_back(picture<IconExhibit>(scene.name, scene, scene.styles));
+        pictures.push_back({.name = scene.name,
+                            .show = [scene](const Style& style) { return iconExhibit(scene, style); },
+                            .styles = scene.styles});
     }
-    pictures.push_back(picture<SingleExhibit>("tooltip", makeTooltip, {{}}));
-    pictures.push_back(picture<SingleExhibit>("menu", makeMenu, {{}, englishDark}));
     return pictures;
 }
 

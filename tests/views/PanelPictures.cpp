@@ -1,7 +1,6 @@
 #include "base/Json.h"
 #include "base/text/Calendar.h"
 #include "views/Exhibit.h"
-#include "views/PanelBench.h"
 #include "views/Tokens.h"
 #include "views/panel/PanelWindow.h"
 
@@ -12,7 +11,6 @@ namespace dorix::testing {
 
 namespace {
 
-constexpr int reach = tokens::shadowReach;
 const Style light;
 const Style dark{.dark = true};
 const Style english{.language = "en"};
@@ -92,62 +90,54 @@ std::vector<HistoryItem> sampleHistory(const std::string& language, double now) 
     return items;
 }
 
-class PanelExhibit final : public Exhibit {
- public:
-    PanelExhibit(const Scene& scene, const Style& style) : Exhibit(style) {
-        qputenv("TZ", "UTC");
-        tzset();
-        refreshTimeZone();
-        if (!scene.isEmpty) {
-            for (const auto& item : sampleHistory(style.language, executor.date())) {
-                bench_.history.add(item, HistoryStore::Persist::no);
-            }
+std::unique_ptr<PanelWindow> openWindow(Exhibit& exhibit, const Scene& scene) {
+    PanelBench& bench = exhibit.bench;
+    const Rect screen{0, 0, static_cast<double>(scene.screen.width()),
+                      static_cast<double>(scene.screen.height())};
+    exhibit.defaults.set("panelSize", Json::array({scene.size.width(), scene.size.height()}));
+    auto window =
+        std::make_unique<PanelWindow>(exhibit.context, PanelWindow::Environment{.executor = exhibit.executor,
+                                                                                .defaults = exhibit.defaults,
+                                                                                .state = bench.state,
+                                                                                .settings = bench.settings,
+                                                                                .speech = bench.speech,
+                                                                                .panel = bench.panel});
+    window->place({screen.width - 96, 2, 96, 96}, {{.frame = screen, .visibleFrame = screen}});
+    bench.state.panelOpen.set(true);
+    window->open();
+    window->view().insert("detailOpen", !scene.selected.empty());
+    window->view().insert("byKeyboard", scene.byKeyboard);
+    return window;
+}
+
+std::unique_ptr<Exhibit> panelExhibit(const Scene& scene, const Style& style) {
+    qputenv("TZ", "UTC");
+    tzset();
+    refreshTimeZone();
+    auto exhibit = std::make_unique<Exhibit>(style);
+    PanelBench& bench = exhibit->bench;
+    if (!scene.isEmpty) {
+        for (const auto& item : sampleHistory(style.language, exhibit->executor.date())) {
+            bench.history.add(item, HistoryStore::Persist::no);
         }
-        defaults.set("panelSize", Json::array({scene.size.width(), scene.size.height()}));
-        bench_.state.section.set(scene.section);
-        bench_.state.query.set(scene.query);
-        bench_.state.composerRecording.set(scene.records);
-        makeWindow(scene);
-        show(*window_);
-        size = window_->size();
-        hang({.window = *window_,
-              .at = {},
-              .shape = QRectF({}, size).adjusted(reach, reach, -reach, -reach),
-              .radius = tokens::cardRadius});
     }
-
- private:
-    void makeWindow(const Scene& scene) {
-        window_ = std::make_unique<PanelWindow>(context, PanelWindow::Environment{.executor = executor,
-                                                                                  .defaults = defaults,
-                                                                                  .state = bench_.state,
-                                                                                  .settings = bench_.settings,
-                                                                                  .speech = bench_.speech,
-                                                                                  .panel = bench_.panel});
-        const Rect screen{0, 0, static_cast<double>(scene.screen.width()),
-                          static_cast<double>(scene.screen.height())};
-        window_->place({screen.width - 96, 2, 96, 96}, {{.frame = screen, .visibleFrame = screen}});
-        bench_.state.panelOpen.set(true);
-        window_->open();
-        if (!scene.selected.empty()) bench_.state.selectedID.set(scene.selected);
-        bench_.state.composerText.set(scene.composer);
-        bench_.speech.partial.set(scene.heard);
-        window_->view().insert("detailOpen", !scene.selected.empty());
-        window_->view().insert("byKeyboard", scene.byKeyboard);
-        if (scene.deletes) bench_.panel.deletions.remove(scene.selected);
-    }
-
-    PanelBench bench_{executor, defaults};
-    std::unique_ptr<PanelWindow> window_;
-};
+    bench.state.section.set(scene.section);
+    bench.state.query.set(scene.query);
+    bench.state.composerRecording.set(scene.records);
+    auto window = openWindow(*exhibit, scene);
+    if (!scene.selected.empty()) bench.state.selectedID.set(scene.selected);
+    bench.state.composerText.set(scene.composer);
+    bench.speech.partial.set(scene.heard);
+    if (scene.deletes) bench.panel.deletions.remove(scene.selected);
+    exhibit->hang(std::move(window), tokens::cardRadius);
+    return exhibit;
+}
 
 std::vector<Picture> pictures(const std::vector<Scene>& scenes) {
     std::vector<Picture> pictures;
     for (const Scene& scene : scenes) {
         pictures.push_back({.name = "panel-" + scene.name,
-                            .show = [scene](const Style& style) -> std::unique_ptr<Exhibit> {
-                                return std::make_unique<PanelExhibit>(scene, style);
-                            },
+                            .show = [scene](const Style& style) { return panelExhibit(scene, style); },
                             .styles = scene.styles});
     }
     return pictures;

@@ -61,8 +61,8 @@ TEST(PictureTest, ALostGlyphAndAShiftedTextAreSeen) {
     const auto exhibit = panelPictures().front().show({});
     const QImage whole = exhibit->picture();
     int glyphs = 0;
-    const auto& panel = exhibit->windows().front();
-    for (const ShownText& shown : shownTexts(panel.window, panel.shape)) {
+    const auto& panel = exhibit->windows.front();
+    for (const ShownText& shown : shownTexts(*panel.window, panel.shape)) {
         SCOPED_TRACE(shown.text().toStdString());
         if (isGlyph(shown)) {
             ++glyphs;
@@ -117,8 +117,8 @@ TEST(TextTest, EveryTextIsWholeAndApartFromTheOthers) {
             SCOPED_TRACE(picture.name + "-" + language);
             const auto own = ownTexts(language);
             const auto exhibit = picture.show({.language = language});
-            for (const auto& hung : exhibit->windows()) {
-                const auto texts = shownTexts(hung.window, hung.shape);
+            for (const auto& hung : exhibit->windows) {
+                const auto texts = shownTexts(*hung.window, hung.shape);
                 for (const auto& shown : texts) expectWhole(shown, hung, own);
                 expectApart(texts);
             }

@@ -22,14 +22,16 @@ const char* const pictures = DORIX_PICTURES;
 const char* const drawn = DORIX_DRAWN_PICTURES;
 const char* const madeWith = "Made with";
 
-bool keepsPictures() { return qEnvironmentVariableIsSet("DORIX_UPDATE_PICTURES"); }
+/// Where the pictures are to be drawn instead of being compared; null if they are not.
+QString drawingFolder() { return qEnvironmentVariable("DORIX_DRAW_PICTURES"); }
 
 bool differ(QRgb a, QRgb b) {
     return std::abs(qRed(a) - qRed(b)) + std::abs(qGreen(a) - qGreen(b)) + std::abs(qBlue(a) - qBlue(b)) > 24;
 }
 
 QString fileName(const std::string& name, const QImage& image) {
-    return QString::fromStdString(name) + (image.devicePixelRatio() == 2 ? "-2x.png" : ".png");
+    const qreal scale = image.devicePixelRatio();
+    return QString::fromStdString(name) + (scale == 1 ? "" : QStringLiteral("-%1x").arg(scale)) + ".png";
 }
 
 QString fontVersion(const char* family) {
@@ -83,9 +85,9 @@ Difference difference(const QImage& one, const QImage& other) {
 
 std::string whyNotComparable() {
     const QImage here = letters();
-    const QString file = QDir(pictures).filePath(fileName("letters", here));
-    if (keepsPictures() && here.save(file)) return "";
-    const QImage kept(file);
+    const QString file = fileName("letters", here);
+    if (!drawingFolder().isNull() && here.save(QDir(drawingFolder()).filePath(file))) return "";
+    const QImage kept(QDir(pictures).filePath(file));
     if (kept.text(madeWith) == here.text(madeWith) && !difference(here, kept).isSeen()) return "";
     return "letters look different with " + here.text(madeWith).toStdString() + " than with " +
            kept.text(madeWith).toStdString();
@@ -95,8 +97,8 @@ void comparePicture(const QImage& image, const std::string& name, const Style& s
     const QString file = fileName(
         name + "-" + style.language + (style.dark ? "-dark" : "-light") + (style.composited ? "" : "-solid"),
         image);
-    if (keepsPictures()) {
-        ASSERT_TRUE(image.save(QDir(pictures).filePath(file)));
+    if (!drawingFolder().isNull()) {
+        ASSERT_TRUE(image.save(QDir(drawingFolder()).filePath(file)));
         return;
     }
     const auto found = difference(image, QImage(QDir(pictures).filePath(file)));

@@ -22,8 +22,8 @@ Difference difference(const QImage& one, const QImage& other);
 /// than they did where the pictures were kept: what was there and what is here. Otherwise "".
 std::string whyNotComparable();
 
-/// Fails the test when the picture is not like the one that is kept under that name and style. Run with
-/// DORIX_UPDATE_PICTURES set, the tests keep what they draw instead of comparing it.
+/// Fails the test when the picture is not like the one that is kept under that name and style. With
+/// DORIX_DRAW_PICTURES set to a folder, puts it there instead.
 void comparePicture(const QImage& image, const std::string& name, const Style& style);
 
 }  // namespace dorix::testing
