@@ -1,4 +1,3 @@
-#include "base/Error.h"
 #include "base/Uuid.h"
 #include "base/text/Regex.h"
 #include "base/text/Text.h"
@@ -7,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <unordered_set>
 
 namespace dorix {
 namespace {
@@ -74,15 +72,9 @@ TEST(RegexTest, SearchesUnanchoredAndReplacesWithGroups) {
 }
 
 TEST(UuidTest, IsARandomUuid) {
-    const auto uuid = makeUuid();
-    EXPECT_TRUE(Regex("^[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}$").matches(uuid));
-    std::unordered_set<std::string> seen;
-    for (int i = 0; i < 1000; ++i) EXPECT_TRUE(seen.insert(makeUuid()).second);
-}
-
-TEST(ErrorTest, FindsTheWordsOfWhateverWasThrown) {
-    EXPECT_EQ(localizedDescription(std::make_exception_ptr(MessageError("sin conexión"))), "sin conexión");
-    EXPECT_EQ(localizedDescription(std::make_exception_ptr(std::runtime_error("low level"))), "low level");
+    const Regex version4("^[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}$");
+    EXPECT_TRUE(version4.matches(makeUuid()));
+    EXPECT_NE(makeUuid(), makeUuid());
 }
 
 }  // namespace

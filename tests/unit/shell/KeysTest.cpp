@@ -39,6 +39,7 @@ TEST_F(KeysTest, ATapOrEscapeLeavesNothingBehind) {
     EXPECT_TRUE(speech.isOn);
     release();
     EXPECT_FALSE(speech.isOn);
+    EXPECT_TRUE(sounds.played.empty());
     press();
     executor.advanceBy(0.3);
     escape();
@@ -46,6 +47,7 @@ TEST_F(KeysTest, ATapOrEscapeLeavesNothingBehind) {
     release();
     executor.advanceBy(10);
     EXPECT_EQ(state.hud.get(), HUDPhase::hidden());
+    EXPECT_EQ(screen.cancelled, 1) << "what was under way at the tap";
     EXPECT_FALSE(inserted);
 
     hotKey(dictationKey, HotKeyRegistrar::eventPressed);
