@@ -1,6 +1,4 @@
 #include "base/async/ManualExecutor.h"
-#include "fakes/MemoryUserDefaults.h"
-#include "localdata/Language.h"
 #include "overlay/HUDContent.h"
 #include "overlay/HUDLayout.h"
 #include "overlay/HUDPresenter.h"
@@ -54,18 +52,6 @@ TEST_F(HUDTest, TheHintShowsOnlyWhileNothingElseDoes) {
         (HUDContent{.look = Look::hint, .text = "dicta o pregunta · clic en el icono para tu historial"}));
     state.hud.set(HUDPhase::error("no"));
     EXPECT_EQ(hudContent(state, ""), (HUDContent{.look = Look::error, .text = "no"}));
-}
-
-TEST_F(HUDTest, EveryOwnTextHasItsEnglish) {
-    MemoryUserDefaults defaults(Json{{"appLanguage", "en"}});
-    installLanguage(defaults, {});
-    state.asking.set(true);
-    state.handsFree.set(true);
-    state.hud.set(HUDPhase::listening());
-    const auto asking = hudContent(state, "");
-    EXPECT_EQ(asking.text, "Ask anything about the screen…");
-    EXPECT_FALSE(asking.caption.contains("ventana"));
-    uninstallLanguage();
 }
 
 TEST_F(HUDTest, TheWindowGoesAQuarterSecondAfterTheWords) {
