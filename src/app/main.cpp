@@ -22,6 +22,7 @@
 #include <cstdlib>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -73,20 +74,20 @@ class MainApplication final : public Application {
 };
 
 /// The windows, where there is a display to draw on.
-std::unique_ptr<Views> makeViews(AppController& controller, const Platform& platform, LinuxDesktop& desktop) {
-    if (!canDraw()) return nullptr;
-    return std::make_unique<Views>(
-        Views::Environment{.executor = platform.executor,
-                           .defaults = platform.defaults,
-                           .state = controller.state(),
-                           .settings = controller.settings(),
-                           .speech = controller.speech(),
-                           .panel = controller.panel(),
-                           .appearance = desktop.appearance()},
-        Views::Verbs{.iconClicked = [&controller] { controller.iconClicked(); },
-                     .iconTooltip = [&controller] { return controller.iconTooltip(); },
-                     .iconMenu = [&controller] { return controller.iconMenu(); }});
-}
+struct Windows {
+    Windows(AppController& controller, const Platform& platform, DesktopAppearance& appearance)
+        : surroundings(platform.executor, platform.defaults, appearance),
+          views(surroundings, controller.state(), controller.settings(), controller.speech(),
+                controller.panel(),
+                {.clicked = [&controller] { controller.iconClicked(); },
+                 .tooltip = [&controller] { return controller.iconTooltip(); },
+                 .menu = [&controller] { return controller.iconMenu(); }}) {
+        controller.windows = views.windows();
+    }
+
+    Surroundings surroundings;
+    Views views;
+};
 
 /// The watchdog over this process, while it stands on the stack of run(). The toolkit calls exit() when the
 /// display goes away; that too is an end that is meant, not a crash.
@@ -130,8 +131,8 @@ Ending run(int argc, char** argv) {
             QCoreApplication::exit(1);
         });
         ending.settled = [&controller] { return controller.settled(); };
-        const auto views = makeViews(controller, platform, desktop);
-        if (views) controller.windows = views->windows();
+        std::optional<Windows> windows;
+        if (canDraw()) windows.emplace(controller, platform, desktop.appearance());
         instance.onRequests({.reopen = [&controller] { controller.reopen(); }, .action = [](const auto&) {}});
         const char* const trace = std::getenv("DORIX_TRACE");  // NOLINT(concurrency-mt-unsafe)
         if (trace != nullptr) controller.traceTo(trace);

@@ -1,18 +1,17 @@
 #pragma once
 
-#include "base/async/TaskScope.h"
 #include "localdata/HistoryStore.h"
-#include "panel/PanelActions.h"
 #include "panel/PanelClipboard.h"
+#include "panel/PanelComposer.h"
 #include "panel/PanelDeletions.h"
 #include "panel/PanelExport.h"
+#include "panel/PanelLayout.h"
 #include "panel/PanelList.h"
 #include "panel/PanelSelection.h"
-#include "platform/SavePanel.h"
+#include "panel/PanelVerbs.h"
 #include "platform/UrlOpener.h"
 
-#include <filesystem>
-#include <functional>
+#include <cstdint>
 #include <string>
 
 namespace dorix {
@@ -21,19 +20,8 @@ namespace dorix {
 class HistoryPanel {
  public:
     /// All must outlive it.
-    struct Environment {
-        Executor& executor;
-        WorkQueue& background;
-        AppState& state;
-        HistoryStore& history;
-        std::filesystem::path database;
-        Pasteboard& pasteboard;
-        SavePanel& savePanel;
-        FileReplacer& files;
-        UrlOpener& urls;
-    };
-
-    explicit HistoryPanel(Environment environment);
+    HistoryPanel(Executor& executor, AppState& state, SpeechInput& speech, HistoryStore& history,
+                 Pasteboard& pasteboard, UrlOpener& urls, PanelExport& exports);
     HistoryPanel(const HistoryPanel&) = delete;
     HistoryPanel& operator=(const HistoryPanel&) = delete;
 
@@ -43,30 +31,25 @@ class HistoryPanel {
     PanelClipboard clipboard;
     /// `copy` and `remove` are filled here, the others by whoever can do what they ask.
     PanelActions actions;
+    PanelComposer composer;
+    PanelLayout layout;
+    PanelExport& exporter;
+    /// The number of the panel's window, for dialogs of the desktop above it; 0 for none.
+    std::uint64_t windowNumber = 0;
 
-    /// Whether the user is asked where an export is to go.
-    bool isAsking() const { return isAsking_; }
-    /// The user has answered, or the dialog has gone without.
-    std::function<void()> onAsked = [] {};
-    /// Told how an export ended: where it lies, or why there is none, in the app language.
-    std::function<void(const std::string& words, bool failed)> onExported = [](const auto&, bool) {};
-
-    /// Asks where, above the window of that number, and writes the whole history there.
-    void exportHistory(HistoryExportFormat format, std::uint64_t ownWindow);
-
-    /// Returns when no export is being written.
-    Task<void> settled() { return exporter_.settled(); }
+    /// Asks where, and writes the whole history there.
+    void exportHistory(HistoryExportFormat format) { exporter.ask(format, windowNumber); }
 
     /// Opens an address that stands in a text: only one of the web's, as the text may be anybody's.
     void openLink(const std::string& url);
 
- private:
-    Task<void> askAndExport(HistoryExportFormat format, std::uint64_t ownWindow);
+    /// Goes that many sections down, up with a negative number, and stops at the ends.
+    void moveSection(int by);
 
-    const Environment env_;
-    PanelExport exporter_;
-    bool isAsking_ = false;
-    TaskScope tasks_;
+ private:
+    AppState& state_;
+    UrlOpener& urls_;
+    Subscription shownItem_;
 };
 
 }  // namespace dorix

@@ -39,16 +39,10 @@ PanelDetail panelDetail(const HistoryItem& item) {
     PanelDetail detail{.heading = questionTitle(item.kind),
                        .facts = factsOf(item),
                        .context = item.meta.context.value_or(""),
-                       .sources = item.meta.sources.value_or(std::vector<std::string>()),
-                       .insertButton = tr(dictated ? "Insertar de nuevo" : "Insertar"),
-                       .removeButton = tr("Borrar")};
+                       .sources = item.meta.sources.value_or(std::vector<std::string>())};
     if (item.answer.empty() && !dictated) detail.placeholder = tr("Pensando…");
     if (!detail.sources.empty()) detail.sourcesHeading = tr("Fuentes");
     return detail;
 }
-
-std::string copyButton(bool justCopied) { return tr(justCopied ? "Copiado" : "Copiar"); }
-
-std::string speakButton(bool speaking) { return tr(speaking ? "Detener" : "Escuchar"); }
 
 }  // namespace dorix

@@ -16,17 +16,11 @@ struct PanelDetail {
     std::string context;             // what the question was about, such as the beginning of a selection
     std::string sourcesHeading;      // empty when there are no sources
     std::vector<std::string> sources;
-    std::string insertButton;
-    std::string removeButton;
 
     bool operator==(const PanelDetail&) const = default;
 };
 
 /// Any thread.
 PanelDetail panelDetail(const HistoryItem& item);
-
-/// Of the button that copies, and of the one that reads aloud. Any thread.
-std::string copyButton(bool justCopied);
-std::string speakButton(bool speaking);
 
 }  // namespace dorix

@@ -34,15 +34,36 @@ std::string wordsFor(const std::error_code& error) {
 
 }  // namespace
 
-PanelExport::PanelExport(Executor& executor, WorkQueue& background, FileReplacer& files, fs::path database)
-    : background_(background), files_(files), database_(std::move(database)), tasks_(executor) {}
+PanelExport::PanelExport(Executor& executor, WorkQueue& background, SavePanel& savePanel, FileReplacer& files,
+                         fs::path database)
+    : background_(background),
+      savePanel_(savePanel),
+      files_(files),
+      database_(std::move(database)),
+      tasks_(executor) {}
 
 PanelExport::~PanelExport() { stop(); }
+
+void PanelExport::ask(HistoryExportFormat format, std::uint64_t ownWindow) {
+    if (isAsking_ || running.get()) return;
+    tasks_.spawn(askAndStart(format, ownWindow));
+}
+
+Task<void> PanelExport::askAndStart(HistoryExportFormat format, std::uint64_t ownWindow) {
+    const char* const extension = format == HistoryExportFormat::markdown ? ".md" : ".json";
+    isAsking_ = true;
+    const std::shared_ptr<void> done(nullptr, [this](auto) { isAsking_ = false; });
+    const auto file = co_await savePanel_.run({.title = tr("Exportar historial"),
+                                               .fileName = "DORIX " + tr("Historial") + extension,
+                                               .ownWindow = ownWindow});
+    onAsked();
+    if (file) start(*file, format);
+}
 
 void PanelExport::start(const fs::path& file, HistoryExportFormat format) {
     if (running.get()) return;
     if (isHistoryItself(file, database_)) {
-        onFinished(tr("Ese archivo es el propio historial de DORIX. Elige otro."));
+        onFinished(tr("Ese archivo es el propio historial de DORIX. Elige otro."), true);
         return;
     }
     stop_ = std::stop_source();
@@ -68,7 +89,8 @@ Task<void> PanelExport::run(fs::path file, HistoryExportFormat format, std::stop
     running.set(false);
     last_->complete();
     if (stop.stop_requested()) co_return;
-    onFinished(error ? std::optional(wordsFor(error)) : std::nullopt);
+    onFinished(error ? wordsFor(error) : formatText(tr("Historial guardado en %@"), {file.string()}),
+               static_cast<bool>(error));
 }
 
 }  // namespace dorix

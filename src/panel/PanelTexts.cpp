@@ -55,13 +55,20 @@ std::string holdKeyName(PushToTalkKey key) {
     return tr(label(key));
 }
 
-std::string searchPrompt() { return tr("Buscar en tu historial…"); }
-
-std::string listFoot() { return tr("Tu historial se guarda solo en este equipo."); }
-
-std::string composerPrompt() { return tr("Pregunta, dicta o pide una acción…"); }
-
-std::string cannotSend() { return tr("Todavía no hay asistente que responda. Tu texto se queda aquí."); }
+std::vector<std::pair<const char*, std::string>> words() {
+    return {{"title", tr("Historial")},
+            {"sections", tr("Secciones")},
+            {"list", tr("Historial")},
+            {"search", tr("Buscar en tu historial…")},
+            {"clear", tr("Borrar la búsqueda")},
+            {"more", tr("Más opciones")},
+            {"back", tr("Volver a la lista")},
+            {"foot", tr("Tu historial se guarda solo en este equipo.")},
+            {"composer", tr("Pregunta, dicta o pide una acción…")},
+            {"listening", tr("Escuchando…")},
+            {"send", tr("Enviar")},
+            {"undo", tr("Deshacer")}};
+}
 
 std::string micButton(bool recording) { return tr(recording ? "Terminar dictado" : "Dictar"); }
 

@@ -4,6 +4,7 @@
 #include "localdata/PushToTalkKey.h"
 
 #include <string>
+#include <utility>
 #include <vector>
 
 /// The panel's own words, in the app language; keys and computer are named as the source texts do it. Any
@@ -16,11 +17,9 @@ std::string emptyList(PanelSection section, const std::string& query, PushToTalk
 /// The hold key as it is named inside a sentence.
 std::string holdKeyName(PushToTalkKey key);
 
-std::string searchPrompt();
-std::string listFoot();
-std::string composerPrompt();
-/// Why the composer's text cannot be sent, where nobody answers.
-std::string cannotSend();
+/// What stands in the panel whatever it shows, by the names that its view has for it.
+std::vector<std::pair<const char*, std::string>> words();
+
 /// Of the composer's microphone.
 std::string micButton(bool recording);
 

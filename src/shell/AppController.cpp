@@ -25,15 +25,8 @@ AppController::AppController(const Platform& platform)
       composer_(platform.executor, state_, settings_, permissions_, speech_, hud_, nullptr),
       dictation_(platform.executor, state_, settings_, permissions_, speech_, platform.sounds, recorder_,
                  roads_, written_, composer_, hud_),
-      panel_({.executor = platform.executor,
-              .background = exports_,
-              .state = state_,
-              .history = history_,
-              .database = database_,
-              .pasteboard = platform.pasteboard,
-              .savePanel = platform.savePanel,
-              .files = platform.files,
-              .urls = platform.urls}),
+      exporter_(platform.executor, exports_, platform.savePanel, platform.files, database_),
+      panel_(platform.executor, state_, speech_, history_, platform.pasteboard, platform.urls, exporter_),
       panelHost_(platform, state_, windows, panel_, dictation_, speech_),
       firstRunHint_(platform.executor, platform.defaults, state_),
       toasts_(state_, settings_, dictation_),
@@ -52,7 +45,7 @@ void AppController::applicationDidFinishLaunching() {
 }
 
 Task<void> AppController::settled() {
-    co_await panel_.settled();
+    co_await exporter_.settled();
     co_await inserter_.settled();
 }
 

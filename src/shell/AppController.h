@@ -91,6 +91,7 @@ class AppController {
     DictationController dictation_;
 
     SerialExecutor exports_;
+    PanelExport exporter_;
     HistoryPanel panel_;
     PanelHost panelHost_;
     FirstRunHint firstRunHint_;

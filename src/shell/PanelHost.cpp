@@ -35,8 +35,8 @@ void PanelHost::wirePanel() {
     panel_.actions.close = [this] { presenter_.close(); };
     panel_.actions.toggleMic = [this] { dictation_.toggleComposerMic(); };
     panel_.actions.reinsert = [this](const HistoryItem& item) { dictation_.reinsert(item); };
-    panel_.onAsked = [this] { tasks_.spawn(returnToPanel()); };
-    panel_.onExported = [this](const std::string& words, bool failed) {
+    panel_.exporter.onAsked = [this] { tasks_.spawn(returnToPanel()); };
+    panel_.exporter.onFinished = [this](const std::string& words, bool failed) {
         dictation_.flash(failed ? HUDPhase::error(words) : HUDPhase::done(words), 4.0);
     };
 }
@@ -56,7 +56,7 @@ void PanelHost::watchOutsideClicks(bool on) {
 
 void PanelHost::clickedOutside() {
     // The dialog that asks where a file is to go is the desktop's, and stands above the panel.
-    if (panel_.isAsking()) return;
+    if (panel_.exporter.isAsking()) return;
     closedByClickAt_ = platform_.executor.now();
     windows_.panel->clickedOutside();
     presenter_.close();

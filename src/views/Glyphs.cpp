@@ -20,6 +20,20 @@ QString glyph(PanelSection section) {
     return QStringLiteral("\uf241");  // flash
 }
 
+QString glyph(VerbMark mark) {
+    switch (mark) {
+        case VerbMark::none:
+            break;
+        case VerbMark::done:
+            return QStringLiteral("\uf12c");  // check
+        case VerbMark::remove:
+            return QStringLiteral("\uf1c0");  // delete
+        case VerbMark::close:
+            return QStringLiteral("\uf156");  // close
+    }
+    return {};
+}
+
 QString glyph(Ph app) {
     switch (app) {
         case Ph::appWindow:

@@ -9,8 +9,13 @@
 
 namespace dorix {
 
+class Executor;
+class UserDefaults;
+
 /// What the floating windows have in common. They need the engine, whose context knows the theme.
 struct ViewContext {
+    Executor& executor;
+    UserDefaults& defaults;
     QQmlEngine& engine;
     Theme& theme;
     X11Desktop* x11 = nullptr;  // none off screen

@@ -30,7 +30,6 @@ Theme::Theme() {
         {"panelDay", tokens::panelDay},
         {"sidebar", tokens::sidebar},
         {"narrowSidebar", tokens::narrowSidebar},
-        {"narrowPanel", tokens::narrowPanel},
         {"richLineHeight", tokens::richLineHeight},
         {"restBeforeHint", tokens::restBeforeHint},
         {"flashedHint", tokens::flashedHint},

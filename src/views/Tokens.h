@@ -79,7 +79,6 @@ inline constexpr int panelRow = 52;
 inline constexpr int panelDay = 28;
 inline constexpr int sidebar = 152;
 inline constexpr int narrowSidebar = 52;    // glyphs alone
-inline constexpr int narrowPanel = 660;     // below it the detail takes the list's place
 inline constexpr int richLineHeight = 116;  // per cent of the font's own spacing; as far apart as other lines
 
 // Milliseconds.

@@ -177,16 +177,12 @@ class ViewsDesktopTest : public ::testing::Test {
         loop_ = std::make_unique<QtMainLoop>();
         installLanguage(defaults_, {});
         bench_ = std::make_unique<PanelBench>(*loop_, defaults_);
-        views_ = std::make_unique<Views>(Views::Environment{.executor = *loop_,
-                                                            .defaults = defaults_,
-                                                            .state = bench_->state,
-                                                            .settings = bench_->settings,
-                                                            .speech = bench_->speech,
-                                                            .panel = bench_->panel,
-                                                            .appearance = appearance_},
-                                         Views::Verbs{.iconClicked = [this] { ++clicks_; },
-                                                      .iconTooltip = [] { return iconTooltip({}); },
-                                                      .iconMenu = [this] { return menuItems(); }});
+        surroundings_ = std::make_unique<Surroundings>(*loop_, defaults_, appearance_);
+        views_ = std::make_unique<Views>(*surroundings_, bench_->state, bench_->settings, bench_->speech,
+                                         bench_->panel,
+                                         IconView::Verbs{.clicked = [this] { ++clicks_; },
+                                                         .tooltip = [] { return iconTooltip({}); },
+                                                         .menu = [this] { return menuItems(); }});
         hands(at({5, 5}));
         other_.emplace();
         views_->windows().icon->place();
@@ -196,6 +192,7 @@ class ViewsDesktopTest : public ::testing::Test {
 
     void TearDown() override {
         views_.reset();
+        surroundings_.reset();
         uninstallLanguage();
     }
 
@@ -264,6 +261,7 @@ class ViewsDesktopTest : public ::testing::Test {
     MemoryUserDefaults defaults_;
     std::unique_ptr<PanelBench> bench_;
     UnavailableDesktopAppearance appearance_;
+    std::unique_ptr<Surroundings> surroundings_;
     std::unique_ptr<Views> views_;
     std::optional<Client> other_;
     int clicks_ = 0;

@@ -48,7 +48,7 @@ class Exhibit {
     MemoryUserDefaults defaults{Json{{"appLanguage", style_.language}}};
     PanelBench bench{executor, defaults};
     Theme theme;
-    const ViewContext context{.engine = engine_, .theme = theme};
+    const ViewContext context{.executor = executor, .defaults = defaults, .engine = engine_, .theme = theme};
 
     struct Hung {
         std::unique_ptr<OverlayPanel> window;

@@ -101,7 +101,7 @@ std::unique_ptr<Exhibit> iconExhibit(const Scene& scene, const Style& style) {
     const auto look = iconLook(state.hud.get().kind, scene.paused);
     // An arc that turns would be drawn wherever it is by then.
     if (look == IconLook::processing) exhibit->theme.map().insert("reducesMotion", true);
-    auto icon = std::make_unique<FloatingIconWindow>(exhibit->context, exhibit->executor, exhibit->defaults);
+    auto icon = std::make_unique<FloatingIconWindow>(exhibit->context);
     icon->setLook(look);
     icon->setLevel(level);
     exhibit->size = sceneSize;

@@ -17,15 +17,11 @@ namespace dorix::testing {
 struct PanelBench {
     PanelBench(Executor& executor, UserDefaults& defaults)
         : settings(defaults, loginItem, SystemLanguages{}),
-          panel({.executor = executor,
-                 .background = executor,
-                 .state = state,
-                 .history = history,
-                 .database = folder.path() / "dorix.sqlite",
-                 .pasteboard = pasteboard,
-                 .savePanel = savePanel,
-                 .files = files,
-                 .urls = urls}) {}
+          exporter(executor, executor, savePanel, files, folder.path() / "dorix.sqlite"),
+          panel(executor, state, speech, history, pasteboard, urls, exporter) {
+        panel.actions.close = [] {};
+        panel.actions.reinsert = [](const HistoryItem&) {};
+    }
 
     FakeLoginItem loginItem;
     FakePasteboard pasteboard;
@@ -37,6 +33,7 @@ struct PanelBench {
     AppState state;
     SettingsStore settings;
     HistoryStore history{folder.path() / "dorix.sqlite"};
+    PanelExport exporter;
     HistoryPanel panel;
 };
 

@@ -95,17 +95,11 @@ std::unique_ptr<PanelWindow> openWindow(Exhibit& exhibit, const Scene& scene) {
     const Rect screen{0, 0, static_cast<double>(scene.screen.width()),
                       static_cast<double>(scene.screen.height())};
     exhibit.defaults.set("panelSize", Json::array({scene.size.width(), scene.size.height()}));
-    auto window =
-        std::make_unique<PanelWindow>(exhibit.context, PanelWindow::Environment{.executor = exhibit.executor,
-                                                                                .defaults = exhibit.defaults,
-                                                                                .state = bench.state,
-                                                                                .settings = bench.settings,
-                                                                                .speech = bench.speech,
-                                                                                .panel = bench.panel});
+    auto window = std::make_unique<PanelWindow>(exhibit.context, bench.state, bench.settings, bench.panel);
     window->place({screen.width - 96, 2, 96, 96}, {{.frame = screen, .visibleFrame = screen}});
     bench.state.panelOpen.set(true);
     window->open();
-    window->view().insert("detailOpen", !scene.selected.empty());
+    bench.panel.layout.detailOpen.set(!scene.selected.empty());
     window->view().insert("byKeyboard", scene.byKeyboard);
     return window;
 }

@@ -32,8 +32,8 @@ const char* lookName(IconLook look) {
 
 }  // namespace
 
-FloatingIconWindow::FloatingIconWindow(const ViewContext& context, Executor& executor, UserDefaults& defaults)
-    : OverlayPanel(context, X11Desktop::Kind::utility, Focusable::no), defaults_(defaults), rest_(executor) {
+FloatingIconWindow::FloatingIconWindow(const ViewContext& context)
+    : OverlayPanel(context, X11Desktop::Kind::utility, Focusable::no), rest_(context.executor) {
     resize(static_cast<int>(iconmeasure::window), static_cast<int>(iconmeasure::window));
     view().insert({{"glyph", iconmeasure::glyph}, {"look", "idle"}, {"level", 0.0}, {"tooltip", ""}});
     load("Icon");
@@ -42,7 +42,9 @@ FloatingIconWindow::FloatingIconWindow(const ViewContext& context, Executor& exe
 
 FloatingIconWindow::~FloatingIconWindow() = default;
 
-void FloatingIconWindow::place() { moveTo(iconOrigin(savedIconOrigin(defaults_), screenmap::current())); }
+void FloatingIconWindow::place() {
+    moveTo(iconOrigin(savedIconOrigin(context().defaults), screenmap::current()));
+}
 
 void FloatingIconWindow::moveTo(Point origin) {
     frame_ = iconFrame(origin);
@@ -97,7 +99,7 @@ void FloatingIconWindow::release() {
             return;
         case IconMouse::Release::drag:
             moveTo(clampedIconOrigin({frame_.x, frame_.y}, screenmap::current()));
-            saveIconOrigin(defaults_, {frame_.x, frame_.y});
+            saveIconOrigin(context().defaults, {frame_.x, frame_.y});
             onMoved();
     }
 }

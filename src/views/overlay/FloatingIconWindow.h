@@ -15,15 +15,13 @@ namespace dorix {
 
 class MenuWindow;
 class TooltipWindow;
-class UserDefaults;
 
 /// The icon: drawn, dragged, clicked. Main thread.
 class FloatingIconWindow final : public OverlayPanel {
     Q_OBJECT
 
  public:
-    /// `defaults` keeps the place; both must outlive the window.
-    FloatingIconWindow(const ViewContext& context, Executor& executor, UserDefaults& defaults);
+    explicit FloatingIconWindow(const ViewContext& context);
     ~FloatingIconWindow() override;
 
     std::function<void()> onClick = [] {};
@@ -63,7 +61,6 @@ class FloatingIconWindow final : public OverlayPanel {
     void showTooltip();
     void hideTooltip();
 
-    UserDefaults& defaults_;
     Rect frame_;
     IconMouse mouse_;
     Timer rest_;

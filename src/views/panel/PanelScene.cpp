@@ -1,34 +1,82 @@
 #include "views/panel/PanelScene.h"
 
-#include "localdata/Language.h"
 #include "panel/PanelDetail.h"
+#include "panel/PanelKeys.h"
 #include "panel/PanelSections.h"
 #include "panel/PanelTexts.h"
 #include "views/DesktopWords.h"
 #include "views/Glyphs.h"
 
+#include <QKeySequence>
 #include <QStringList>
+#include <array>
+#include <optional>
+#include <utility>
 
 namespace dorix {
 
 namespace {
 
 QString shown(const std::string& text) { return QString::fromStdString(desktopWords(text)); }
-QString word(const char* text) { return shown(dorix::tr(text)); }
+
+std::optional<PanelKey> panelKey(int key, Qt::KeyboardModifiers modifiers) {
+    const QKeySequence pressed(QKeyCombination(modifiers & ~Qt::KeypadModifier, Qt::Key(key)));
+    for (const auto& [combination, meaning] : std::to_array<std::pair<QKeySequence::StandardKey, PanelKey>>(
+             {{QKeySequence::Copy, PanelKey::copy},
+              {QKeySequence::Undo, PanelKey::undo},
+              {QKeySequence::Find, PanelKey::find}})) {
+        if (QKeySequence::keyBindings(combination).contains(pressed)) return meaning;
+    }
+    for (const auto& [single, meaning] :
+         std::to_array<std::pair<Qt::Key, PanelKey>>({{Qt::Key_Up, PanelKey::up},
+                                                      {Qt::Key_Down, PanelKey::down},
+                                                      {Qt::Key_PageUp, PanelKey::pageUp},
+                                                      {Qt::Key_PageDown, PanelKey::pageDown},
+                                                      {Qt::Key_Home, PanelKey::home},
+                                                      {Qt::Key_End, PanelKey::end},
+                                                      {Qt::Key_Left, PanelKey::left},
+                                                      {Qt::Key_Right, PanelKey::right},
+                                                      {Qt::Key_Return, PanelKey::enter},
+                                                      {Qt::Key_Enter, PanelKey::enter},
+                                                      {Qt::Key_Delete, PanelKey::remove},
+                                                      {Qt::Key_Menu, PanelKey::menu}})) {
+        if (single == key) return meaning;
+    }
+    return std::nullopt;
+}
+
+PanelKeyPress::With with(Qt::KeyboardModifiers modifiers) {
+    using With = PanelKeyPress::With;
+    if ((modifiers & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) != 0) return With::command;
+    return modifiers == Qt::NoModifier ? With::nothing : With::shift;
+}
+
+PanelArea panelArea(const QString& name) {
+    if (name == "search") return PanelArea::search;
+    if (name == "list") return PanelArea::list;
+    if (name == "detail") return PanelArea::detail;
+    return name == "sections" ? PanelArea::sections : PanelArea::elsewhere;
+}
 
 }  // namespace
 
-PanelScene::PanelScene(const Environment& environment) : env_(environment), rows_(environment.panel.list) {
-    env_.view.insert({{"rows", QVariant::fromValue(&rows_)},
-                      {"blocks", QVariant::fromValue(&blocks_)},
-                      {"shown", false},
-                      {"byKeyboard", false},
-                      {"detailOpen", false},
-                      {"query", QString::fromStdString(env_.state.query.get())},
-                      {"composerText", QString::fromStdString(env_.state.composerText.get())},
-                      {"recording", env_.state.composerRecording.get()},
-                      {"heard", ""},
-                      {"undoMessage", ""}});
+PanelScene::PanelScene(AppState& state, SettingsStore& settings, HistoryPanel& panel, QQmlPropertyMap& view)
+    : state_(state),
+      settings_(settings),
+      panel_(panel),
+      view_(view),
+      texts_(desktopWords),
+      rows_(panel.list, texts_) {
+    view_.insert({{"rows", QVariant::fromValue(&rows_)},
+                  {"blocks", QVariant::fromValue(&blocks_)},
+                  {"cornerOffers", QVariant::fromValue(&cornerOffers_)},
+                  {"detailOffers", QVariant::fromValue(&detailOffers_)},
+                  {"detailEndOffers", QVariant::fromValue(&detailEndOffers_)},
+                  {"shown", false},
+                  {"byKeyboard", false},
+                  {"query", QString::fromStdString(state_.query.get())},
+                  {"heard", QString::fromStdString(panel_.composer.heard.get())},
+                  {"undoMessage", ""}});
     watchState();
     watchComposer();
     watchPanel();
@@ -36,44 +84,37 @@ PanelScene::PanelScene(const Environment& environment) : env_(environment), rows
 }
 
 void PanelScene::watchState() {
-    bag_.push_back(env_.state.section.subscribe([this](PanelSection) { showSection(); }));
-    bag_.push_back(env_.state.query.subscribe([this](const std::string& query) {
-        env_.view.insert("query", QString::fromStdString(query));
+    subscriptions_.push_back(state_.section.subscribe([this](PanelSection) { showSection(); }));
+    subscriptions_.push_back(state_.query.subscribe([this](const std::string& query) {
+        view_.insert("query", QString::fromStdString(query));
         showEmptyText();
     }));
-    bag_.push_back(env_.settings.pushToTalkKey.subscribe([this](PushToTalkKey) { showWords(); }));
-    bag_.push_back(
-        env_.settings.languageObserver().code.subscribe([this](const std::string&) { retranslate(); }));
+    subscriptions_.push_back(settings_.pushToTalkKey.subscribe([this](PushToTalkKey) { showWords(); }));
+    subscriptions_.push_back(
+        settings_.languageObserver().code.subscribe([this](const std::string&) { retranslate(); }));
 }
 
-// What is being understood stands beside the text until it becomes part of it, or nobody wants it any more.
 void PanelScene::watchComposer() {
-    bag_.push_back(env_.state.composerText.subscribe([this](const std::string& text) {
-        env_.view.insert({{"composerText", QString::fromStdString(text)}, {"heard", ""}});
-    }));
-    bag_.push_back(env_.state.composerRecording.subscribe([this](bool recording) {
-        env_.view.insert("recording", recording);
-        env_.view.insert("micLabel", shown(paneltext::micButton(recording)));
-    }));
-    bag_.push_back(env_.speech.partial.subscribe([this](const std::string& partial) {
-        if (env_.state.composerRecording.get()) env_.view.insert("heard", QString::fromStdString(partial));
-    }));
-    const auto forget = [this](const auto&) { env_.view.insert("heard", ""); };
-    bag_.push_back(env_.state.focusRequest.subscribe(forget));
-    bag_.push_back(env_.state.panelOpen.subscribe(forget));
+    const auto show = [this](const auto&) { showComposer(); };
+    subscriptions_.push_back(state_.composerText.subscribe(show));
+    subscriptions_.push_back(state_.composerRecording.subscribe(show));
+    subscriptions_.push_back(panel_.composer.heard.subscribe(
+        [this](const std::string& heard) { view_.insert("heard", QString::fromStdString(heard)); }));
 }
 
 void PanelScene::watchPanel() {
-    bag_.push_back(env_.panel.list.observe([this](const PanelListChange&) { showSelectedRow(); }));
-    bag_.push_back(env_.panel.selection.observe([this](PanelSelection::Change) { showDetail(); }));
-    bag_.push_back(env_.panel.clipboard.copiedID.subscribe([this](const auto&) { showCopied(); }));
-    bag_.push_back(env_.panel.deletions.undoable.subscribe([this](std::size_t) { showUndo(); }));
+    subscriptions_.push_back(panel_.list.observe([this](const PanelListChange&) { showSelectedRow(); }));
+    subscriptions_.push_back(panel_.selection.observe([this](PanelSelection::Change) { showDetail(); }));
+    subscriptions_.push_back(panel_.clipboard.copiedID.subscribe([this](const auto&) { showOffers(); }));
+    subscriptions_.push_back(panel_.deletions.undoable.subscribe([this](std::size_t) { showUndo(); }));
+    subscriptions_.push_back(panel_.layout.narrow.subscribe([this](bool) { showLayout(); }));
+    subscriptions_.push_back(panel_.layout.detailOpen.subscribe([this](bool) { showLayout(); }));
 }
 
 void PanelScene::retranslate() {
-    date_.emplace("yMMMdjm", appLocaleIdentifier());
+    texts_.retranslate();
     // The language may have changed before there was a scene, or while there was none.
-    env_.panel.list.retranslate();
+    panel_.list.retranslate();
     showWords();
     showUndo();
     showSection();
@@ -82,146 +123,109 @@ void PanelScene::retranslate() {
 }
 
 void PanelScene::showWords() {
-    const PushToTalkKey key = env_.settings.pushToTalkKey.get();
-    env_.view.insert("words", QVariantMap{{"title", word("Historial")},
-                                          {"sections", word("Secciones")},
-                                          {"list", word("Historial")},
-                                          {"search", shown(paneltext::searchPrompt())},
-                                          {"clear", word("Borrar la búsqueda")},
-                                          {"close", word("Cerrar (Esc)")},
-                                          {"more", word("Más opciones")},
-                                          {"back", word("Volver a la lista")},
-                                          {"foot", shown(paneltext::listFoot())},
-                                          {"composer", shown(paneltext::composerPrompt())},
-                                          {"listening", word("Escuchando…")},
-                                          {"send", word("Enviar")},
-                                          {"cannotSend", shown(paneltext::cannotSend())},
-                                          {"undo", word("Deshacer")}});
-    const auto texts = paneltext::welcome(key);
+    QVariantMap words;
+    for (const auto& [name, text] : paneltext::words()) words.insert(name, shown(text));
+    view_.insert("words", words);
+    const auto texts = paneltext::welcome(settings_.pushToTalkKey.get());
     QStringList steps;
     for (const auto& step : texts.steps) steps.append(shown(step));
-    env_.view.insert("welcome", QVariantMap{{"title", shown(texts.title)},
-                                            {"steps", steps},
-                                            {"aside", shown(texts.aside)},
-                                            {"sample", shown(texts.sample)}});
-    env_.view.insert({{"micLabel", shown(paneltext::micButton(env_.state.composerRecording.get()))},
-                      {"canSend", static_cast<bool>(env_.panel.actions.submitComposer)}});
+    view_.insert("welcome", QVariantMap{{"title", shown(texts.title)},
+                                        {"steps", steps},
+                                        {"aside", shown(texts.aside)},
+                                        {"sample", shown(texts.sample)}});
+    showComposer();
     showEmptyText();
+}
+
+void PanelScene::showComposer() {
+    const bool recording = state_.composerRecording.get();
+    view_.insert({{"composerText", QString::fromStdString(state_.composerText.get())},
+                  {"recording", recording},
+                  {"micLabel", shown(paneltext::micButton(recording))},
+                  {"canSend", panel_.composer.maySend()},
+                  {"cannotSend", shown(panel_.composer.refusal())}});
 }
 
 void PanelScene::showSection() {
     QVariantList sections;
     int current = 0;
     for (const PanelSection section : allPanelSections) {
-        if (section == env_.state.section.get()) current = static_cast<int>(sections.size());
+        if (section == state_.section.get()) current = static_cast<int>(sections.size());
         sections.append(QVariantMap{{"label", shown(label(section))}, {"glyph", glyph(section)}});
     }
-    if (env_.view.value("sections").toList() != sections) env_.view.insert("sections", sections);
-    env_.view.insert("section", current);
+    if (view_.value("sections").toList() != sections) view_.insert("sections", sections);
+    view_.insert("section", current);
     showEmptyText();
 }
 
 void PanelScene::showEmptyText() {
-    env_.view.insert("emptyText", shown(paneltext::emptyList(env_.state.section.get(), env_.state.query.get(),
-                                                             env_.settings.pushToTalkKey.get())));
+    view_.insert("emptyText", shown(paneltext::emptyList(state_.section.get(), state_.query.get(),
+                                                         settings_.pushToTalkKey.get())));
 }
 
 void PanelScene::showSelectedRow() {
-    const auto row = env_.panel.selection.row();
-    env_.view.insert("selected", row ? static_cast<int>(*row) : -1);
+    const auto row = panel_.selection.row();
+    view_.insert("selected", row ? static_cast<int>(*row) : -1);
 }
 
 void PanelScene::showDetail() {
     showSelectedRow();
-    const HistoryItem* item = env_.panel.selection.item();
-    blocks_.show(item);
-    if (item == nullptr) {
-        env_.view.insert({{"hasDetail", false},
-                          {"detailOpen", false},
-                          {"detailId", ""},
-                          {"detailTitle", ""},
-                          {"detailPlace", ""},
-                          {"insertLabel", ""},
-                          {"removeLabel", ""}});
-    } else {
-        const auto detail = panelDetail(*item);
-        env_.view.insert({{"hasDetail", true},
-                          {"detailId", QString::fromStdString(item->id)},
-                          {"detailTitle", shown(label(item->kind))},
-                          {"detailPlace", placeAndTime(*item)},
-                          {"insertLabel", shown(detail.insertButton)},
-                          {"removeLabel", shown(detail.removeButton)}});
-    }
-    showCopied();
+    const HistoryItem* item = panel_.selection.item();
+    blocks_.show(item == nullptr ? std::vector<DetailBlock>() : texts_.blocks(*item));
+    view_.insert({{"hasDetail", item != nullptr},
+                  {"detailId", item == nullptr ? "" : QString::fromStdString(item->id)},
+                  {"detailTitle", item == nullptr ? "" : shown(label(item->kind))},
+                  {"detailPlace", item == nullptr ? "" : QString::fromStdString(texts_.place(*item))}});
+    showLayout();
+    showOffers();
 }
 
-void PanelScene::showCopied() {
-    const HistoryItem* item = env_.panel.selection.item();
-    const bool copied = item != nullptr && env_.panel.clipboard.copiedID.get() == item->id;
-    env_.view.insert({{"copied", copied}, {"copyLabel", shown(copyButton(copied))}});
+void PanelScene::showLayout() {
+    view_.insert({{"narrow", panel_.layout.narrow.get()},
+                  {"detailShows", panel_.layout.showsDetail()},
+                  {"listShows", panel_.layout.showsList()}});
+}
+
+void PanelScene::showOffers() {
+    cornerOffers_.show(panelOffers(panel_, VerbPlace::corner));
+    detailOffers_.show(panelOffers(panel_, VerbPlace::detail));
+    detailEndOffers_.show(panelOffers(panel_, VerbPlace::detailEnd));
 }
 
 void PanelScene::showUndo() {
-    const bool none = env_.panel.deletions.undoable.get() == 0;
-    env_.view.insert("undoMessage", none ? QString() : shown(env_.panel.deletions.message()));
+    const bool none = panel_.deletions.undoable.get() == 0;
+    view_.insert("undoMessage", none ? QString() : shown(panel_.deletions.message()));
 }
 
-QString PanelScene::placeAndTime(const HistoryItem& item) const {
-    const QString time = QString::fromStdString(date_->format(item.createdAt));
-    return item.app.empty() ? time : shown(dorix::tr(item.app)).simplified() + " · " + time;
+void PanelScene::perform(const QString& verb) { dorix::perform(panel_, verb.toStdString()); }
+
+QString PanelScene::press(const QString& area, int key, int modifiers, bool isRepeat) {
+    const auto held = Qt::KeyboardModifiers::fromInt(static_cast<unsigned>(modifiers));
+    const auto meaning = panelKey(key, held);
+    if (!meaning) return "";
+    const auto verb = verbOf(panelArea(area), {.key = *meaning, .with = with(held)});
+    if (!canPerform(panel_, verb)) return "";
+    if (!isRepeat || repeats(verb)) dorix::perform(panel_, verb);
+    return QString::fromUtf8(verb.data(), static_cast<qsizetype>(verb.size()));
 }
 
 void PanelScene::chooseSection(int index) {
-    env_.state.section.set(allPanelSections.at(static_cast<std::size_t>(index)));
+    state_.section.set(allPanelSections.at(static_cast<std::size_t>(index)));
 }
 
-void PanelScene::search(const QString& text) { env_.state.query.set(text.toStdString()); }
+void PanelScene::search(const QString& text) { state_.query.set(text.toStdString()); }
 
 void PanelScene::choose(int row) {
-    if (row >= 0) env_.panel.selection.select(static_cast<std::size_t>(row));
+    if (row >= 0) panel_.selection.select(static_cast<std::size_t>(row));
 }
 
-void PanelScene::move(int items) { env_.panel.selection.move(items); }
-void PanelScene::moveToFirst() { env_.panel.selection.moveToFirst(); }
-void PanelScene::moveToLast() { env_.panel.selection.moveToLast(); }
+void PanelScene::openLink(const QString& url) { panel_.openLink(url.toStdString()); }
 
-void PanelScene::insertSelected() {
-    const HistoryItem* item = env_.panel.selection.item();
-    if (item != nullptr && env_.panel.actions.reinsert) env_.panel.actions.reinsert(*item);
-}
-
-void PanelScene::copySelected() {
-    const HistoryItem* item = env_.panel.selection.item();
-    if (item != nullptr) env_.panel.actions.copy(*item);
-}
-
-void PanelScene::removeSelected() {
-    const HistoryItem* item = env_.panel.selection.item();
-    if (item != nullptr) env_.panel.actions.remove(*item);
-}
-
-void PanelScene::undo() { env_.panel.deletions.undo(); }
-
-void PanelScene::openLink(const QString& url) { env_.panel.openLink(url.toStdString()); }
-
-void PanelScene::compose(const QString& text) { env_.state.composerText.set(text.toStdString()); }
-
-// Without anybody to send it to the text stays where it is.
-void PanelScene::sendComposer() {
-    if (env_.panel.actions.submitComposer) env_.panel.actions.submitComposer();
-}
-
-void PanelScene::toggleMic() {
-    if (env_.panel.actions.toggleMic) env_.panel.actions.toggleMic();
-}
-
-void PanelScene::close() {
-    if (env_.panel.actions.close) env_.panel.actions.close();
-}
+void PanelScene::compose(const QString& text) { state_.composerText.set(text.toStdString()); }
 
 void PanelScene::showRowMenu(int row, qreal x, qreal y) {
     choose(row);
-    Q_EMIT rowMenuWanted({x, y});
+    Q_EMIT menuWanted({x, y}, VerbPlace::itemMenu);
 }
 
 }  // namespace dorix

@@ -1,17 +1,14 @@
 #pragma once
 
-#include "base/text/Calendar.h"
 #include "dictation/AppState.h"
 #include "localdata/SettingsStore.h"
 #include "panel/HistoryPanel.h"
-#include "speech/SpeechInput.h"
-#include "views/panel/PanelBlocks.h"
-#include "views/panel/PanelRows.h"
+#include "panel/ItemTexts.h"
+#include "views/panel/PanelModels.h"
 
 #include <QObject>
 #include <QPointF>
 #include <QQmlPropertyMap>
-#include <optional>
 #include <vector>
 
 namespace dorix {
@@ -22,41 +19,31 @@ class PanelScene final : public QObject {
 
  public:
     /// All must outlive it; `view` is what the QML file finds under that name.
-    struct Environment {
-        AppState& state;
-        SettingsStore& settings;
-        SpeechInput& speech;
-        HistoryPanel& panel;
-        QQmlPropertyMap& view;
-    };
+    PanelScene(AppState& state, SettingsStore& settings, HistoryPanel& panel, QQmlPropertyMap& view);
 
-    explicit PanelScene(const Environment& environment);
+    /// Does what the verb of that id stands for, if it can be done.
+    Q_INVOKABLE void perform(const QString& verb);
+    /// Does what a key press asks for where the keyboard is; the verb's id, "" when the key means nothing
+    /// there.
+    Q_INVOKABLE QString press(const QString& area, int key, int modifiers, bool isRepeat);
 
     Q_INVOKABLE void chooseSection(int index);
     Q_INVOKABLE void search(const QString& text);
     Q_INVOKABLE void choose(int row);
-    Q_INVOKABLE void move(int items);
-    Q_INVOKABLE void moveToFirst();
-    Q_INVOKABLE void moveToLast();
-    Q_INVOKABLE void insertSelected();
-    Q_INVOKABLE void copySelected();
-    Q_INVOKABLE void removeSelected();
-    Q_INVOKABLE void undo();
+    Q_INVOKABLE void setRowsPerPage(int rows) { panel_.layout.rowsPerPage = rows; }
     Q_INVOKABLE void openLink(const QString& url);
     Q_INVOKABLE void compose(const QString& text);
-    Q_INVOKABLE void sendComposer();
-    Q_INVOKABLE void toggleMic();
-    Q_INVOKABLE void close();
+    /// False when the user is to be told why not.
+    Q_INVOKABLE bool send() { return panel_.composer.send(); }
 
-    Q_INVOKABLE void showMenu(qreal x, qreal y) { Q_EMIT menuWanted({x, y}); }
+    Q_INVOKABLE void showMenu(qreal x, qreal y) { Q_EMIT menuWanted({x, y}, VerbPlace::panelMenu); }
     Q_INVOKABLE void showRowMenu(int row, qreal x, qreal y);
     Q_INVOKABLE void moveWindow() { Q_EMIT moveWanted(); }
     Q_INVOKABLE void resizeFrom(int edges) { Q_EMIT resizeWanted(Qt::Edges(edges)); }
 
  Q_SIGNALS:
-    /// A menu at a point of the window: the panel's own, or of the selected item.
-    void menuWanted(QPointF at);
-    void rowMenuWanted(QPointF at);
+    /// A menu at a point of the window.
+    void menuWanted(QPointF at, VerbPlace menu);
     void moveWanted();
     void resizeWanted(Qt::Edges edges);
 
@@ -66,19 +53,26 @@ class PanelScene final : public QObject {
     void watchPanel();
     void retranslate();
     void showWords();
+    void showComposer();
     void showSection();
     void showEmptyText();
     void showSelectedRow();
     void showDetail();
-    void showCopied();
+    void showLayout();
+    void showOffers();
     void showUndo();
-    QString placeAndTime(const HistoryItem& item) const;
 
-    const Environment env_;
+    AppState& state_;
+    SettingsStore& settings_;
+    HistoryPanel& panel_;
+    QQmlPropertyMap& view_;
+    ItemTexts texts_;
     PanelRows rows_;
     PanelBlocks blocks_;
-    std::optional<DateFormat> date_;
-    std::vector<Subscription> bag_;
+    PanelOffers cornerOffers_;
+    PanelOffers detailOffers_;
+    PanelOffers detailEndOffers_;
+    std::vector<Subscription> subscriptions_;
 };
 
 }  // namespace dorix

@@ -1,7 +1,5 @@
 #include "views/panel/PanelWindow.h"
 
-#include "localdata/Language.h"
-#include "panel/PanelDetail.h"
 #include "panel/PanelPlacement.h"
 #include "views/ScreenMap.h"
 #include "views/Tokens.h"
@@ -31,34 +29,32 @@ bool movesFocus(int key) {
 
 }  // namespace
 
-PanelWindow::PanelWindow(const ViewContext& context, const Environment& environment)
+PanelWindow::PanelWindow(const ViewContext& context, AppState& state, SettingsStore& settings,
+                         HistoryPanel& panel)
     : OverlayPanel(context, X11Desktop::Kind::panel, Focusable::yes),
-      env_(environment),
-      scene_({.state = env_.state,
-              .settings = env_.settings,
-              .speech = env_.speech,
-              .panel = env_.panel,
-              .view = view()}),
-      saveSize_(env_.executor) {
+      state_(state),
+      panel_(panel),
+      scene_(state, settings, panel, view()),
+      saveSize_(context.executor) {
     wireScene();
     load("Panel", {{"verbs", QVariant::fromValue(&scene_)}});
-    onCancel = [this] { scene_.close(); };
-    focusRequests_ = env_.state.focusRequest.subscribe([this](const auto&) {
+    onCancel = [this] { perform(panel_, "close"); };
+    focusRequests_ = state_.focusRequest.subscribe([this](const auto&) {
         if (isVisible()) focusWhereAsked();
     });
 }
 
-PanelWindow::~PanelWindow() = default;
+PanelWindow::~PanelWindow() { panel_.windowNumber = 0; }
 
 void PanelWindow::wireScene() {
-    connect(&scene_, &PanelScene::menuWanted, this, [this](QPointF at) { popUp(panelMenu(), at); });
-    connect(&scene_, &PanelScene::rowMenuWanted, this, [this](QPointF at) { popUp(itemMenu(), at); });
+    connect(&scene_, &PanelScene::menuWanted, this,
+            [this](QPointF at, VerbPlace menu) { popUp(panelMenu(panel_, menu), at); });
     connect(&scene_, &PanelScene::moveWanted, this, [this] { startSystemMove(); });
     connect(&scene_, &PanelScene::resizeWanted, this, [this](Qt::Edges edges) { resizeFrom(edges); });
 }
 
 bool PanelWindow::place(const Rect& icon, const Screens& screens) {
-    const auto placement = placePanel(icon, screens, savedPanelSize(env_.defaults));
+    const auto placement = placePanel(icon, screens, savedPanelSize(context().defaults));
     const QRect frame = screenmap::toQt(placement.frame);
     const QSize least(static_cast<int>(panelmeasure::leastSize.width),
                       static_cast<int>(panelmeasure::leastSize.height));
@@ -76,13 +72,14 @@ void PanelWindow::placeAnew(const Rect& icon, const Screens& screens) {
     const bool fits = visible.minX() <= card.minX() && card.maxX() <= visible.maxX() &&
                       visible.minY() <= card.minY() && card.maxY() <= visible.maxY();
     // In another scale it keeps its pixels, and so has another size in points.
-    if (!fits || drawnScale() != devicePixelRatio()) env_.state.panelAnchorRight.set(place(icon, screens));
+    if (!fits || drawnScale() != devicePixelRatio()) state_.panelAnchorRight.set(place(icon, screens));
     rescale();
 }
 
 void PanelWindow::open() {
     view().insert({{"shown", true}, {"byKeyboard", false}});
     rememberFront();
+    panel_.windowNumber = winId();
     orderFrontRegardless();
     takeKeyboard();
     focusWhereAsked();
@@ -100,12 +97,12 @@ void PanelWindow::rememberFront() {
 }
 
 void PanelWindow::focusWhereAsked() {
-    const auto wanted = env_.state.focusRequest.get();
+    const auto wanted = state_.focusRequest.get();
     const char* const target = !wanted                                      ? "list"
                                : *wanted == AppState::FocusTarget::composer ? "composer"
                                                                             : "search";
     QMetaObject::invokeMethod(rootObject(), "focusOn", Q_ARG(QVariant, QString::fromLatin1(target)));
-    env_.state.focusRequest.set(std::nullopt);
+    state_.focusRequest.set(std::nullopt);
 }
 
 /// We hear of the click before the window manager has given the keyboard to what was clicked.
@@ -133,7 +130,7 @@ void PanelWindow::reshape() {
 
 bool PanelWindow::event(QEvent* event) {
     // About to draw, perhaps after the computer slept past midnight.
-    if (event->type() == QEvent::UpdateRequest) env_.panel.list.refreshDays();
+    if (event->type() == QEvent::UpdateRequest) panel_.list.refreshDays();
     if (event->type() == QEvent::KeyPress && movesFocus(static_cast<QKeyEvent*>(event)->key())) {
         view().insert("byKeyboard", true);
     } else if (event->type() == QEvent::MouseButtonPress) {
@@ -145,33 +142,15 @@ bool PanelWindow::event(QEvent* event) {
 void PanelWindow::resizeFrom(Qt::Edges edges) { userResizes_ = startSystemResize(edges); }
 
 void PanelWindow::resizeEvent(QResizeEvent* event) {
+    panel_.layout.setWidth(width() - 2 * reach);
     OverlayPanel::resizeEvent(event);
     reshape();
     if (!userResizes_) return;
     saveSize_.once(restBeforeSaving, [this] {
         const QSize card = size().shrunkBy(shadow);
-        savePanelSize(env_.defaults, {static_cast<double>(card.width()), static_cast<double>(card.height())});
+        savePanelSize(context().defaults,
+                      {static_cast<double>(card.width()), static_cast<double>(card.height())});
     });
-}
-
-Menu PanelWindow::panelMenu() {
-    const auto exportAs = [this](HistoryExportFormat format) {
-        return [this, format] { env_.panel.exportHistory(format, winId()); };
-    };
-    return {{dorix::tr("Exportar como Markdown…"), exportAs(HistoryExportFormat::markdown)},
-            {dorix::tr("Exportar como JSON…"), exportAs(HistoryExportFormat::json)},
-            ClosureMenuItem::separator(),
-            {dorix::tr("Cerrar historial"), [this] { scene_.close(); }}};
-}
-
-Menu PanelWindow::itemMenu() {
-    const HistoryItem* item = env_.panel.selection.item();
-    if (item == nullptr) return {};
-    const auto detail = panelDetail(*item);
-    return {{detail.insertButton, [this] { scene_.insertSelected(); }},
-            {copyButton(false), [this] { scene_.copySelected(); }},
-            ClosureMenuItem::separator(),
-            {detail.removeButton, [this] { scene_.removeSelected(); }}};
 }
 
 void PanelWindow::popUp(Menu items, QPointF at) {

@@ -11,7 +11,6 @@
 namespace dorix {
 
 class MenuWindow;
-class UserDefaults;
 
 /// The history's window. Unlike the others it takes the keyboard, so a window manager knows it: that is what
 /// hands the focus on when it goes, serves its input method and moves and resizes it. Where there is none it
@@ -21,16 +20,7 @@ class PanelWindow final : public OverlayPanel {
 
  public:
     /// All must outlive the window.
-    struct Environment {
-        Executor& executor;
-        UserDefaults& defaults;
-        AppState& state;
-        SettingsStore& settings;
-        SpeechInput& speech;
-        HistoryPanel& panel;
-    };
-
-    PanelWindow(const ViewContext& context, const Environment& environment);
+    PanelWindow(const ViewContext& context, AppState& state, SettingsStore& settings, HistoryPanel& panel);
     ~PanelWindow() override;
 
     /// Takes its place beside the icon's window at `icon`, in the size that the user gave it; whether that is
@@ -66,11 +56,10 @@ class PanelWindow final : public OverlayPanel {
     void rememberFront();
     void focusWhereAsked();
     void popUp(Menu items, QPointF at);
-    Menu panelMenu();
-    Menu itemMenu();
     void resizeFrom(Qt::Edges edges);
 
-    const Environment env_;
+    AppState& state_;
+    HistoryPanel& panel_;
     PanelScene scene_;
     std::unique_ptr<MenuWindow> menu_;
     Timer saveSize_;

@@ -8,9 +8,9 @@ Item {
     required property var view
     required property var verbs
 
-    readonly property bool narrow: card.width < theme.narrowPanel
-    readonly property bool detailShows: !narrow || view.hasDetail && view.detailOpen
-    readonly property bool listShows: !narrow || !detailShows
+    readonly property bool narrow: view.narrow
+    readonly property bool detailShows: view.detailShows
+    readonly property bool listShows: view.listShows
 
     function focusOn(target) {
         const item = target === "search" ? search : target === "composer" ? composer
@@ -19,33 +19,22 @@ Item {
         Qt.callLater(list.reveal)
     }
 
-    // A finished text has its place in the list or in the detail, and both have their keys.
-    function listKeys(event) {
-        const page = list.rowsPerPage
-        const moves = { [Qt.Key_Down]: 1, [Qt.Key_Up]: -1, [Qt.Key_PageDown]: page, [Qt.Key_PageUp]: -page }
-        if (event.modifiers === Qt.NoModifier && event.key in moves) {
-            verbs.move(moves[event.key])
-        } else if ([Qt.Key_Return, Qt.Key_Enter].includes(event.key) && event.modifiers === Qt.NoModifier) {
-            if (!event.isAutoRepeat) verbs.insertSelected()
-        } else if (event.matches(StandardKey.Copy)) {
-            verbs.copySelected()
-        } else {
-            return false
-        }
-        return true
-    }
-
-    Keys.onPressed: event => {
-        event.accepted = true
-        if (event.matches(StandardKey.Find)) {
+    // What a key means in each part of the panel is no matter of drawing; these two need what is drawn.
+    function press(area, event) {
+        const verb = verbs.press(area, event.key, event.modifiers, event.isAutoRepeat)
+        if (verb === "find") {
             search.forceActiveFocus(Qt.ShortcutFocusReason)
             search.selectAll()
-        } else if (event.matches(StandardKey.Undo)) {
-            verbs.undo()
-        } else {
-            event.accepted = false
+        } else if (verb === "showItemMenu") {
+            list.showMenu()
+        } else if (verb === "back") {
+            list.forceActiveFocus(Qt.BacktabFocusReason)
         }
+        if (verb !== "") event.accepted = true
+        return verb !== ""
     }
+
+    Keys.onPressed: event => panel.press("elsewhere", event)
 
     Item {
         id: card
@@ -77,6 +66,7 @@ Item {
             width: panel.narrow ? theme.narrowSidebar : theme.sidebar
             height: parent.height - 2
             narrow: panel.narrow
+            onKey: event => panel.press("sections", event)
             KeyNavigation.tab: search
         }
 
@@ -95,7 +85,7 @@ Item {
                 x: 3 * theme.space
                 width: parent.width - 2 * x - (panel.narrow ? corner.width + theme.space : 0)
                 height: theme.panelHeader
-                onKey: event => { if (panel.listKeys(event)) event.accepted = true }
+                onKey: event => panel.press("search", event)
             }
 
             PanelList {
@@ -109,8 +99,7 @@ Item {
                     search.forceActiveFocus(Qt.ShortcutFocusReason)
                     search.type(text)
                 }
-                onKey: event => { if (panel.listKeys(event)) event.accepted = true }
-                onOpened: view.detailOpen = true
+                onKey: event => panel.press("list", event)
             }
 
             PanelUndo {
@@ -140,8 +129,9 @@ Item {
             visible: panel.detailShows
             narrow: panel.narrow
             room: corner.width
+            onKey: event => panel.press("detail", event)
             onBack: {
-                view.detailOpen = false
+                panel.verbs.perform("back")
                 list.forceActiveFocus(Qt.BacktabFocusReason)
             }
         }
@@ -165,11 +155,8 @@ Item {
                 }
             }
 
-            PanelButton {
-                glyph: "\uf156"
-                ink: theme.textSecondary
-                name: view.words.close
-                onActivated: panel.verbs.close()
+            PanelOffers {
+                model: view.cornerOffers
             }
         }
 

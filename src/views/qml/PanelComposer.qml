@@ -10,8 +10,7 @@ FocusScope {
     height: field.height + 2 * padding
 
     function send() {
-        if (view.canSend) verbs.sendComposer()
-        else if (input.text.trim() !== "") sendButton.showReason()
+        if (!verbs.send()) sendButton.showReason()
     }
 
     Rectangle {
@@ -133,17 +132,17 @@ FocusScope {
                 glyph: view.recording ? "\uf4db" : "\uf36c"
                 ink: view.recording ? theme.accent : theme.textSecondary
                 name: view.micLabel
-                onActivated: verbs.toggleMic()
+                onActivated: verbs.perform("toggleMic")
             }
 
             PanelButton {
                 id: sendButton
                 glyph: "\uf48a"
                 ink: enabled ? theme.accent : theme.textSecondary
-                enabled: view.canSend && input.text.trim() !== ""
+                enabled: view.canSend
                 name: view.words.send
-                reason: view.canSend ? "" : view.words.cannotSend
-                onActivated: verbs.sendComposer()
+                reason: view.cannotSend
+                onActivated: composer.send()
             }
         }
     }

@@ -7,6 +7,7 @@ FocusScope {
     property bool narrow: false
     property real room: 0  // that the window's own buttons take at the right of the head
 
+    signal key(var event)
     signal back
 
     Item {
@@ -76,16 +77,16 @@ FocusScope {
         }
 
         Keys.onPressed: event => {
+            event.accepted = false
+            detail.key(event)
+            if (event.accepted) return
             event.accepted = true
-            if (event.matches(StandardKey.Copy)) verbs.copySelected()
-            else if (event.key === Qt.Key_Delete) verbs.removeSelected()
-            else if (event.key === Qt.Key_Down) scroller.by(3 * theme.lineBody)
+            if (event.key === Qt.Key_Down) scroller.by(3 * theme.lineBody)
             else if (event.key === Qt.Key_Up) scroller.by(-3 * theme.lineBody)
             else if (event.key === Qt.Key_PageDown || event.key === Qt.Key_Space) scroller.by(height - 2 * theme.lineBody)
             else if (event.key === Qt.Key_PageUp) scroller.by(2 * theme.lineBody - height)
             else if (event.key === Qt.Key_Home) scroller.to(scroller.start)
             else if (event.key === Qt.Key_End) positionViewAtEnd()
-            else if (event.key === Qt.Key_Left && detail.narrow) detail.back()
             else event.accepted = false
         }
 
@@ -119,27 +120,20 @@ FocusScope {
             anchors.verticalCenter: parent.verticalCenter
             spacing: 2 * theme.space
 
-            PanelButton {
-                filled: true
-                label: view.insertLabel
-                onActivated: verbs.insertSelected()
-            }
-
-            PanelButton {
-                label: view.copyLabel
-                glyph: view.copied ? "\uf12c" : ""
-                onActivated: verbs.copySelected()
+            PanelOffers {
+                model: view.detailOffers
             }
         }
 
-        PanelButton {
+        Row {
             anchors.right: parent.right
             anchors.rightMargin: 3 * theme.space
             anchors.verticalCenter: parent.verticalCenter
-            glyph: "\uf1c0"
-            ink: theme.textSecondary
-            name: view.removeLabel
-            onActivated: verbs.removeSelected()
+            spacing: theme.space / 2
+
+            PanelOffers {
+                model: view.detailEndOffers
+            }
         }
     }
 

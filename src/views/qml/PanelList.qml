@@ -6,10 +6,11 @@ FocusScope {
 
     signal key(var event)
     signal typed(string text)
-    signal opened(int row)
 
     readonly property int rowsPerPage: Math.max(1, Math.floor(rows.height / theme.panelRow) - 1)
     readonly property alias count: rows.count
+
+    onRowsPerPageChanged: verbs.setRowsPerPage(rowsPerPage)
 
     function reveal() {
         if (view.selected < 0) return
@@ -17,6 +18,13 @@ FocusScope {
         // The day's name at the top would cover it.
         const item = rows.itemAtIndex(view.selected)
         if (item && item.y < rows.contentY + theme.panelDay) scroller.to(item.y - theme.panelDay)
+    }
+
+    function showMenu() {
+        const row = view.selected < 0 ? null : rows.itemAtIndex(view.selected)
+        if (!row) return
+        const corner = row.mapToItem(null, 0, row.height)
+        verbs.showRowMenu(view.selected, corner.x + 40, corner.y)
     }
 
     Accessible.role: Accessible.List
@@ -38,22 +46,12 @@ FocusScope {
         Accessible.ignored: true
 
         Keys.onPressed: event => {
+            event.accepted = false
             list.key(event)
             if (event.accepted) return
             const plain = !(event.modifiers & (Qt.ControlModifier | Qt.AltModifier | Qt.MetaModifier))
             event.accepted = true
-            if (event.key === Qt.Key_Home) {
-                verbs.moveToFirst()
-            } else if (event.key === Qt.Key_End) {
-                verbs.moveToLast()
-            } else if (event.key === Qt.Key_Delete) {
-                verbs.removeSelected()
-            } else if (event.key === Qt.Key_Right && plain) {
-                if (view.hasDetail) list.opened(view.selected)
-            } else if (event.key === Qt.Key_Menu && view.selected >= 0) {
-                const row = rows.itemAtIndex(view.selected)
-                if (row) verbs.showRowMenu(view.selected, row.mapToItem(null, 0, 0).x + 40, row.mapToItem(null, 0, row.height).y)
-            } else if (event.key >= Qt.Key_Dead_Grave && event.key <= Qt.Key_Dead_Longsolidusoverlay) {
+            if (event.key >= Qt.Key_Dead_Grave && event.key <= Qt.Key_Dead_Longsolidusoverlay) {
                 // The accent is lost, but a search does not need it.
                 list.typed("")
             } else if (plain && event.text.trim() !== "" && event.text >= " " && event.text !== "\u007f") {
@@ -66,7 +64,6 @@ FocusScope {
         delegate: PanelRow {
             width: ListView.view.width
             focused: rows.activeFocus
-            onOpened: list.opened(index)
         }
 
         readonly property int selected: view.selected

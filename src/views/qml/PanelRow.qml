@@ -15,8 +15,6 @@ Item {
     property bool focused: false
     readonly property bool current: view.selected === index && !isDay
 
-    signal opened
-
     // A row that waits for its next use is no part of the list.
     ListView.onPooled: visible = false
     ListView.onReused: visible = true
@@ -84,9 +82,9 @@ Item {
         TapHandler {
             onTapped: {
                 verbs.choose(row.index)
-                row.opened()
+                verbs.perform("openDetail")
             }
-            onDoubleTapped: verbs.insertSelected()
+            onDoubleTapped: verbs.perform("insert")
         }
 
         TapHandler {

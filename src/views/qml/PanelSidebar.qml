@@ -7,18 +7,14 @@ FocusScope {
 
     property bool narrow: false
 
+    signal key(var event)
+
     activeFocusOnTab: true
     Accessible.role: Accessible.PageTabList
     Accessible.name: view.words.sections
     Accessible.focusable: true
 
-    Keys.onPressed: event => {
-        const last = view.sections.length - 1
-        const moves = { [Qt.Key_Down]: 1, [Qt.Key_Up]: -1, [Qt.Key_Home]: -last, [Qt.Key_End]: last }
-        if (!(event.key in moves)) return
-        verbs.chooseSection(Math.max(0, Math.min(last, view.section + moves[event.key])))
-        event.accepted = true
-    }
+    Keys.onPressed: event => sidebar.key(event)
 
     LeftPlate {
         anchors.fill: parent

@@ -34,7 +34,7 @@ Rectangle {
             quiet: true
             ink: theme.accent
             label: view.words.undo
-            onActivated: verbs.undo()
+            onActivated: verbs.perform("undo")
         }
     }
 }

@@ -51,14 +51,11 @@ TEST(PanelTextsTest, EveryTextHasItsEnglish) {
         }
         const auto welcome = paneltext::welcome(PushToTalkKey::rightCommand);
         texts->insert(texts->end(), welcome.steps.begin(), welcome.steps.end());
-        for (const auto& one :
-             {welcome.title, welcome.aside, welcome.sample, paneltext::searchPrompt(), paneltext::listFoot(),
-              paneltext::composerPrompt(), paneltext::micButton(true), paneltext::micButton(false),
-              copyButton(true), copyButton(false), speakButton(true), speakButton(false),
-              panelDetail(asked).placeholder, panelDetail(asked).insertButton,
-              panelDetail(asked).removeButton}) {
+        for (const auto& one : {welcome.title, welcome.aside, welcome.sample, paneltext::micButton(true),
+                                paneltext::micButton(false), panelDetail(asked).placeholder}) {
             texts->push_back(one);
         }
+        for (const auto& [name, word] : paneltext::words()) texts->push_back(word);
     }
     uninstallLanguage();
     for (std::size_t i = 0; i < spanish.size(); ++i) EXPECT_NE(spanish[i], english[i]);
@@ -69,9 +66,7 @@ TEST(PanelDetailTest, TellsHowAnItemWasWritten) {
                                 .answer = "ya",
                                 .meta = {.tone = "Técnico", .engine = "Básico", .source = "voz"}};
     EXPECT_EQ(panelDetail(dictation), (PanelDetail{.heading = "Lo que dijiste",
-                                                   .facts = {"Tono: Técnico", "Redactado en este Mac"},
-                                                   .insertButton = "Insertar de nuevo",
-                                                   .removeButton = "Borrar"}));
+                                                   .facts = {"Tono: Técnico", "Redactado en este Mac"}}));
     const HistoryItem question{
         .kind = HistoryKind::seleccion,
         .app = "Correo",
@@ -83,9 +78,7 @@ TEST(PanelDetailTest, TellsHowAnItemWasWritten) {
                            .facts = {"Respondido en la nube de DORIX", "Con la ventana de Correo"},
                            .context = "un texto",
                            .sourcesHeading = "Fuentes",
-                           .sources = {"a.pdf"},
-                           .insertButton = "Insertar",
-                           .removeButton = "Borrar"}));
+                           .sources = {"a.pdf"}}));
 }
 
 // Copying and deleting
@@ -186,7 +179,7 @@ class PanelExportTest : public PanelActsTest {
 
     std::string exportTo(const std::filesystem::path& target) {
         std::string words = "not finished";
-        exporter.onFinished = [&](const auto& failure) { words = failure.value_or(""); };
+        exporter.onFinished = [&](const auto& told, bool) { words = told; };
         exporter.start(target, HistoryExportFormat::json);
         for (auto& work : std::exchange(background.works, {})) work();
         executor.runPosted();
@@ -195,12 +188,14 @@ class PanelExportTest : public PanelActsTest {
 
     Background background;
     MemoryFiles files;
-    PanelExport exporter{executor, background, files, file};
+    UnavailableSavePanel savePanel;
+    PanelExport exporter{executor, background, savePanel, files, file};
 };
 
 TEST_F(PanelExportTest, ReplacesTheFileOnlyWithAllOfTheHistory) {
     history.add({.id = "a"}, Persist::yes);
-    EXPECT_EQ(exportTo(folder.path() / "x.json"), "");
+    const auto target = folder.path() / "x.json";
+    EXPECT_EQ(exportTo(target), "Historial guardado en " + target.string());
     EXPECT_EQ(Json::parse(files.contents).at("items").size(), 1U);
     EXPECT_FALSE(exporter.running.get());
 }
@@ -214,9 +209,9 @@ TEST_F(PanelExportTest, SaysInWordsWhyItFailed) {
     files.failure = {};
     EXPECT_EQ(exportTo(folder.path() / "dorix.sqlite-wal"),
               "Ese archivo es el propio historial de DORIX. Elige otro.");
-    PanelExport nowhere(executor, background, files, folder.path() / "nada.sqlite");
+    PanelExport nowhere(executor, background, savePanel, files, folder.path() / "nada.sqlite");
     std::string words;
-    nowhere.onFinished = [&](const auto& failure) { words = failure.value_or(""); };
+    nowhere.onFinished = [&](const auto& told, bool) { words = told; };
     nowhere.start("x.json", HistoryExportFormat::markdown);
     background.works.front()();
     executor.runPosted();
@@ -227,7 +222,7 @@ TEST_F(PanelExportTest, SaysInWordsWhyItFailed) {
 TEST_F(PanelExportTest, CanBeStopped) {
     history.add({.id = "a"}, Persist::yes);
     bool finished = false;
-    exporter.onFinished = [&](const auto&) { finished = true; };
+    exporter.onFinished = [&](const auto&, bool) { finished = true; };
     exporter.start("x.json", HistoryExportFormat::json);
     exporter.stop();
     background.works.front()();

@@ -162,7 +162,8 @@ TEST_F(AppControllerTest, ThePanelOpensAndClosesByWhateverIsClicked) {
     statusItem.clicked();
     EXPECT_TRUE(open.get());
 
-    app->panel().exportHistory(HistoryExportFormat::markdown, 7);
+    app->panel().windowNumber = 7;
+    app->panel().exportHistory(HistoryExportFormat::markdown);
     executor.runPosted();
     EXPECT_EQ(savePanel.request.ownWindow, 7U);
     EXPECT_EQ(savePanel.request.fileName, "DORIX Historial.md");

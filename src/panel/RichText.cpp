@@ -1,4 +1,4 @@
-#include "views/panel/AnswerBlocks.h"
+#include "panel/AnswerBlocks.h"
 
 #include <algorithm>
 

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "base/text/Calendar.h"
+#include "localdata/HistoryItem.h"
+#include "panel/AnswerBlocks.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace dorix {
+
+/// A piece of what the detail shows of an item, laid out by itself.
+struct DetailBlock {
+    std::string_view kind;
+    AnswerBlock content;
+
+    bool operator==(const DetailBlock&) const = default;
+};
+
+/// How an item of the history is told, in the app language as it was at the last retranslate(). Main
+/// executor.
+class ItemTexts {
+ public:
+    /// How the desktop says a text of the interface.
+    using Words = std::function<std::string(std::string_view)>;
+
+    explicit ItemTexts(Words words);
+
+    void retranslate();
+
+    /// In the list: on one line each, and together for whoever does not see them.
+    struct Row {
+        std::string title;
+        std::string subtitle;
+        std::string spoken;
+    };
+    Row row(const HistoryItem& item) const;
+
+    /// Above the detail: the application and the time.
+    std::string place(const HistoryItem& item) const;
+
+    /// What is known of it, from its heading down to its sources.
+    std::vector<DetailBlock> blocks(const HistoryItem& item) const;
+
+ private:
+    std::string appName(const HistoryItem& item) const;
+
+    const Words words_;
+    std::optional<DateFormat> time_;
+    std::optional<DateFormat> date_;
+};
+
+}  // namespace dorix

@@ -1,0 +1,59 @@
+#include "views/Surroundings.h"
+
+#include <QGuiApplication>
+#include <QQmlContext>
+#include <QScreen>
+
+namespace dorix {
+
+Surroundings::Surroundings(Executor& executor, UserDefaults& defaults, DesktopAppearance& appearance)
+    : context_{.executor = executor,
+               .defaults = defaults,
+               .engine = engine_,
+               .theme = theme_,
+               .x11 = x11_.get()},
+      screensTurn_(executor) {
+    engine_.rootContext()->setContextProperty("theme", &theme_.map());
+    watchAppearance(appearance);
+    watchScreens();
+}
+
+void Surroundings::watchAppearance(DesktopAppearance& appearance) {
+    theme_.setDark(appearance.prefersDark.get());
+    theme_.setReducesMotion(appearance.reducesMotion.get());
+    subscriptions_.push_back(appearance.prefersDark.subscribe([this](bool dark) { theme_.setDark(dark); }));
+    subscriptions_.push_back(
+        appearance.reducesMotion.subscribe([this](bool less) { theme_.setReducesMotion(less); }));
+    if (!x11_) return;
+    theme_.setComposited(x11_->composited.get());
+    subscriptions_.push_back(x11_->composited.subscribe([this](bool composited) {
+        theme_.setComposited(composited);
+        onCompositorChanged();
+    }));
+    x11_->onRestacked = [this] { onRestacked(); };
+}
+
+void Surroundings::watchScreens() {
+    QObject::connect(qGuiApp, &QGuiApplication::screenAdded, &receiver_, [this](QScreen* screen) {
+        watchScreen(screen);
+        screensChanged();
+    });
+    QObject::connect(qGuiApp, &QGuiApplication::screenRemoved, &receiver_, [this] { screensChanged(); });
+    QObject::connect(qGuiApp, &QGuiApplication::primaryScreenChanged, &receiver_,
+                     [this] { screensChanged(); });
+    for (QScreen* screen : QGuiApplication::screens()) watchScreen(screen);
+}
+
+void Surroundings::watchScreen(QScreen* screen) {
+    QObject::connect(screen, &QScreen::geometryChanged, &receiver_, [this] { screensChanged(); });
+    QObject::connect(screen, &QScreen::availableGeometryChanged, &receiver_, [this] { screensChanged(); });
+    QObject::connect(screen, &QScreen::physicalDotsPerInchChanged, &receiver_, [this] { screensChanged(); });
+    QObject::connect(screen, &QScreen::logicalDotsPerInchChanged, &receiver_, [this] { screensChanged(); });
+}
+
+/// The toolkit tells of one change in several signals, some of them before all is as it will be.
+void Surroundings::screensChanged() {
+    screensTurn_.once(0, [this] { onScreensChanged(); });
+}
+
+}  // namespace dorix

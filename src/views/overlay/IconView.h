@@ -1,0 +1,67 @@
+#pragma once
+
+#include "localdata/SettingsStore.h"
+#include "overlay/AppWindow.h"
+#include "overlay/HUDPresenter.h"
+#include "overlay/LevelFeed.h"
+#include "speech/SpeechInput.h"
+#include "views/overlay/FloatingIconWindow.h"
+#include "views/overlay/HUDWindow.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace dorix {
+
+/// The icon and the HUD beside it, as the state has them. The icon does not leave the screen and never has
+/// the keyboard. Main thread.
+class IconView final : public AppWindow {
+ public:
+    /// What the user can ask for.
+    struct Verbs {
+        std::function<void()> clicked;
+        /// In the app language; asked anew when that changes.
+        std::function<std::string()> tooltip;
+        MenuBuilder menu;
+    };
+
+    /// All must outlive it.
+    IconView(const ViewContext& context, AppState& state, SettingsStore& settings, SpeechInput& speech,
+             Verbs verbs);
+
+    bool place() override;
+    void show() override { icon_.orderFrontRegardless(); }
+    void hide() override { icon_.orderOut(); }
+    void takeKeyboard() override {}
+    void clickedOutside() override {}
+
+    /// Of the icon's window.
+    Rect frame() const { return icon_.frame(); }
+
+    void screensChanged();
+    void raise();
+    void reshape();
+
+ private:
+    void wireIcon(MenuBuilder menu, std::function<void()> clicked);
+    void wireHUD();
+    void watchState();
+    void showState();
+    void showTooltip();
+    void placeHUD();
+    HUDWindow& hud();
+
+    const ViewContext context_;
+    AppState& state_;
+    SettingsStore& settings_;
+    const std::function<std::string()> tooltip_;
+    HUDPresenter presenter_;
+    LevelFeed level_;
+    FloatingIconWindow icon_;
+    std::unique_ptr<HUDWindow> hud_;  // made when first shown
+    std::vector<Subscription> subscriptions_;
+};
+
+}  // namespace dorix

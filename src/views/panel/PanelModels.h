@@ -1,0 +1,79 @@
+#pragma once
+
+#include "panel/ItemTexts.h"
+#include "panel/PanelList.h"
+#include "panel/PanelVerbs.h"
+
+#include <QAbstractListModel>
+#include <vector>
+
+/// What the panel lists, as the toolkit wants lists. Main thread.
+namespace dorix {
+
+/// The days and the items under them.
+class PanelRows final : public QAbstractListModel {
+    Q_OBJECT
+
+ public:
+    enum Role { isDay = Qt::UserRole, day, title, subtitle, icon, spoken };
+
+    /// Both must outlive it.
+    PanelRows(PanelList& list, const ItemTexts& texts);
+
+    int rowCount(const QModelIndex& parent) const override;
+    QVariant data(const QModelIndex& index, int role) const override;
+    QHash<int, QByteArray> roleNames() const override;
+
+    /// The day that the row belongs to.
+    Q_INVOKABLE QString dayAt(int row) const;
+    /// Whether a day's own row stands there.
+    Q_INVOKABLE bool isDayAt(int row) const;
+
+    /// After the texts have changed their language.
+    void retranslate();
+
+ private:
+    void change(const PanelListChange& change);
+
+    PanelList& list_;
+    const ItemTexts& texts_;
+    Subscription subscription_;
+};
+
+/// What is known of an item, in pieces that are laid out one by one as they come into sight.
+class PanelBlocks final : public QAbstractListModel {
+    Q_OBJECT
+
+ public:
+    enum Role { kind = Qt::UserRole, level, marker, html, continues };
+
+    int rowCount(const QModelIndex& parent) const override;
+    QVariant data(const QModelIndex& index, int role) const override;
+    QHash<int, QByteArray> roleNames() const override;
+
+    /// What is as it was before stays where it is on the screen.
+    void show(std::vector<DetailBlock> blocks);
+
+ private:
+    std::vector<DetailBlock> blocks_;
+};
+
+/// The verbs that a place offers. A button stays the same one, and keeps the keyboard, while its verb is
+/// offered.
+class PanelOffers final : public QAbstractListModel {
+    Q_OBJECT
+
+ public:
+    enum Role { verb = Qt::UserRole, words, mark, isMarkAlone, isMain };
+
+    int rowCount(const QModelIndex& parent) const override;
+    QVariant data(const QModelIndex& index, int role) const override;
+    QHash<int, QByteArray> roleNames() const override;
+
+    void show(std::vector<PanelOffer> offers);
+
+ private:
+    std::vector<PanelOffer> offers_;
+};
+
+}  // namespace dorix

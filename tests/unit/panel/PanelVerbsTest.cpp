@@ -1,0 +1,150 @@
+#include "base/async/ManualExecutor.h"
+#include "fakes/FakePasteboard.h"
+#include "fakes/FakeUrlOpener.h"
+#include "fakes/TemporaryFolder.h"
+#include "fakes/dictation/FakeSpeechInput.h"
+#include "panel/HistoryPanel.h"
+#include "panel/PanelKeys.h"
+#include "platform/FileReplacer.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace dorix {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using With = PanelKeyPress::With;
+
+struct NoFiles final : FileReplacer {
+    std::error_code replace(const std::filesystem::path&, const Source&) override { return {}; }
+};
+
+/// The panel without a window, over three items: "c", "b" and, the oldest, "a".
+class PanelVerbsTest : public testing::Test {
+ protected:
+    PanelVerbsTest() {
+        for (const auto* id : {"a", "b", "c"}) {
+            history.add({.id = id, .answer = id, .meta = {}}, HistoryStore::Persist::no);
+        }
+    }
+
+    std::vector<std::string> offered(VerbPlace place) const {
+        std::vector<std::string> labels;
+        for (const auto& offer : panelOffers(panel, place)) labels.push_back(offer.label);
+        return labels;
+    }
+    /// What a key does; false when it means nothing.
+    bool press(PanelArea area, PanelKey key, With with = With::nothing) {
+        return perform(panel, verbOf(area, {.key = key, .with = with}));
+    }
+
+    TemporaryFolder folder;
+    ManualExecutor executor;
+    AppState state;
+    FakeSpeechInput speech;
+    HistoryStore history{folder.path() / "dorix.sqlite"};
+    FakePasteboard pasteboard;
+    FakeUrlOpener urls;
+    UnavailableSavePanel savePanel;
+    NoFiles files;
+    PanelExport exporter{executor, executor, savePanel, files, folder.path() / "dorix.sqlite"};
+    HistoryPanel panel{executor, state, speech, history, pasteboard, urls, exporter};
+};
+
+TEST_F(PanelVerbsTest, OffersWhatCanBeDone) {
+    EXPECT_THAT(offered(VerbPlace::detail), IsEmpty()) << "nothing is selected";
+    state.selectedID.set("b");
+    EXPECT_THAT(offered(VerbPlace::detail), ElementsAre("Copiar")) << "nobody inserts";
+    panel.actions.reinsert = [](const HistoryItem&) {};
+    EXPECT_THAT(offered(VerbPlace::detail), ElementsAre("Insertar de nuevo", "Copiar"));
+    perform(panel, "copy");
+    EXPECT_THAT(offered(VerbPlace::detail), ElementsAre("Insertar de nuevo", "Copiado"));
+
+    Menu menu = panelMenu(panel, VerbPlace::itemMenu);
+    ASSERT_EQ(menu.size(), 4U);
+    EXPECT_EQ(menu[1].label, "Copiar") << "a menu says what it does, not what was done";
+    EXPECT_TRUE(menu[2].isSeparator());
+    menu[3].handler();
+    EXPECT_EQ(history.items().size(), 2U);
+    EXPECT_FALSE(perform(panel, "close")) << "without anybody who could";
+}
+
+TEST_F(PanelVerbsTest, EveryKeyOfEveryPlaceAsksForAVerbThatThereIs) {
+    state.selectedID.set("c");
+    panel.layout.setWidth(100);
+    panel.actions.reinsert = [](const HistoryItem&) {};
+    for (const auto area :
+         {PanelArea::search, PanelArea::list, PanelArea::detail, PanelArea::sections, PanelArea::elsewhere}) {
+        for (int key = 0; key <= static_cast<int>(PanelKey::find); ++key) {
+            const auto verb = verbOf(area, {.key = PanelKey(key)});
+            EXPECT_TRUE(verb.empty() || canPerform(panel, verb)) << verb;
+        }
+    }
+    EXPECT_EQ(verbOf(PanelArea::detail, {.key = PanelKey::down}), "") << "there it scrolls";
+}
+
+TEST_F(PanelVerbsTest, KeysMoveOverTheItemsAndSections) {
+    panel.layout.rowsPerPage = 2;
+    EXPECT_TRUE(press(PanelArea::search, PanelKey::down));
+    EXPECT_EQ(state.selectedID.get(), "c");
+    EXPECT_FALSE(press(PanelArea::search, PanelKey::down, With::shift)) << "the line of text wants that";
+    EXPECT_FALSE(press(PanelArea::search, PanelKey::home));
+    EXPECT_TRUE(press(PanelArea::list, PanelKey::pageDown));
+    EXPECT_EQ(state.selectedID.get(), "a");
+    EXPECT_TRUE(press(PanelArea::list, PanelKey::home, With::command));
+    EXPECT_EQ(state.selectedID.get(), "c");
+    EXPECT_TRUE(press(PanelArea::list, PanelKey::remove));
+    EXPECT_EQ(state.selectedID.get(), "b");
+    EXPECT_TRUE(press(PanelArea::elsewhere, PanelKey::undo, With::command));
+    EXPECT_EQ(state.selectedID.get(), "c");
+
+    EXPECT_TRUE(press(PanelArea::sections, PanelKey::up));
+    EXPECT_EQ(state.section.get(), PanelSection::todo);
+    EXPECT_TRUE(press(PanelArea::sections, PanelKey::down));
+    EXPECT_EQ(state.section.get(), PanelSection::dictado);
+    EXPECT_TRUE(press(PanelArea::sections, PanelKey::end));
+    EXPECT_EQ(state.section.get(), PanelSection::accion);
+}
+
+TEST_F(PanelVerbsTest, InANarrowWindowTheDetailTakesTheListsPlace) {
+    state.selectedID.set("b");
+    panel.layout.setWidth(660);
+    EXPECT_FALSE(press(PanelArea::detail, PanelKey::left)) << "both show";
+    panel.layout.setWidth(659);
+    EXPECT_TRUE(panel.layout.showsList() && !panel.layout.showsDetail());
+    EXPECT_FALSE(press(PanelArea::list, PanelKey::right, With::command));
+    EXPECT_TRUE(press(PanelArea::list, PanelKey::right));
+    EXPECT_TRUE(panel.layout.showsDetail() && !panel.layout.showsList());
+    EXPECT_TRUE(press(PanelArea::detail, PanelKey::left));
+    EXPECT_TRUE(panel.layout.showsList());
+    perform(panel, "openDetail");
+    for (const auto* id : {"a", "b", "c"}) panel.deletions.remove(id);
+    EXPECT_TRUE(panel.layout.showsList()) << "there is nothing left to look at";
+    perform(panel, "openDetail");
+    EXPECT_TRUE(panel.layout.showsList());
+}
+
+TEST_F(PanelVerbsTest, TheComposerSendsATextToWhoeverAnswers) {
+    state.composerText.set(" \n");
+    EXPECT_TRUE(panel.composer.send()) << "nothing to be told";
+    state.composerText.set("¿y eso?");
+    EXPECT_FALSE(panel.composer.maySend());
+    EXPECT_FALSE(panel.composer.send());
+    EXPECT_EQ(panel.composer.refusal(), "Todavía no hay asistente que responda. Tu texto se queda aquí.");
+    int sent = 0;
+    panel.actions.submitComposer = [&] { ++sent; };
+    EXPECT_TRUE(panel.composer.maySend() && panel.composer.send());
+    state.composerText.set("");
+    EXPECT_TRUE(panel.composer.send());
+    EXPECT_EQ(sent, 1);
+    EXPECT_EQ(panel.composer.refusal(), "");
+}
+
+}  // namespace
+}  // namespace dorix
