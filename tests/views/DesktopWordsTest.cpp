@@ -9,15 +9,9 @@ namespace dorix {
 namespace {
 
 TEST(DesktopWordsTest, KeysAndComputerHaveTheNamesOfThisDesktop) {
-    EXPECT_EQ(desktopWords("Escrito en Notas · también en el portapapeles (⌘V)"),
-              "Escrito en Notas · también en el portapapeles (Ctrl+V)");
-    EXPECT_EQ(desktopWords("Mantén pulsado ⌥ Espacio (o ⌥ Opción derecha)"),
-              "Mantén pulsado Alt+Espacio (o Alt derecha)");
-    EXPECT_EQ(desktopWords("Hold ⌥⇧ Space (or Right ⌥)"), "Hold Alt+Shift+Space (or Right Alt)");
-    EXPECT_EQ(desktopWords("Pulsa ⌥⇧ Espacio"), "Pulsa Alt+Mayús+Espacio");
-    EXPECT_EQ(desktopWords("Este Mac … en tu Mac"), "Este equipo … en tu equipo");
-    EXPECT_EQ(desktopWords("stored only on this Mac."), "stored only on this computer.");
-    EXPECT_EQ(desktopWords("Apple Intelligence (en tu Mac)"), "Modelo local (en tu equipo)");
+    EXPECT_EQ(desktopWords("Mantén pulsado ⌥ Espacio (o ⌥ Opción derecha), ⌥⇧ Espacio o ⌘V"),
+              "Mantén pulsado Alt+Espacio (o Alt derecha), Alt+Mayús+Espacio o Ctrl+V");
+    EXPECT_EQ(desktopWords("Apple Intelligence (on this Mac)"), "Modelo local (on this computer)");
     EXPECT_EQ(desktopWords("Machado, MacArthur"), "Machado, MacArthur") << "only whole phrases";
 }
 

@@ -4,7 +4,6 @@
 #include "views/Pictures.h"
 #include "views/ShownText.h"
 #include "views/Tokens.h"
-#include "views/overlay/TextFit.h"
 
 #include <gtest/gtest.h>
 
@@ -124,17 +123,6 @@ TEST(TextTest, EveryTextIsWholeAndApartFromTheOthers) {
             }
         }
     }
-}
-
-TEST(TextTest, LinesOfAMessageAreOfLikeLength) {
-    const TextFit fit(tokens::fontBody);
-    const QString text =
-        "Para preguntar sobre la pantalla, activa «Grabación de pantalla» para DORIX y vuelve.";
-    const int width = fit.balancedWidth(text, 392);
-    EXPECT_LT(width, 350);
-    EXPECT_EQ(fit.lines(text, width), fit.lines(text, 392));
-    EXPECT_EQ(fit.balancedWidth("corto", 392), fit.width("corto"));
-    EXPECT_LE(fit.balancedWidth(QString(2000, 'x'), 392), 392);
 }
 
 double luminance(Argb color) {
