@@ -73,92 +73,88 @@ void moveSection(HistoryPanel& panel) {
 
 constexpr int all = 100;
 
-const auto& verbs() {
-    using enum VerbPlace;
-    static constexpr std::array table{
-        // On the selected item.
-        Verb{.id = "insert",
-             .isPossible = canWithItem<&PanelActions::reinsert>,
-             .act = doWithItem<&PanelActions::reinsert>,
-             .label = insertLabel,
-             .places = in(detail) | in(itemMenu),
-             .isMain = true},
-        Verb{.id = "copy",
-             .isPossible = canWithItem<&PanelActions::copy>,
-             .act = doWithItem<&PanelActions::copy>,
-             .label = [](const HistoryPanel&) { return tr("Copiar"); },
-             .isDone = justCopied,
-             .doneLabel = "Copiado",
-             .places = in(detail) | in(itemMenu)},
-        Verb{.id = "remove",
-             .isPossible = canWithItem<&PanelActions::remove>,
-             .act = doWithItem<&PanelActions::remove>,
-             .label = [](const HistoryPanel&) { return tr("Borrar"); },
-             .places = in(detailEnd) | in(itemMenu),
-             .group = 1,
-             .mark = VerbMark::remove},
-        // Of the panel.
-        Verb{.id = "exportMarkdown",
-             .isPossible = always,
-             .act = [](HistoryPanel& panel) { panel.exportHistory(HistoryExportFormat::markdown); },
-             .label = [](const HistoryPanel&) { return tr("Exportar como Markdown…"); },
-             .places = in(panelMenu)},
-        Verb{.id = "exportJson",
-             .isPossible = always,
-             .act = [](HistoryPanel& panel) { panel.exportHistory(HistoryExportFormat::json); },
-             .label = [](const HistoryPanel&) { return tr("Exportar como JSON…"); },
-             .places = in(panelMenu)},
-        Verb{.id = "closeHistory",
-             .isPossible = always,
-             .act = [](HistoryPanel& panel) { perform(panel, "close"); },
-             .label = [](const HistoryPanel&) { return tr("Cerrar historial"); },
-             .places = in(panelMenu),
-             .group = 1},
-        Verb{.id = "close",
-             .isPossible = can<&PanelActions::close>,
-             .act = act<&PanelActions::close>,
-             .label = [](const HistoryPanel&) { return tr("Cerrar (Esc)"); },
-             .places = in(corner),
-             .mark = VerbMark::close},
-        Verb{.id = "toggleMic",
-             .isPossible = can<&PanelActions::toggleMic>,
-             .act = act<&PanelActions::toggleMic>},
-        Verb{.id = "undo", .isPossible = always, .act = [](HistoryPanel& panel) { panel.deletions.undo(); }},
-        // Ways about.
-        Verb{.id = "next", .isPossible = always, .act = moveBy<1>},
-        Verb{.id = "previous", .isPossible = always, .act = moveBy<-1>},
-        Verb{.id = "nextPage",
-             .isPossible = always,
-             .act = [](HistoryPanel& panel) { panel.selection.move(panel.layout.rowsPerPage); }},
-        Verb{.id = "previousPage",
-             .isPossible = always,
-             .act = [](HistoryPanel& panel) { panel.selection.move(-panel.layout.rowsPerPage); }},
-        Verb{.id = "first",
-             .isPossible = always,
-             .act = [](HistoryPanel& panel) { panel.selection.moveToFirst(); }},
-        Verb{.id = "last",
-             .isPossible = always,
-             .act = [](HistoryPanel& panel) { panel.selection.moveToLast(); }},
-        Verb{.id = "openDetail",
-             .isPossible = always,
-             .act = [](HistoryPanel& panel) { panel.layout.detailOpen.set(hasItem(panel)); }},
-        Verb{.id = "back",
-             .isPossible = [](const HistoryPanel& panel) { return panel.layout.narrow.get(); },
-             .act = [](HistoryPanel& panel) { panel.layout.detailOpen.set(false); }},
-        Verb{.id = "nextSection", .isPossible = always, .act = moveSection<1>},
-        Verb{.id = "previousSection", .isPossible = always, .act = moveSection<-1>},
-        Verb{.id = "firstSection", .isPossible = always, .act = moveSection<-all>},
-        Verb{.id = "lastSection", .isPossible = always, .act = moveSection<all>},
-        // These two are about what only the window knows.
-        Verb{.id = "find", .isPossible = always, .act = [](HistoryPanel&) {}},
-        Verb{.id = "showItemMenu", .isPossible = hasItem, .act = [](HistoryPanel&) {}},
-    };
-    return table;
-}
+using enum VerbPlace;
+
+constexpr std::array verbs{
+    // On the selected item.
+    Verb{.id = "insert",
+         .isPossible = canWithItem<&PanelActions::reinsert>,
+         .act = doWithItem<&PanelActions::reinsert>,
+         .label = insertLabel,
+         .places = in(detail) | in(itemMenu),
+         .isMain = true},
+    Verb{.id = "copy",
+         .isPossible = canWithItem<&PanelActions::copy>,
+         .act = doWithItem<&PanelActions::copy>,
+         .label = [](const HistoryPanel&) { return tr("Copiar"); },
+         .isDone = justCopied,
+         .doneLabel = "Copiado",
+         .places = in(detail) | in(itemMenu)},
+    Verb{.id = "remove",
+         .isPossible = canWithItem<&PanelActions::remove>,
+         .act = doWithItem<&PanelActions::remove>,
+         .label = [](const HistoryPanel&) { return tr("Borrar"); },
+         .places = in(detailEnd) | in(itemMenu),
+         .group = 1,
+         .mark = VerbMark::remove},
+    // Of the panel.
+    Verb{.id = "exportMarkdown",
+         .isPossible = always,
+         .act = [](HistoryPanel& panel) { panel.exportHistory(HistoryExportFormat::markdown); },
+         .label = [](const HistoryPanel&) { return tr("Exportar como Markdown…"); },
+         .places = in(panelMenu)},
+    Verb{.id = "exportJson",
+         .isPossible = always,
+         .act = [](HistoryPanel& panel) { panel.exportHistory(HistoryExportFormat::json); },
+         .label = [](const HistoryPanel&) { return tr("Exportar como JSON…"); },
+         .places = in(panelMenu)},
+    Verb{.id = "closeHistory",
+         .isPossible = always,
+         .act = [](HistoryPanel& panel) { perform(panel, "close"); },
+         .label = [](const HistoryPanel&) { return tr("Cerrar historial"); },
+         .places = in(panelMenu),
+         .group = 1},
+    Verb{.id = "close",
+         .isPossible = can<&PanelActions::close>,
+         .act = act<&PanelActions::close>,
+         .label = [](const HistoryPanel&) { return tr("Cerrar (Esc)"); },
+         .places = in(corner),
+         .mark = VerbMark::close},
+    Verb{
+        .id = "toggleMic", .isPossible = can<&PanelActions::toggleMic>, .act = act<&PanelActions::toggleMic>},
+    Verb{.id = "undo", .isPossible = always, .act = [](HistoryPanel& panel) { panel.deletions.undo(); }},
+    // Ways about.
+    Verb{.id = "next", .isPossible = always, .act = moveBy<1>},
+    Verb{.id = "previous", .isPossible = always, .act = moveBy<-1>},
+    Verb{.id = "nextPage",
+         .isPossible = always,
+         .act = [](HistoryPanel& panel) { panel.selection.move(panel.layout.rowsPerPage); }},
+    Verb{.id = "previousPage",
+         .isPossible = always,
+         .act = [](HistoryPanel& panel) { panel.selection.move(-panel.layout.rowsPerPage); }},
+    Verb{.id = "first",
+         .isPossible = always,
+         .act = [](HistoryPanel& panel) { panel.selection.moveToFirst(); }},
+    Verb{
+        .id = "last", .isPossible = always, .act = [](HistoryPanel& panel) { panel.selection.moveToLast(); }},
+    Verb{.id = "openDetail",
+         .isPossible = always,
+         .act = [](HistoryPanel& panel) { panel.layout.detailOpen.set(hasItem(panel)); }},
+    Verb{.id = "back",
+         .isPossible = [](const HistoryPanel& panel) { return panel.layout.narrow.get(); },
+         .act = [](HistoryPanel& panel) { panel.layout.detailOpen.set(false); }},
+    Verb{.id = "nextSection", .isPossible = always, .act = moveSection<1>},
+    Verb{.id = "previousSection", .isPossible = always, .act = moveSection<-1>},
+    Verb{.id = "firstSection", .isPossible = always, .act = moveSection<-all>},
+    Verb{.id = "lastSection", .isPossible = always, .act = moveSection<all>},
+    // These two are about what only the window knows.
+    Verb{.id = "find", .isPossible = always, .act = [](HistoryPanel&) {}},
+    Verb{.id = "showItemMenu", .isPossible = hasItem, .act = [](HistoryPanel&) {}},
+};
 
 const Verb* possible(const HistoryPanel& panel, std::string_view id) {
-    const auto found = std::ranges::find(verbs(), id, &Verb::id);
-    return found != verbs().end() && found->isPossible(panel) ? &*found : nullptr;
+    const auto found = std::ranges::find(verbs, id, &Verb::id);
+    return found != verbs.end() && found->isPossible(panel) ? &*found : nullptr;
 }
 
 bool isOffered(const Verb& verb, const HistoryPanel& panel, VerbPlace place) {
@@ -169,7 +165,7 @@ bool isOffered(const Verb& verb, const HistoryPanel& panel, VerbPlace place) {
 
 std::vector<PanelOffer> panelOffers(const HistoryPanel& panel, VerbPlace place) {
     std::vector<PanelOffer> offers;
-    for (const Verb& verb : verbs()) {
+    for (const Verb& verb : verbs) {
         if (!isOffered(verb, panel, place)) continue;
         if (verb.isDone(panel)) {
             offers.push_back({verb.id, tr(verb.doneLabel), VerbMark::done, verb.isMain});
@@ -183,7 +179,7 @@ std::vector<PanelOffer> panelOffers(const HistoryPanel& panel, VerbPlace place) 
 Menu panelMenu(HistoryPanel& panel, VerbPlace place) {
     Menu menu;
     int group = 0;
-    for (const Verb& verb : verbs()) {
+    for (const Verb& verb : verbs) {
         if (!isOffered(verb, panel, place)) continue;
         if (!menu.empty() && verb.group != group) menu.push_back(ClosureMenuItem::separator());
         group = verb.group;

@@ -34,7 +34,10 @@ void PanelHost::wirePanel() {
     dictation_.closePanel = [this] { presenter_.close(); };
     panel_.actions.close = [this] { presenter_.close(); };
     panel_.actions.toggleMic = [this] { dictation_.toggleComposerMic(); };
-    panel_.actions.reinsert = [this](const HistoryItem& item) { dictation_.reinsert(item); };
+    panel_.actions.reinsert = [this](const HistoryItem& item) {
+        // The second click of a double click meets a panel that fades.
+        if (state_.panelOpen.get()) dictation_.reinsert(item);
+    };
     panel_.exporter.onAsked = [this] { tasks_.spawn(returnToPanel()); };
     panel_.exporter.onFinished = [this](const std::string& words, bool failed) {
         dictation_.flash(failed ? HUDPhase::error(words) : HUDPhase::done(words), 4.0);
