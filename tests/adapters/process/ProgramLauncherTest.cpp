@@ -1,21 +1,19 @@
-#include "adapters/EventLoop.h"
+#include "adapters/harness/EventLoop.h"
+#include "adapters/harness/OtherProgram.h"
+#include "fakes/TemporaryFolder.h"
 #include "linux/apps/DesktopEntry.h"
 #include "linux/process/LinuxProcessWatcher.h"
 #include "linux/process/LinuxProgramLauncher.h"
 #include "linux/process/XdgUrlOpener.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <string>
 
 namespace dorix {
 namespace {
@@ -41,21 +39,15 @@ class ProgramLauncherTest : public testing::Test {
         write(program, "#!/bin/sh\necho \"$@\" >> " + trace.string() + "\n");
         fs::permissions(program, fs::perms::owner_all);
     }
-    ~ProgramLauncherTest() override { fs::remove_all(folder); }
 
     static void write(const fs::path& file, const std::string& text) { std::ofstream(file) << text; }
-
-    static fs::path newFolder() {
-        auto pattern = (fs::temp_directory_path() / "dorix-launch-XXXXXX").string();
-        return mkdtemp(pattern.data());
-    }
-
     static std::string read(const fs::path& file) {
         std::ifstream stream(file);
         return {std::istreambuf_iterator<char>(stream), {}};
     }
 
-    const fs::path folder = newFolder();
+    const TemporaryFolder temporary;
+    const fs::path& folder = temporary.path();
     const fs::path program = folder / "bin/dorix";
     const fs::path trace = folder / "trace";
     EventLoop loop;
@@ -96,17 +88,15 @@ TEST_F(ProgramLauncherTest, WhatWasStartedIsWaitedFor) {
 TEST_F(ProgramLauncherTest, AddressesAreGivenToTheDesktop) {
     const auto command = folder / "bin/xdg-open";
     fs::copy(program, command);
-    const std::string path = getenv("PATH");
-    setenv("PATH", ((folder / "bin").string() + ":" + path).c_str(), 1);
+    const Environment found({{"PATH", (folder / "bin").string() + ":" + ::getenv("PATH")}});
     XdgUrlOpener urls(loop.main);
     for (const char* refused : {"", "--help", "/etc/passwd", "manual", ":x", "1a:x", "a b:c", "-a:b"}) {
         EXPECT_FALSE(urls.open(refused)) << refused;
     }
     EXPECT_TRUE(urls.open("https://example.com/?a=$(id)&b=%20"));
     EXPECT_TRUE(loop.runUntil([&] { return read(trace) == "https://example.com/?a=$(id)&b=%20\n"; }));
-    setenv("PATH", (folder / "share").c_str(), 1);
+    const Environment missing({{"PATH", folder / "share"}});
     EXPECT_FALSE(urls.open("https://example.com/")) << "without xdg-open";
-    setenv("PATH", path.c_str(), 1);
 }
 
 TEST_F(ProgramLauncherTest, AnExitIsToldOnce) {

@@ -1,4 +1,6 @@
+#include "adapters/harness/OtherProgram.h"
 #include "base/async/ManualExecutor.h"
+#include "fakes/TemporaryFolder.h"
 #include "linux/apps/DesktopEntries.h"
 #include "linux/apps/LinuxApplications.h"
 
@@ -6,13 +8,7 @@
 #include <sys/stat.h>
 
 #include <chrono>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
-#include <optional>
-#include <thread>
-#include <utility>
-#include <vector>
 
 namespace dorix {
 namespace {
@@ -23,26 +19,20 @@ constexpr std::string_view calendar =
     "# comment\n[Desktop Entry]\r\nType=Application\nName=Calendar\nName[es]=Calendario\nName[es_AR]=Agenda\n"
     "StartupWMClass = Gnome-Calendar\nExec=cal %U\n\n[Desktop Action New]\nName=New event\n";
 
-TEST(DesktopEntryTest, TakesTheNameOfTheWantedLanguage) {
+TEST(DesktopEntryTest, TakesTheNameOfTheWantedLanguageAndRefusesWhatIsNoApplication) {
     EXPECT_EQ(parseDesktopEntry(calendar, {"es_ES", "es"})->name, "Calendario");
     EXPECT_EQ(parseDesktopEntry(calendar, {"es_AR", "es"})->name, "Agenda");
     EXPECT_EQ(parseDesktopEntry(calendar, {"fr"})->name, "Calendar");
     EXPECT_EQ(parseDesktopEntry(calendar, {})->startupWmClass, "Gnome-Calendar");
-}
-
-TEST(DesktopEntryTest, RefusesWhatIsNoApplication) {
-    EXPECT_FALSE(parseDesktopEntry("", {}));
-    EXPECT_FALSE(parseDesktopEntry("[Desktop Entry]\nType=Link\nName=x\n", {}));
-    EXPECT_FALSE(parseDesktopEntry("[Desktop Entry]\nType=Application\nName=\n", {}));
-    EXPECT_FALSE(parseDesktopEntry("Type=Application\nName=x\n", {}));
     EXPECT_EQ(parseDesktopEntry("[Desktop Entry]\nType=Application\nName=a\\sb\\", {})->name, "a b\\");
+    for (const char* refused : {"", "[Desktop Entry]\nType=Link\nName=x\n", "Type=Application\nName=x\n",
+                                "[Desktop Entry]\nType=Application\nName=\n"}) {
+        EXPECT_FALSE(parseDesktopEntry(refused, {})) << refused;
+    }
 }
 
 class DesktopEntriesTest : public testing::Test {
  protected:
-    DesktopEntriesTest() { fs::remove_all(root); }
-    ~DesktopEntriesTest() override { fs::remove_all(root); }
-
     void write(const fs::path& file, const std::string& rest) const {
         fs::create_directories((root / file).parent_path());
         std::ofstream(root / file) << "[Desktop Entry]\nType=Application\n" << rest;
@@ -50,15 +40,17 @@ class DesktopEntriesTest : public testing::Test {
 
     /// The entry once the folders have been read, by asking again and again; none after some seconds.
     const DesktopEntry* findSoon(DesktopEntries& entries, const std::vector<std::string>& names) {
-        for (int i = 0; i < 5000; ++i) {
+        const DesktopEntry* found = nullptr;
+        eventually([&] {
             main.runPosted();
-            if (const auto* entry = entries.find(names)) return entry;
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
-        return nullptr;
+            found = entries.find(names);
+            return found != nullptr;
+        });
+        return found;
     }
 
-    const fs::path root = fs::path(testing::TempDir()) / "dorix-entries";
+    const TemporaryFolder folder;
+    const fs::path& root = folder.path();
     ManualExecutor main;
 };
 
@@ -94,21 +86,12 @@ TEST_F(DesktopEntriesTest, TakesFoldersAndLanguagesFromTheEnvironment) {
     write("home/applications/cal.desktop", "Name=Calendar\nName[es]=Calendario\n");
     write("system/applications/cal.desktop", "Name=Theirs\n");
     write("system/applications/kate.desktop", "Name=Kate\nName[es_ES]=Catalina\nName[es]=Cata\n");
-    const std::vector<std::pair<const char*, std::string>> variables{
-        {"XDG_DATA_HOME", root / "home"},
-        {"XDG_DATA_DIRS", "relative::" + (root / "system").string()},
-        {"LC_ALL", "es_ES.UTF-8"},
-        {"LANGUAGE", ""}};
-    std::vector<std::pair<const char*, std::optional<std::string>>> before;
-    // NOLINTBEGIN(concurrency-mt-unsafe): nobody else reads the environment here
-    for (const auto& [name, value] : variables) {
-        const char* old = std::getenv(name);
-        before.emplace_back(name, old ? std::optional<std::string>(old) : std::nullopt);
-        setenv(name, value.c_str(), 1);
-    }
+    std::optional<Environment> changed(Variables{{"XDG_DATA_HOME", root / "home"},
+                                                 {"XDG_DATA_DIRS", "relative::" + (root / "system").string()},
+                                                 {"LC_ALL", "es_ES.UTF-8"},
+                                                 {"LANGUAGE", ""}});
     DesktopEntries entries(main);
-    for (const auto& [name, value] : before) value ? setenv(name, value->c_str(), 1) : unsetenv(name);
-    // NOLINTEND(concurrency-mt-unsafe)
+    changed.reset();
 
     ASSERT_NE(findSoon(entries, {"cal"}), nullptr);
     EXPECT_EQ(entries.find({"cal"})->name, "Calendario");

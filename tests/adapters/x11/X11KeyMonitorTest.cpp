@@ -1,25 +1,22 @@
-#include "adapters/x11/TestDesktop.h"
+#include "adapters/harness/XDesktop.h"
 #include "linux/x11/X11KeyEventMonitors.h"
 #include "platform/KeyCodes.h"
 
 #include <gmock/gmock.h>
 #include <xkbcommon/xkbcommon-keysyms.h>
 
-namespace dorix::testing {
+namespace dorix {
 namespace {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+using testing::ElementsAre;
+using testing::IsEmpty;
 
 constexpr KeyEvent rightOptionDown{keycode::rightOption, modifier::option | modifier::deviceRightOption};
 constexpr KeyEvent rightOptionUp{keycode::rightOption, 0};
 
-class X11KeyMonitorTest : public DesktopTest {
+class X11KeyMonitorTest : public XDesktopTest {
  protected:
-    void SetUp() override {
-        DesktopTest::SetUp();
-        if (!connection_) return;
-        monitors_ = std::make_unique<X11KeyEventMonitors>(*connection_, *keyboard_, *input_, *windows_);
+    X11KeyMonitorTest() {
         const auto record = [](auto& into) {
             return [&into](const KeyEvent& event) { into.push_back(event); };
         };
@@ -31,12 +28,25 @@ class X11KeyMonitorTest : public DesktopTest {
         }));
     }
 
-    void tap(std::uint16_t code) {
+    /// What the application gets of a key that is held for a while, and of one that is tapped meanwhile.
+    std::vector<std::string> holdFor(OtherApplication& application, std::uint16_t code, double seconds,
+                                     std::optional<std::uint16_t> tapped = std::nullopt) {
+        application.forgetKeys();
+        flags_.clear();
         userDown(code);
+        if (tapped) tap(*tapped);
+        loop_.runFor(seconds);
         userUp(code);
+        const auto& keys = application.keys();
+        const auto hasGoneUp = [&] {
+            return !keys.empty() && keys.back().starts_with("-" + keys.front().substr(1, 3));
+        };
+        EXPECT_TRUE(waitFor(hasGoneUp));
+        return application.keys();
     }
 
-    std::unique_ptr<X11KeyEventMonitors> monitors_;
+    std::unique_ptr<X11KeyEventMonitors> monitors_ =
+        std::make_unique<X11KeyEventMonitors>(*connection_, keyboard_, input_, windows_);
     std::vector<KeyEventMonitors::Token> tokens_;
     std::vector<KeyEvent> flags_;
     std::vector<KeyEvent> keys_;
@@ -50,7 +60,7 @@ TEST_F(X11KeyMonitorTest, RightAltIsRightOptionInEveryLayout) {
         tap(keycode::rightOption);
         EXPECT_THAT(flags_, ElementsAre(rightOptionDown, rightOptionUp)) << layout;
     }
-    EXPECT_EQ(keyboard_->keyFor(keycode::rightOption), 108);
+    EXPECT_EQ(keyboard_.keyFor(keycode::rightOption), 108);
 }
 
 TEST_F(X11KeyMonitorTest, TellsTheSidesOfModifiersAndWhatIsHeldAlready) {
@@ -73,35 +83,20 @@ TEST_F(X11KeyMonitorTest, TellsTheSidesOfModifiersAndWhatIsHeldAlready) {
     EXPECT_FALSE(monitors_->reportsKey(keycode::function));
 }
 
-TEST_F(X11KeyMonitorTest, FindsLettersThroughTheLayout) {
-    setLayout("us");
-    EXPECT_EQ(keyboard_->keyFor(keycode::v), 55);
-    setLayout("us -variant dvorak");
-    EXPECT_EQ(keyboard_->keyFor(keycode::v), 60);
-    EXPECT_EQ(keyboard_->virtualKeyCode(60), keycode::v);
-    EXPECT_EQ(keyboard_->virtualKeyCode(55), keycode::other);
-    // No Latin letters at all, and Latin ones in the second group only.
-    setLayout("ru");
-    EXPECT_EQ(keyboard_->keyFor(keycode::c), 54);
-    setLayout("ru,us -variant ,dvorak");
-    EXPECT_EQ(keyboard_->keyFor(keycode::v), 60);
-}
-
 TEST_F(X11KeyMonitorTest, FollowsEscapeMovedToCapsLock) {
     setLayout("us -option caps:escape");
-    userKey(66, KeyStroke::Direction::down);
-    userKey(66, KeyStroke::Direction::up);
+    tapKey(66);
     EXPECT_THAT(keys_, ElementsAre(KeyEvent{keycode::escape, 0}));
     EXPECT_THAT(flags_, IsEmpty());
 }
 
 TEST_F(X11KeyMonitorTest, DropsAutoRepeat) {
     const auto application = openApplication("editor", "Editor");
-    userKey(keyboard_->keyForSymbol(XKB_KEY_a).value(), KeyStroke::Direction::down);
+    userKey(keyboard_.keyForSymbol(XKB_KEY_a).value(), KeyStroke::Direction::down);
     ASSERT_TRUE(waitFor([&] { return application->count("+a/0") >= 4; }))
         << "the server does not repeat keys";
     EXPECT_THAT(keys_, ElementsAre(KeyEvent{keycode::other, 0}));
-    userKey(keyboard_->keyForSymbol(XKB_KEY_a).value(), KeyStroke::Direction::up);
+    userKey(keyboard_.keyForSymbol(XKB_KEY_a).value(), KeyStroke::Direction::up);
     EXPECT_EQ(keys_.size(), 1U);
 }
 
@@ -129,14 +124,14 @@ TEST_F(X11KeyMonitorTest, OwnWindowsAreLocal) {
 }
 
 TEST_F(X11KeyMonitorTest, OwnFakedKeysAreNotTheUsers) {
-    const auto key = keyboard_->keyFor(keycode::rightOption).value();
+    const auto key = keyboard_.keyFor(keycode::rightOption).value();
     userDown(keycode::rightOption);
-    input_->fake({key, KeyStroke::Direction::up});
-    input_->fake({key, KeyStroke::Direction::down});
+    input_.fake({key, KeyStroke::Direction::up});
+    input_.fake({key, KeyStroke::Direction::down});
     connection_->flush();
     settle();
     EXPECT_THAT(flags_, ElementsAre(rightOptionDown));
-    EXPECT_TRUE(input_->held()[key]);
+    EXPECT_TRUE(input_.held()[key]);
     userUp(keycode::rightOption);
     EXPECT_THAT(flags_, ElementsAre(rightOptionDown, rightOptionUp));
 }
@@ -144,7 +139,7 @@ TEST_F(X11KeyMonitorTest, OwnFakedKeysAreNotTheUsers) {
 TEST_F(X11KeyMonitorTest, AKeyThatWentUpUnseenIsToldWhenItIsFoundOut) {
     userDown(keycode::rightOption);
     // Hidden from the monitors like everything of our own: the server knows the key up, and they do not.
-    input_->fake({keyboard_->keyFor(keycode::rightOption).value(), KeyStroke::Direction::up});
+    input_.fake({keyboard_.keyFor(keycode::rightOption).value(), KeyStroke::Direction::up});
     connection_->flush();
     settle();
     ASSERT_THAT(flags_, ElementsAre(rightOptionDown));
@@ -154,45 +149,27 @@ TEST_F(X11KeyMonitorTest, AKeyThatWentUpUnseenIsToldWhenItIsFoundOut) {
 
 TEST_F(X11KeyMonitorTest, AHeldAltOpensNoMenuAndATappedOneDoes) {
     const auto application = openApplication("editor", "Editor");
-    const auto holdFor = [&](std::uint16_t code, double seconds) {
-        application->forgetKeys();
-        flags_.clear();
-        userDown(code);
-        waitFor([] { return false; }, seconds);
-        userUp(code);
-        waitFor([] { return false; }, 0.1);
-        return application->keys();
-    };
-    EXPECT_THAT(holdFor(keycode::rightOption, 0.35),
+    EXPECT_THAT(holdFor(*application, keycode::rightOption, 0.35),
                 ElementsAre("+Alt_R/0", "+none/8", "-none/8", "-Alt_R/8"));
     EXPECT_THAT(flags_, ElementsAre(rightOptionDown, rightOptionUp));
     EXPECT_THAT(keys_, IsEmpty());
-    EXPECT_THAT(holdFor(keycode::rightOption, 0.1), ElementsAre("+Alt_R/0", "-Alt_R/8"));
-    EXPECT_EQ(holdFor(keycode::rightCommand, 0.35).size(), 4U);
+    EXPECT_THAT(holdFor(*application, keycode::rightOption, 0), ElementsAre("+Alt_R/0", "-Alt_R/8"));
+    EXPECT_EQ(holdFor(*application, keycode::rightCommand, 0.35).size(), 4U);
 
     // With another modifier, or with a letter in between, it is no hold of the key alone.
     userDown(keycode::leftShift);
-    EXPECT_EQ(holdFor(keycode::rightOption, 0.35).size(), 2U);
+    EXPECT_EQ(holdFor(*application, keycode::rightOption, 0.35).size(), 2U);
     userUp(keycode::leftShift);
-    application->forgetKeys();
-    userDown(keycode::rightOption);
-    tap(keycode::v);
-    waitFor([] { return false; }, 0.35);
-    userUp(keycode::rightOption);
-    EXPECT_EQ(application->keys().size(), 4U) << ::testing::PrintToString(application->keys());
+    EXPECT_EQ(holdFor(*application, keycode::rightOption, 0.35, keycode::v).size(), 4U);
 
     tokens_.clear();
-    EXPECT_EQ(holdFor(keycode::rightOption, 0.35).size(), 2U) << "nobody monitors";
+    EXPECT_EQ(holdFor(*application, keycode::rightOption, 0.35).size(), 2U) << "nobody monitors";
 }
 
 TEST_F(X11KeyMonitorTest, AltGrIsLeftAlone) {
     setLayout("es");
     const auto application = openApplication("editor", "Editor");
-    userDown(keycode::rightOption);
-    waitFor([] { return false; }, 0.35);
-    userUp(keycode::rightOption);
-    EXPECT_TRUE(waitFor([&] { return application->keys().size() >= 2; }));
-    EXPECT_EQ(application->count("+none/80"), 0U) << ::testing::PrintToString(application->keys());
+    EXPECT_EQ(holdFor(*application, keycode::rightOption, 0.35).size(), 2U);
 }
 
 TEST_F(X11KeyMonitorTest, StartingTakesInWhatIsHeldAndTokensEndTheirMonitor) {
@@ -201,7 +178,7 @@ TEST_F(X11KeyMonitorTest, StartingTakesInWhatIsHeldAndTokensEndTheirMonitor) {
     EXPECT_THAT(keys_, IsEmpty());
 
     userDown(keycode::rightOption);
-    X11KeyInput late(*connection_, *keyboard_);
+    X11KeyInput late(*connection_, keyboard_);
     EXPECT_EQ(late.modifierFlags(), rightOptionDown.modifierFlags);
     auto token = monitors_->addGlobalMonitor(KeyEventMask::flagsChanged,
                                              [this](const KeyEvent& event) { flags_.push_back(event); });
@@ -212,4 +189,4 @@ TEST_F(X11KeyMonitorTest, StartingTakesInWhatIsHeldAndTokensEndTheirMonitor) {
 }
 
 }  // namespace
-}  // namespace dorix::testing
+}  // namespace dorix

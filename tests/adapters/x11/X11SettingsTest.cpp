@@ -1,50 +1,38 @@
-#include "adapters/x11/TestDesktop.h"
+#include "adapters/harness/XDesktop.h"
 #include "linux/x11/X11Settings.h"
 
-#include <gtest/gtest.h>
-
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
-
-namespace dorix::testing {
+namespace dorix {
 namespace {
 
-/// Writes what a settings service keeps on its window.
-class Bytes {
- public:
-    explicit Bytes(bool bigEndian) : big_(bigEndian) {}
-
-    Bytes& number(std::uint32_t value, int size) {
-        for (int i = 0; i < size; ++i) {
-            text_ += static_cast<char>(value >> 8U * static_cast<unsigned>(big_ ? size - 1 - i : i));
-        }
-        return *this;
-    }
-    Bytes& text(const std::string& text, int sizeOfSize) {
-        number(static_cast<std::uint32_t>(text.size()), sizeOfSize);
-        text_ += text;
-        text_.append((4 - text.size() % 4) % 4, '\0');
-        return *this;
-    }
-    Bytes& setting(std::uint32_t type, const std::string& name) {
-        return number(type, 1).number(0, 1).text(name, 2).number(7, 4);
-    }
-    const std::string& bytes() const { return text_; }
-
- private:
-    bool big_;
-    std::string text_;
-};
-
+/// What a settings service keeps on its window: a number, a colour and the theme.
 std::string settings(bool bigEndian, const std::string& theme) {
-    Bytes bytes(bigEndian);
-    bytes.number(bigEndian ? 1 : 0, 1).number(0, 3).number(3, 4).number(3, 4);
-    bytes.setting(0, "Xft/DPI").number(147456, 4);
-    bytes.setting(2, "Some/Color").number(1, 4).number(2, 4);
-    bytes.setting(1, "Net/ThemeName").text(theme, 4);
-    return bytes.bytes();
+    std::string bytes;
+    const auto number = [&](std::size_t value, unsigned size) {
+        for (unsigned i = 0; i < size; ++i)
+            bytes += static_cast<char>(value >> 8 * (bigEndian ? size - 1 - i : i));
+    };
+    const auto text = [&](const std::string& value, unsigned sizeOfSize) {
+        number(value.size(), sizeOfSize);
+        bytes += value + std::string((4 - value.size() % 4) % 4, '\0');
+    };
+    const auto setting = [&](std::size_t type, const std::string& name) {
+        number(type, 1);
+        number(0, 1);
+        text(name, 2);
+        number(7, 4);
+    };
+    number(bigEndian ? 1 : 0, 1);
+    number(0, 3);
+    number(3, 4);
+    number(3, 4);
+    setting(0, "Xft/DPI");
+    number(147456, 4);
+    setting(2, "Some/Color");
+    number(1, 4);
+    number(2, 4);
+    setting(1, "Net/ThemeName");
+    text(theme, 4);
+    return bytes;
 }
 
 TEST(XSettingsTest, AreReadInEitherOrderOfBytes) {
@@ -67,20 +55,18 @@ TEST(XSettingsTest, WhatIsCutOffOrStrangeIsLeftOut) {
     EXPECT_EQ(parseXSettings(many).size(), 2U);
 }
 
-class X11SettingsTest : public DesktopTest {
+class X11SettingsTest : public XDesktopTest {
  protected:
     /// Takes the place of the display's settings service.
     xcb_window_t serve(const std::string& bytes) {
-        const auto window = user_->createHiddenWindow(0);
+        const auto window = takeSelection(*user_, "_XSETTINGS_S0");
         put(window, bytes);
-        const auto selection = user_->atom("_XSETTINGS_S0");
-        xcb_set_selection_owner(user_->get(), window, selection, XCB_CURRENT_TIME);
         xcb_client_message_event_t message{};
         message.response_type = XCB_CLIENT_MESSAGE;
         message.format = 32;
         message.window = user_->root();
         message.type = user_->atom("MANAGER");
-        message.data.data32[1] = selection;
+        message.data.data32[1] = user_->atom("_XSETTINGS_S0");
         message.data.data32[2] = window;
         xcb_send_event(user_->get(), 0, user_->root(), XCB_EVENT_MASK_STRUCTURE_NOTIFY,
                        reinterpret_cast<const char*>(&message));
@@ -88,10 +74,7 @@ class X11SettingsTest : public DesktopTest {
         return window;
     }
     void put(xcb_window_t window, const std::string& bytes) {
-        const auto name = user_->atom("_XSETTINGS_SETTINGS");
-        xcb_change_property(user_->get(), XCB_PROP_MODE_REPLACE, window, name, name, 8,
-                            static_cast<std::uint32_t>(bytes.size()), bytes.data());
-        user_->flush();
+        setProperty(*user_, window, "_XSETTINGS_SETTINGS", "_XSETTINGS_SETTINGS", bytes);
     }
 };
 
@@ -117,4 +100,4 @@ TEST_F(X11SettingsTest, FollowAServiceThatComesChangesAndGoes) {
 }
 
 }  // namespace
-}  // namespace dorix::testing
+}  // namespace dorix

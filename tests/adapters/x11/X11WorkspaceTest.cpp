@@ -1,4 +1,4 @@
-#include "adapters/x11/TestDesktop.h"
+#include "adapters/harness/XDesktop.h"
 #include "linux/x11/X11EventPoster.h"
 #include "linux/x11/X11HotKeyRegistrar.h"
 #include "linux/x11/X11KeyEventMonitors.h"
@@ -8,109 +8,74 @@
 
 #include <unistd.h>
 
-#include <filesystem>
-#include <fstream>
-
-namespace dorix::testing {
+namespace dorix {
 namespace {
 
-class X11WorkspaceTest : public DesktopTest {
+class X11WorkspaceTest : public XDesktopTest {
  protected:
-    void SetUp() override {
-        DesktopTest::SetUp();
-        if (connection_) workspace_ = std::make_unique<X11Workspace>(*windows_, entries_);
-    }
-
-    DesktopEntries entries_{loop_, {}, {}};
-    std::unique_ptr<X11Workspace> workspace_;
+    DesktopEntries entries_{loop_.main, {}, {}};
+    X11Workspace workspace_{windows_, entries_};
 };
 
 TEST_F(X11WorkspaceTest, KnowsTheApplicationInFrontByItsClass) {
     const auto browser = openApplication("Navigator", "firefox-esr");
-    browser->setProperty("_NET_WM_NAME", "UTF8_STRING", "Año nuevo — Búsqueda");
+    setProperty(browser->connection(), browser->window(), "_NET_WM_NAME", "UTF8_STRING",
+                "Año nuevo — Búsqueda");
     browser->connection().reply(xcb_get_input_focus_reply, xcb_get_input_focus(browser->connection().get()));
-    const auto app = workspace_->frontmostApplication();
+    const auto app = workspace_.frontmostApplication();
     ASSERT_TRUE(app);
     EXPECT_EQ(app->bundleIdentifier, "org.mozilla.firefox");
     EXPECT_EQ(app->processIdentifier, browser->pid()) << "not what the window tells";
     EXPECT_EQ(app->localizedName, "firefox-esr");
-    EXPECT_EQ(workspace_->windowTitle(app->windowNumber), "Año nuevo — Búsqueda");
+    EXPECT_EQ(workspace_.windowTitle(app->windowNumber), "Año nuevo — Búsqueda");
 
     const auto unknown = openApplication("frobnicator", "Frobnicator");
-    EXPECT_EQ(workspace_->frontmostApplication()->bundleIdentifier, "Frobnicator");
+    EXPECT_EQ(workspace_.frontmostApplication()->bundleIdentifier, "Frobnicator");
 
     const auto own = openApplication("x", "Anything", OtherApplication::Belongs::toUs);
-    EXPECT_EQ(workspace_->frontmostApplication()->bundleIdentifier, workspace_->ownBundleIdentifier());
-}
-
-TEST_F(X11WorkspaceTest, ARealApplicationHasANameAndAProcess) {
-    Process editor("mousepad --disable-server");
-    std::optional<RunningApplication> app;
-    ASSERT_TRUE(waitFor(
-        [&] {
-            app = workspace_->frontmostApplication();
-            return app && app->processIdentifier == editor.pid();
-        },
-        15));
-    EXPECT_EQ(app->bundleIdentifier, "com.apple.TextEdit");
+    EXPECT_EQ(workspace_.frontmostApplication()->bundleIdentifier, workspace_.ownBundleIdentifier());
 }
 
 TEST_F(X11WorkspaceTest, BringsAWindowBackAndIgnoresOneThatIsGone) {
     auto first = openApplication("first", "First");
-    const auto app = workspace_->frontmostApplication();
+    const auto app = workspace_.frontmostApplication();
     const auto second = openApplication("second", "Second");
-    workspace_->activate(*app);
-    EXPECT_TRUE(waitFor([&] { return windows_->frontWindow() == first->window(); }));
+    workspace_.activate(*app);
+    EXPECT_TRUE(waitFor([&] { return windows_.frontWindow() == first->window(); }));
 
     first.reset();
-    ASSERT_TRUE(waitFor([&] { return windows_->frontWindow() != app->windowNumber; }));
-    workspace_->activate(*app);
-    EXPECT_EQ(workspace_->windowTitle(app->windowNumber), std::nullopt);
-    EXPECT_EQ(windows_->windowClass(static_cast<xcb_window_t>(app->windowNumber)), WindowClass{});
+    ASSERT_TRUE(waitFor([&] { return windows_.frontWindow() != app->windowNumber; }));
+    workspace_.activate(*app);
+    EXPECT_EQ(workspace_.windowTitle(app->windowNumber), std::nullopt);
+    EXPECT_EQ(windows_.windowClass(static_cast<xcb_window_t>(app->windowNumber)), WindowClass{});
     settle();
     EXPECT_FALSE(connection_->isLost());
 }
 
 /// A display of the test's own, without a window manager.
-class BareDisplayTest : public DesktopTest {
+class BareDisplayTest : public testing::Test {
  protected:
-    void SetUp() override {
-        DesktopTest::SetUp();
-        if (!connection_) return;
-        const std::string file = ::testing::TempDir() + "dorix-bare-display";
-        std::filesystem::remove(file);
-        server_ = std::make_unique<Process>("Xvfb -displayfd 1 -maxclients 64 -nolisten tcp -noreset >" +
-                                            file + " 2>/dev/null");
-        std::string number;
-        ASSERT_TRUE(waitFor(
-            [&] { return static_cast<bool>(std::getline(std::ifstream(file) >> std::ws, number)); }, 10));
-        bare_ = X11Connection::open(loop_, loop_, ":" + number);
-        ASSERT_TRUE(bare_);
+    BareDisplayTest() {
+        EXPECT_TRUE(eventually([this] { return server_->output().ends_with('\n'); }));
+        const auto number = server_->output();
+        bare_ = connectTo(loop_, ":" + number.substr(0, number.size() - 1));
     }
 
-    xcb_window_t createWindow(xcb_window_t parent) {
-        const xcb_window_t window = xcb_generate_id(bare_->get());
-        xcb_create_window(bare_->get(), XCB_COPY_FROM_PARENT, window, parent, 0, 0, 50, 50, 0,
-                          XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
-        xcb_map_window(bare_->get(), window);
-        return window;
-    }
-
-    std::unique_ptr<Process> server_;
+    EventLoop loop_;
+    std::unique_ptr<OtherProgram> server_ = std::make_unique<OtherProgram>(std::vector<std::string>{
+        "Xvfb", "-displayfd", "1", "-maxclients", "64", "-nolisten", "tcp", "-noreset"});
     std::unique_ptr<X11Connection> bare_;
 };
 
 TEST_F(BareDisplayTest, WithoutAWindowManagerTheFocusDecides) {
     X11Windows windows(*bare_);
-    DesktopEntries entries(loop_, {}, {});
+    DesktopEntries entries(loop_.main, {}, {});
     X11Workspace workspace(windows, entries);
     EXPECT_FALSE(workspace.frontmostApplication());
 
-    const auto top = createWindow(bare_->root());
-    const std::string_view windowClass("xterm\0XTerm\0", 12);
-    xcb_change_property(bare_->get(), XCB_PROP_MODE_REPLACE, top, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8,
-                        static_cast<std::uint32_t>(windowClass.size()), windowClass.data());
-    const auto inner = createWindow(top);
+    const auto top = openWindow(*bare_, bare_->root());
+    setProperty(*bare_, top, "WM_CLASS", "STRING", std::string("xterm\0XTerm\0", 12));
+    const auto inner = openWindow(*bare_, top);
     windows.activate(inner);
     const auto app = workspace.frontmostApplication();
     ASSERT_TRUE(app);
@@ -121,24 +86,21 @@ TEST_F(BareDisplayTest, WithoutAWindowManagerTheFocusDecides) {
 }
 
 TEST_F(BareDisplayTest, ThePasteboardFollowsOthersAlsoWhenItCannotOwnAnything) {
-    std::unique_ptr<X11Pasteboard> crippled;
-    const auto other = X11Connection::open(loop_, loop_, bare_->display());
-    ASSERT_TRUE(other);
+    const auto other = connectTo(loop_, bare_->display());
+    std::optional<X11Pasteboard> crippled;
     {
         // As many clients as the server takes.
         std::vector<std::unique_ptr<X11Connection>> crowd;
-        while (auto one = X11Connection::open(loop_, loop_, bare_->display()))
+        while (auto one = X11Connection::open(loop_.main, loop_.main, bare_->display()))
             crowd.push_back(std::move(one));
-        crippled = std::make_unique<X11Pasteboard>(*bare_);
+        crippled.emplace(*bare_);
     }
     crippled->clearContents();
     crippled->setString("nadie lo ve");
     crippled->commit();
     const auto before = crippled->changeCount();
-    const auto window = other->createHiddenWindow(XCB_EVENT_MASK_NO_EVENT);
-    xcb_set_selection_owner(other->get(), window, other->atom("CLIPBOARD"), XCB_CURRENT_TIME);
-    other->flush();
-    EXPECT_TRUE(waitFor([&] { return crippled->changeCount() == before + 1; }));
+    takeSelection(*other, "CLIPBOARD");
+    EXPECT_TRUE(loop_.runUntil([&] { return crippled->changeCount() == before + 1; }));
 }
 
 TEST_F(BareDisplayTest, TellsThatTheServerWentAwayAndGoesOn) {
@@ -154,7 +116,7 @@ TEST_F(BareDisplayTest, TellsThatTheServerWentAwayAndGoesOn) {
     int losses = 0;
     bare_->onLost([&] { ++losses; });
     server_.reset();
-    ASSERT_TRUE(waitFor([&] { return losses == 1; }));
+    ASSERT_TRUE(loop_.runUntil([&] { return losses == 1; }));
 
     EXPECT_EQ(windows.frontWindow(), xcb_window_t{XCB_WINDOW_NONE});
     EXPECT_FALSE(registrar.registerHotKey(keycode::space, hotkeymodifier::option, {1, 1}));
@@ -162,10 +124,9 @@ TEST_F(BareDisplayTest, TellsThatTheServerWentAwayAndGoesOn) {
     poster.postKeyboardEvent(keycode::v, EventPoster::Direction::down, modifier::command);
     pasteboard.clearContents();
     pasteboard.setData("x", "never/seen");
-    EXPECT_FALSE(result(pasteboard.handOver()));
-    settle();
+    EXPECT_FALSE(loop_.result(pasteboard.handOver()));
     EXPECT_EQ(losses, 1);
 }
 
 }  // namespace
-}  // namespace dorix::testing
+}  // namespace dorix

@@ -1,4 +1,6 @@
+#include "adapters/harness/OtherProgram.h"
 #include "base/async/ManualExecutor.h"
+#include "fakes/TemporaryFolder.h"
 #include "linux/xdg/AtomicFile.h"
 #include "linux/xdg/AutostartLoginItem.h"
 #include "linux/xdg/FolderLock.h"
@@ -11,34 +13,18 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <map>
-#include <string>
-#include <vector>
 
 namespace dorix {
 namespace {
 
 namespace fs = std::filesystem;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 class XdgTest : public testing::Test {
  protected:
-    XdgTest() {
-        std::string pattern = (fs::temp_directory_path() / "dorix-test-XXXXXX").string();
-        folder = ::mkdtemp(pattern.data());
-        file = folder / "dorix" / "defaults.json";
-    }
-    ~XdgTest() override {
-        ::chmod(folder.c_str(), 0700);
-        fs::remove_all(folder);
-    }
-
     static std::string read(const fs::path& path) {
         std::ifstream stream(path, std::ios::binary);
         return {std::istreambuf_iterator<char>(stream), {}};
@@ -47,16 +33,13 @@ class XdgTest : public testing::Test {
         fs::create_directories(path.parent_path());
         std::ofstream(path, std::ios::binary) << text;
     }
-    std::vector<std::string> namesBeside(const fs::path& path) const {
-        std::vector<std::string> names;
-        for (const auto& entry : fs::directory_iterator(path.parent_path())) {
-            if (entry.path() != path) names.push_back(entry.path().filename());
-        }
-        return names;
+    std::ptrdiff_t filesBeside() const {
+        return std::distance(fs::directory_iterator(file.parent_path()), {}) - 1;
     }
 
-    fs::path folder;
-    fs::path file;
+    const TemporaryFolder temporary;
+    const fs::path& folder = temporary.path();
+    const fs::path file = folder / "dorix/defaults.json";
     ManualExecutor main;
 };
 
@@ -76,7 +59,7 @@ TEST_F(XdgTest, KeepsWhatWasSetAcrossRuns) {
     EXPECT_EQ(again.boolean("pttKey"), std::nullopt) << "another type counts as absent";
     EXPECT_EQ(again.value("gone"), std::nullopt);
     EXPECT_EQ(again.string("nombre"), "Begoña\uFFFD");
-    EXPECT_THAT(namesBeside(file), IsEmpty()) << "no temporary file is left";
+    EXPECT_EQ(filesBeside(), 0) << "no temporary file is left";
     struct stat status{};
     ASSERT_EQ(::stat(file.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777U, 0600U);
@@ -96,33 +79,27 @@ TEST_F(XdgTest, TellsObserversOnTheMainExecutor) {
 }
 
 TEST_F(XdgTest, SetsADamagedFileAside) {
-    for (const std::string_view damaged : {"{\"a\":", "[1]", "\xFF\xFE", ""}) {
-        write(file, damaged);
+    const auto isReplaced = [this] {
         JsonUserDefaults defaults(main, file);
         EXPECT_EQ(defaults.value("a"), std::nullopt);
         defaults.set("b", 1);
+    };
+    for (const std::string_view damaged : {"{\"a\":", "[1]", "\xFF\xFE", ""}) {
+        write(file, damaged);
+        isReplaced();
     }
     fs::remove(file);
     fs::create_directories(file / "a folder");
-    {
-        JsonUserDefaults(main, file).set("b", 1);
-    }
+    isReplaced();
     fs::remove(file);
     ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0);
-    {
-        JsonUserDefaults(main, file).set("b", 1);
-    }
-    EXPECT_EQ(namesBeside(file).size(), 6U) << "each under a name of its own";
+    isReplaced();
+    EXPECT_EQ(filesBeside(), 6) << "each under a name of its own";
     EXPECT_EQ(JsonUserDefaults(main, file).value("b"), 1);
 }
 
-TEST_F(XdgTest, AReadOnlyHomeCostsOnlyTheSaving) {
-    if (::geteuid() == 0) {
-        // Root may write anywhere; a file where a folder should be refuses root as well.
-        write(folder / "dorix", "not a folder");
-    } else {
-        ::chmod(folder.c_str(), 0500);
-    }
+TEST_F(XdgTest, AHomeThatCannotBeWrittenCostsOnlyTheSaving) {
+    write(folder / "dorix", "not a folder");  // refuses root as well
     testing::internal::CaptureStderr();
     {
         JsonUserDefaults defaults(main, file);
@@ -173,7 +150,7 @@ TEST_F(XdgTest, ASourceThatGivesUpLeavesTheOldFileAlone) {
     const auto givesUp = [&](const auto& sink) { return sink(piece) && sink(piece) && false; };
     EXPECT_EQ(files.replace(file, givesUp), std::errc::operation_canceled);
     EXPECT_EQ(read(file), piece + "fin");
-    EXPECT_EQ(std::distance(fs::directory_iterator(file.parent_path()), {}), 1) << "nothing lies beside it";
+    EXPECT_EQ(filesBeside(), 0) << "nothing lies beside it";
 }
 
 TEST_F(XdgTest, TwoProcessesDoNotUndoEachOther) {
@@ -183,18 +160,15 @@ TEST_F(XdgTest, TwoProcessesDoNotUndoEachOther) {
         const auto subscription = defaults.observe("theirs", [&] { ++told; });
         defaults.set("gone", 1);
         defaults.set("mine", 1);
-        while (!fs::exists(file)) ::usleep(1000);
+        ASSERT_TRUE(eventually([&] { return fs::exists(file); }));
         {
             JsonUserDefaults other(main, file);
             other.set("theirs", 2);
             other.set("mine", 0);
         }
-        {
-            JsonUserDefaults other(main, file);
-            other.remove("gone");
-        }
+        JsonUserDefaults(main, file).remove("gone");
         defaults.set("mine", 3);
-        while (!defaults.value("theirs")) ::usleep(1000);
+        ASSERT_TRUE(eventually([&] { return defaults.value("theirs").has_value(); }));
         main.runPosted();
         EXPECT_EQ(told, 1);
         EXPECT_EQ(defaults.value("gone"), std::nullopt);
@@ -222,14 +196,11 @@ TEST_F(XdgTest, TheFileMayGoOrBreakWhileItIsUsed) {
     for (const bool broken : {false, true}) {
         JsonUserDefaults defaults(main, file);
         defaults.set("first", broken);
-        while (!fs::exists(file)) ::usleep(1000);
-        if (broken) {
-            write(file, "{");
-        } else {
-            fs::remove(file);
-        }
+        ASSERT_TRUE(eventually([&] { return fs::exists(file); }));
+        fs::remove(file);
+        if (broken) write(file, "{");
         defaults.set("second", broken);
-        while (!fs::exists(file) || !Json::accept(read(file))) ::usleep(1000);
+        ASSERT_TRUE(eventually([&] { return fs::exists(file) && Json::accept(read(file)); }));
         EXPECT_EQ(Json::parse(read(file)).at("first"), broken);
     }
 }
