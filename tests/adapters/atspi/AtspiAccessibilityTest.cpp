@@ -131,7 +131,7 @@ TEST_F(AtspiTest, AnApplicationOffTheBusIsUnknown) {
     EXPECT_EQ(title(), "Del sistema");
 }
 
-TEST_F(AtspiTest, AHungApplicationCostsItsBudgetAndNoMore) {
+TEST_F(AtspiTest, ASlowApplicationCostsItsBudgetAndNoMore) {
     startWithEditor();
     systemTitle = "Del sistema";
     editor->signal(SIGSTOP);
@@ -144,14 +144,12 @@ TEST_F(AtspiTest, AHungApplicationCostsItsBudgetAndNoMore) {
     EXPECT_LT(loop.main.now() - begun, 1);
     editor->signal(SIGCONT);
     EXPECT_TRUE(isFocusedSoon("AXTextArea"));
-}
 
-TEST_F(AtspiTest, TheTimeOfAllQuestionsTogetherIsBounded) {
-    startWithEditor();
-    const auto element = accessibility->createApplication(editor->pid(), 0.25);
-    auto focus = element->element("AXFocusedUIElement");
+    // The time of all questions together is bounded, however long each takes.
+    const auto later = application();
+    const auto focus = later->element("AXFocusedUIElement");
     ASSERT_TRUE(focus);
-    ASSERT_TRUE(waitUntil([&, end = loop.main.now() + 0.25] { return loop.main.now() > end; }));
+    loop.runFor(0.25);
     EXPECT_EQ((*focus)->string("AXSelectedText").error(), AXError::cannotComplete);
     EXPECT_EQ((*focus)->isAttributeSettable("AXValue").error(), AXError::cannotComplete);
 }

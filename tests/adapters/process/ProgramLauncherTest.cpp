@@ -2,13 +2,11 @@
 #include "adapters/harness/OtherProgram.h"
 #include "fakes/TemporaryFolder.h"
 #include "linux/apps/DesktopEntry.h"
-#include "linux/process/LinuxProcessWatcher.h"
 #include "linux/process/LinuxProgramLauncher.h"
 #include "linux/process/XdgUrlOpener.h"
 
 #include <gmock/gmock.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
@@ -52,7 +50,6 @@ class ProgramLauncherTest : public testing::Test {
     const fs::path trace = folder / "trace";
     EventLoop loop;
     LinuxProgramLauncher launcher{loop.main, program};
-    LinuxProcessWatcher watcher{loop.main};
 };
 
 TEST_F(ProgramLauncherTest, TheInstalledEntryIsWhatItIsOpenedBy) {
@@ -97,30 +94,6 @@ TEST_F(ProgramLauncherTest, AddressesAreGivenToTheDesktop) {
     EXPECT_TRUE(loop.runUntil([&] { return read(trace) == "https://example.com/?a=$(id)&b=%20\n"; }));
     const Environment missing({{"PATH", folder / "share"}});
     EXPECT_FALSE(urls.open("https://example.com/")) << "without xdg-open";
-}
-
-TEST_F(ProgramLauncherTest, AnExitIsToldOnce) {
-    const pid_t child = fork();
-    if (child == 0) {
-        pause();
-        _exit(0);
-    }
-    int told = 0;
-    ProcessWatcher::Token watch;
-    watch = watcher.watchExit(child, [&] {
-        ++told;
-        watch.reset();
-    });
-    ASSERT_NE(watch, nullptr);
-    loop.runFor(0.02);
-    EXPECT_EQ(told, 0);
-    kill(child, SIGKILL);
-    EXPECT_TRUE(loop.runUntil([&] { return told == 1; })) << "also before it is waited for";
-    loop.runFor(0.02);
-    EXPECT_EQ(told, 1);
-    waitpid(child, nullptr, 0);
-    EXPECT_EQ(watcher.watchExit(child, [] {}), nullptr);
-    EXPECT_EQ(watcher.watchExit(-1, [] {}), nullptr);
 }
 
 }  // namespace

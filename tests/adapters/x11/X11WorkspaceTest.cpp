@@ -1,10 +1,6 @@
 #include "adapters/harness/XDesktop.h"
-#include "linux/x11/X11EventPoster.h"
-#include "linux/x11/X11HotKeyRegistrar.h"
-#include "linux/x11/X11KeyEventMonitors.h"
 #include "linux/x11/X11Pasteboard.h"
 #include "linux/x11/X11Workspace.h"
-#include "platform/KeyCodes.h"
 
 #include <unistd.h>
 
@@ -56,14 +52,13 @@ TEST_F(X11WorkspaceTest, BringsAWindowBackAndIgnoresOneThatIsGone) {
 class BareDisplayTest : public testing::Test {
  protected:
     BareDisplayTest() {
-        EXPECT_TRUE(eventually([this] { return server_->output().ends_with('\n'); }));
-        const auto number = server_->output();
+        EXPECT_TRUE(eventually([this] { return server_.output().ends_with('\n'); }));
+        const auto number = server_.output();
         bare_ = connectTo(loop_, ":" + number.substr(0, number.size() - 1));
     }
 
     EventLoop loop_;
-    std::unique_ptr<OtherProgram> server_ = std::make_unique<OtherProgram>(std::vector<std::string>{
-        "Xvfb", "-displayfd", "1", "-maxclients", "64", "-nolisten", "tcp", "-noreset"});
+    OtherProgram server_{{"Xvfb", "-displayfd", "1", "-maxclients", "64", "-nolisten", "tcp", "-noreset"}};
     std::unique_ptr<X11Connection> bare_;
 };
 
@@ -101,31 +96,6 @@ TEST_F(BareDisplayTest, ThePasteboardFollowsOthersAlsoWhenItCannotOwnAnything) {
     const auto before = crippled->changeCount();
     takeSelection(*other, "CLIPBOARD");
     EXPECT_TRUE(loop_.runUntil([&] { return crippled->changeCount() == before + 1; }));
-}
-
-TEST_F(BareDisplayTest, TellsThatTheServerWentAwayAndGoesOn) {
-    X11Keyboard keyboard(*bare_);
-    X11KeyInput input(*bare_, keyboard);
-    X11Windows windows(*bare_);
-    X11Pasteboard pasteboard(*bare_);
-    X11HotKeyRegistrar registrar(*bare_, keyboard, input);
-    X11KeyEventMonitors monitors(*bare_, keyboard, input, windows);
-    X11EventPoster poster(*bare_, keyboard, input, windows, pasteboard);
-    pasteboard.clearContents();
-    pasteboard.setString("texto");
-    int losses = 0;
-    bare_->onLost([&] { ++losses; });
-    server_.reset();
-    ASSERT_TRUE(loop_.runUntil([&] { return losses == 1; }));
-
-    EXPECT_EQ(windows.frontWindow(), xcb_window_t{XCB_WINDOW_NONE});
-    EXPECT_FALSE(registrar.registerHotKey(keycode::space, hotkeymodifier::option, {1, 1}));
-    EXPECT_EQ(monitors.addGlobalMonitor(KeyEventMask::keyDown, [](const KeyEvent&) {}), nullptr);
-    poster.postKeyboardEvent(keycode::v, EventPoster::Direction::down, modifier::command);
-    pasteboard.clearContents();
-    pasteboard.setData("x", "never/seen");
-    EXPECT_FALSE(loop_.result(pasteboard.handOver()));
-    EXPECT_EQ(losses, 1);
 }
 
 }  // namespace
