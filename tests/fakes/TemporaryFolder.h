@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 
 namespace dorix {
 
@@ -15,7 +16,11 @@ class TemporaryFolder {
         if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder");
         path_ = pattern;
     }
-    ~TemporaryFolder() { std::filesystem::remove_all(path_); }
+    ~TemporaryFolder() {
+        // A program on its way out may still write there.
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 

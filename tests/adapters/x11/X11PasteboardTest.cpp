@@ -147,14 +147,14 @@ TEST_F(X11PasteboardTest, LargeDataGoesOutInPiecesToSeveralAtOnceAndComesIn) {
     const auto two = read();
     auto gone = read();
     gone.reset();
-    EXPECT_EQ(pasteWithXclip("image/png"), image);
+    EXPECT_TRUE(pasteWithXclip("image/png") == image);
     EXPECT_TRUE(waitFor([&] { return one->result().isDone() && two->result().isDone(); }));
-    EXPECT_EQ(readAsOther("image/png")->bytes, image);
+    EXPECT_TRUE(readAsOther("image/png").value().bytes == image);
 
     copyWithXclip(image, "image/png");
     const auto items = result(pasteboard_.pasteboardItems());
     ASSERT_EQ(items.size(), 1U);
-    EXPECT_THAT(items[0], Contains(Pair("image/png", image)));
+    EXPECT_TRUE(std::ranges::count(items[0], std::pair(std::string("image/png"), image)) == 1);
 }
 
 TEST_F(X11PasteboardTest, AnswersTheQuestionsThatOwnersAreAsked) {
@@ -162,10 +162,9 @@ TEST_F(X11PasteboardTest, AnswersTheQuestionsThatOwnersAreAsked) {
     EXPECT_THAT(targetsSeenByOther(),
                 ElementsAre("TARGETS", "MULTIPLE", "TIMESTAMP", "SAVE_TARGETS", "UTF8_STRING",
                             "text/plain;charset=utf-8", "TEXT", "STRING", "text/plain"));
-    const auto time = readAsOther("TIMESTAMP");
-    ASSERT_TRUE(time);
-    EXPECT_EQ(time->format, 32);
-    EXPECT_NE(time->bytes, std::string(4, '\0')) << "the server's time, not CurrentTime";
+    const auto time = readAsOther("TIMESTAMP").value();
+    EXPECT_EQ(time.format, 32);
+    EXPECT_NE(time.bytes, std::string(4, '\0')) << "the server's time, not CurrentTime";
     EXPECT_FALSE(readAsOther("image/png"));
 
     // MULTIPLE: what cannot be had is marked in the list.
@@ -220,15 +219,15 @@ TEST_F(X11PasteboardTest, ASnapshotIsOfferedAgainExactlyAsItWas) {
     EXPECT_THAT(targetsSeenByOther(),
                 ElementsAre("TARGETS", "MULTIPLE", "TIMESTAMP", "SAVE_TARGETS", "text/uri-list",
                             "COMPOUND_TEXT", "X-SIXTEEN", "X-THIRTY-TWO", "X-EMPTY"));
-    EXPECT_EQ(readAsOther("text/uri-list")->bytes, "file:///tmp/a\r\nfile:///tmp/b\r\n");
-    const auto text = readAsOther("COMPOUND_TEXT");
-    EXPECT_EQ(text->type, xcb_atom_t{XCB_ATOM_STRING});
-    const auto integers = readAsOther("X-SIXTEEN");
-    EXPECT_EQ(integers->type, xcb_atom_t{XCB_ATOM_INTEGER});
-    EXPECT_EQ(integers->format, 16);
-    EXPECT_EQ(integers->bytes, sixteen);
-    EXPECT_EQ(readAsOther("X-THIRTY-TWO")->format, 32);
-    EXPECT_EQ(readAsOther("X-EMPTY")->bytes, "");
+    EXPECT_EQ(readAsOther("text/uri-list").value().bytes, "file:///tmp/a\r\nfile:///tmp/b\r\n");
+    const auto text = readAsOther("COMPOUND_TEXT").value();
+    EXPECT_EQ(text.type, xcb_atom_t{XCB_ATOM_STRING});
+    const auto integers = readAsOther("X-SIXTEEN").value();
+    EXPECT_EQ(integers.type, xcb_atom_t{XCB_ATOM_INTEGER});
+    EXPECT_EQ(integers.format, 16);
+    EXPECT_EQ(integers.bytes, sixteen);
+    EXPECT_EQ(readAsOther("X-THIRTY-TWO").value().format, 32);
+    EXPECT_EQ(readAsOther("X-EMPTY").value().bytes, "");
     EXPECT_EQ(result(pasteboard_.pasteboardItems()), items);
 }
 
@@ -246,7 +245,7 @@ TEST_F(X11PasteboardTest, CountsEachChangeOnce) {
     pasteboard_.clearContents();
     settle();
     pasteboard_.setString("dos");
-    EXPECT_EQ(readAsOther("UTF8_STRING")->bytes, "dos");
+    EXPECT_EQ(readAsOther("UTF8_STRING").value().bytes, "dos");
     EXPECT_EQ(pasteboard_.changeCount(), before + 3);
     copyWithXclip("dos", "UTF8_STRING");
     // The clipboard is another's now.
@@ -322,7 +321,7 @@ TEST_F(X11PasteboardTest, AnswersWhileTheMainExecutorIsBusy) {
 TEST_F(X11PasteboardTest, PassingContentsSaySoToClipboardManagers) {
     offer("dictado");
     pasteboard_.setData({}, Pasteboard::transientType);
-    EXPECT_EQ(readAsOther("x-kde-passwordManagerHint")->bytes, "secret");
+    EXPECT_EQ(readAsOther("x-kde-passwordManagerHint").value().bytes, "secret");
     EXPECT_THAT(targetsSeenByOther(), Contains(std::string(Pasteboard::transientType)));
     EXPECT_FALSE(result(pasteboard_.handOver()));
 }
@@ -399,7 +398,7 @@ TEST_F(X11PasteboardTest, HandsItsContentsOverToTheClipboardManager) {
     const auto done = tasks.spawn(pasteboard_.handOver());
     ASSERT_TRUE(waitFor([&] { return saving.has_value(); }));
     EXPECT_EQ(user_->atomName(saving->target), "SAVE_TARGETS");
-    EXPECT_EQ(readAsOther("UTF8_STRING")->bytes, "de antes");
+    EXPECT_EQ(readAsOther("UTF8_STRING").value().bytes, "de antes");
     EXPECT_FALSE(done.isDone());
     manager.agree(*saving);
     const auto wait = [](auto task) -> Task<bool> { co_return co_await task; };

@@ -4,45 +4,31 @@
 namespace dorix {
 namespace {
 
-/// What a settings service keeps on its window: a number, a colour and the theme.
-std::string settings(bool bigEndian, const std::string& theme) {
-    std::string bytes;
-    const auto number = [&](std::size_t value, unsigned size) {
-        for (unsigned i = 0; i < size; ++i)
-            bytes += static_cast<char>(value >> 8 * (bigEndian ? size - 1 - i : i));
-    };
-    const auto text = [&](const std::string& value, unsigned sizeOfSize) {
-        number(value.size(), sizeOfSize);
-        bytes += value + std::string((4 - value.size() % 4) % 4, '\0');
-    };
-    const auto setting = [&](std::size_t type, const std::string& name) {
-        number(type, 1);
-        number(0, 1);
-        text(name, 2);
-        number(7, 4);
-    };
-    number(bigEndian ? 1 : 0, 1);
-    number(0, 3);
-    number(3, 4);
-    number(3, 4);
-    setting(0, "Xft/DPI");
-    number(147456, 4);
-    setting(2, "Some/Color");
-    number(1, 4);
-    number(2, 4);
-    setting(1, "Net/ThemeName");
-    text(theme, 4);
-    return bytes;
+using namespace std::string_literals;
+
+/// What a settings service keeps on its window: the order of bytes, a serial number, how many settings there
+/// are; a number, a colour and the theme.
+std::string settings(const std::string& theme) {
+    return "\0\0\0\0\3\0\0\0\3\0\0\0"
+           "\0\0\7\0Xft/DPI\0\7\0\0\0\0\100\2\0"
+           "\2\0\12\0Some/Color\0\0\7\0\0\0\1\0\0\0\2\0\0\0"
+           "\1\0\15\0Net/ThemeName\0\0\0\7\0\0\0"s +
+           static_cast<char>(theme.size()) + "\0\0\0"s + theme +
+           std::string((4 - theme.size() % 4) % 4, '\0');
 }
 
 TEST(XSettingsTest, AreReadInEitherOrderOfBytes) {
     const XSettings wanted{{"Xft/DPI", "147456"}, {"Net/ThemeName", "Adwaita-dark"}};
-    EXPECT_EQ(parseXSettings(settings(false, "Adwaita-dark")), wanted);
-    EXPECT_EQ(parseXSettings(settings(true, "Adwaita-dark")), wanted);
+    EXPECT_EQ(parseXSettings(settings("Adwaita-dark")), wanted);
+    EXPECT_EQ(parseXSettings("\1\0\0\0\0\0\0\3\0\0\0\3"
+                             "\0\0\0\7Xft/DPI\0\0\0\0\7\0\2\100\0"
+                             "\2\0\0\12Some/Color\0\0\0\0\0\7\0\0\0\1\0\0\0\2"
+                             "\1\0\0\15Net/ThemeName\0\0\0\0\0\0\7\0\0\0\14Adwaita-dark"s),
+              wanted);
 }
 
 TEST(XSettingsTest, WhatIsCutOffOrStrangeIsLeftOut) {
-    const auto whole = settings(false, "Arc-Dark");
+    const auto whole = settings("Arc-Dark");
     for (std::size_t size = 0; size < whole.size(); ++size) {
         const auto read = parseXSettings(whole.substr(0, size));
         EXPECT_FALSE(read.contains("Net/ThemeName")) << size;
@@ -88,14 +74,14 @@ TEST_F(X11SettingsTest, FollowAServiceThatComesChangesAndGoes) {
             return (found == now->end() ? "" : found->second) == wanted;
         });
     };
-    const auto window = serve(settings(false, "Arc-Dark"));
+    const auto window = serve(settings("Arc-Dark"));
     EXPECT_TRUE(theme("Arc-Dark"));
-    put(window, settings(false, "Arc"));
+    put(window, settings("Arc"));
     EXPECT_TRUE(theme("Arc"));
     xcb_destroy_window(user_->get(), window);
     user_->flush();
     EXPECT_TRUE(theme(""));
-    serve(settings(true, "Arc-Dark"));
+    serve(settings("Arc-Dark"));
     EXPECT_TRUE(theme("Arc-Dark"));
 }
 
