@@ -89,8 +89,9 @@ std::string whyNotComparable() {
     if (!drawingFolder().isNull() && here.save(QDir(drawingFolder()).filePath(file))) return "";
     const QImage kept(QDir(pictures).filePath(file));
     if (kept.text(madeWith) == here.text(madeWith) && !difference(here, kept).isSeen()) return "";
-    return "letters look different with " + here.text(madeWith).toStdString() + " than with " +
-           kept.text(madeWith).toStdString();
+    return "letters look different here (" + here.text(madeWith).toStdString() +
+           ") than where they were kept (" + kept.text(madeWith).toStdString() +
+           "), by version or by how the system draws them";
 }
 
 void comparePicture(const QImage& image, const std::string& name, const Style& style) {
