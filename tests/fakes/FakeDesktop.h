@@ -3,11 +3,17 @@
 #include "base/async/Completion.h"
 #include "platform/Application.h"
 #include "platform/MouseEventMonitors.h"
+#include "platform/PrivacyGrants.h"
 #include "platform/ProgramLauncher.h"
 #include "platform/SavePanel.h"
 #include "platform/StatusItem.h"
+#include "platform/SystemSounds.h"
+#include "platform/Workspace.h"
 
+#include <optional>
+#include <string>
 #include <utility>
+#include <vector>
 
 namespace dorix {
 
@@ -53,15 +59,10 @@ class FakeSavePanel final : public SavePanel {
 
 class FakeStatusItem final : public StatusItem {
  public:
-    void show(std::function<void()> whenClicked, MenuBuilder builder) override {
-        clicked = std::move(whenClicked);
-        menu = std::move(builder);
-    }
-    void setToolTip(const std::string& text) override { toolTip = text; }
+    void show(std::function<void()> whenClicked, MenuBuilder) override { clicked = std::move(whenClicked); }
+    void setToolTip(const std::string&) override {}
 
     std::function<void()> clicked;
-    MenuBuilder menu;
-    std::string toolTip;
 };
 
 /// Starts nothing.
@@ -71,6 +72,60 @@ class FakeProgramLauncher final : public ProgramLauncher {
     std::string bundlePath() const override { return "/opt/dorix"; }
     std::unique_ptr<ChildProcess> launchSelf(const std::vector<std::string>&) override { return nullptr; }
     bool open(const std::string&) override { return false; }
+};
+
+/// Grants as the test sets them; everything is granted at first.
+class FakePrivacyGrants final : public PrivacyGrants {
+ public:
+    AuthorizationStatus microphone = AuthorizationStatus::authorized;
+    SpeechAuthorizationStatus speech = SpeechAuthorizationStatus::authorized;
+    bool trusted = true;
+    bool screen = true;
+    std::vector<std::string> log;
+
+    AuthorizationStatus microphoneStatus() const override { return microphone; }
+    SpeechAuthorizationStatus speechStatus() const override { return speech; }
+    bool isProcessTrusted() const override { return trusted; }
+    bool preflightScreenCaptureAccess() const override { return screen; }
+    Task<void> requestMicrophone() override {
+        log.emplace_back("request microphone");
+        microphone = AuthorizationStatus::authorized;
+        co_return;
+    }
+    Task<void> requestSpeech() override {
+        log.emplace_back("request speech");
+        speech = SpeechAuthorizationStatus::authorized;
+        co_return;
+    }
+    void promptForTrust() override { log.emplace_back("prompt for trust"); }
+    bool requestScreenCaptureAccess() override {
+        log.emplace_back("request screen");
+        return screen;
+    }
+    void openPane(std::string_view name) override { log.push_back("open " + std::string(name)); }
+};
+
+class FakeWorkspace final : public Workspace {
+ public:
+    std::optional<RunningApplication> frontmost;
+    std::string own = "es.pelmora.dorix";
+    std::vector<RunningApplication> activated;
+
+    std::optional<RunningApplication> frontmostApplication() const override { return frontmost; }
+    std::string ownBundleIdentifier() const override { return own; }
+    void activate(const RunningApplication& app) override {
+        activated.push_back(app);
+        frontmost = app;
+    }
+};
+
+class RecordingSystemSounds final : public SystemSounds {
+ public:
+    void play(std::string_view name, double volume) override {
+        played.push_back(std::string(name) + " " + std::to_string(volume).substr(0, 4));
+    }
+
+    std::vector<std::string> played;
 };
 
 }  // namespace dorix

@@ -1,12 +1,13 @@
 #include "oracles/UtteranceGenerator.h"
 
+#include "base/text/Regex.h"
+#include "base/text/Text.h"
 #include "routing/IntentPatterns.h"
 #include "routing/IntentWords.h"
 
 #include <array>
 #include <set>
 #include <span>
-#include <utility>
 
 namespace dorix {
 
@@ -32,19 +33,6 @@ std::vector<std::string_view> allPhrases() {
     return all;
 }
 
-void addWords(std::string_view text, std::set<std::string>& words) {
-    std::string word;
-    for (std::size_t i = 0; i <= text.size(); ++i) {
-        const char c = i < text.size() ? text[i] : ' ';
-        if (c == '\\') ++i;  // a class of characters, no letter
-        if (c >= 'a' && c <= 'z') {
-            word += c;
-        } else if (!word.empty()) {
-            words.insert(std::exchange(word, {}));
-        }
-    }
-}
-
 // What speech engines and odd keyboards put between and into words.
 constexpr auto oddities = std::to_array<std::string_view>({
     " ",      ".",      ",",  "?",    "¿",        "¡",      "«",      "»",      "’",      "'",      "-",
@@ -57,9 +45,14 @@ constexpr auto oddities = std::to_array<std::string_view>({
 
 const std::vector<std::string>& intentVocabulary() {
     static const std::vector<std::string> vocabulary = [] {
+        const Regex others(R"(\\.|[^a-z])");  // also the letter that names a class of characters
         std::set<std::string> words;
-        for (const auto pattern : allPatterns()) addWords(pattern, words);
-        for (const auto phrase : allPhrases()) addWords(phrase, words);
+        for (const auto& texts : {allPatterns(), allPhrases()}) {
+            for (const auto text : texts) {
+                const auto letters = others.replaceAll(text, " ");
+                for (const auto word : text::words(letters)) words.emplace(word);
+            }
+        }
         return std::vector<std::string>(words.begin(), words.end());
     }();
     return vocabulary;

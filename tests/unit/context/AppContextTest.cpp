@@ -2,7 +2,7 @@
 #include "context/AppTables.h"
 #include "context/PageUrl.h"
 #include "fakes/FakeAccessibility.h"
-#include "fakes/FakeWorkspace.h"
+#include "fakes/FakeDesktop.h"
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,6 @@
 #include "fakes/MemoryUserDefaults.h"
 #include "fakes/TemporaryFolder.h"
 #include "fakes/overlay/RecordingWindow.h"
-#include "localdata/Language.h"
 #include "overlay/IconPlacement.h"
 #include "panel/PanelClipboard.h"
 #include "panel/PanelDeletions.h"
@@ -12,7 +11,6 @@
 #include "panel/PanelExport.h"
 #include "panel/PanelPlacement.h"
 #include "panel/PanelPresenter.h"
-#include "panel/PanelSections.h"
 #include "panel/PanelTexts.h"
 
 #include <gmock/gmock.h>
@@ -36,29 +34,6 @@ TEST(PanelTextsTest, AnEmptyListSaysWhatWouldFillIt) {
               "Nada por aquí todavía.\nMantén pulsada ⌃ derecha y habla en cualquier campo de texto.");
     EXPECT_EQ(paneltext::emptyList(PanelSection::reunion, "100 %@", PushToTalkKey::fn),
               "Nada coincide con «100 %@».");
-}
-
-TEST(PanelTextsTest, EveryTextHasItsEnglish) {
-    MemoryUserDefaults defaults(Json{{"appLanguage", "en"}});
-    std::vector<std::string> spanish;
-    std::vector<std::string> english;
-    const HistoryItem asked{.kind = HistoryKind::screen, .app = "X"};
-    for (auto* texts : {&spanish, &english}) {
-        if (texts == &english) installLanguage(defaults, {});
-        for (const auto section : allPanelSections) {
-            texts->push_back(label(section));
-            texts->push_back(paneltext::emptyList(section, "", PushToTalkKey::rightOption));
-        }
-        const auto welcome = paneltext::welcome(PushToTalkKey::rightCommand);
-        texts->insert(texts->end(), welcome.steps.begin(), welcome.steps.end());
-        for (const auto& one : {welcome.title, welcome.aside, welcome.sample, paneltext::micButton(true),
-                                paneltext::micButton(false), panelDetail(asked).placeholder}) {
-            texts->push_back(one);
-        }
-        for (const auto& [name, word] : paneltext::words()) texts->push_back(word);
-    }
-    uninstallLanguage();
-    for (std::size_t i = 0; i < spanish.size(); ++i) EXPECT_NE(spanish[i], english[i]);
 }
 
 TEST(PanelDetailTest, TellsHowAnItemWasWritten) {
