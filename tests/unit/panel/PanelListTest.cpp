@@ -121,6 +121,7 @@ TEST_F(PanelListTest, FindsWithoutCaseAndDiacriticsInEveryField) {
     for (const auto* query : {"tarde", "inigo", "ÍÑ", "camion", "llego", "GRAFICOS", ""}) {
         EXPECT_THAT(find(query), ElementsAre("[Hoy]", "a")) << query;
     }
+    EXPECT_THAT(find("inigoel"), IsEmpty()) << "nor when all of them were looked through";
 }
 
 TEST_F(PanelListTest, AGrowingAnswerChangesItsRowOnly) {
