@@ -6,6 +6,7 @@
 #include "linux/log/JournalLog.h"
 #include "linux/process/LinuxProgramLauncher.h"
 #include "linux/qt/QtMainLoop.h"
+#include "linux/qt/ToolkitDisplay.h"
 #include "localdata/Language.h"
 #include "platform/Application.h"
 #include "shell/AppController.h"
@@ -75,8 +76,9 @@ class MainApplication final : public Application {
 
 /// The windows, where there is a display to draw on.
 struct Windows {
-    Windows(AppController& controller, const Platform& platform, DesktopAppearance& appearance)
-        : surroundings(platform.executor, platform.defaults, appearance),
+    Windows(AppController& controller, const Platform& platform, LinuxDesktop& desktop)
+        : surroundings(platform.executor, platform.defaults, desktop.appearance(),
+                       desktop.windowSystem(toolkitDrawsOnX11() ? finishToolkitRequests : nullptr)),
           views(surroundings, controller.state(), controller.settings(), controller.speech(),
                 controller.panel(),
                 {.clicked = [&controller] { controller.iconClicked(); },
@@ -106,7 +108,7 @@ Ending run(int argc, char** argv) {
     const int signals = blockedTerminationSignals();
     std::signal(SIGPIPE, SIG_IGN);  // a peer that goes shows in the write to it
     logToStderrAndJournal();
-    const auto application = makeApplication(argc, argv);
+    const auto application = makeApplication(argc, argv, toolkitFindsDisplay());
     QtMainLoop loop;
     DBusSingleInstance instance(loop, loop);
     if (!instance.claim()) return {};
@@ -132,7 +134,7 @@ Ending run(int argc, char** argv) {
         });
         ending.settled = [&controller] { return controller.settled(); };
         std::optional<Windows> windows;
-        if (canDraw()) windows.emplace(controller, platform, desktop.appearance());
+        if (canDraw()) windows.emplace(controller, platform, desktop);
         instance.onRequests({.reopen = [&controller] { controller.reopen(); }, .action = [](const auto&) {}});
         const char* const trace = std::getenv("DORIX_TRACE");  // NOLINT(concurrency-mt-unsafe)
         if (trace != nullptr) controller.traceTo(trace);

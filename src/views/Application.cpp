@@ -6,8 +6,6 @@
 #include "views/overlay/IconMark.h"
 #include "views/overlay/LevelBars.h"
 
-#include <xcb/xcb.h>
-
 #include <QFont>
 #include <QGuiApplication>
 #include <QQuickWindow>
@@ -36,16 +34,6 @@ class EnvironmentDefault {
     bool isOurs_;
 };
 
-/// The toolkit ends the program where it finds no display; so look first.
-bool hasDisplay() {
-    const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
-    if (!platform.isEmpty() && !platform.startsWith("xcb")) return true;
-    xcb_connection_t* connection = xcb_connect(nullptr, nullptr);
-    const bool works = xcb_connection_has_error(connection) == 0;
-    xcb_disconnect(connection);
-    return works;
-}
-
 void setFont() {
     QFont font(textFont);
     font.setPixelSize(tokens::fontBody);
@@ -63,8 +51,8 @@ void registerShapes() {
 
 }  // namespace
 
-std::unique_ptr<QCoreApplication> makeApplication(int& argc, char** argv) {
-    if (!hasDisplay()) return std::make_unique<QCoreApplication>(argc, argv);
+std::unique_ptr<QCoreApplication> makeApplication(int& argc, char** argv, bool hasDisplay) {
+    if (!hasDisplay) return std::make_unique<QCoreApplication>(argc, argv);
     // Places, grabs and shapes need X, also in a session that has something newer beside it.
     const EnvironmentDefault platform("QT_QPA_PLATFORM", "xcb");
     // A desktop's theme plugin would drag its whole toolkit in, for colours that the views do not use.

@@ -5,9 +5,9 @@
 
 namespace dorix {
 
-/// The toolkit's application: one that draws where there is an X display, and a mute one elsewhere, so that
-/// the program starts in any case. Before anything else of the toolkit; on the main thread.
-std::unique_ptr<QCoreApplication> makeApplication(int& argc, char** argv);
+/// The toolkit's application: one that draws where there is a display for it, and a mute one elsewhere, so
+/// that the program starts in any case. Before anything else of the toolkit; on the main thread.
+std::unique_ptr<QCoreApplication> makeApplication(int& argc, char** argv, bool hasDisplay);
 
 /// Whether windows can be made.
 bool canDraw();

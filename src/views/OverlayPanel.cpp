@@ -8,19 +8,19 @@
 
 namespace dorix {
 
-OverlayPanel::OverlayPanel(const ViewContext& context, X11Desktop::Kind kind, Focusable focusable)
+OverlayPanel::OverlayPanel(const ViewContext& context, WindowSystem::Kind kind, Focusable focusable)
     : QQuickView(&context.engine, nullptr), context_(context), focusable_(focusable) {
     auto flags = Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint;
     // No window manager has a say: it might refuse the place, decorate, raise another window or hand over the
     // focus, and some desktops have none.
-    if (kind != X11Desktop::Kind::panel) flags |= Qt::BypassWindowManagerHint;
+    if (kind != WindowSystem::Kind::panel) flags |= Qt::BypassWindowManagerHint;
     if (focusable == Focusable::no) flags |= Qt::WindowDoesNotAcceptFocus;
     setFlags(flags);
     setColor(Qt::transparent);
     setTitle("DORIX");
     setResizeMode(QQuickView::SizeRootObjectToView);
     view_.insert("visible", false);
-    if (context_.x11 != nullptr) context_.x11->dress(*this, kind);
+    context_.windowSystem.dress(winId(), kind);
 }
 
 void OverlayPanel::load(const char* file, QVariantMap properties) {
@@ -35,7 +35,7 @@ void OverlayPanel::orderFrontRegardless() {
         show();
         drawnScale_ = devicePixelRatio();
     }
-    if (context_.x11 != nullptr) raise();
+    raise();
 }
 
 void OverlayPanel::orderOut() {
@@ -54,15 +54,19 @@ void OverlayPanel::rescale() {
 }
 
 void OverlayPanel::cutTo(const QRectF& shape, qreal radius) {
-    if (context_.x11 == nullptr) return;
-    if (context_.theme.isComposited()) {
-        context_.x11->setShape(*this, std::nullopt);
-    } else {
-        context_.x11->setShape(*this, pixels(shape, radius));
+    if (!context_.theme.isComposited()) {
+        context_.windowSystem.setShape(winId(), pixels(shape, radius));
+    } else if (isCut_) {
+        context_.windowSystem.setShape(winId(), std::nullopt);
     }
+    isCut_ = !context_.theme.isComposited();
 }
 
-QRegion OverlayPanel::pixels(const QRectF& shape, qreal radius) const {
+void OverlayPanel::takePointerIn(const QRectF& shape, qreal radius) {
+    context_.windowSystem.setInputShape(winId(), pixels(shape, radius));
+}
+
+WindowSystem::Region OverlayPanel::pixels(const QRectF& shape, qreal radius) const {
     const qreal scale = devicePixelRatio();
     QBitmap inside(size() * scale);
     inside.clear();
@@ -72,7 +76,11 @@ QRegion OverlayPanel::pixels(const QRectF& shape, qreal radius) const {
     painter.setBrush(Qt::color1);
     painter.drawRoundedRect(shape, radius, radius);
     painter.end();
-    return {inside};
+    WindowSystem::Region region;
+    for (const QRect& part : QRegion(inside)) {
+        region.push_back({part.x(), part.y(), part.width(), part.height()});
+    }
+    return region;
 }
 
 void OverlayPanel::keyPressEvent(QKeyEvent* event) {

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "platform/WindowSystem.h"
 #include "views/Theme.h"
-#include "views/X11Desktop.h"
 
 #include <QQmlPropertyMap>
 #include <QQuickView>
@@ -18,7 +18,7 @@ struct ViewContext {
     UserDefaults& defaults;
     QQmlEngine& engine;
     Theme& theme;
-    X11Desktop* x11 = nullptr;  // none off screen
+    WindowSystem& windowSystem;
 };
 
 /// A window that floats above all others, on every workspace, known to no window manager unless it is the
@@ -27,7 +27,7 @@ class OverlayPanel : public QQuickView {
  public:
     enum class Focusable { no, yes };
 
-    OverlayPanel(const ViewContext& context, X11Desktop::Kind kind, Focusable focusable);
+    OverlayPanel(const ViewContext& context, WindowSystem::Kind kind, Focusable focusable);
 
     /// Whether it may take the keyboard.
     bool isFocusable() const { return focusable_ == Focusable::yes; }
@@ -51,8 +51,8 @@ class OverlayPanel : public QQuickView {
 
     /// Cuts the window to a rounded rectangle, in points, where nothing composites.
     void cutTo(const QRectF& shape, qreal radius);
-    /// The pixels of a rounded rectangle given in points.
-    QRegion pixels(const QRectF& shape, qreal radius) const;
+    /// Takes the pointer within a rounded rectangle, in points, alone.
+    void takePointerIn(const QRectF& shape, qreal radius);
 
     /// Of its last show() or rescale().
     qreal drawnScale() const { return drawnScale_; }
@@ -61,10 +61,13 @@ class OverlayPanel : public QQuickView {
     void keyPressEvent(QKeyEvent* event) override;
 
  private:
+    WindowSystem::Region pixels(const QRectF& shape, qreal radius) const;
+
     const ViewContext context_;
     const Focusable focusable_;
     QQmlPropertyMap view_;
     qreal drawnScale_ = 0;
+    bool isCut_ = false;
 };
 
 }  // namespace dorix

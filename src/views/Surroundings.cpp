@@ -6,16 +6,22 @@
 
 namespace dorix {
 
-Surroundings::Surroundings(Executor& executor, UserDefaults& defaults, DesktopAppearance& appearance)
+Surroundings::Surroundings(Executor& executor, UserDefaults& defaults, DesktopAppearance& appearance,
+                           WindowSystem& windowSystem)
     : context_{.executor = executor,
                .defaults = defaults,
                .engine = engine_,
                .theme = theme_,
-               .x11 = x11_.get()},
+               .windowSystem = windowSystem},
       screensTurn_(executor) {
     engine_.rootContext()->setContextProperty("theme", &theme_.map());
     watchAppearance(appearance);
+    watchWindowSystem(windowSystem);
     watchScreens();
+}
+
+Surroundings::~Surroundings() {
+    context_.windowSystem.onRestacked = [] {};
 }
 
 void Surroundings::watchAppearance(DesktopAppearance& appearance) {
@@ -24,13 +30,15 @@ void Surroundings::watchAppearance(DesktopAppearance& appearance) {
     subscriptions_.push_back(appearance.prefersDark.subscribe([this](bool dark) { theme_.setDark(dark); }));
     subscriptions_.push_back(
         appearance.reducesMotion.subscribe([this](bool less) { theme_.setReducesMotion(less); }));
-    if (!x11_) return;
-    theme_.setComposited(x11_->composited.get());
-    subscriptions_.push_back(x11_->composited.subscribe([this](bool composited) {
+}
+
+void Surroundings::watchWindowSystem(WindowSystem& windowSystem) {
+    theme_.setComposited(windowSystem.composited.get());
+    subscriptions_.push_back(windowSystem.composited.subscribe([this](bool composited) {
         theme_.setComposited(composited);
         onCompositorChanged();
     }));
-    x11_->onRestacked = [this] { onRestacked(); };
+    windowSystem.onRestacked = [this] { onRestacked(); };
 }
 
 void Surroundings::watchScreens() {

@@ -7,7 +7,6 @@
 #include <QObject>
 #include <QQmlEngine>
 #include <functional>
-#include <memory>
 #include <vector>
 
 class QScreen;
@@ -19,7 +18,9 @@ namespace dorix {
 class Surroundings {
  public:
     /// All must outlive it.
-    Surroundings(Executor& executor, UserDefaults& defaults, DesktopAppearance& appearance);
+    Surroundings(Executor& executor, UserDefaults& defaults, DesktopAppearance& appearance,
+                 WindowSystem& windowSystem);
+    ~Surroundings();
     Surroundings(const Surroundings&) = delete;
     Surroundings& operator=(const Surroundings&) = delete;
 
@@ -34,11 +35,11 @@ class Surroundings {
 
  private:
     void watchAppearance(DesktopAppearance& appearance);
+    void watchWindowSystem(WindowSystem& windowSystem);
     void watchScreens();
     void watchScreen(QScreen* screen);
     void screensChanged();
 
-    const std::unique_ptr<X11Desktop> x11_ = X11Desktop::find();
     Theme theme_;
     QQmlEngine engine_;
     const ViewContext context_;

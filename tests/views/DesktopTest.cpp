@@ -1,5 +1,7 @@
 #include "fakes/MemoryUserDefaults.h"
 #include "linux/qt/QtMainLoop.h"
+#include "linux/qt/ToolkitDisplay.h"
+#include "linux/x11/X11WindowSystem.h"
 #include "localdata/Language.h"
 #include "overlay/IconLook.h"
 #include "overlay/IconPlacement.h"
@@ -127,7 +129,7 @@ class Toolkit : public ::testing::Environment {
     void SetUp() override {
         if (std::getenv("DISPLAY") == nullptr) return;
         service.emplace();
-        application_ = makeApplication(count_, arguments_.data());
+        application_ = makeApplication(count_, arguments_.data(), true);
     }
     void TearDown() override {
         application_.reset();
@@ -177,7 +179,10 @@ class ViewsDesktopTest : public ::testing::Test {
         loop_ = std::make_unique<QtMainLoop>();
         installLanguage(defaults_, {});
         bench_ = std::make_unique<PanelBench>(*loop_, defaults_);
-        surroundings_ = std::make_unique<Surroundings>(*loop_, defaults_, appearance_);
+        connection_ = X11Connection::open(*loop_, *loop_);
+        windows_ = std::make_unique<X11Windows>(*connection_);
+        windowSystem_ = std::make_unique<X11WindowSystem>(*connection_, *windows_, finishToolkitRequests);
+        surroundings_ = std::make_unique<Surroundings>(*loop_, defaults_, appearance_, *windowSystem_);
         views_ = std::make_unique<Views>(*surroundings_, bench_->state, bench_->settings, bench_->speech,
                                          bench_->panel,
                                          IconView::Verbs{.clicked = [this] { ++clicks_; },
@@ -193,6 +198,9 @@ class ViewsDesktopTest : public ::testing::Test {
     void TearDown() override {
         views_.reset();
         surroundings_.reset();
+        windowSystem_.reset();
+        windows_.reset();
+        connection_.reset();
         uninstallLanguage();
     }
 
@@ -261,6 +269,9 @@ class ViewsDesktopTest : public ::testing::Test {
     MemoryUserDefaults defaults_;
     std::unique_ptr<PanelBench> bench_;
     UnavailableDesktopAppearance appearance_;
+    std::unique_ptr<X11Connection> connection_;
+    std::unique_ptr<X11Windows> windows_;
+    std::unique_ptr<X11WindowSystem> windowSystem_;
     std::unique_ptr<Surroundings> surroundings_;
     std::unique_ptr<Views> views_;
     std::optional<Client> other_;

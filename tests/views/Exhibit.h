@@ -27,6 +27,7 @@ struct Style {
 class Exhibit {
     Style style_;
     QQmlEngine engine_;
+    UnavailableWindowSystem windowSystem_;
 
  public:
     explicit Exhibit(const Style& style);
@@ -48,7 +49,11 @@ class Exhibit {
     MemoryUserDefaults defaults{Json{{"appLanguage", style_.language}}};
     PanelBench bench{executor, defaults};
     Theme theme;
-    const ViewContext context{.executor = executor, .defaults = defaults, .engine = engine_, .theme = theme};
+    const ViewContext context{.executor = executor,
+                              .defaults = defaults,
+                              .engine = engine_,
+                              .theme = theme,
+                              .windowSystem = windowSystem_};
 
     struct Hung {
         std::unique_ptr<OverlayPanel> window;

@@ -23,7 +23,7 @@ class Toolkit : public ::testing::Environment {
     void SetUp() override {
         qputenv("QT_QPA_PLATFORM", "offscreen");
         if (!qEnvironmentVariableIsSet("QT_SCALE_FACTOR")) qputenv("QT_SCALE_FACTOR", "1");
-        application_ = makeApplication(count_, arguments_.data());
+        application_ = makeApplication(count_, arguments_.data(), true);
     }
     void TearDown() override { application_.reset(); }
 

@@ -22,6 +22,7 @@
 #include "linux/x11/X11MouseEventMonitors.h"
 #include "linux/x11/X11Pasteboard.h"
 #include "linux/x11/X11Settings.h"
+#include "linux/x11/X11WindowSystem.h"
 #include "linux/x11/X11Windows.h"
 #include "linux/x11/X11Workspace.h"
 #include "linux/xdg/AtomicFile.h"
@@ -153,6 +154,7 @@ struct LinuxDesktop::Parts {
     LinuxAppearance appearance;
     NoSession none;
     std::unique_ptr<X11Session> x11;
+    std::unique_ptr<WindowSystem> windowSystem;
 };
 
 LinuxDesktop::LinuxDesktop(Executor& executor, FdWatcher& watcher, Words words)
@@ -163,6 +165,18 @@ LinuxDesktop::~LinuxDesktop() = default;
 Platform LinuxDesktop::platform(Application& application) {
     return parts_->x11 ? parts_->platformWith(*parts_->x11, application)
                        : parts_->platformWith(parts_->none, application);
+}
+
+WindowSystem& LinuxDesktop::windowSystem(std::function<void()> finishToolkitRequests) {
+    auto& made = parts_->windowSystem;
+    if (parts_->x11 && finishToolkitRequests) {
+        auto& session = *parts_->x11;
+        made = std::make_unique<X11WindowSystem>(*session.connection, session.windows,
+                                                 std::move(finishToolkitRequests));
+    } else {
+        made = std::make_unique<UnavailableWindowSystem>();
+    }
+    return *made;
 }
 
 DesktopAppearance& LinuxDesktop::appearance() { return parts_->appearance; }

@@ -5,6 +5,7 @@
 #include "linux/loop/FdWatcher.h"
 #include "platform/DesktopAppearance.h"
 #include "platform/Platform.h"
+#include "platform/WindowSystem.h"
 
 #include <functional>
 #include <memory>
@@ -29,6 +30,10 @@ class LinuxDesktop {
 
     /// Refers to what this object owns, and to the application, whose main loop is not ours.
     Platform platform(Application& application);
+
+    /// The display that the program's windows stand on, where their toolkit draws on the same one;
+    /// `finishToolkitRequests` is then as that of the adapter. Once.
+    WindowSystem& windowSystem(std::function<void()> finishToolkitRequests);
 
     /// How the user wants programs to look.
     DesktopAppearance& appearance();

@@ -47,10 +47,20 @@ xcb_window_t X11Windows::frontWindow() {
     return focusedClient();
 }
 
-xcb_window_t X11Windows::focusedClient() {
+xcb_window_t X11Windows::keyboardWindow() {
+    if (!hasWindowManager()) return inputFocus();
+    return number(connection_.root(), connection_.atom("_NET_ACTIVE_WINDOW"), XCB_ATOM_WINDOW)
+        .value_or(XCB_WINDOW_NONE);
+}
+
+xcb_window_t X11Windows::inputFocus() {
     const auto focus = connection_.reply(xcb_get_input_focus_reply, xcb_get_input_focus(connection_.get()));
-    if (!focus || focus->focus <= XCB_INPUT_FOCUS_POINTER_ROOT) return XCB_WINDOW_NONE;
-    xcb_window_t window = focus->focus;
+    return focus ? focus->focus : XCB_WINDOW_NONE;
+}
+
+xcb_window_t X11Windows::focusedClient() {
+    xcb_window_t window = inputFocus();
+    if (window <= XCB_INPUT_FOCUS_POINTER_ROOT) return XCB_WINDOW_NONE;
     xcb_window_t outermost = XCB_WINDOW_NONE;
     for (int depth = 0; depth < maxDepth && window != connection_.root(); ++depth) {
         if (!string(window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING).empty()) return window;
@@ -113,6 +123,12 @@ void X11Windows::activate(xcb_window_t window) {
     if (!hasWindowManager()) {
         const std::uint32_t above = XCB_STACK_MODE_ABOVE;
         xcb_configure_window(connection_.get(), window, XCB_CONFIG_WINDOW_STACK_MODE, &above);
+    }
+    giveKeyboard(window);
+}
+
+void X11Windows::giveKeyboard(xcb_window_t window) {
+    if (!hasWindowManager()) {
         xcb_set_input_focus(connection_.get(), XCB_INPUT_FOCUS_PARENT, window, XCB_CURRENT_TIME);
         connection_.flush();
         return;

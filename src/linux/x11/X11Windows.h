@@ -26,6 +26,9 @@ class X11Windows {
     /// client window around the input focus. XCB_WINDOW_NONE when there is none.
     xcb_window_t frontWindow();
 
+    /// The window that has the keyboard: the window manager's active one, or else the input focus itself.
+    xcb_window_t keyboardWindow();
+
     bool hasWindowManager();
 
     /// Of the window's application, as the X server knows it or, for one that is not on this computer, as the
@@ -39,11 +42,14 @@ class X11Windows {
 
     /// Asks for the window to come to the front with the focus.
     void activate(xcb_window_t window);
+    /// The same, but that without a window manager it stays where it is in the stack.
+    void giveKeyboard(xcb_window_t window);
 
  private:
     XcbPtr<xcb_get_property_reply_t> property(xcb_window_t window, xcb_atom_t name, xcb_atom_t type);
     std::optional<std::uint32_t> number(xcb_window_t window, xcb_atom_t name, xcb_atom_t type);
     std::string string(xcb_window_t window, xcb_atom_t name, xcb_atom_t type);
+    xcb_window_t inputFocus();
     xcb_window_t focusedClient();
     std::optional<std::int32_t> processOfConnection(xcb_window_t window);
 

@@ -33,7 +33,7 @@ const char* lookName(IconLook look) {
 }  // namespace
 
 FloatingIconWindow::FloatingIconWindow(const ViewContext& context)
-    : OverlayPanel(context, X11Desktop::Kind::utility, Focusable::no), rest_(context.executor) {
+    : OverlayPanel(context, WindowSystem::Kind::utility, Focusable::no), rest_(context.executor) {
     resize(static_cast<int>(iconmeasure::window), static_cast<int>(iconmeasure::window));
     view().insert({{"glyph", iconmeasure::glyph}, {"look", "idle"}, {"level", 0.0}, {"tooltip", ""}});
     load("Icon");
@@ -55,7 +55,7 @@ void FloatingIconWindow::moveTo(Point origin) {
 void FloatingIconWindow::reshape() {
     const QRectF disc(iconmeasure::margin, iconmeasure::margin, iconmeasure::glyph, iconmeasure::glyph);
     cutTo(disc, iconmeasure::glyph / 2);
-    if (context().x11 != nullptr) context().x11->setInputShape(*this, pixels(disc, iconmeasure::glyph / 2));
+    takePointerIn(disc, iconmeasure::glyph / 2);
 }
 
 void FloatingIconWindow::setLook(IconLook look) { view().insert("look", lookName(look)); }

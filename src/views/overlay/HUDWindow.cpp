@@ -49,7 +49,7 @@ QString shown(const std::string& text) { return QString::fromStdString(desktopWo
 }  // namespace
 
 HUDWindow::HUDWindow(const ViewContext& context)
-    : OverlayPanel(context, X11Desktop::Kind::notification, Focusable::no) {
+    : OverlayPanel(context, WindowSystem::Kind::notification, Focusable::no) {
     setFlag(Qt::WindowTransparentForInput);
     resize(static_cast<int>(hudmeasure::width) + 2 * tokens::shadowReach,
            static_cast<int>(hudmeasure::height) + 2 * tokens::shadowReach);

@@ -28,7 +28,7 @@ QString shown(const ClosureMenuItem& item) { return QString::fromStdString(deskt
 }  // namespace
 
 MenuWindow::MenuWindow(const ViewContext& context, Menu items)
-    : OverlayPanel(context, X11Desktop::Kind::menu, Focusable::yes), items_(std::move(items)) {
+    : OverlayPanel(context, WindowSystem::Kind::menu, Focusable::yes), items_(std::move(items)) {
     layOut();
     view().insert({{"current", -1}, {"byKeyboard", false}});
     onCancel = [this] { close(); };
@@ -72,7 +72,7 @@ void MenuWindow::popUp(QPoint where) {
 }
 
 void MenuWindow::grab(bool on) {
-    if (context().x11 == nullptr) return;
+    if (QGuiApplication::platformName() != "xcb") return;  // others cannot
     setMouseGrabEnabled(on);
     setKeyboardGrabEnabled(on);
 }

@@ -16,7 +16,7 @@ constexpr int radius = 2 * tokens::space;
 }  // namespace
 
 TooltipWindow::TooltipWindow(const ViewContext& context, const QString& text)
-    : OverlayPanel(context, X11Desktop::Kind::tooltip, Focusable::no) {
+    : OverlayPanel(context, WindowSystem::Kind::tooltip, Focusable::no) {
     setFlag(Qt::WindowTransparentForInput);
     setText(text);
     load("Tooltip");

@@ -31,7 +31,7 @@ bool movesFocus(int key) {
 
 PanelWindow::PanelWindow(const ViewContext& context, AppState& state, SettingsStore& settings,
                          HistoryPanel& panel)
-    : OverlayPanel(context, X11Desktop::Kind::panel, Focusable::yes),
+    : OverlayPanel(context, WindowSystem::Kind::panel, Focusable::yes),
       state_(state),
       panel_(panel),
       scene_(state, settings, panel, view()),
@@ -61,7 +61,8 @@ bool PanelWindow::place(const Rect& icon, const Screens& screens) {
     userResizes_ = false;
     setMinimumSize(least.boundedTo(frame.size()).grownBy(shadow));
     setGeometry(frame.marginsAdded(shadow));
-    if (context().x11 != nullptr) context().x11->setFrameExtents(*this, shadow);
+    const int pixels = qRound(reach * devicePixelRatio());
+    context().windowSystem.setFrameExtents(winId(), {pixels, pixels, pixels, pixels});
     reshape();
     return placement.anchorRight;
 }
@@ -85,14 +86,11 @@ void PanelWindow::open() {
     focusWhereAsked();
 }
 
-void PanelWindow::takeKeyboard() {
-    if (context().x11 != nullptr) context().x11->bringToFront(static_cast<std::uint32_t>(winId()));
-}
+void PanelWindow::takeKeyboard() { context().windowSystem.bringToFront(winId()); }
 
 /// Not itself, when it opens while it still goes.
 void PanelWindow::rememberFront() {
-    if (context().x11 == nullptr) return;
-    const auto front = context().x11->frontWindow();
+    const auto front = context().windowSystem.frontWindow();
     if (front != winId()) before_ = front;
 }
 
@@ -106,15 +104,13 @@ void PanelWindow::focusWhereAsked() {
 }
 
 /// We hear of the click before the window manager has given the keyboard to what was clicked.
-void PanelWindow::clickedOutside() {
-    clickTakesKeyboard_ = context().x11 != nullptr && context().x11->hasWindowManager();
-}
+void PanelWindow::clickedOutside() { clickTakesKeyboard_ = context().windowSystem.hasWindowManager(); }
 
 void PanelWindow::fade() {
     if (menu_) menu_->close();
     view().insert("shown", false);
     const bool taken = std::exchange(clickTakesKeyboard_, false);
-    if (!taken && context().x11 != nullptr && isActive()) context().x11->bringToFront(before_);
+    if (!taken && isActive()) context().windowSystem.bringToFront(before_);
 }
 
 void PanelWindow::dismiss() { orderOut(); }
@@ -122,10 +118,9 @@ void PanelWindow::dismiss() { orderOut(); }
 void PanelWindow::reshape() {
     const QRectF shape = QRectF(QPointF(0, 0), size()).marginsRemoved(shadow);
     cutTo(shape, tokens::cardRadius);
-    if (context().x11 == nullptr) return;
     // The edges can be taken a little outside of them.
     constexpr int grip = tokens::space;
-    context().x11->setInputShape(*this, pixels(shape.adjusted(-grip, -grip, grip, grip), tokens::cardRadius));
+    takePointerIn(shape.adjusted(-grip, -grip, grip, grip), tokens::cardRadius);
 }
 
 bool PanelWindow::event(QEvent* event) {

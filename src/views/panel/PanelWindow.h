@@ -65,7 +65,7 @@ class PanelWindow final : public OverlayPanel {
     Timer saveSize_;
     bool userResizes_ = false;
     bool clickTakesKeyboard_ = false;
-    std::uint32_t before_ = 0;  // the window that had the keyboard
+    WindowSystem::Window before_ = 0;  // the window that had the keyboard
     Subscription focusRequests_;
 };
 

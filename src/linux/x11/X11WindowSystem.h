@@ -1,0 +1,41 @@
+#pragma once
+
+#include "linux/x11/X11Windows.h"
+#include "platform/WindowSystem.h"
+
+#include <functional>
+
+namespace dorix {
+
+/// The windows that a toolkit makes over a connection of its own. Each call waits until the server has done
+/// what the toolkit asked of it, and until it has done what is asked here: so the windows are there, and are
+/// dressed before they show.
+class X11WindowSystem final : public WindowSystem {
+ public:
+    /// `finishToolkitRequests` waits for the toolkit's part. The others must outlive this.
+    X11WindowSystem(X11Connection& connection, X11Windows& windows,
+                    std::function<void()> finishToolkitRequests);
+
+    void dress(Window window, Kind kind) override;
+    void setFrameExtents(Window window, const Margins& extents) override;
+    void setShape(Window window, const std::optional<Region>& region) override;
+    void setInputShape(Window window, const Region& region) override;
+    bool hasWindowManager() override { return windows_.hasWindowManager(); }
+    Window frontWindow() override { return windows_.keyboardWindow(); }
+    void bringToFront(Window window) override;
+
+ private:
+    void watchCompositor();
+    void watchStacking();
+    void setProperty(Window window, const char* name, xcb_atom_t type,
+                     const std::vector<std::uint32_t>& values);
+    void applyShape(Window window, std::uint8_t kind, const std::optional<Region>& region);
+
+    X11Connection& connection_;
+    X11Windows& windows_;
+    const std::function<void()> finishToolkitRequests_;
+    X11Connection::Token compositorChanges_;
+    X11Connection::Token stackingChanges_;
+};
+
+}  // namespace dorix
