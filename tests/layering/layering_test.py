@@ -47,6 +47,7 @@ TOOLKIT_ROOMS = {ADAPTERS, "views", MAINS}
 LIBRARIES = {
     "base": r"nlohmann/json\.hpp|unicode/.*\.h",
     "sqlite": r"sqlite3\.h",
+    "panel": r"md4c\.h",
     "routing": r"re2/re2\.h|unicode/u(char|tf8)\.h",
     "speech": r"samplerate\.h",
 }

@@ -61,14 +61,18 @@ TEST(RichTextTest, MarksWithinTheLine) {
     EXPECT_EQ(richText("[aquí](http://b.example)"), "<a href=\"http://b.example\">aquí</a>");
 }
 
+TEST(RichTextTest, ALineIsNoBlock) {
+    EXPECT_EQ(richText("1. _uno_\n# dos\n===\n- tres\n    cuatro"),
+              "1. <i>uno</i>\n# dos\n===\n- tres\n    cuatro");
+    EXPECT_EQ(richText("**una\notra**\n\n[r]: x"), "<b>una\notra</b>\n\n[r]: x");
+}
+
 TEST(RichTextTest, NothingOfTheTextIsMarkup) {
-    EXPECT_EQ(
-        richText("<img src=\"http://x.example/a.png\"> & <script>"),
-        "&lt;img src=&quot;<a href=\"http://x.example/a.png\">http://x.example/a.png</a>&quot;&gt; &amp; "
-        "&lt;script&gt;");
+    EXPECT_EQ(richText("<img src=\"x\"> & <script> &#60;b>"),
+              "&lt;img src=&quot;x&quot;&gt; &amp; &lt;script&gt; &#60;b&gt;");
     EXPECT_EQ(richText("[x](javascript:alert(1)) [y](file:///etc/passwd)"),
-              "[x](javascript:alert(1)) [y](file:///etc/passwd)");
-    EXPECT_EQ(richText("![i](https://x.example/i.png)"), "!<a href=\"https://x.example/i.png\">i</a>");
+              "x (javascript:alert(1)) y (file:///etc/passwd)");
+    EXPECT_EQ(richText("![i](https://x.example/i.png)"), "<a href=\"https://x.example/i.png\">i</a>");
     EXPECT_EQ(richText("[a\"b](https://x.example/\"onmouseover=)"),
               "<a href=\"https://x.example/&quot;onmouseover=\">a&quot;b</a>");
 }
