@@ -1,6 +1,6 @@
 #include "panel/PanelPlacement.h"
 
-#include "overlay/IconPlacement.h"
+#include "overlay/Placement.h"
 #include "platform/UserDefaults.h"
 
 #include <algorithm>

@@ -3,7 +3,7 @@
 #include "base/Error.h"
 #include "base/Log.h"
 #include "localdata/Language.h"
-#include "overlay/IconLook.h"
+#include "overlay/Icon.h"
 #include "platform/Application.h"
 #include "platform/StatusItem.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "overlay/Screens.h"
+#include "overlay/Placement.h"
 
 #include <QPointF>
 #include <QRect>

@@ -1,6 +1,6 @@
 #include "views/overlay/FloatingIconWindow.h"
 
-#include "overlay/IconPlacement.h"
+#include "overlay/Placement.h"
 #include "views/ScreenMap.h"
 #include "views/overlay/MenuWindow.h"
 #include "views/overlay/TooltipWindow.h"

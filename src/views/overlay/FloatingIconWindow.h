@@ -1,9 +1,8 @@
 #pragma once
 
 #include "base/async/Timer.h"
-#include "overlay/IconLook.h"
-#include "overlay/IconMouse.h"
-#include "overlay/Screens.h"
+#include "overlay/Icon.h"
+#include "overlay/Placement.h"
 #include "platform/ClosureMenuItem.h"
 #include "views/OverlayPanel.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "overlay/HUDContent.h"
-#include "overlay/HUDLayout.h"
+#include "overlay/Placement.h"
 #include "views/OverlayPanel.h"
 
 namespace dorix {

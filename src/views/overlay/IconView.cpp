@@ -1,6 +1,6 @@
 #include "views/overlay/IconView.h"
 
-#include "overlay/IconLook.h"
+#include "overlay/Icon.h"
 #include "views/DesktopWords.h"
 #include "views/ScreenMap.h"
 #include "views/overlay/MenuWindow.h"

@@ -1,6 +1,6 @@
 #include "views/overlay/TooltipWindow.h"
 
-#include "overlay/HUDLayout.h"
+#include "overlay/Placement.h"
 #include "views/ScreenMap.h"
 #include "views/Tokens.h"
 #include "views/overlay/TextFit.h"

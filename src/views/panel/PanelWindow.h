@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/async/Timer.h"
-#include "overlay/Screens.h"
+#include "overlay/Placement.h"
 #include "platform/ClosureMenuItem.h"
 #include "views/OverlayPanel.h"
 #include "views/panel/PanelScene.h"

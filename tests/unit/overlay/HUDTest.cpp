@@ -1,9 +1,8 @@
 #include "base/async/ManualExecutor.h"
 #include "overlay/HUDContent.h"
-#include "overlay/HUDLayout.h"
 #include "overlay/HUDPresenter.h"
-#include "overlay/IconPlacement.h"
 #include "overlay/LevelFeed.h"
+#include "overlay/Placement.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,6 @@
 #include "fakes/MemoryUserDefaults.h"
-#include "overlay/IconLook.h"
-#include "overlay/IconMouse.h"
-#include "overlay/IconPlacement.h"
+#include "overlay/Icon.h"
+#include "overlay/Placement.h"
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,7 @@
 #include "fakes/MemoryUserDefaults.h"
 #include "fakes/TemporaryFolder.h"
 #include "fakes/overlay/RecordingWindow.h"
-#include "overlay/IconPlacement.h"
+#include "overlay/Placement.h"
 #include "panel/PanelClipboard.h"
 #include "panel/PanelDeletions.h"
 #include "panel/PanelDetail.h"

@@ -1,11 +1,31 @@
-#include "overlay/IconPlacement.h"
+#include "overlay/Placement.h"
 
 #include "platform/UserDefaults.h"
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace dorix {
+
+namespace {
+
+double distance(const Rect& from, const Rect& to) {
+    const auto gap = [](double fromLow, double fromHigh, double toLow, double toHigh) {
+        return std::max({0.0, toLow - fromHigh, fromLow - toHigh});
+    };
+    return std::hypot(gap(from.minX(), from.maxX(), to.minX(), to.maxX()),
+                      gap(from.minY(), from.maxY(), to.minY(), to.maxY()));
+}
+
+}  // namespace
+
+const Screen& screenOf(const Screens& screens, const Rect& rect) {
+    const auto rank = [&](const Screen& screen) {
+        return std::pair(-screen.frame.intersection(rect).area(), distance(screen.frame, rect));
+    };
+    return *std::ranges::min_element(screens, {}, rank);
+}
 
 namespace {
 
@@ -53,6 +73,17 @@ Point clampedIconOrigin(Point origin, const Screens& screens) {
     const double reach = iconmeasure::window - beyondFrame;
     return {.x = clampedTo(visible.minX() - beyondFrame, visible.maxX() - reach, origin.x),
             .y = clampedTo(visible.minY() - beyondFrame, visible.maxY() - reach, origin.y)};
+}
+
+HUDPlacement placeHUD(const Rect& icon, const Screens& screens) {
+    const Rect glyph = icon.insetBy(iconmeasure::margin);
+    const Rect& visible = screenOf(screens, glyph).visibleFrame;
+    const bool opensLeft = glyph.midX() >= visible.midX();
+    const double left =
+        opensLeft ? glyph.minX() - hudmeasure::gap - hudmeasure::width : glyph.maxX() + hudmeasure::gap;
+    const Rect frame{left, glyph.midY() - hudmeasure::height / 2, hudmeasure::width, hudmeasure::height};
+    const Rect usable = frame.intersection(visible.insetBy(hudmeasure::edge));
+    return {.opensLeft = opensLeft, .frame = frame, .usable = usable};
 }
 
 }  // namespace dorix

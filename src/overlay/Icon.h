@@ -1,10 +1,29 @@
 #pragma once
 
+#include "dictation/AppState.h"
 #include "overlay/Geometry.h"
 
 #include <optional>
+#include <string>
 
 namespace dorix {
+
+/// What the icon shows of the program's state.
+enum class IconLook { idle, listening, processing, paused, error };
+
+IconLook iconLook(HUDPhase::Kind hud, bool paused);
+
+/// Which of the program's windows stand open.
+struct OpenWindows {
+    bool settings = false;
+    bool onboarding = false;
+    bool account = false;
+    bool learned = false;
+};
+
+/// The icon's tooltip in the app language: the title of the window that stands open, or else what the icon is
+/// good for.
+std::string iconTooltip(const OpenWindows& open);
 
 /// Tells a click on the icon from a drag: a hand that slips a little while clicking still clicks.
 class IconMouse {
