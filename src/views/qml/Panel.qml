@@ -1,5 +1,4 @@
 import QtQuick
-import Dorix.Shapes
 
 // The history: sections, list, detail and composer. In a narrow window the detail takes the list's place.
 Item {
