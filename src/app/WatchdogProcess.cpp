@@ -3,10 +3,9 @@
 #include "base/Log.h"
 #include "linux/log/JournalLog.h"
 #include "linux/loop/PollLoop.h"
-#include "linux/process/LinuxProcessWatcher.h"
-#include "linux/process/LinuxProgramLauncher.h"
+#include "linux/process/LinuxProcesses.h"
+#include "linux/xdg/Environment.h"
 #include "linux/xdg/JsonUserDefaults.h"
-#include "linux/xdg/XdgFolders.h"
 #include "watchdog/RelaunchLimiter.h"
 #include "watchdog/Watchdog.h"
 
@@ -49,8 +48,7 @@ int runWatchdog(std::span<const std::string_view> arguments) {
     const auto termination = blockedTermination();
     logToStderrAndJournal();
     PollLoop loop;
-    LinuxProcessWatcher processes(loop);
-    LinuxProgramLauncher launcher(loop);
+    LinuxProcesses processes(loop);
     std::counting_semaphore<> ended(0);
     Watchdog watchdog({.executor = loop,
                        .processes = processes,
@@ -61,9 +59,9 @@ int runWatchdog(std::span<const std::string_view> arguments) {
                                            : "ha terminado de golpe demasiadas veces; no se vuelve a abrir");
                                return may;
                            },
-                       .open = [&launcher](const std::string& path) { launcher.open(path); },
+                       .open = [&processes](const std::string& path) { processes.open(path); },
                        .exit = [&ended] { ended.release(); }});
-    FdWatcher::Token terminated;
+    Subscription terminated;
     loop.post([&] {
         terminated = loop.watchReadable(termination.get(), [&] {
             terminated.reset();

@@ -4,11 +4,11 @@
 #include "linux/dbus/DBusSingleInstance.h"
 #include "linux/desktop/LinuxDesktop.h"
 #include "linux/log/JournalLog.h"
-#include "linux/process/LinuxProgramLauncher.h"
+#include "linux/process/LinuxProcesses.h"
 #include "linux/qt/QtMainLoop.h"
 #include "linux/qt/ToolkitDisplay.h"
 #include "localdata/Language.h"
-#include "platform/Application.h"
+#include "platform/Processes.h"
 #include "shell/AppController.h"
 #include "views/Application.h"
 #include "views/DesktopWords.h"
@@ -117,7 +117,7 @@ Ending run(int argc, char** argv) {
     const auto platform = desktop.platform(ending);
     installLanguage(platform.defaults, platform.languages);
 
-    WatchdogTask watchdog(platform.launcher);
+    WatchdogTask watchdog(platform.processes);
     watchdog.spawn();
     endsAtExit = &watchdog;
     std::atexit([] { endWatchdog(); });
@@ -143,7 +143,7 @@ Ending run(int argc, char** argv) {
     }
     endWatchdog();
     uninstallLanguage();
-    return {status, ending.relaunches() ? platform.launcher.bundlePath() : ""};
+    return {status, ending.relaunches() ? platform.processes.bundlePath() : ""};
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <utility>
@@ -13,6 +14,7 @@ class [[nodiscard]] Subscription {
     Subscription() = default;
     explicit Subscription(std::shared_ptr<void> token) : token_(std::move(token)) {}
     void reset() { token_.reset(); }
+    explicit operator bool() const { return token_ != nullptr; }
 
  private:
     std::shared_ptr<void> token_;
@@ -23,13 +25,17 @@ class [[nodiscard]] Subscription {
 template <typename... Args>
 class Observers {
  public:
-    using Function = std::function<void(Args...)>;
+    using Function = std::function<void(const Args&...)>;
 
     Subscription add(Function function) {
         auto observer = std::make_shared<Function>(std::move(function));
         std::erase_if(observers_, [](const auto& other) { return other.expired(); });
         observers_.push_back(observer);
         return Subscription(observer);
+    }
+
+    bool isEmpty() const {
+        return std::ranges::all_of(observers_, [](const auto& observer) { return observer.expired(); });
     }
 
     void notify(const Args&... args) const {

@@ -1,8 +1,8 @@
 #include "context/AppContext.h"
 
 #include "base/text/Text.h"
+#include "base/text/Url.h"
 #include "context/AppTables.h"
-#include "context/PageUrl.h"
 #include "platform/Accessibility.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "context/TextInsertion.h"
 
 #include "base/async/Sleep.h"
-#include "platform/EventPoster.h"
+#include "platform/InputEvents.h"
 #include "platform/KeyCodes.h"
 
 #include <utility>

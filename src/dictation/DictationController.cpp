@@ -2,7 +2,6 @@
 
 #include "base/Error.h"
 #include "base/Log.h"
-#include "base/async/Cancelled.h"
 #include "dictation/Composer.h"
 #include "dictation/UtteranceRoads.h"
 #include "dictation/WrittenText.h"

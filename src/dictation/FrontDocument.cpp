@@ -1,11 +1,10 @@
 #include "dictation/FrontDocument.h"
 
-#include "base/async/Cancelled.h"
 #include "base/text/Text.h"
+#include "base/text/Url.h"
 #include "platform/Accessibility.h"
 #include "routing/IntentRules.h"
 
-#include <charconv>
 #include <string>
 #include <utility>
 
@@ -14,24 +13,6 @@ namespace dorix {
 namespace {
 
 constexpr std::size_t longestDocument = 400'000;
-
-std::optional<std::string> percentDecoded(std::string_view text) {
-    std::string decoded;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] != '%') {
-            decoded += text[i];
-            continue;
-        }
-        const std::string_view digits = text.substr(i + 1, 2);
-        unsigned char byte = 0;
-        const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), byte, 16);
-        if (error != std::errc() || digits.size() != 2 || end != digits.data() + 2 || byte == 0)
-            return std::nullopt;
-        decoded += static_cast<char>(byte);
-        i += 2;
-    }
-    return decoded;
-}
 
 std::optional<std::filesystem::path> pathOfFrontDocument(Accessibility& accessibility,
                                                          const RunningApplication& app) {
@@ -49,22 +30,6 @@ bool mayBeRead(const std::filesystem::path& file, const DocumentReader& reader) 
 }
 
 }  // namespace
-
-std::optional<std::filesystem::path> pathOfFileURL(std::string_view url) {
-    constexpr std::string_view scheme = "file:";
-    if (text::lowercase(url.substr(0, scheme.size())) != scheme) return std::nullopt;
-    url.remove_prefix(scheme.size());
-    url = url.substr(0, url.find_first_of("?#"));
-    if (url.starts_with("//")) {
-        const auto slash = url.find('/', 2);
-        if (slash == std::string_view::npos) return std::nullopt;
-        const auto host = url.substr(2, slash - 2);
-        if (!host.empty() && host != "localhost") return std::nullopt;
-        url.remove_prefix(slash);
-    }
-    if (!url.starts_with('/')) return std::nullopt;
-    return percentDecoded(url);
-}
 
 Task<std::optional<FrontDocument>> readFrontDocument(Accessibility& accessibility, DocumentReader& reader,
                                                      std::optional<RunningApplication> app) {

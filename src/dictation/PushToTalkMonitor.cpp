@@ -41,7 +41,7 @@ void PushToTalkMonitor::start() {
     stop();
     if (!events_.reportsKey(watched(key).keyCode))
         logLine("el teclado no tiene la tecla elegida para dictar");
-    const auto install = [this](KeyEventMonitors::Token token) {
+    const auto install = [this](Subscription token) {
         if (token) monitors_.push_back(std::move(token));
     };
     install(events_.addGlobalMonitor(KeyEventMask::flagsChanged,

@@ -2,7 +2,7 @@
 
 #include "base/async/Timer.h"
 #include "localdata/PushToTalkKey.h"
-#include "platform/KeyEventMonitors.h"
+#include "platform/InputEvents.h"
 
 #include <functional>
 #include <vector>
@@ -55,7 +55,7 @@ class PushToTalkMonitor {
     KeyEventMonitors& events_;
     Phase phase_ = Phase::idle;
     Timer confirmWork_;
-    std::vector<KeyEventMonitors::Token> monitors_;
+    std::vector<Subscription> monitors_;
 };
 
 }  // namespace dorix

@@ -3,7 +3,6 @@
 #include "actions/Actions.h"
 #include "assistant/Assistant.h"
 #include "base/Error.h"
-#include "base/async/Cancelled.h"
 #include "context/SelectionProbe.h"
 #include "dictation/FrontDocument.h"
 #include "learning/Teaching.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/SystemLanguages.h"
+#include "platform/Platform.h"
 #include "platform/UserDefaults.h"
 
 #include <cstdint>

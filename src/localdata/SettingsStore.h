@@ -3,7 +3,7 @@
 #include "base/Observable.h"
 #include "localdata/PushToTalkKey.h"
 #include "platform/LoginItem.h"
-#include "platform/SystemLanguages.h"
+#include "platform/Platform.h"
 #include "platform/UserDefaults.h"
 
 #include <array>

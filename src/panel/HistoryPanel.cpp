@@ -1,5 +1,6 @@
 #include "panel/HistoryPanel.h"
 
+#include "base/text/Url.h"
 #include "panel/PanelSections.h"
 
 #include <algorithm>
@@ -24,7 +25,7 @@ HistoryPanel::HistoryPanel(Executor& executor, AppState& state, SpeechInput& spe
 }
 
 void HistoryPanel::openLink(const std::string& url) {
-    if (url.starts_with("https://") || url.starts_with("http://")) urls_.open(url);
+    if (isWebAddress(url)) urls_.open(url);
 }
 
 void HistoryPanel::moveSection(int by) {

@@ -9,7 +9,7 @@
 #include "panel/PanelPlacement.h"
 #include "panel/PanelSelection.h"
 #include "panel/PanelVerbs.h"
-#include "platform/UrlOpener.h"
+#include "platform/Processes.h"
 
 #include <cstdint>
 #include <string>

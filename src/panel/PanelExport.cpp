@@ -1,6 +1,6 @@
 #include "panel/PanelExport.h"
 
-#include "base/async/Run.h"
+#include "base/async/Completion.h"
 #include "localdata/Language.h"
 
 #include <string_view>
@@ -34,7 +34,7 @@ std::string wordsFor(const std::error_code& error) {
 
 }  // namespace
 
-PanelExport::PanelExport(Executor& executor, WorkQueue& background, SavePanel& savePanel, FileReplacer& files,
+PanelExport::PanelExport(Executor& executor, Executor& background, SavePanel& savePanel, FileReplacer& files,
                          fs::path database)
     : background_(background),
       savePanel_(savePanel),

@@ -4,8 +4,7 @@
 #include "base/async/Completion.h"
 #include "base/async/TaskScope.h"
 #include "localdata/HistoryExport.h"
-#include "platform/FileReplacer.h"
-#include "platform/SavePanel.h"
+#include "platform/UserFiles.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -22,7 +21,7 @@ class PanelExport {
  public:
     /// `database` is the history's file. `background` does the work. All must outlive this; letting go of it
     /// stops an export.
-    PanelExport(Executor& executor, WorkQueue& background, SavePanel& savePanel, FileReplacer& files,
+    PanelExport(Executor& executor, Executor& background, SavePanel& savePanel, FileReplacer& files,
                 std::filesystem::path database);
     ~PanelExport();
     PanelExport(const PanelExport&) = delete;
@@ -54,7 +53,7 @@ class PanelExport {
     Task<void> askAndStart(HistoryExportFormat format, std::uint64_t ownWindow);
     Task<void> run(std::filesystem::path file, HistoryExportFormat format, std::stop_token stop);
 
-    WorkQueue& background_;
+    Executor& background_;
     SavePanel& savePanel_;
     FileReplacer& files_;
     const std::filesystem::path database_;

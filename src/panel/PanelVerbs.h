@@ -1,7 +1,7 @@
 #pragma once
 
 #include "localdata/HistoryItem.h"
-#include "platform/ClosureMenuItem.h"
+#include "platform/StatusItem.h"
 
 #include <functional>
 #include <string>

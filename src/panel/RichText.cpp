@@ -1,3 +1,4 @@
+#include "base/text/Url.h"
 #include "panel/AnswerBlocks.h"
 
 #include <md4c.h>
@@ -11,8 +12,6 @@ namespace {
 // The block parser of the library would take the beginning of a line for a mark of its own: it gets one
 // line, which begins and, where the text's lines end, goes on with a space that means nothing to it.
 constexpr char lineEnd = '\v';
-
-bool isWebAddress(std::string_view url) { return url.starts_with("https://") || url.starts_with("http://"); }
 
 std::string_view textOf(const MD_ATTRIBUTE& attribute) { return {attribute.text, attribute.size}; }
 

@@ -11,16 +11,6 @@ std::expected<T, AXError> as(std::expected<AXValue, AXError> value) {
     return std::unexpected(AXError::noValue);
 }
 
-class DisabledElement final : public AXUIElement {
- public:
-    std::expected<AXValue, AXError> copyAttributeValue(std::string_view) const override {
-        return std::unexpected(AXError::apiDisabled);
-    }
-    std::expected<bool, AXError> isAttributeSettable(std::string_view) const override {
-        return std::unexpected(AXError::apiDisabled);
-    }
-};
-
 }  // namespace
 
 std::expected<AXUIElementRef, AXError> AXUIElement::element(std::string_view attribute) const {
@@ -31,10 +21,6 @@ std::expected<AXUIElementRef, AXError> AXUIElement::element(std::string_view att
 
 std::expected<std::string, AXError> AXUIElement::string(std::string_view attribute) const {
     return as<std::string>(copyAttributeValue(attribute));
-}
-
-AXUIElementRef UnavailableAccessibility::createApplication(std::int32_t, double) {
-    return std::make_shared<DisabledElement>();
 }
 
 }  // namespace dorix

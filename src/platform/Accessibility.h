@@ -57,10 +57,4 @@ class Accessibility {
                                              double budget = defaultBudget) = 0;
 };
 
-/// Where nobody may look into other applications: every attribute gives apiDisabled.
-class UnavailableAccessibility final : public Accessibility {
- public:
-    AXUIElementRef createApplication(std::int32_t processIdentifier, double budget) override;
-};
-
 }  // namespace dorix

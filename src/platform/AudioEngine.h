@@ -59,10 +59,4 @@ class AudioEngineFactory {
     virtual std::unique_ptr<AudioEngine> makeEngine() = 0;
 };
 
-/// Where there is no sound server: engines without input.
-class UnavailableAudioEngineFactory final : public AudioEngineFactory {
- public:
-    std::unique_ptr<AudioEngine> makeEngine() override;
-};
-
 }  // namespace dorix

@@ -4,16 +4,11 @@
 
 namespace dorix {
 
-/// How the user wants programs to look; it may change at any time. Main executor.
-class DesktopAppearance {
- public:
-    virtual ~DesktopAppearance() = default;
-
+/// How the user wants programs to look; it may change at any time. Light, with motion, where nobody says.
+/// Main executor.
+struct DesktopAppearance {
     Observable<bool> prefersDark;
     Observable<bool> reducesMotion;
 };
-
-/// Where nobody says: light, with motion.
-class UnavailableDesktopAppearance final : public DesktopAppearance {};
 
 }  // namespace dorix

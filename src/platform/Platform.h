@@ -1,8 +1,9 @@
 #pragma once
 
-#include "platform/SystemLanguages.h"
-
 #include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace dorix {
 
@@ -19,7 +20,7 @@ class MouseEventMonitors;
 class Notifications;
 class Pasteboard;
 class PrivacyGrants;
-class ProgramLauncher;
+class Processes;
 class SavePanel;
 class SpeechRecognition;
 class StatusItem;
@@ -27,6 +28,14 @@ class SystemSounds;
 class UrlOpener;
 class UserDefaults;
 class Workspace;
+
+/// The languages that the user gave the system, read when the program starts.
+struct SystemLanguages {
+    /// Locale identifiers, the most wanted first ("es-ES", "en").
+    std::vector<std::string> preferred;
+    /// The language code of the locale for formats ("es"); none where the system does not say.
+    std::optional<std::string> currentLanguageCode;
+};
 
 /// All that the program asks of the operating system. Owned by whoever put it together, for longer than
 /// anything that uses it.
@@ -47,7 +56,7 @@ struct Platform {
     PrivacyGrants& grants;
     LoginItem& loginItem;
     SystemSounds& sounds;
-    ProgramLauncher& launcher;
+    Processes& processes;
     Notifications& notifications;
     StatusItem& statusItem;
     UrlOpener& urls;

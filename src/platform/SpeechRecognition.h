@@ -71,16 +71,4 @@ class SpeechRecognition {
     virtual std::unique_ptr<SpeechAnalyzer> makeAnalyzer(const std::string& locale) = 0;
 };
 
-/// Where no recogniser is installed: no language is supported.
-class UnavailableSpeechRecognition final : public SpeechRecognition {
- public:
-    std::optional<std::string> supportedLocale(const std::string&) const override { return std::nullopt; }
-    AssetStatus assetStatus(const std::string&) const override { return AssetStatus::unsupported; }
-    Task<void> downloadAndInstall(std::string, Progress) override { co_return; }
-    Task<std::optional<AudioFormat>> bestAvailableAudioFormat(std::string) override {
-        co_return std::nullopt;
-    }
-    std::unique_ptr<SpeechAnalyzer> makeAnalyzer(const std::string&) override { return nullptr; }
-};
-
 }  // namespace dorix

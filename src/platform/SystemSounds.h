@@ -14,9 +14,4 @@ class SystemSounds {
     virtual void play(std::string_view name, double volume) = 0;
 };
 
-class UnavailableSystemSounds final : public SystemSounds {
- public:
-    void play(std::string_view, double) override {}
-};
-
 }  // namespace dorix

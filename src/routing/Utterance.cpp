@@ -10,10 +10,6 @@ namespace dorix {
 
 namespace {
 
-bool isAscii(std::string_view text) {
-    return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
 /// What parts words: white space, line ends and the punctuation that a speech engine sets.
 bool isSeparator(std::string_view character) {
     if (character.size() == 1) return std::string_view(" \t\n\v\f\r?!.,;:\"").contains(character);
@@ -60,7 +56,7 @@ Utterance::Utterance(std::string_view transcript, FromText) : text_(simplified(t
     text_.erase(0, fillersSize(text_));
     text_.insert(text_.begin(), ' ');
     text_ += ' ';
-    if (!isAscii(text_)) ascii_ = PatternSet::ascii(text_);
+    if (!text::isAscii(text_)) ascii_ = PatternSet::ascii(text_);
     const auto trimmed = text::trim(transcript);
     isPunctuatedAsQuestion_ = trimmed.starts_with("¿") || trimmed.ends_with('?');
 }

@@ -4,7 +4,7 @@
 #include "base/Log.h"
 #include "localdata/Language.h"
 #include "overlay/Icon.h"
-#include "platform/Application.h"
+#include "platform/Processes.h"
 #include "platform/StatusItem.h"
 
 namespace dorix {

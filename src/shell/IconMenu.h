@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/ClosureMenuItem.h"
+#include "platform/StatusItem.h"
 
 #include <functional>
 

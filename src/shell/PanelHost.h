@@ -4,7 +4,7 @@
 #include "overlay/AppWindow.h"
 #include "panel/HistoryPanel.h"
 #include "panel/PanelPresenter.h"
-#include "platform/MouseEventMonitors.h"
+#include "platform/InputEvents.h"
 #include "platform/Platform.h"
 
 namespace dorix {
@@ -39,8 +39,8 @@ class PanelHost {
     DictationController& dictation_;
     SpeechInput& speech_;
     PanelPresenter presenter_;
-    MouseEventMonitors::Token outsideClickMonitor_;  // while the panel is up
-    double closedByClickAt_ = -1;                    // by the executor's clock
+    Subscription outsideClickMonitor_;  // while the panel is up
+    double closedByClickAt_ = -1;       // by the executor's clock
     TaskScope tasks_;
 };
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/async/Timer.h"
-#include "platform/ProcessWatcher.h"
+#include "platform/Processes.h"
 #include "watchdog/WatchdogTask.h"
 
 #include <functional>
@@ -15,7 +15,7 @@ class Watchdog {
  public:
     struct Environment {
         Executor& executor;
-        ProcessWatcher& processes;
+        Processes& processes;
         /// Whether the program may come back once more; asked once for each return.
         std::function<bool()> mayRelaunch;
         /// Starts the application at that path.
@@ -33,7 +33,7 @@ class Watchdog {
     void parentExited(const std::string& bundlePath);
 
     Environment env_;
-    ProcessWatcher::Token watch_;
+    Subscription watch_;
     Timer relaunch_;
 };
 

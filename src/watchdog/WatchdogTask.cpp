@@ -40,12 +40,12 @@ std::optional<WatchdogArguments> parseWatchdogArguments(std::span<const std::str
 }
 
 void WatchdogTask::spawn() {
-    const WatchdogArguments arguments{launcher_.ownProcessIdentifier(), launcher_.bundlePath()};
-    task_ = launcher_.launchSelf(arguments.commandLine());
+    const WatchdogArguments arguments{processes_.ownProcessIdentifier(), processes_.bundlePath()};
+    terminate_ = processes_.launchSelf(arguments.commandLine());
 }
 
 void WatchdogTask::terminate() {
-    if (const auto task = std::exchange(task_, nullptr)) task->terminate();
+    if (auto asked = std::exchange(terminate_, nullptr)) asked();
 }
 
 }  // namespace dorix

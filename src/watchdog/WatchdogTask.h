@@ -1,9 +1,8 @@
 #pragma once
 
-#include "platform/ProgramLauncher.h"
+#include "platform/Processes.h"
 
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -31,7 +30,7 @@ std::optional<WatchdogArguments> parseWatchdogArguments(std::span<const std::str
 /// The program's hold on its watchdog. Main executor.
 class WatchdogTask {
  public:
-    explicit WatchdogTask(ProgramLauncher& launcher) : launcher_(launcher) {}
+    explicit WatchdogTask(Processes& processes) : processes_(processes) {}
 
     /// Starts the watchdog over this process. Without one, which is not reported, the program runs all the
     /// same and does not come back after a crash.
@@ -41,8 +40,8 @@ class WatchdogTask {
     void terminate();
 
  private:
-    ProgramLauncher& launcher_;
-    std::unique_ptr<ChildProcess> task_;
+    Processes& processes_;
+    Processes::Terminate terminate_;
 };
 
 }  // namespace dorix

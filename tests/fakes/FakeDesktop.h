@@ -1,13 +1,12 @@
 #pragma once
 
 #include "base/async/Completion.h"
-#include "platform/Application.h"
-#include "platform/MouseEventMonitors.h"
+#include "platform/InputEvents.h"
 #include "platform/PrivacyGrants.h"
-#include "platform/ProgramLauncher.h"
-#include "platform/SavePanel.h"
+#include "platform/Processes.h"
 #include "platform/StatusItem.h"
 #include "platform/SystemSounds.h"
+#include "platform/UserFiles.h"
 #include "platform/Workspace.h"
 
 #include <optional>
@@ -26,22 +25,18 @@ class FakeApplication final : public Application {
     int relaunches = 0;
 };
 
-/// A mouse that the test clicks with in other applications. It holds one monitor at a time.
+/// A mouse that the test clicks with in other applications.
 class FakeMouseEventMonitors final : public MouseEventMonitors {
  public:
-    Token addGlobalMonitor(GlobalHandler handler) override {
-        auto monitor = std::make_shared<GlobalHandler>(std::move(handler));
-        monitor_ = monitor;
-        return monitor;
+    Subscription addGlobalMonitor(GlobalHandler handler) override {
+        return monitors_.add(std::move(handler));
     }
 
-    bool isMonitored() const { return !monitor_.expired(); }
-    void click() {
-        if (const auto monitor = monitor_.lock()) (*monitor)();
-    }
+    bool isMonitored() const { return !monitors_.isEmpty(); }
+    void click() { monitors_.notify(); }
 
  private:
-    std::weak_ptr<GlobalHandler> monitor_;
+    Observers<> monitors_;
 };
 
 /// A dialog that the test answers.
@@ -65,13 +60,14 @@ class FakeStatusItem final : public StatusItem {
     std::function<void()> clicked;
 };
 
-/// Starts nothing.
-class FakeProgramLauncher final : public ProgramLauncher {
+/// Starts nothing, and sees nothing end.
+class FakeProcesses final : public Processes {
  public:
     std::int32_t ownProcessIdentifier() const override { return 42; }
     std::string bundlePath() const override { return "/opt/dorix"; }
-    std::unique_ptr<ChildProcess> launchSelf(const std::vector<std::string>&) override { return nullptr; }
+    Terminate launchSelf(const std::vector<std::string>&) override { return nullptr; }
     bool open(const std::string&) override { return false; }
+    Subscription watchExit(std::int32_t, std::function<void()>) override { return {}; }
 };
 
 /// Grants as the test sets them; everything is granted at first.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/KeyEventMonitors.h"
+#include "platform/InputEvents.h"
 
 #include <utility>
 #include <vector>
@@ -10,14 +10,14 @@ namespace dorix {
 /// A keyboard that the test types on, into other applications unless it says otherwise.
 class FakeKeyEventMonitors final : public KeyEventMonitors {
  public:
-    Token addGlobalMonitor(KeyEventMask mask, GlobalHandler handler) override {
-        if (refuseGlobal) return nullptr;
+    Subscription addGlobalMonitor(KeyEventMask mask, GlobalHandler handler) override {
+        if (refuseGlobal) return {};
         return add(mask, false, [handler = std::move(handler)](const KeyEvent& event) {
             handler(event);
             return false;
         });
     }
-    Token addLocalMonitor(KeyEventMask mask, LocalHandler handler) override {
+    Subscription addLocalMonitor(KeyEventMask mask, LocalHandler handler) override {
         return add(mask, true, std::move(handler));
     }
     bool reportsKey(std::uint16_t) const override { return true; }
@@ -55,10 +55,10 @@ class FakeKeyEventMonitors final : public KeyEventMonitors {
         LocalHandler handler;
     };
 
-    Token add(KeyEventMask mask, bool local, LocalHandler handler) {
+    Subscription add(KeyEventMask mask, bool local, LocalHandler handler) {
         auto monitor = std::make_shared<Monitor>(Monitor{mask, local, std::move(handler)});
         monitors_.push_back(monitor);
-        return monitor;
+        return Subscription(monitor);
     }
 
     std::vector<std::weak_ptr<Monitor>> monitors_;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Error.h"
 #include "platform/LoginItem.h"
 
 namespace dorix {

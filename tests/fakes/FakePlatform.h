@@ -13,9 +13,9 @@
 #include "fakes/MemoryUserDefaults.h"
 #include "fakes/RecordingEventPoster.h"
 #include "fakes/TemporaryFolder.h"
-#include "platform/FileReplacer.h"
 #include "platform/Notifications.h"
 #include "platform/Platform.h"
+#include "platform/UserFiles.h"
 
 namespace dorix {
 
@@ -36,7 +36,7 @@ struct FakePlatform {
     FakePrivacyGrants grants;
     FakeLoginItem loginItem;
     RecordingSystemSounds sounds;
-    FakeProgramLauncher launcher;
+    FakeProcesses processes;
     UnavailableNotifications notifications;
     FakeUrlOpener urls;
     FakeSavePanel savePanel;
@@ -61,7 +61,7 @@ struct FakePlatform {
                 .grants = grants,
                 .loginItem = loginItem,
                 .sounds = sounds,
-                .launcher = launcher,
+                .processes = processes,
                 .notifications = notifications,
                 .statusItem = statusItem,
                 .urls = urls,

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/UrlOpener.h"
+#include "platform/Processes.h"
 
 #include <string>
 #include <vector>

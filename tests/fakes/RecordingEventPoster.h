@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/EventPoster.h"
+#include "platform/InputEvents.h"
 
 #include <functional>
 #include <vector>

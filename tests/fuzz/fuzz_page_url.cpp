@@ -1,6 +1,5 @@
-#include "base/text/Text.h"
+#include "base/text/Url.h"
 #include "context/AppContext.h"
-#include "context/PageUrl.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -268,7 +268,7 @@ class ViewsDesktopTest : public ::testing::Test {
     std::unique_ptr<QtMainLoop> loop_;
     MemoryUserDefaults defaults_;
     std::unique_ptr<PanelBench> bench_;
-    UnavailableDesktopAppearance appearance_;
+    DesktopAppearance appearance_;
     std::unique_ptr<X11Connection> connection_;
     std::unique_ptr<X11Windows> windows_;
     std::unique_ptr<X11WindowSystem> windowSystem_;

@@ -36,21 +36,29 @@ class Completion {
         return state_->isDone();
     }
 
+    /// Whether a wait copies the value or takes it away.
+    enum class Get { copy, move };
+    template <Get get>
     class Awaiter;
 
     /// Throws Cancelled when the waiting task is stopped first; a result that is there already is given
     /// even to a stopped task. The value is copied to each waiter.
-    Awaiter operator co_await() const { return Awaiter(state_, Wait::Stoppable::yes); }
+    Awaiter<Get::copy> operator co_await() const& { return {state_, Wait::Stoppable::yes}; }
 
-    /// The same wait, but a stop request does not cut it short: co_await result.throughStop().
-    Awaiter throughStop() const { return Awaiter(state_, Wait::Stoppable::no); }
+    /// The same for the only one who waits, which the value is moved to: co_await std::move(result).
+    Awaiter<Get::move> operator co_await() && { return {state_, Wait::Stoppable::yes}; }
+
+    /// The same waits, but a stop request does not cut them short: co_await result.throughStop().
+    Awaiter<Get::copy> throughStop() const& { return {state_, Wait::Stoppable::no}; }
+    Awaiter<Get::move> throughStop() && { return {state_, Wait::Stoppable::no}; }
 
  private:
     using Result = std::variant<std::monostate, Value, std::exception_ptr>;
 
     struct State {
         std::mutex mutex;
-        Result result;  // written once, under the mutex; read without it after a waiter saw it done
+        // Written once, under the mutex; used without it after a waiter saw it done.
+        Result result;
         std::vector<std::weak_ptr<Waiter>> waiters;
 
         bool isDone() const { return result.index() != 0; }
@@ -74,6 +82,7 @@ class Completion {
 };
 
 template <typename T>
+template <typename Completion<T>::Get get>
 class Completion<T>::Awaiter : Wait {
  public:
     Awaiter(std::shared_ptr<State> state, Wait::Stoppable stoppable)
@@ -98,11 +107,40 @@ class Completion<T>::Awaiter : Wait {
     T await_resume() const {
         throwIfCancelled();
         if (state_->result.index() == 2) std::rethrow_exception(std::get<2>(state_->result));
-        if constexpr (!std::is_void_v<T>) return std::get<1>(state_->result);
+        if constexpr (!std::is_void_v<T>) {
+            auto& value = std::get<1>(state_->result);
+            if constexpr (get == Get::move) {
+                return std::move(value);
+            } else {
+                return value;
+            }
+        }
     }
 
  private:
-    std::shared_ptr<State> state_;
+    const std::shared_ptr<State> state_;
 };
+
+/// Runs `function` on `executor` and gives its result, or its exception, to the awaiting task. The function
+/// owns what it captures: it runs to its end even when the task that waits is cancelled or destroyed
+/// meanwhile.
+template <typename Function>
+Task<std::invoke_result_t<Function>> runOn(Executor& executor, Function function) {
+    using T = std::invoke_result_t<Function>;
+    Completion<T> result;
+    executor.post([result, function = std::move(function)]() mutable {
+        try {
+            if constexpr (std::is_void_v<T>) {
+                function();
+                result.complete();
+            } else {
+                result.complete(function());
+            }
+        } catch (...) {
+            result.fail(std::current_exception());
+        }
+    });
+    co_return co_await std::move(result);
+}
 
 }  // namespace dorix

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "base/async/Cancelled.h"
 #include "base/async/Completion.h"
 #include "base/async/Task.h"
 
@@ -22,10 +21,13 @@ class TaskHandle {
 
     /// The task's result, to any number of awaiters; its exception likewise. Cancelling the awaiter does not
     /// cancel the task.
-    auto operator co_await() const { return result_.operator co_await(); }
+    auto operator co_await() const& { return result_.operator co_await(); }
+    /// The same for the one who awaits a handle that nobody else has: the result is moved out.
+    auto operator co_await() && { return std::move(result_).operator co_await(); }
 
-    /// The same wait, but a stop request to the awaiter does not cut it short.
-    auto throughStop() const { return result_.throughStop(); }
+    /// The same waits, but a stop request to the awaiter does not cut them short.
+    auto throughStop() const& { return result_.throughStop(); }
+    auto throughStop() && { return std::move(result_).throughStop(); }
 
  private:
     friend class TaskScope;

@@ -1,7 +1,5 @@
 #include "base/async/Waiter.h"
 
-#include "base/async/Cancelled.h"
-
 #include <utility>
 
 namespace dorix {

@@ -4,10 +4,17 @@
 
 #include <atomic>
 #include <coroutine>
+#include <exception>
 #include <memory>
 #include <stop_token>
 
 namespace dorix {
+
+/// Thrown out of a wait whose task was cancelled. It unwinds the task and is no failure to report.
+class Cancelled : public std::exception {
+ public:
+    const char* what() const noexcept override { return "cancelled"; }
+};
 
 /// What the frames of one spawned task share: its executor, its stop source, and who destroys it.
 class TaskRoot {

@@ -20,8 +20,6 @@ namespace {
 
 bool isAsciiByte(char c) { return static_cast<unsigned char>(c) < 0x80; }
 
-bool isAscii(std::string_view text) { return std::ranges::all_of(text, isAsciiByte); }
-
 /// Walks the characters of a text; one break iterator a thread, as making one costs more than using it.
 class Characters {
  public:
@@ -172,6 +170,8 @@ bool appendFolded(std::string& out, std::string_view text, std::size_t& at) {
 }
 
 }  // namespace
+
+bool isAscii(std::string_view text) { return std::ranges::all_of(text, isAsciiByte); }
 
 std::size_t length(std::string_view text) {
     if (isOneByteACharacter(text)) return text.size();

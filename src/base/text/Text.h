@@ -10,6 +10,9 @@
 /// functions that transform text turn them into U+FFFD.
 namespace dorix::text {
 
+/// Whether it has ASCII characters only.
+bool isAscii(std::string_view text);
+
 /// The number of characters.
 std::size_t length(std::string_view text);
 

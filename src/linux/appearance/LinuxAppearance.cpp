@@ -1,5 +1,6 @@
 #include "linux/appearance/LinuxAppearance.h"
 
+#include "base/text/Text.h"
 #include "linux/dbus/BusConnection.h"
 #include "linux/xdg/AtomicFile.h"
 
@@ -18,7 +19,7 @@ namespace {
 constexpr const char* portal = "org.freedesktop.portal.Desktop";
 constexpr const char* portalPath = "/org/freedesktop/portal/desktop";
 constexpr const char* settings = "org.freedesktop.portal.Settings";
-constexpr const char* look = "org.freedesktop.appearance";
+constexpr const char* common = "org.freedesktop.appearance";
 constexpr const char* gnome = "org.gnome.desktop.interface";
 
 /// The number or boolean at the message's place, out of however many variants it is wrapped in.
@@ -38,15 +39,38 @@ std::optional<std::uint32_t> unwrapped(sd_bus_message* message) {
     return std::nullopt;
 }
 
+bool isTrue(std::string_view value) { return value == "1" || value == "true" || value == "yes"; }
+
 }  // namespace
 
+bool isDarkGtkTheme(std::string_view name) {
+    const auto folded = text::lowercase(name);
+    return folded.ends_with("-dark") || folded.ends_with(":dark");
+}
+
+GtkLook parseGtkSettings(std::string_view text) {
+    GtkLook look;
+    bool inSection = false;
+    for (const auto raw : text::split(text, '\n')) {
+        const auto line = text::trim(raw);
+        if (line.starts_with('[')) inSection = line == "[Settings]";
+        const auto equals = line.find('=');
+        if (!inSection || line.starts_with('#') || equals == std::string_view::npos) continue;
+        const auto key = text::trim(line.substr(0, equals));
+        const auto value = text::trimAny(text::trim(line.substr(equals + 1)), "\"");
+        if (key == "gtk-application-prefer-dark-theme" && isTrue(value)) look.prefersDark = true;
+        if (key == "gtk-theme-name" && isDarkGtkTheme(value)) look.prefersDark = true;
+        if (key == "gtk-enable-animations" && !isTrue(value)) look.reducesMotion = true;
+    }
+    return look;
+}
 LinuxAppearance::LinuxAppearance(BusConnection* bus, FdWatcher& watcher,
                                  const std::filesystem::path& configHome)
-    : folder_(configHome / "gtk-3.0"), bus_(bus) {
+    : folder_(configHome / "gtk-3.0"), bus_(bus), changes_(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK)) {
     readFile();
     watchFile(watcher);
     if (bus_ == nullptr) return;
-    bus_->listen(
+    portalChanges_ = bus_->listen(
         "type='signal',interface='org.freedesktop.portal.Settings',member='SettingChanged',"
         "path='/org/freedesktop/portal/desktop'",
         [this](sd_bus_message* message) {
@@ -54,14 +78,9 @@ LinuxAppearance::LinuxAppearance(BusConnection* bus, FdWatcher& watcher,
             const char* key = nullptr;
             if (sd_bus_message_read(message, "ss", &group, &key) > 0) take(group, key, message);
         });
-    read(look, "color-scheme");
-    read(look, "reduced-motion");
+    read(common, "color-scheme");
+    read(common, "reduced-motion");
     read(gnome, "enable-animations");
-}
-
-LinuxAppearance::~LinuxAppearance() {
-    watch_.reset();
-    if (inotify_ >= 0) ::close(inotify_);
 }
 
 void LinuxAppearance::readFile() {
@@ -88,12 +107,11 @@ void LinuxAppearance::setDisplaySettings(const std::map<std::string, std::string
 
 /// The folder rather than the file, which is replaced when it is written.
 void LinuxAppearance::watchFile(FdWatcher& watcher) {
-    inotify_ = ::inotify_init1(IN_CLOEXEC | IN_NONBLOCK);
-    if (inotify_ < 0) return;
-    ::inotify_add_watch(inotify_, folder_.c_str(), IN_CLOSE_WRITE | IN_MOVED_TO | IN_DELETE);
-    watch_ = watcher.watchReadable(inotify_, [this] {
+    if (!changes_) return;
+    ::inotify_add_watch(changes_.get(), folder_.c_str(), IN_CLOSE_WRITE | IN_MOVED_TO | IN_DELETE);
+    watch_ = watcher.watchReadable(changes_.get(), [this] {
         std::array<char, 4096> events{};
-        while (::read(inotify_, events.data(), events.size()) > 0) continue;
+        while (::read(changes_.get(), events.data(), events.size()) > 0) continue;
         readFile();
     });
 }
@@ -110,10 +128,10 @@ void LinuxAppearance::read(const char* group, const char* key) {
 void LinuxAppearance::take(const std::string& group, const std::string& key, sd_bus_message* value) {
     const auto number = unwrapped(value);
     if (!number) return;
-    if (group == look && key == "color-scheme") {
+    if (group == common && key == "color-scheme") {
         constexpr std::uint32_t noPreference = 0;  // 1 is dark, 2 light
         portal_.prefersDark = *number == noPreference ? std::nullopt : std::optional(*number == 1);
-    } else if (group == look && key == "reduced-motion") {
+    } else if (group == common && key == "reduced-motion") {
         portal_.reducesMotion = *number == 1;
     } else if (group == gnome && key == "enable-animations") {
         portal_.reducesMotion = *number == 0;

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "linux/appearance/GtkSettings.h"
 #include "linux/loop/FdWatcher.h"
+#include "linux/loop/FileDescriptor.h"
 #include "platform/DesktopAppearance.h"
 
 #include <filesystem>
@@ -9,12 +9,27 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 
 struct sd_bus_message;
 
 namespace dorix {
 
 class BusConnection;
+
+/// What GTK's settings file says of the look; the desktops without a settings service write it.
+struct GtkLook {
+    bool prefersDark = false;
+    bool reducesMotion = false;
+
+    bool operator==(const GtkLook&) const = default;
+};
+
+/// Whether a theme of that name is one of those that are dark.
+bool isDarkGtkTheme(std::string_view name);
+
+/// `text` is the content of a settings.ini. What it does not say is light, with motion.
+GtkLook parseGtkSettings(std::string_view text);
 
 /// The look that the desktop was set to: what the settings portal says, where it has an opinion; else what
 /// the display's settings service says; else GTK's settings file, which is watched. Main executor; nothing
@@ -24,7 +39,6 @@ class LinuxAppearance final : public DesktopAppearance {
     /// `bus` is the session's, nullptr where there is none; `configHome` the user's folder for configuration.
     /// Bus and watcher must outlive the object, which must not outlive the loop that feeds them.
     LinuxAppearance(BusConnection* bus, FdWatcher& watcher, const std::filesystem::path& configHome);
-    ~LinuxAppearance() override;
 
     /// What the display's settings service says, by the service's names; nothing where there is none.
     void setDisplaySettings(const std::map<std::string, std::string, std::less<>>& told);
@@ -47,8 +61,9 @@ class LinuxAppearance final : public DesktopAppearance {
     Opinion portal_;
     Opinion display_;
     GtkLook file_;
-    int inotify_ = -1;
-    FdWatcher::Token watch_;
+    const FileDescriptor changes_;  // in the folder of the settings file
+    Subscription watch_;
+    Subscription portalChanges_;
 };
 
 }  // namespace dorix

@@ -1,10 +1,9 @@
 #include "linux/apps/DesktopEntries.h"
 
-#include "base/async/Run.h"
+#include "base/async/Completion.h"
 #include "base/text/Text.h"
 #include "linux/xdg/AtomicFile.h"
-#include "linux/xdg/LocaleEnvironment.h"
-#include "linux/xdg/XdgFolders.h"
+#include "linux/xdg/Environment.h"
 
 #include <cstdint>
 #include <map>

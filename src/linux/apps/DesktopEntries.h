@@ -1,7 +1,7 @@
 #pragma once
 
+#include "base/async/SerialExecutor.h"
 #include "base/async/TaskScope.h"
-#include "base/async/ThreadPool.h"
 #include "linux/apps/DesktopEntry.h"
 
 #include <filesystem>
@@ -38,7 +38,7 @@ class DesktopEntries {
     const std::vector<std::string> languages_;
     std::shared_ptr<const Catalogue> known_;
     bool isReading_ = false;
-    ThreadPool reader_{1};
+    SerialExecutor reader_{SerialExecutor::AtEnd::drop};
     TaskScope tasks_;
 };
 

@@ -1,17 +1,13 @@
 #include "linux/apps/DesktopEntry.h"
 
+#include "base/text/Text.h"
+
 #include <algorithm>
 #include <utility>
 
 namespace dorix {
 
 namespace {
-
-std::string_view trimBlanks(std::string_view text) {
-    const auto first = text.find_first_not_of(" \t\r");
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
-}
 
 std::string unescape(std::string_view value) {
     std::string result;
@@ -60,13 +56,13 @@ std::optional<DesktopEntry> parseDesktopEntry(std::string_view contents,
     bool isApplication = false;
     while (!contents.empty()) {
         const auto end = std::min(contents.find('\n'), contents.size());
-        const auto line = trimBlanks(contents.substr(0, end));
+        const auto line = text::trim(contents.substr(0, end));
         contents.remove_prefix(std::min(end + 1, contents.size()));
         if (line.starts_with('[')) inEntry = line == "[Desktop Entry]";
         const auto equals = line.find('=');
         if (!inEntry || line.starts_with('#') || equals == std::string_view::npos) continue;
-        const auto key = trimBlanks(line.substr(0, equals));
-        const auto value = trimBlanks(line.substr(equals + 1));
+        const auto key = text::trim(line.substr(0, equals));
+        const auto value = text::trim(line.substr(equals + 1));
         if (key == "Type") isApplication = value == "Application";
         if (key == "StartupWMClass") entry.startupWmClass = unescape(value);
         if (key == "Exec") entry.exec = unescape(value);

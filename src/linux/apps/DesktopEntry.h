@@ -23,6 +23,9 @@ struct DesktopEntry {
 
 /// Reads the contents of an entry's file; `id` is left empty. `languages` are the suffixes of localised
 /// names, the most wanted first ("es_ES", "es"). None for anything but an application with a name.
+///
+/// Not by GIO, which takes three times as long and eight times the memory for all of them, and has no way
+/// from a window's class to its entry.
 std::optional<DesktopEntry> parseDesktopEntry(std::string_view contents,
                                               const std::vector<std::string>& languages);
 

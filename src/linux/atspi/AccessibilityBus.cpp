@@ -1,6 +1,7 @@
 #include "linux/atspi/AccessibilityBus.h"
 
 #include <array>
+#include <utility>
 
 namespace dorix {
 
@@ -56,12 +57,12 @@ void AccessibilityBus::connect() {
 BusConnection* AccessibilityBus::connection() const { return bus_ && bus_->isReady() ? bus_.get() : nullptr; }
 
 bool AccessibilityBus::openSession() {
-    session_ = BusConnection::openSession(queue_, watcher_, [this] {
+    session_ = BusConnection::openSession(main_, watcher_, [this] {
         asking_ = false;
         session_.reset();
     });
     if (!session_) return false;
-    session_->listen(busComesRule, [this](sd_bus_message* signal) {
+    launcherComes_ = session_->listen(busComesRule, [this](sd_bus_message* signal) {
         asking_ = false;
         // Another launcher means another bus, even where the old one still answers.
         if (!newOwner(signal).second.empty()) {
@@ -91,21 +92,24 @@ void AccessibilityBus::open(const std::string& address) {
     focus_ = {};
     applications_ = {};
     address_ = address;
-    bus_ = BusConnection::openAddress(address, queue_, watcher_, [this] { lost(); });
+    signals_.clear();
+    bus_ = BusConnection::openAddress(address, main_, watcher_, [this] { lost(); });
     if (bus_) listen();
 }
 
 void AccessibilityBus::listen() {
-    bus_->listen(focusRule, [this](sd_bus_message* event) {
+    const auto on = [this](const char* rule, BusConnection::Handler handler) {
+        signals_.push_back(bus_->listen(rule, std::move(handler)));
+    };
+    on(focusRule, [this](sd_bus_message* event) {
         const char* what = nullptr;
         std::int32_t gained = 0;
         if (sd_bus_message_read(event, "si", &what, &gained) <= 0) return;
         gained ? focus_.focusGained(senderOf(event)) : focus_.focusLost(senderOf(event));
     });
-    bus_->listen(activateRule, [this](sd_bus_message* event) { focus_.windowActivated(senderOf(event)); });
-    bus_->listen(deactivateRule,
-                 [this](sd_bus_message* event) { focus_.windowDeactivated(senderOf(event)); });
-    bus_->listen(somebodyLeavesRule, [this](sd_bus_message* signal) {
+    on(activateRule, [this](sd_bus_message* event) { focus_.windowActivated(senderOf(event)); });
+    on(deactivateRule, [this](sd_bus_message* event) { focus_.windowDeactivated(senderOf(event)); });
+    on(somebodyLeavesRule, [this](sd_bus_message* signal) {
         const auto name = newOwner(signal).first;
         focus_.gone(name);
         applications_.gone(name);

@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace dorix {
 
@@ -13,7 +14,7 @@ namespace dorix {
 /// Main executor. Nothing here blocks.
 class AccessibilityBus {
  public:
-    AccessibilityBus(WorkQueue& queue, FdWatcher& watcher) : queue_(queue), watcher_(watcher) {}
+    AccessibilityBus(Executor& main, FdWatcher& watcher) : main_(main), watcher_(watcher) {}
     AccessibilityBus(const AccessibilityBus&) = delete;
     AccessibilityBus& operator=(const AccessibilityBus&) = delete;
 
@@ -36,13 +37,15 @@ class AccessibilityBus {
     void lost();
     void retry();
 
-    WorkQueue& queue_;
+    Executor& main_;
     FdWatcher& watcher_;
     bool asking_ = false;
     int retries_ = 0;
     std::string address_;
     FocusTracker focus_;
     ApplicationDirectory applications_;
+    Subscription launcherComes_;  // on the session bus
+    std::vector<Subscription> signals_;
     std::unique_ptr<BusConnection> session_;
     std::unique_ptr<BusConnection> bus_;
 };

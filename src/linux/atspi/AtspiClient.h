@@ -1,8 +1,7 @@
 #pragma once
 
 #include "base/async/Executor.h"
-#include "linux/atspi/AtspiRoles.h"
-#include "linux/atspi/ObjectRef.h"
+#include "linux/atspi/AtspiProtocol.h"
 #include "linux/dbus/BusConnection.h"
 #include "platform/Accessibility.h"
 
@@ -15,6 +14,9 @@ namespace dorix {
 
 /// Questions to accessible objects, all of which share one time budget: once it is spent every answer is
 /// cannotComplete, at once. Main executor; a question blocks for what is left of the budget at most.
+///
+/// Spoken over the bus itself, not through libatspi: that has one time-out for all of the process's calls,
+/// where each question here may take what the ones before it have left, and no more.
 class AtspiClient {
  public:
     template <typename T>

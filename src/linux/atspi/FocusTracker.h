@@ -1,6 +1,6 @@
 #pragma once
 
-#include "linux/atspi/ObjectRef.h"
+#include "linux/atspi/AtspiProtocol.h"
 
 #include <map>
 #include <optional>

@@ -1,5 +1,7 @@
 #include "linux/dbus/BusConnection.h"
 
+#include "base/async/Completion.h"
+
 #include <sys/epoll.h>
 #include <sys/timerfd.h>
 
@@ -19,6 +21,18 @@ constexpr const char* disconnected = "org.freedesktop.DBus.Error.Disconnected";
 constexpr std::uint64_t usualTimeout = 0;
 constexpr std::uint64_t never = UINT64_MAX;  // of sd-bus's points in time
 
+struct Listener : std::enable_shared_from_this<Listener> {
+    BusConnection::Handler handler;
+    sdbus::Slot slot;
+};
+
+int onSignal(sd_bus_message* message, void* listener, sd_bus_error*) {
+    // Held meanwhile: the handler may let go of it.
+    const auto told = static_cast<Listener*>(listener)->shared_from_this();
+    told->handler(message);
+    return 0;
+}
+
 std::string errorName(const sd_bus_error& error, int code) {
     if (code == -ETIMEDOUT) return noReply;
     if (code == -ENOTCONN || code == -ECONNRESET) return disconnected;
@@ -27,14 +41,14 @@ std::string errorName(const sd_bus_error& error, int code) {
 
 }  // namespace
 
-std::unique_ptr<BusConnection> BusConnection::openSession(WorkQueue& queue, FdWatcher& watcher,
+std::unique_ptr<BusConnection> BusConnection::openSession(Executor& main, FdWatcher& watcher,
                                                           std::function<void()> onClosed) {
     sd_bus* bus = nullptr;
     if (sd_bus_open_user(&bus) < 0) return nullptr;
-    return std::make_unique<BusConnection>(sdbus::Bus(bus), queue, watcher, std::move(onClosed));
+    return std::make_unique<BusConnection>(sdbus::Bus(bus), main, watcher, std::move(onClosed));
 }
 
-std::unique_ptr<BusConnection> BusConnection::openAddress(const std::string& address, WorkQueue& queue,
+std::unique_ptr<BusConnection> BusConnection::openAddress(const std::string& address, Executor& main,
                                                           FdWatcher& watcher,
                                                           std::function<void()> onClosed) {
     sd_bus* raw = nullptr;
@@ -44,12 +58,12 @@ std::unique_ptr<BusConnection> BusConnection::openAddress(const std::string& add
         sd_bus_start(raw) < 0) {
         return nullptr;
     }
-    return std::make_unique<BusConnection>(std::move(bus), queue, watcher, std::move(onClosed));
+    return std::make_unique<BusConnection>(std::move(bus), main, watcher, std::move(onClosed));
 }
 
-BusConnection::BusConnection(sdbus::Bus bus, WorkQueue& queue, FdWatcher& watcher,
+BusConnection::BusConnection(sdbus::Bus bus, Executor& main, FdWatcher& watcher,
                              std::function<void()> onClosed)
-    : queue_(queue),
+    : main_(main),
       onClosed_(std::move(onClosed)),
       self_(std::make_shared<BusConnection*>(this)),
       bus_(std::move(bus)),
@@ -104,6 +118,15 @@ void BusConnection::callLater(const sdbus::Message& request, Handler handler) {
     std::exchange(pending.handler, nullptr)(nullptr);
 }
 
+Task<sdbus::Message> BusConnection::answer(sdbus::Message request) {
+    Completion<sdbus::Message> answer;
+    callLater(request, [answer](sd_bus_message* reply) {
+        const bool failed = reply == nullptr || sd_bus_message_is_method_error(reply, nullptr) != 0;
+        answer.complete(sdbus::Message(failed ? nullptr : sd_bus_message_ref(reply)));
+    });
+    co_return co_await std::move(answer);
+}
+
 bool BusConnection::awaitReady(double seconds) {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
     while (!isReady() && sd_bus_is_open(bus_.get()) > 0) {
@@ -132,12 +155,14 @@ void BusConnection::emit(const char* path, const char* interface, const char* si
     awaitNext();
 }
 
-void BusConnection::listen(const char* rule, Handler handler) {
-    auto& pending = remember(std::move(handler));
+Subscription BusConnection::listen(const char* rule, Handler handler) {
+    const auto listener = std::make_shared<Listener>();
+    listener->handler = std::move(handler);
     sd_bus_slot* slot = nullptr;
-    sd_bus_add_match_async(bus_.get(), &slot, rule, onMessage, nullptr, &pending);
-    pending.slot.reset(slot);
+    sd_bus_add_match_async(bus_.get(), &slot, rule, onSignal, nullptr, listener.get());
+    listener->slot.reset(slot);
     awaitNext();
+    return Subscription(listener);
 }
 
 void BusConnection::pump() {
@@ -169,11 +194,6 @@ void BusConnection::awaitNext() const {
     timerfd_settime(timer_.get(), TFD_TIMER_ABSTIME, &alarm, nullptr);
 }
 
-int BusConnection::onMessage(sd_bus_message* message, void* pending, sd_bus_error*) {
-    static_cast<Pending*>(pending)->handler(message);
-    return 0;
-}
-
 int BusConnection::onReply(sd_bus_message* message, void* pending, sd_bus_error*) {
     auto& call = *static_cast<Pending*>(pending);
     call.done = true;
@@ -190,7 +210,7 @@ void BusConnection::reportClosed() {
     watch_.reset();
     if (!onClosed_) return;
     // The owner will drop this connection, which may be in the middle of a call.
-    queue_.post([weak = std::weak_ptr(self_)] {
+    main_.post([weak = std::weak_ptr(self_)] {
         const auto self = weak.lock();
         if (!self || !(*self)->onClosed_) return;
         std::exchange((*self)->onClosed_, nullptr)();

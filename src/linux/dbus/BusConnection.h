@@ -1,9 +1,11 @@
 #pragma once
 
-#include "base/async/Executor.h"
-#include "linux/dbus/SdBus.h"
+#include "base/Observable.h"
+#include "base/async/Task.h"
 #include "linux/loop/FdWatcher.h"
 #include "linux/loop/FileDescriptor.h"
+
+#include <systemd/sd-bus.h>
 
 #include <expected>
 #include <functional>
@@ -12,6 +14,20 @@
 #include <string>
 
 namespace dorix {
+
+namespace sdbus {
+
+struct Release {
+    void operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
+    void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
+    void operator()(sd_bus_slot* slot) const { sd_bus_slot_unref(slot); }
+};
+
+using Bus = std::unique_ptr<sd_bus, Release>;
+using Message = std::unique_ptr<sd_bus_message, Release>;
+using Slot = std::unique_ptr<sd_bus_slot, Release>;
+
+}  // namespace sdbus
 
 /// One connection to a message bus, fed by the main loop. Main executor only. Opening, sending and listening
 /// do not block; `call` does, for as long as it is told to at most.
@@ -23,12 +39,12 @@ class BusConnection {
 
     /// The user's session bus; nullptr when there is none. `onClosed` is posted once when the connection is
     /// lost, and not after destruction.
-    static std::unique_ptr<BusConnection> openSession(WorkQueue& queue, FdWatcher& watcher,
+    static std::unique_ptr<BusConnection> openSession(Executor& main, FdWatcher& watcher,
                                                       std::function<void()> onClosed);
-    static std::unique_ptr<BusConnection> openAddress(const std::string& address, WorkQueue& queue,
+    static std::unique_ptr<BusConnection> openAddress(const std::string& address, Executor& main,
                                                       FdWatcher& watcher, std::function<void()> onClosed);
 
-    BusConnection(sdbus::Bus bus, WorkQueue& queue, FdWatcher& watcher, std::function<void()> onClosed);
+    BusConnection(sdbus::Bus bus, Executor& main, FdWatcher& watcher, std::function<void()> onClosed);
 
     /// Whether calls can be made: the bus has greeted us and is still there.
     bool isReady() const;
@@ -44,6 +60,10 @@ class BusConnection {
     /// The handler is called at the latest after sd-bus's usual time-out, 25 s.
     void callLater(const sdbus::Message& request, Handler handler);
 
+    /// The answer to a call; nullptr when it fails, at the latest after the usual time-out. The call is made
+    /// when the task starts; letting go of the task leaves the answer to nobody.
+    Task<sdbus::Message> answer(sdbus::Message request);
+
     /// Waits for the bus to greet us, up to `seconds`; whether it has.
     bool awaitReady(double seconds);
 
@@ -55,8 +75,8 @@ class BusConnection {
     void emit(const char* path, const char* interface, const char* signal,
               const std::function<void(sd_bus_message*)>& fill);
 
-    /// Calls the handler for every signal that the match rule takes, as long as the connection lives.
-    void listen(const char* rule, Handler handler);
+    /// Calls the handler for every signal that the match rule takes.
+    Subscription listen(const char* rule, Handler handler);
 
     /// Handles what has come in already. Handlers must not call `call`.
     void pump();
@@ -68,20 +88,19 @@ class BusConnection {
         bool done = false;
     };
 
-    static int onMessage(sd_bus_message* message, void* pending, sd_bus_error* error);
     static int onReply(sd_bus_message* message, void* pending, sd_bus_error* error);
     Pending& remember(Handler handler);
     void awaitNext() const;
     void reportClosed();
 
-    WorkQueue& queue_;
+    Executor& main_;
     std::function<void()> onClosed_;
     std::shared_ptr<BusConnection*> self_;  // what is posted holds it weakly
     sdbus::Bus bus_;
     std::list<Pending> pending_;
     const FileDescriptor timer_;
     const FileDescriptor events_;  // readable when the bus or the timer has something to do
-    FdWatcher::Token watch_;
+    Subscription watch_;
 };
 
 }  // namespace dorix

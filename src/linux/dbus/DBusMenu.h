@@ -1,7 +1,7 @@
 #pragma once
 
 #include "linux/dbus/BusConnection.h"
-#include "platform/ClosureMenuItem.h"
+#include "platform/StatusItem.h"
 
 #include <cstdint>
 
@@ -14,7 +14,7 @@ class DBusMenu {
     static constexpr const char* path = "/MenuBar";
 
     /// Both must outlive it, and it the connection's loop.
-    DBusMenu(WorkQueue& main, BusConnection& bus) : main_(main), bus_(bus) {}
+    DBusMenu(Executor& main, BusConnection& bus) : main_(main), bus_(bus) {}
     DBusMenu(const DBusMenu&) = delete;
     DBusMenu& operator=(const DBusMenu&) = delete;
 
@@ -31,7 +31,7 @@ class DBusMenu {
     bool isKnown(std::int32_t id) const { return id == 0 || item(id); }
     void happened(std::int32_t id, const std::string& event);
 
-    WorkQueue& main_;
+    Executor& main_;
     BusConnection& bus_;
     MenuBuilder builder_;
     Menu menu_;

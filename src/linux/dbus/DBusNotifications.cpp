@@ -1,6 +1,6 @@
 #include "linux/dbus/DBusNotifications.h"
 
-#include "base/async/Completion.h"
+#include "base/async/Timeout.h"
 #include "base/text/Text.h"
 
 #include <utility>
@@ -24,8 +24,6 @@ constexpr const char* serverChangesRule =
     "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
     "member='NameOwnerChanged',arg0='org.freedesktop.Notifications'";
 
-bool isError(sd_bus_message* reply) { return !reply || sd_bus_message_is_method_error(reply, nullptr) != 0; }
-
 std::set<std::string, std::less<>> readStrings(sd_bus_message* message) {
     std::set<std::string, std::less<>> strings;
     const char* text = nullptr;
@@ -42,22 +40,14 @@ std::string withoutMarkup(std::string body) {
 
 }  // namespace
 
-DBusNotifications::DBusNotifications(Executor& main, BusConnection& bus)
-    : main_(main), bus_(bus), tasks_(main) {
-    const auto listen = [this](const char* rule, void (DBusNotifications::*handler)(sd_bus_message*)) {
-        bus_.listen(rule, [weak = std::weak_ptr(self_), handler](sd_bus_message* signal) {
-            if (const auto self = weak.lock()) ((*self)->*handler)(signal);
-        });
-    };
-    listen(invokedRule, &DBusNotifications::invoked);
-    listen(closedRule, &DBusNotifications::closed);
-    bus_.listen(serverChangesRule, [weak = std::weak_ptr(self_)](sd_bus_message*) {
-        const auto self = weak.lock();
-        if (!self) return;
+DBusNotifications::DBusNotifications(Executor& main, BusConnection& bus) : bus_(bus), tasks_(main) {
+    signals_.push_back(bus_.listen(invokedRule, [this](sd_bus_message* signal) { invoked(signal); }));
+    signals_.push_back(bus_.listen(closedRule, [this](sd_bus_message* signal) { closed(signal); }));
+    signals_.push_back(bus_.listen(serverChangesRule, [this](sd_bus_message*) {
         // Another server knows nothing of what this one showed.
-        (*self)->capabilities_.reset();
-        std::erase_if((*self)->shown_, [](const auto& entry) { return !entry.second.waiting; });
-    });
+        capabilities_.reset();
+        std::erase_if(shown_, [](const auto& entry) { return !entry.second.waiting; });
+    }));
 }
 
 Task<bool> DBusNotifications::requestAuthorization() { co_return (co_await capabilities()).has_value(); }
@@ -82,30 +72,19 @@ void DBusNotifications::remove(const std::string& identifier) {
 /// What the server can do; none when there is none.
 Task<std::optional<DBusNotifications::Capabilities>> DBusNotifications::capabilities() {
     if (capabilities_ && bus_.isReady()) co_return capabilities_;
-    Completion<std::optional<Capabilities>> answer;
-    bus_.callLater(bus_.newCall(service, path, service, "GetCapabilities"), [answer](sd_bus_message* reply) {
-        answer.complete(isError(reply) ? std::nullopt : std::optional(readStrings(reply)));
-    });
-    Timer timeout(main_);
-    timeout.once(patience, [answer] { answer.complete(std::optional<Capabilities>()); });
-    capabilities_ = co_await answer;
+    auto request = bus_.newCall(service, path, service, "GetCapabilities");
+    const auto answer = co_await withTimeout(bus_.answer(std::move(request)), patience);
+    capabilities_ = answer && *answer ? std::optional(readStrings(answer->get())) : std::nullopt;
     co_return capabilities_;
 }
 
 Task<void> DBusNotifications::send(std::string identifier) {
-    Completion<std::uint32_t> answer;
-    if (!co_await capabilities()) {
-        answer.complete(0U);
-    } else {
-        bus_.callLater(message(shown_[identifier]), [answer](sd_bus_message* reply) {
-            std::uint32_t id = 0;
-            if (!isError(reply)) sd_bus_message_read_basic(reply, 'u', &id);
-            answer.complete(id);
-        });
+    std::uint32_t id = 0;
+    if (co_await capabilities()) {
+        const auto answer = co_await withTimeout(bus_.answer(message(shown_[identifier])), patience);
+        if (answer && *answer) sd_bus_message_read_basic(answer->get(), 'u', &id);
     }
-    Timer timeout(main_);
-    timeout.once(patience, [answer] { answer.complete(0U); });
-    answered(identifier, co_await answer);
+    answered(identifier, id);
 }
 
 sdbus::Message DBusNotifications::message(const Shown& shown) const {

@@ -10,6 +10,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace dorix {
 
@@ -45,12 +46,11 @@ class DBusNotifications final : public Notifications {
     void closed(sd_bus_message* signal);
     Shown* find(std::uint32_t id);
 
-    Executor& main_;
     BusConnection& bus_;
     Responded responded_;
     std::optional<Capabilities> capabilities_;  // of the server that is there
     std::map<std::string, Shown> shown_;        // by our identifier
-    std::shared_ptr<DBusNotifications*> self_ = std::make_shared<DBusNotifications*>(this);
+    std::vector<Subscription> signals_;
     TaskScope tasks_;
 };
 

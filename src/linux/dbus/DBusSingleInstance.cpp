@@ -61,11 +61,11 @@ struct ApplicationInterface {
     }
 };
 
-DBusSingleInstance::DBusSingleInstance(WorkQueue& queue, FdWatcher& watcher)
-    : queue_(queue), watcher_(watcher), startedByBus_(takeStarterMark()) {}
+DBusSingleInstance::DBusSingleInstance(Executor& main, FdWatcher& watcher)
+    : main_(main), watcher_(watcher), startedByBus_(takeStarterMark()) {}
 
 bool DBusSingleInstance::claim() {
-    bus_ = BusConnection::openSession(queue_, watcher_, [this] { bus_.reset(); });
+    bus_ = BusConnection::openSession(main_, watcher_, [this] { bus_.reset(); });
     if (!bus_ || !bus_->awaitReady(patience) || claimName()) return true;
     askToReopen();
     bus_.reset();

@@ -113,13 +113,11 @@ void DBusStatusItem::show(std::function<void()> clicked, MenuBuilder menu) {
     });
     if (std::exchange(shown_, true)) return;
     bus_.addObject(path, interface, StatusItemInterface::table(), this);
-    bus_.listen(watcherComesRule, [weak = std::weak_ptr(self_)](sd_bus_message* signal) {
+    watcherComes_ = bus_.listen(watcherComesRule, [this](sd_bus_message* signal) {
         const char* name = "";
         const char* before = "";
         const char* after = "";
-        const auto self = weak.lock();
-        if (self && sd_bus_message_read(signal, "sss", &name, &before, &after) > 0 && *after != '\0')
-            (*self)->announce();
+        if (sd_bus_message_read(signal, "sss", &name, &before, &after) > 0 && *after != '\0') announce();
     });
     announce();
 }

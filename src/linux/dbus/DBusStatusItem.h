@@ -36,7 +36,7 @@ class DBusStatusItem final : public StatusItem {
     bool shown_ = false;
     std::function<void()> clicked_;
     std::string toolTip_;
-    std::shared_ptr<DBusStatusItem*> self_ = std::make_shared<DBusStatusItem*>(this);
+    Subscription watcherComes_;
 };
 
 }  // namespace dorix

@@ -1,5 +1,7 @@
 #include "linux/dbus/PortalSavePanel.h"
 
+#include "base/text/Url.h"
+
 #include <array>
 #include <charconv>
 #include <string_view>
@@ -27,26 +29,6 @@ std::string windowName(std::uint64_t window) {
     return "x11:" + std::string(hex.begin(), end);
 }
 
-int hexDigit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    return c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1;
-}
-
-std::optional<std::filesystem::path> fileOf(std::string_view uri) {
-    constexpr std::string_view scheme = "file://";
-    if (!uri.starts_with(scheme)) return std::nullopt;
-    std::string name;
-    for (std::size_t i = scheme.size(); i < uri.size(); ++i) {
-        const bool encoded =
-            uri[i] == '%' && i + 2 < uri.size() && hexDigit(uri[i + 1]) >= 0 && hexDigit(uri[i + 2]) >= 0;
-        name += encoded ? static_cast<char>(hexDigit(uri[i + 1]) * 16 + hexDigit(uri[i + 2])) : uri[i];
-        if (encoded) i += 2;
-    }
-    if (!name.starts_with('/') || name.find('\0') != std::string::npos) return std::nullopt;
-    return name;
-}
-
 /// The first of the "uris" of a response.
 std::optional<std::filesystem::path> chosenFile(sd_bus_message* signal) {
     std::uint32_t outcome = 1;
@@ -59,7 +41,7 @@ std::optional<std::filesystem::path> chosenFile(sd_bus_message* signal) {
         if (std::string_view(key) == "uris" && sd_bus_message_enter_container(signal, 'v', "as") > 0 &&
             sd_bus_message_enter_container(signal, 'a', "s") > 0 &&
             sd_bus_message_read(signal, "s", &uri) > 0) {
-            return fileOf(uri);
+            return pathOfFileURL(uri);
         }
         sd_bus_message_skip(signal, "v");
         sd_bus_message_exit_container(signal);
@@ -72,29 +54,20 @@ std::optional<std::filesystem::path> chosenFile(sd_bus_message* signal) {
 PortalSavePanel::PortalSavePanel(BusConnection* bus, std::filesystem::path documents)
     : bus_(bus), documents_(std::move(documents)) {
     if (bus_ == nullptr) return;
-    bus_->listen(responseRule, [weak = std::weak_ptr(self_)](sd_bus_message* signal) {
-        if (const auto self = weak.lock()) (*self)->responded(signal);
-    });
-    bus_->listen(portalLeftRule, [weak = std::weak_ptr(self_)](sd_bus_message*) {
-        if (const auto self = weak.lock()) (*self)->portalLeft();
-    });
+    responses_ = bus_->listen(responseRule, [this](sd_bus_message* signal) { responded(signal); });
+    portalLeaves_ = bus_->listen(portalLeftRule, [this](sd_bus_message*) { portalLeft(); });
 }
 
 Task<std::optional<std::filesystem::path>> PortalSavePanel::run(Request request) {
     if (bus_ == nullptr) co_return freeName(request.fileName);
-    Completion<std::string> handle;
-    bus_->callLater(call(request), [handle](sd_bus_message* reply) {
-        const char* given = "";
-        const bool failed = reply == nullptr || sd_bus_message_is_method_error(reply, nullptr) != 0 ||
-                            sd_bus_message_read(reply, "o", &given) <= 0;
-        handle.complete(std::string(failed ? "" : given));
-    });
-    const std::string name = co_await handle;
-    if (name.empty()) co_return freeName(request.fileName);
-    const auto answer = waiting_[name];
+    const auto handle = co_await bus_->answer(call(request));
+    const char* given = "";
+    if (!handle || sd_bus_message_read(handle.get(), "o", &given) <= 0) co_return freeName(request.fileName);
+    const std::string name = given;
+    auto answer = waiting_[name];
     // However the wait ends, nobody waits any more.
     const std::shared_ptr<void> done(nullptr, [this, name](auto) { waiting_.erase(name); });
-    co_return co_await answer;
+    co_return co_await std::move(answer);
 }
 
 sdbus::Message PortalSavePanel::call(const Request& request) const {

@@ -2,7 +2,7 @@
 
 #include "base/async/Completion.h"
 #include "linux/dbus/BusConnection.h"
-#include "platform/SavePanel.h"
+#include "platform/UserFiles.h"
 
 #include <filesystem>
 #include <map>
@@ -32,7 +32,8 @@ class PortalSavePanel final : public SavePanel {
     BusConnection* const bus_;
     const std::filesystem::path documents_;
     std::map<std::string, Completion<Answer>> waiting_;  // by the path of the request
-    std::shared_ptr<PortalSavePanel*> self_ = std::make_shared<PortalSavePanel*>(this);
+    Subscription responses_;
+    Subscription portalLeaves_;
 };
 
 }  // namespace dorix

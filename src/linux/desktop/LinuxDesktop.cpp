@@ -7,11 +7,10 @@
 #include "linux/dbus/DBusNotifications.h"
 #include "linux/dbus/DBusStatusItem.h"
 #include "linux/dbus/PortalSavePanel.h"
-#include "linux/grants/LinuxPrivacyGrants.h"
+#include "linux/desktop/LinuxPrivacyGrants.h"
 #include "linux/pocketsphinx/PocketsphinxRecognition.h"
-#include "linux/process/LinuxProgramLauncher.h"
-#include "linux/process/XdgUrlOpener.h"
-#include "linux/pulse/PulseAudioEngineFactory.h"
+#include "linux/process/LinuxProcesses.h"
+#include "linux/pulse/PulseAudioEngine.h"
 #include "linux/pulse/PulseSystemSounds.h"
 #include "linux/x11/X11Connection.h"
 #include "linux/x11/X11EventPoster.h"
@@ -27,9 +26,8 @@
 #include "linux/x11/X11Workspace.h"
 #include "linux/xdg/AtomicFile.h"
 #include "linux/xdg/AutostartLoginItem.h"
+#include "linux/xdg/Environment.h"
 #include "linux/xdg/JsonUserDefaults.h"
-#include "linux/xdg/LocaleEnvironment.h"
-#include "linux/xdg/XdgFolders.h"
 
 #include <utility>
 
@@ -37,100 +35,92 @@ namespace dorix {
 
 namespace {
 
-/// What an X11 session gives.
-struct X11Session {
+/// An X display, and the ports that it can fill: each is made when it is chosen, as not all of them may be.
+class X11Session {
+ public:
     X11Session(Executor& main, std::unique_ptr<X11Connection> opened, X11Settings::Changed changed)
         : connection(std::move(opened)), entries(main), settings(*connection, std::move(changed)) {}
 
-    std::unique_ptr<X11Connection> connection;
+    std::unique_ptr<KeyEventMonitors> keyEvents() {
+        return std::make_unique<X11KeyEventMonitors>(*connection, keyboard, input, windows);
+    }
+    std::unique_ptr<MouseEventMonitors> mouseEvents() {
+        return std::make_unique<X11MouseEventMonitors>(*connection, windows);
+    }
+    std::unique_ptr<HotKeyRegistrar> hotKeys() {
+        return std::make_unique<X11HotKeyRegistrar>(*connection, keyboard, input);
+    }
+    std::unique_ptr<Pasteboard> pasteboard() {
+        auto made = std::make_unique<X11Pasteboard>(*connection);
+        clipboard = made.get();
+        return made;
+    }
+    /// After the pasteboard.
+    std::unique_ptr<EventPoster> events() {
+        return std::make_unique<X11EventPoster>(*connection, keyboard, input, windows, clipboard);
+    }
+    std::unique_ptr<Workspace> workspace() { return std::make_unique<X11Workspace>(windows, entries); }
+
+    const std::unique_ptr<X11Connection> connection;
     X11Keyboard keyboard{*connection};
     X11KeyInput input{*connection, keyboard};
     X11Windows windows{*connection};
     DesktopEntries entries;
-    X11KeyEventMonitors keyEvents{*connection, keyboard, input, windows};
-    X11MouseEventMonitors mouseEvents{*connection, windows};
-    X11HotKeyRegistrar hotKeys{*connection, keyboard, input};
-    X11Pasteboard pasteboard{*connection};
-    X11EventPoster events{*connection, keyboard, input, windows, pasteboard};
-    X11Workspace workspace{windows, entries};
     X11Settings settings;
+    X11Pasteboard* clipboard = nullptr;  // where that of this display was chosen
 };
 
-/// What stands in where there is no display.
-struct NoSession {
-    UnavailableKeyEventMonitors keyEvents;
-    UnavailableMouseEventMonitors mouseEvents;
-    UnavailableHotKeyRegistrar hotKeys;
-    UnavailablePasteboard pasteboard;
-    UnavailableEventPoster events;
-    UnavailableWorkspace workspace;
-};
+/// What was chosen, or what stands in for it where nothing was there to choose.
+template <typename Unavailable, typename Port>
+std::unique_ptr<Port> orElse(std::unique_ptr<Port> chosen) {
+    if (!chosen) chosen = std::make_unique<Unavailable>();
+    return chosen;
+}
 
 }  // namespace
 
-struct LinuxDesktop::Parts {
-    Parts(Executor& main, FdWatcher& watcher, Words words)
+struct LinuxDesktop::Adapters {
+    Adapters(Executor& main, FdWatcher& watcher, Words words)
         : executor(main),
           defaults(main, xdgConfigHome() / "dorix" / "defaults.json"),
           loginItem(xdgConfigHome(), std::filesystem::read_symlink("/proc/self/exe")),
           accessibility(main, watcher, [this](std::int32_t process) { return windowTitle(process); }),
           audio(main),
-          launcher(watcher),
+          processes(watcher),
           urls(watcher),
           bus(BusConnection::openSession(main, watcher, [] {})),
-          notifications(serviceOn<Notifications, DBusNotifications, UnavailableNotifications>(main)),
-          statusItem(serviceOn<StatusItem, DBusStatusItem, UnavailableStatusItem>(main, std::move(words))),
-          appearance(bus.get(), watcher, xdgConfigHome()) {
-        if (auto connection = X11Connection::open(main, watcher)) {
-            x11 = std::make_unique<X11Session>(
-                main, std::move(connection),
-                [this](const XSettings& settings) { appearance.setDisplaySettings(settings); });
-        }
+          notifications(orElse<UnavailableNotifications>(onBus<Notifications, DBusNotifications>())),
+          statusItem(orElse<UnavailableStatusItem>(onBus<StatusItem, DBusStatusItem>(std::move(words)))),
+          appearance(bus.get(), watcher, xdgConfigHome()),
+          x11(openX11(watcher)) {}
+
+    template <typename Port, typename Adapter, typename... More>
+    std::unique_ptr<Port> onBus(More... more) const {
+        return bus ? std::make_unique<Adapter>(executor, *bus, std::move(more)...) : nullptr;
     }
 
-    /// A service of the session bus, or what stands in for it where there is none.
-    template <typename Port, typename Adapter, typename Unavailable, typename... More>
-    std::unique_ptr<Port> serviceOn(Executor& main, More... more) const {
-        if (bus) return std::make_unique<Adapter>(main, *bus, std::move(more)...);
-        return std::make_unique<Unavailable>();
+    std::unique_ptr<X11Session> openX11(FdWatcher& watcher) {
+        auto connection = X11Connection::open(executor, watcher);
+        if (!connection) return nullptr;
+        const auto changed = [this](const XSettings& settings) { appearance.setDisplaySettings(settings); };
+        return std::make_unique<X11Session>(executor, std::move(connection), changed);
+    }
+
+    template <typename Port>
+    std::unique_ptr<Port> onX11(std::unique_ptr<Port> (X11Session::*make)()) {
+        return x11 ? ((*x11).*make)() : nullptr;
     }
 
     /// The title of the window in front, if it is that process's.
     std::optional<std::string> windowTitle(std::int32_t process) const {
-        if (!x11) return std::nullopt;
-        const auto front = x11->workspace.frontmostApplication();
-        if (!front || front->processIdentifier != process) return std::nullopt;
-        return x11->workspace.windowTitle(front->windowNumber);
+        const auto window = x11 ? x11->windows.frontWindow() : xcb_window_t{XCB_WINDOW_NONE};
+        if (window == XCB_WINDOW_NONE || x11->windows.processIdentifier(window) != process)
+            return std::nullopt;
+        auto title = x11->windows.title(window);
+        return title.empty() ? std::nullopt : std::optional(std::move(title));
     }
 
     bool hasDisplay() const { return x11 && !x11->connection->isLost(); }
-
-    template <typename Session>
-    Platform platformWith(Session& session, Application& application) {
-        return {.executor = executor,
-                .defaults = defaults,
-                .languages = systemLanguages(),
-                .userData = xdgDataHome(),
-                .keyEvents = session.keyEvents,
-                .mouseEvents = session.mouseEvents,
-                .hotKeys = session.hotKeys,
-                .events = session.events,
-                .pasteboard = session.pasteboard,
-                .workspace = session.workspace,
-                .accessibility = accessibility,
-                .audio = audio,
-                .recognition = recognition,
-                .grants = grants,
-                .loginItem = loginItem,
-                .sounds = sounds,
-                .launcher = launcher,
-                .notifications = *notifications,
-                .statusItem = *statusItem,
-                .urls = urls,
-                .savePanel = savePanel,
-                .files = files,
-                .application = application};
-    }
 
     Executor& executor;
     JsonUserDefaults defaults;
@@ -144,7 +134,7 @@ struct LinuxDesktop::Parts {
          .canUseOtherApplications = [this] { return hasDisplay() && accessibility.isAvailable(); },
          .canCaptureScreen = [this] { return hasDisplay(); }}};
     PulseSystemSounds sounds{audio.connection()};
-    LinuxProgramLauncher launcher;
+    LinuxProcesses processes;
     XdgUrlOpener urls;
     AtomicFileReplacer files;
     std::unique_ptr<BusConnection> bus;  // none where there is no session bus
@@ -152,25 +142,58 @@ struct LinuxDesktop::Parts {
     std::unique_ptr<StatusItem> statusItem;
     PortalSavePanel savePanel{bus.get(), xdgDocuments()};
     LinuxAppearance appearance;
-    NoSession none;
-    std::unique_ptr<X11Session> x11;
-    std::unique_ptr<WindowSystem> windowSystem;
+
+    // The ports of the session, each from where it is to be had.
+    std::unique_ptr<X11Session> x11;  // none where there is no X display
+    std::unique_ptr<KeyEventMonitors> keyEvents =
+        orElse<UnavailableKeyEventMonitors>(onX11(&X11Session::keyEvents));
+    std::unique_ptr<MouseEventMonitors> mouseEvents =
+        orElse<UnavailableMouseEventMonitors>(onX11(&X11Session::mouseEvents));
+    std::unique_ptr<HotKeyRegistrar> hotKeys =
+        orElse<UnavailableHotKeyRegistrar>(onX11(&X11Session::hotKeys));
+    std::unique_ptr<Pasteboard> pasteboard = orElse<UnavailablePasteboard>(onX11(&X11Session::pasteboard));
+    std::unique_ptr<EventPoster> events = orElse<UnavailableEventPoster>(onX11(&X11Session::events));
+    std::unique_ptr<Workspace> workspace = orElse<UnavailableWorkspace>(onX11(&X11Session::workspace));
+
+    std::unique_ptr<WindowSystem> windowSystem;  // made when the toolkit asks for it
 };
 
 LinuxDesktop::LinuxDesktop(Executor& executor, FdWatcher& watcher, Words words)
-    : parts_(std::make_unique<Parts>(executor, watcher, std::move(words))) {}
+    : adapters_(std::make_unique<Adapters>(executor, watcher, std::move(words))) {}
 
 LinuxDesktop::~LinuxDesktop() = default;
 
 Platform LinuxDesktop::platform(Application& application) {
-    return parts_->x11 ? parts_->platformWith(*parts_->x11, application)
-                       : parts_->platformWith(parts_->none, application);
+    auto& made = *adapters_;
+    return {.executor = made.executor,
+            .defaults = made.defaults,
+            .languages = systemLanguages(),
+            .userData = xdgDataHome(),
+            .keyEvents = *made.keyEvents,
+            .mouseEvents = *made.mouseEvents,
+            .hotKeys = *made.hotKeys,
+            .events = *made.events,
+            .pasteboard = *made.pasteboard,
+            .workspace = *made.workspace,
+            .accessibility = made.accessibility,
+            .audio = made.audio,
+            .recognition = made.recognition,
+            .grants = made.grants,
+            .loginItem = made.loginItem,
+            .sounds = made.sounds,
+            .processes = made.processes,
+            .notifications = *made.notifications,
+            .statusItem = *made.statusItem,
+            .urls = made.urls,
+            .savePanel = made.savePanel,
+            .files = made.files,
+            .application = application};
 }
 
 WindowSystem& LinuxDesktop::windowSystem(std::function<void()> finishToolkitRequests) {
-    auto& made = parts_->windowSystem;
-    if (parts_->x11 && finishToolkitRequests) {
-        auto& session = *parts_->x11;
+    auto& made = adapters_->windowSystem;
+    if (adapters_->x11 && finishToolkitRequests) {
+        auto& session = *adapters_->x11;
         made = std::make_unique<X11WindowSystem>(*session.connection, session.windows,
                                                  std::move(finishToolkitRequests));
     } else {
@@ -179,14 +202,15 @@ WindowSystem& LinuxDesktop::windowSystem(std::function<void()> finishToolkitRequ
     return *made;
 }
 
-DesktopAppearance& LinuxDesktop::appearance() { return parts_->appearance; }
+DesktopAppearance& LinuxDesktop::appearance() { return adapters_->appearance; }
 
 void LinuxDesktop::onDisplayLost(std::function<void()> callback) {
-    if (parts_->x11) parts_->x11->connection->onLost(std::move(callback));
+    if (adapters_->x11) adapters_->x11->connection->onLost(std::move(callback));
 }
 
 Task<void> LinuxDesktop::handOverClipboard() {
-    if (parts_->hasDisplay()) co_await parts_->x11->pasteboard.handOver();
+    const bool isOurs = adapters_->hasDisplay() && adapters_->x11->clipboard != nullptr;
+    if (isOurs) co_await adapters_->x11->clipboard->handOver();
 }
 
 }  // namespace dorix

@@ -46,8 +46,8 @@ class LinuxDesktop {
     Task<void> handOverClipboard();
 
  private:
-    struct Parts;
-    std::unique_ptr<Parts> parts_;
+    struct Adapters;
+    std::unique_ptr<Adapters> adapters_;
 };
 
 }  // namespace dorix

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "base/Observable.h"
+
 #include <functional>
-#include <memory>
 
 namespace dorix {
 
@@ -9,13 +10,11 @@ namespace dorix {
 /// That thread only.
 class FdWatcher {
  public:
-    /// Ends the watch when destroyed; do so before closing the descriptor.
-    using Token = std::shared_ptr<void>;
-
     virtual ~FdWatcher() = default;
 
-    /// `ready` is called again and again as long as something is there to be read.
-    virtual Token watchReadable(int fd, std::function<void()> ready) = 0;
+    /// `ready` is called again and again as long as something is there to be read. The watch ends when it is
+    /// let go of; do so before closing the descriptor.
+    virtual Subscription watchReadable(int fd, std::function<void()> ready) = 0;
 };
 
 }  // namespace dorix

@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <cerrno>
+#include <system_error>
 #include <utility>
 
 namespace dorix {
@@ -21,6 +23,12 @@ class FileDescriptor {
 
     int get() const { return fd_; }
     explicit operator bool() const { return fd_ >= 0; }
+
+    /// For files that were written: closing can report a write that failed late.
+    std::error_code close() {
+        if (::close(std::exchange(fd_, -1)) == 0) return {};
+        return {errno, std::generic_category()};
+    }
 
  private:
     int fd_;

@@ -2,9 +2,8 @@
 
 #include "base/Error.h"
 #include "base/Log.h"
-#include "base/async/Run.h"
+#include "base/async/Completion.h"
 #include "base/text/Text.h"
-#include "linux/pocketsphinx/PocketsphinxAnalyzer.h"
 #include "linux/pocketsphinx/PocketsphinxDecoder.h"
 #include "linux/pocketsphinx/PocketsphinxWorker.h"
 
@@ -22,6 +21,39 @@ bool isEnglish(const std::string& language) {
     const auto folded = text::lowercase(language);
     return folded == "en" || folded.starts_with("en-") || folded.starts_with("en_");
 }
+
+/// One transcription by the worker's decoder; it waits there for its turn while others are under way. A
+/// decoder that cannot be loaded or fails ends the results with a MessageError.
+class PocketsphinxAnalyzer final : public SpeechAnalyzer {
+ public:
+    explicit PocketsphinxAnalyzer(std::shared_ptr<PocketsphinxWorker> worker) : worker_(std::move(worker)) {}
+    ~PocketsphinxAnalyzer() override {
+        session_->isDropped = true;
+        // Wakes the worker when it waits for more sound.
+        if (input_) input_->finish();
+    }
+
+    Task<void> start(AsyncStream<AnalyzerInput> input) override {
+        input_ = input;
+        worker_->transcribe(session_, std::move(input));
+        co_return;
+    }
+
+    AsyncStream<TranscriptionResult> results() override { return session_->results; }
+
+    Task<void> finalizeAndFinishThroughEndOfInput() override {
+        if (!input_) session_->results.finish();
+        if (!input_) co_return;
+        const auto finished = session_->finished;
+        co_await finished;
+    }
+
+ private:
+    const std::shared_ptr<PocketsphinxWorker> worker_;
+    const std::shared_ptr<PocketsphinxWorker::Session> session_ =
+        std::make_shared<PocketsphinxWorker::Session>();
+    std::optional<AsyncStream<AnalyzerInput>> input_;
+};
 }  // namespace
 
 PocketsphinxRecognition::PocketsphinxRecognition(std::filesystem::path models)

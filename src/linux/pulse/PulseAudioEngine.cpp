@@ -58,7 +58,7 @@ void PulseAudioEngine::start() {
     if (!context) throw pulseError(nullptr);
     wasReady_ = suspected_ = reported_ = false;
     openStream(context);
-    connection_->addWatcher(*this);
+    refreshes_ = connection_->onRefresh([this] { sourcesRefreshed(); });
 }
 
 void PulseAudioEngine::openStream(pa_context* context) {
@@ -99,7 +99,7 @@ void PulseAudioEngine::watchStream() {
 void PulseAudioEngine::stop() {
     if (!stream_) return;
     const PulseConnection::Lock lock(*connection_);
-    connection_->removeWatcher(*this);
+    refreshes_.reset();
     stream_.reset();
 }
 
@@ -141,6 +141,16 @@ void PulseAudioEngine::read() {
         if (data && tap_) tap_({{static_cast<const float*>(data), bytes / sizeof(float)}, format_});
         pa_stream_drop(stream_.get());
     }
+}
+
+PulseAudioEngineFactory::PulseAudioEngineFactory(Executor& main, std::string server)
+    : connection_(std::make_shared<PulseConnection>(main, std::move(server))) {}
+
+PulseAudioEngineFactory::~PulseAudioEngineFactory() = default;
+
+std::unique_ptr<AudioEngine> PulseAudioEngineFactory::makeEngine() {
+    connection_->retryNow();
+    return std::make_unique<PulseAudioEngine>(connection_);
 }
 
 }  // namespace dorix

@@ -8,13 +8,14 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <string>
 
 namespace dorix {
 
 /// A recording from the server's default source, in that source's own format. The tap runs on the
 /// connection's thread. Trouble after start shows as a configuration change, or as silence when the stream
 /// never came to be.
-class PulseAudioEngine final : public AudioEngine, private PulseConnection::Watcher {
+class PulseAudioEngine final : public AudioEngine {
  public:
     explicit PulseAudioEngine(std::shared_ptr<PulseConnection> connection);
     ~PulseAudioEngine() override;
@@ -41,7 +42,7 @@ class PulseAudioEngine final : public AudioEngine, private PulseConnection::Watc
     void stateChanged();
     void suspect();
     void read();
-    void sourcesRefreshed() override;
+    void sourcesRefreshed();
 
     const std::shared_ptr<PulseConnection> connection_;
     const PulseConnection::Source source_;
@@ -55,6 +56,26 @@ class PulseAudioEngine final : public AudioEngine, private PulseConnection::Watc
     bool wasReady_ = false;
     bool suspected_ = false;
     bool reported_ = false;
+    Subscription refreshes_;
+};
+
+/// Sound input from a PulseAudio server, or from PipeWire's stand-in for one. It connects in the background
+/// and stays connected; a server that is absent or goes away is tried again, ever more rarely, and at once
+/// when an engine is asked for. Without it engines have no input. Main executor; no call waits for the
+/// server. Engines may outlive the factory.
+class PulseAudioEngineFactory final : public AudioEngineFactory {
+ public:
+    /// `server` as PULSE_SERVER would name it, the user's own when empty. `main` must outlive the engines.
+    explicit PulseAudioEngineFactory(Executor& main, std::string server = {});
+    ~PulseAudioEngineFactory() override;
+
+    std::unique_ptr<AudioEngine> makeEngine() override;
+
+    /// The connection, for others that need the server.
+    const std::shared_ptr<PulseConnection>& connection() const { return connection_; }
+
+ private:
+    std::shared_ptr<PulseConnection> connection_;
 };
 
 }  // namespace dorix

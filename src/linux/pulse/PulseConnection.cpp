@@ -114,7 +114,7 @@ void PulseConnection::lose() {
     refreshing_ = false;
     refreshAgain_ = false;
     scheduleRetry();
-    refreshed(std::nullopt);
+    endRefresh(std::nullopt);
 }
 
 void PulseConnection::scheduleRetry() {
@@ -155,7 +155,7 @@ void PulseConnection::sourceEvent(pa_subscription_event_type_t event, std::uint3
 
 void PulseConnection::refresh() {
     if (!readyContext()) {
-        tellWatchers();
+        refreshed_.notify();
         return;
     }
     if (std::exchange(refreshing_, true)) {
@@ -171,7 +171,7 @@ void PulseConnection::refresh() {
 void PulseConnection::readServer(const pa_server_info* info) {
     found_.reset();
     if (!info || !info->default_source_name) {
-        refreshed(std::nullopt);
+        endRefresh(std::nullopt);
         return;
     }
     const auto answer = [](pa_context*, const pa_source_info* source, int end, void* userdata) {
@@ -179,12 +179,12 @@ void PulseConnection::readServer(const pa_server_info* info) {
         // Without a microphone the server's default is the monitor of a sink: what the computer plays.
         const bool isMicrophone = source && end == 0 && source->monitor_of_sink == PA_INVALID_INDEX;
         if (isMicrophone) self.found_ = sourceOf(*source);
-        if (end != 0) self.refreshed(self.found_);
+        if (end != 0) self.endRefresh(self.found_);
     };
     forget(pa_context_get_source_info_by_name(context_.get(), info->default_source_name, answer, this));
 }
 
-void PulseConnection::refreshed(std::optional<Source> source) {
+void PulseConnection::endRefresh(std::optional<Source> source) {
     {
         std::scoped_lock lock(mutex_);
         defaultSource_ = source;
@@ -193,12 +193,8 @@ void PulseConnection::refreshed(std::optional<Source> source) {
     if (std::exchange(refreshAgain_, false)) {
         refresh();
     } else {
-        tellWatchers();
+        refreshed_.notify();
     }
-}
-
-void PulseConnection::tellWatchers() {
-    for (auto* watcher : watchers_) watcher->sourcesRefreshed();
 }
 
 }  // namespace dorix

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Observable.h"
 #include "base/async/Executor.h"
 #include "linux/loop/FileDescriptor.h"
 #include "platform/AudioEngine.h"
@@ -8,10 +9,10 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <set>
 #include <string>
 
 namespace dorix {
@@ -24,16 +25,6 @@ class PulseConnection {
         std::uint32_t index = PA_INVALID_INDEX;
         AudioFormat format;
         pa_channel_map channels{};
-    };
-
-    /// Told, on the connection's thread and under its lock, that what is known of the sources is fresh, or
-    /// that the server is gone.
-    class Watcher {
-     public:
-        virtual void sourcesRefreshed() = 0;
-
-     protected:
-        ~Watcher() = default;
     };
 
     /// Keeps the connection's thread out of its callbacks. Held for moments only by either side, but while a
@@ -71,10 +62,11 @@ class PulseConnection {
 
     /// None unless the server is there.
     pa_context* readyContext() const;
-    void addWatcher(Watcher& watcher) { watchers_.insert(&watcher); }
-    void removeWatcher(Watcher& watcher) { watchers_.erase(&watcher); }
+    /// The observer is told, on the connection's thread and under its lock, that what is known of the sources
+    /// is fresh, or that the server is gone.
+    Subscription onRefresh(std::function<void()> observer) { return refreshed_.add(std::move(observer)); }
 
-    /// Asks the server about its sources, then tells the watchers.
+    /// Asks the server about its sources, then tells the observers.
     void refresh();
 
  private:
@@ -94,8 +86,7 @@ class PulseConnection {
     void subscribe();
     void sourceEvent(pa_subscription_event_type_t event, std::uint32_t index);
     void readServer(const pa_server_info* info);
-    void refreshed(std::optional<Source> source);
-    void tellWatchers();
+    void endRefresh(std::optional<Source> source);
 
     Executor& main_;
     const std::string server_;
@@ -111,7 +102,7 @@ class PulseConnection {
     bool refreshing_ = false;
     bool refreshAgain_ = false;
     std::optional<Source> found_;
-    std::set<Watcher*> watchers_;
+    Observers<> refreshed_;
 
     mutable std::mutex mutex_;
     std::optional<Source> defaultSource_;  // guarded by mutex_

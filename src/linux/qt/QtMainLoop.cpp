@@ -1,7 +1,5 @@
 #include "linux/qt/QtMainLoop.h"
 
-#include "base/async/SystemClock.h"
-
 #include <QCoreApplication>
 #include <QEvent>
 #include <QSocketNotifier>
@@ -66,9 +64,6 @@ void QtMainLoop::cancel(TimerId id) {
     armTimer();
 }
 
-double QtMainLoop::now() const { return steadySeconds(); }
-double QtMainLoop::date() const { return wallSeconds(); }
-
 void QtMainLoop::runDueTimers() {
     const double time = now();
     while (auto work = timers_.takeDue(time)) {
@@ -88,7 +83,7 @@ void QtMainLoop::armTimer() {
     timer_.start(static_cast<int>(std::min(std::ceil(wait * 1000), 86'400'000.0)));
 }
 
-FdWatcher::Token QtMainLoop::watchReadable(int fd, std::function<void()> ready) {
+Subscription QtMainLoop::watchReadable(int fd, std::function<void()> ready) {
     // The token may be let go inside its own call, where the notifier must not be deleted.
     const auto release = [](QSocketNotifier* notifier) {
         notifier->setEnabled(false);
@@ -96,7 +91,7 @@ FdWatcher::Token QtMainLoop::watchReadable(int fd, std::function<void()> ready) 
     };
     const std::shared_ptr<QSocketNotifier> notifier(new QSocketNotifier(fd, QSocketNotifier::Read), release);
     connect(notifier.get(), &QSocketNotifier::activated, std::move(ready));
-    return notifier;
+    return Subscription(notifier);
 }
 
 }  // namespace dorix

@@ -21,11 +21,9 @@ class QtMainLoop final : public QObject, public Executor, public FdWatcher {
     void post(Work work) override;
     TimerId after(double seconds, Work work) override;
     void cancel(TimerId id) override;
-    double now() const override;
-    double date() const override;
     bool isCurrent() const override { return std::this_thread::get_id() == thread_; }
 
-    Token watchReadable(int fd, std::function<void()> ready) override;
+    Subscription watchReadable(int fd, std::function<void()> ready) override;
 
  protected:
     bool event(QEvent* event) override;

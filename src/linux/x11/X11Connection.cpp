@@ -36,6 +36,28 @@ xcb_screen_t* screenOf(xcb_connection_t* connection, int number) {
 
 }  // namespace
 
+xcb_atom_t X11Atoms::atom(std::string_view name) {
+    if (const auto known = atoms_.find(name); known != atoms_.end()) return known->second;
+    const auto cookie = xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.data());
+    const XcbPtr<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection_, cookie, nullptr));
+    if (!reply) return XCB_ATOM_NONE;
+    atoms_.emplace(name, reply->atom);
+    names_.emplace(reply->atom, name);
+    return reply->atom;
+}
+
+const std::string& X11Atoms::name(xcb_atom_t atom) {
+    if (const auto known = names_.find(atom); known != names_.end()) return known->second;
+    static const std::string none;
+    const XcbPtr<xcb_get_atom_name_reply_t> reply(
+        xcb_get_atom_name_reply(connection_, xcb_get_atom_name(connection_, atom), nullptr));
+    if (!reply) return none;
+    std::string name(xcb_get_atom_name_name(reply.get()),
+                     static_cast<std::size_t>(xcb_get_atom_name_name_length(reply.get())));
+    atoms_.emplace(name, atom);
+    return names_.emplace(atom, std::move(name)).first->second;
+}
+
 std::unique_ptr<X11Connection> X11Connection::open(Executor& executor, FdWatcher& watcher,
                                                    const std::string& display) {
     int screen = 0;
@@ -88,21 +110,12 @@ std::uint8_t X11Connection::check(xcb_void_cookie_t cookie) {
     return error ? error->error_code : std::uint8_t{0};
 }
 
-X11Connection::Token X11Connection::listen(std::uint8_t type, EventHandler handler) {
-    return addListener(type, std::move(handler));
+Subscription X11Connection::listen(std::uint8_t type, EventHandler handler) {
+    return listeners_[type].add(std::move(handler));
 }
 
-X11Connection::Token X11Connection::listenGeneric(std::uint8_t opcode, std::uint16_t type,
-                                                  EventHandler handler) {
-    return addListener(genericKey(opcode, type), std::move(handler));
-}
-
-X11Connection::Token X11Connection::addListener(std::uint32_t key, EventHandler handler) {
-    auto& listeners = listeners_[key];
-    std::erase_if(listeners, [](const auto& listener) { return listener.expired(); });
-    auto token = std::make_shared<EventHandler>(std::move(handler));
-    listeners.push_back(token);
-    return token;
+Subscription X11Connection::listenGeneric(std::uint8_t opcode, std::uint16_t type, EventHandler handler) {
+    return listeners_[genericKey(opcode, type)].add(std::move(handler));
 }
 
 void X11Connection::selectRootEvents(std::uint32_t mask) {
@@ -155,12 +168,7 @@ void X11Connection::deliverEvents() {
 
 void X11Connection::dispatch(const xcb_generic_event_t& event) {
     const auto found = listeners_.find(keyOf(event));
-    if (found == listeners_.end()) return;
-    // A handler may add listeners and drop others, which must not be called any more then.
-    const auto listeners = found->second;
-    for (const auto& weak : listeners) {
-        if (const auto handler = weak.lock()) (*handler)(event);
-    }
+    if (found != listeners_.end()) found->second.notify(event);
 }
 
 void X11Connection::noteLoss() {

@@ -1,21 +1,47 @@
 #pragma once
 
+#include "base/Observable.h"
 #include "base/async/Executor.h"
 #include "linux/loop/FdWatcher.h"
-#include "linux/x11/X11Atoms.h"
-#include "linux/x11/XcbPtr.h"
 
 #include <xcb/xcb.h>
 
 #include <cstdint>
+#include <cstdlib>
 #include <deque>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <unordered_map>
-#include <vector>
 
 namespace dorix {
+
+struct FreeMemory {
+    void operator()(void* memory) const { std::free(memory); }
+};
+
+/// What xcb allocates and leaves to the caller: replies, errors, events. Null for a request that failed.
+template <typename T>
+using XcbPtr = std::unique_ptr<T, FreeMemory>;
+
+/// Atoms and their names, each asked of the server once. The connection's thread only; a name not met before
+/// costs a round trip. After the connection is lost new names give XCB_ATOM_NONE.
+class X11Atoms {
+ public:
+    explicit X11Atoms(xcb_connection_t* connection) : connection_(connection) {}
+
+    xcb_atom_t atom(std::string_view name);
+
+    /// Empty for an atom that does not exist.
+    const std::string& name(xcb_atom_t atom);
+
+ private:
+    xcb_connection_t* const connection_;
+    std::map<std::string, xcb_atom_t, std::less<>> atoms_;
+    std::unordered_map<xcb_atom_t, std::string> names_;
+};
 
 /// A connection to one X display, and the events that come over it. Its executor's thread only; nothing here
 /// waits for another application, but what needs an answer waits for the X server.
@@ -25,8 +51,6 @@ namespace dorix {
 /// dropped.
 class X11Connection {
  public:
-    /// Ends what it stands for when destroyed. May outlive the connection.
-    using Token = std::shared_ptr<void>;
     using EventHandler = std::function<void(const xcb_generic_event_t&)>;
 
     /// Connects to `display`, or to $DISPLAY if that is empty. Null, with a log line, when there is no such
@@ -66,10 +90,10 @@ class X11Connection {
     const std::string& atomName(xcb_atom_t atom) { return atoms_.name(atom); }
 
     /// The handler sees every event of this type (extension events: first event plus number).
-    Token listen(std::uint8_t type, EventHandler handler);
+    Subscription listen(std::uint8_t type, EventHandler handler);
 
     /// The same for generic events of an extension.
-    Token listenGeneric(std::uint8_t opcode, std::uint16_t type, EventHandler handler);
+    Subscription listenGeneric(std::uint8_t opcode, std::uint16_t type, EventHandler handler);
 
     /// Adds to the events that this connection gets for the root window.
     void selectRootEvents(std::uint32_t mask);
@@ -90,7 +114,6 @@ class X11Connection {
     X11Connection(Connection connection, int screen, Executor& executor, FdWatcher& watcher);
 
     bool startExtensions();
-    Token addListener(std::uint32_t key, EventHandler handler);
     void takeQueuedEvents();
     void deliverEvents();
     XcbPtr<xcb_generic_event_t> nextEvent();
@@ -104,11 +127,11 @@ class X11Connection {
     xcb_window_t root_ = XCB_WINDOW_NONE;
     std::uint32_t rootEventMask_ = 0;
     std::function<void()> onLost_;
-    std::unordered_map<std::uint32_t, std::vector<std::weak_ptr<EventHandler>>> listeners_;
+    std::unordered_map<std::uint32_t, Observers<xcb_generic_event_t>> listeners_;
     std::deque<XcbPtr<xcb_generic_event_t>> queued_;
     bool delivering_ = false;
     bool lossNoted_ = false;
-    FdWatcher::Token watch_;
+    Subscription watch_;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
 };
 

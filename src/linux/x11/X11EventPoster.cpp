@@ -27,7 +27,7 @@ constexpr std::array<FlagKey, 3> flagKeys{{{modifier::shift, keycode::leftShift}
 }  // namespace
 
 X11EventPoster::X11EventPoster(X11Connection& connection, X11Keyboard& keyboard, X11KeyInput& input,
-                               X11Windows& windows, X11Pasteboard& pasteboard)
+                               X11Windows& windows, X11Pasteboard* pasteboard)
     : connection_(connection),
       keyboard_(keyboard),
       input_(input),
@@ -43,7 +43,7 @@ void X11EventPoster::postKeyboardEvent(std::uint16_t keyCode, Direction directio
         pressedCode_ = keyCode;
         ++downs_;
         isHeld_ = true;
-        pasteboard_.commit();
+        if (pasteboard_) pasteboard_->commit();
         auto chord = chordFor(keyCode, flags);
         if (chord.pastesPrimary) {
             tasks_.spawn(pressForPrimary(std::move(chord)));
@@ -117,7 +117,7 @@ X11EventPoster::Chord X11EventPoster::commandChord(std::uint16_t keyCode) {
 
 Task<void> X11EventPoster::pressForPrimary(Chord chord) {
     const auto down = downs_;
-    co_await pasteboard_.servePrimaryForPaste();
+    if (pasteboard_) co_await pasteboard_->servePrimaryForPaste();
     if (down != downs_) co_return;
     press(chord);
     if (!isHeld_) release();

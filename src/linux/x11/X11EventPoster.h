@@ -5,7 +5,7 @@
 #include "linux/x11/X11KeyInput.h"
 #include "linux/x11/X11Pasteboard.h"
 #include "linux/x11/X11Windows.h"
-#include "platform/EventPoster.h"
+#include "platform/InputEvents.h"
 
 #include <optional>
 #include <vector>
@@ -18,8 +18,9 @@ namespace dorix {
 /// that selection is ready, a moment later.
 class X11EventPoster final : public EventPoster {
  public:
+    /// `pasteboard` is null where the clipboard is not the display's: then PRIMARY is not served.
     X11EventPoster(X11Connection& connection, X11Keyboard& keyboard, X11KeyInput& input, X11Windows& windows,
-                   X11Pasteboard& pasteboard);
+                   X11Pasteboard* pasteboard);
 
     void postKeyboardEvent(std::uint16_t keyCode, Direction direction, std::uint64_t flags) override;
 
@@ -44,7 +45,7 @@ class X11EventPoster final : public EventPoster {
     X11Keyboard& keyboard_;
     X11KeyInput& input_;
     X11Windows& windows_;
-    X11Pasteboard& pasteboard_;
+    X11Pasteboard* const pasteboard_;
     std::uint16_t pressedCode_ = 0;
     /// Tells key-downs apart, and whether the key of the last one is still to be held.
     std::uint64_t downs_ = 0;
@@ -52,7 +53,7 @@ class X11EventPoster final : public EventPoster {
     std::optional<Chord> pressed_;
     X11Keyboard::KeySet letGo_;
     X11Keyboard::KeySet pressedAgain_;
-    X11Connection::Token strokes_;
+    Subscription strokes_;
     TaskScope tasks_;
 };
 

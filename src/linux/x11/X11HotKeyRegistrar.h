@@ -57,7 +57,7 @@ class X11HotKeyRegistrar final : public HotKeyRegistrar {
     Handler handler_;
     std::map<Ref, HotKey> hotKeys_;
     Ref lastRef_ = 0;
-    std::vector<X11Connection::Token> tokens_;
+    std::vector<Subscription> tokens_;
 };
 
 }  // namespace dorix

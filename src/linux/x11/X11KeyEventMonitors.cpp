@@ -31,32 +31,26 @@ X11KeyEventMonitors::X11KeyEventMonitors(X11Connection& connection, X11Keyboard&
     tokens_.push_back(input_.listen([this](const KeyStroke& stroke) { handle(stroke); }));
 }
 
-KeyEventMonitors::Token X11KeyEventMonitors::addGlobalMonitor(KeyEventMask mask, GlobalHandler handler) {
-    return add({Scope::global, mask, [handler = std::move(handler)](const KeyEvent& event) {
-                    handler(event);
-                    return false;
-                }});
+Subscription X11KeyEventMonitors::addGlobalMonitor(KeyEventMask mask, GlobalHandler handler) {
+    return add(Scope::global, mask, std::move(handler));
 }
 
-KeyEventMonitors::Token X11KeyEventMonitors::addLocalMonitor(KeyEventMask mask, LocalHandler handler) {
-    return add({Scope::local, mask, std::move(handler)});
+Subscription X11KeyEventMonitors::addLocalMonitor(KeyEventMask mask, LocalHandler handler) {
+    return add(Scope::local, mask, std::move(handler));
 }
 
-KeyEventMonitors::Token X11KeyEventMonitors::add(Monitor monitor) {
-    if (connection_.isLost()) return nullptr;
-    std::erase_if(monitors_, [](const auto& other) { return other.expired(); });
-    if (monitors_.empty()) input_.repair(X11KeyInput::Adopt::heldKeys);
-    auto token = std::make_shared<Monitor>(std::move(monitor));
-    monitors_.push_back(token);
-    return token;
+Subscription X11KeyEventMonitors::add(Scope scope, KeyEventMask mask,
+                                      std::function<void(const KeyEvent&)> handler) {
+    if (connection_.isLost()) return {};
+    if (monitors_.isEmpty()) input_.repair(X11KeyInput::Adopt::heldKeys);
+    return monitors_.add(
+        [scope, mask, handler = std::move(handler)](Scope where, KeyEventMask what, const KeyEvent& event) {
+            if (where == scope && what == mask) handler(event);
+        });
 }
 
 bool X11KeyEventMonitors::reportsKey(std::uint16_t keyCode) const {
     return keyboard_.keyFor(keyCode).has_value();
-}
-
-bool X11KeyEventMonitors::isMonitored() const {
-    return std::ranges::any_of(monitors_, [](const auto& monitor) { return !monitor.expired(); });
 }
 
 void X11KeyEventMonitors::watchHold(const KeyStroke& stroke) {
@@ -64,9 +58,9 @@ void X11KeyEventMonitors::watchHold(const KeyStroke& stroke) {
     hold_.stop();
     if (stroke.direction == KeyStroke::Direction::up || !keyboard_.opensMenus(stroke.key)) return;
     // With other modifiers it may be a chord for changing the layout, which a key in between would spoil.
-    if (!isMonitored() || !isOnlyModifierHeld(stroke.key)) return;
+    if (monitors_.isEmpty() || !isOnlyModifierHeld(stroke.key)) return;
     hold_.once(menuTapLimit, [this] {
-        if (isMonitored()) input_.spoilMenuActivation();
+        if (!monitors_.isEmpty()) input_.spoilMenuActivation();
     });
 }
 
@@ -85,13 +79,7 @@ void X11KeyEventMonitors::handle(const KeyStroke& stroke) {
     if (!isModifier && stroke.direction == KeyStroke::Direction::up) return;
     const auto mask = isModifier ? KeyEventMask::flagsChanged : KeyEventMask::keyDown;
     const auto scope = focusIsOurs() ? Scope::local : Scope::global;
-    const KeyEvent event{keyboard_.virtualKeyCode(stroke.key), input_.modifierFlags()};
-    // A handler may add and remove monitors.
-    const auto monitors = monitors_;
-    for (const auto& weak : monitors) {
-        const auto monitor = weak.lock();
-        if (monitor && monitor->mask == mask && monitor->scope == scope) monitor->handler(event);
-    }
+    monitors_.notify(scope, mask, {keyboard_.virtualKeyCode(stroke.key), input_.modifierFlags()});
 }
 
 bool X11KeyEventMonitors::focusIsOurs() {

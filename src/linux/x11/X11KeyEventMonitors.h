@@ -3,7 +3,7 @@
 #include "base/async/Timer.h"
 #include "linux/x11/X11KeyInput.h"
 #include "linux/x11/X11Windows.h"
-#include "platform/KeyEventMonitors.h"
+#include "platform/InputEvents.h"
 
 #include <memory>
 #include <vector>
@@ -21,22 +21,15 @@ class X11KeyEventMonitors final : public KeyEventMonitors {
     X11KeyEventMonitors(X11Connection& connection, X11Keyboard& keyboard, X11KeyInput& input,
                         X11Windows& windows);
 
-    Token addGlobalMonitor(KeyEventMask mask, GlobalHandler handler) override;
-    Token addLocalMonitor(KeyEventMask mask, LocalHandler handler) override;
+    Subscription addGlobalMonitor(KeyEventMask mask, GlobalHandler handler) override;
+    Subscription addLocalMonitor(KeyEventMask mask, LocalHandler handler) override;
     bool reportsKey(std::uint16_t keyCode) const override;
 
  private:
     enum class Scope { global, local };
 
-    struct Monitor {
-        Scope scope;
-        KeyEventMask mask;
-        LocalHandler handler;
-    };
-
-    Token add(Monitor monitor);
+    Subscription add(Scope scope, KeyEventMask mask, std::function<void(const KeyEvent&)> handler);
     void handle(const KeyStroke& stroke);
-    bool isMonitored() const;
     void watchHold(const KeyStroke& stroke);
     bool isOnlyModifierHeld(xcb_keycode_t key) const;
     bool focusIsOurs();
@@ -45,10 +38,10 @@ class X11KeyEventMonitors final : public KeyEventMonitors {
     X11Keyboard& keyboard_;
     X11KeyInput& input_;
     X11Windows& windows_;
-    std::vector<std::weak_ptr<Monitor>> monitors_;
+    Observers<Scope, KeyEventMask, KeyEvent> monitors_;
     std::optional<bool> focusIsOurs_;
     Timer hold_;
-    std::vector<X11Connection::Token> tokens_;
+    std::vector<Subscription> tokens_;
 };
 
 }  // namespace dorix

@@ -57,13 +57,6 @@ void X11KeyInput::selectEvents() {
     tokens_.push_back(keyboard_.onChange([this] { repair(Adopt::nothing); }));
 }
 
-X11Connection::Token X11KeyInput::listen(Listener listener) {
-    std::erase_if(listeners_, [](const auto& other) { return other.expired(); });
-    auto token = std::make_shared<Listener>(std::move(listener));
-    listeners_.push_back(token);
-    return token;
-}
-
 std::uint64_t X11KeyInput::modifierFlags() const {
     std::uint64_t flags = keyboard_.lockFlags();
     if (held_.none()) return flags;
@@ -131,10 +124,7 @@ bool X11KeyInput::isRepeat(const KeyStroke& stroke, std::uint32_t time) {
 
 void X11KeyInput::take(const KeyStroke& stroke) {
     held_[stroke.key] = stroke.direction == KeyStroke::Direction::down;
-    const auto listeners = listeners_;
-    for (const auto& weak : listeners) {
-        if (const auto listener = weak.lock()) (*listener)(stroke);
-    }
+    strokes_.notify(stroke);
 }
 
 void X11KeyInput::repair(Adopt adopt) {

@@ -29,12 +29,12 @@ struct KeyStroke {
 /// (an on-screen keyboard, a remote desktop) are the user's.
 class X11KeyInput {
  public:
-    using Listener = std::function<void(const KeyStroke&)>;
-
     X11KeyInput(X11Connection& connection, X11Keyboard& keyboard);
 
-    /// Listeners are called after the held keys took the stroke in. The token may outlive this.
-    X11Connection::Token listen(Listener listener);
+    /// Listeners are called after the held keys took the stroke in.
+    Subscription listen(std::function<void(const KeyStroke&)> listener) {
+        return strokes_.add(std::move(listener));
+    }
 
     /// The keys that the user holds.
     const X11Keyboard::KeySet& held() const { return held_; }
@@ -76,8 +76,8 @@ class X11KeyInput {
     std::deque<Faked> faked_;
     /// A repair was put off until the faked keys have come back.
     bool repairOwed_ = false;
-    std::vector<std::weak_ptr<Listener>> listeners_;
-    std::vector<X11Connection::Token> tokens_;
+    Observers<KeyStroke> strokes_;
+    std::vector<Subscription> tokens_;
 };
 
 }  // namespace dorix

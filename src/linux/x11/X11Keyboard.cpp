@@ -109,10 +109,7 @@ void X11Keyboard::reload() {
     readKeys();
     readModifierMap();
     connection_.flush();
-    const auto observers = observers_;
-    for (const auto& weak : observers) {
-        if (const auto observer = weak.lock()) (*observer)();
-    }
+    changed_.notify();
 }
 
 void X11Keyboard::readGroup() {
@@ -253,13 +250,6 @@ std::uint16_t X11Keyboard::coreModifiers(std::uint32_t hotKeyModifiers) const {
                                       part(hotkeymodifier::control, XCB_MOD_MASK_CONTROL) |
                                       part(hotkeymodifier::option, alt_ != 0 ? alt_ : XCB_MOD_MASK_1) |
                                       part(hotkeymodifier::command, super_ != 0 ? super_ : XCB_MOD_MASK_4));
-}
-
-X11Connection::Token X11Keyboard::onChange(std::function<void()> callback) {
-    std::erase_if(observers_, [](const auto& observer) { return observer.expired(); });
-    auto token = std::make_shared<std::function<void()>>(std::move(callback));
-    observers_.push_back(token);
-    return token;
 }
 
 }  // namespace dorix

@@ -61,7 +61,7 @@ class X11Keyboard {
     std::uint16_t coreLocks() const { return XCB_MOD_MASK_LOCK | numLock_ | scrollLock_; }
 
     /// Called after every change of layout.
-    X11Connection::Token onChange(std::function<void()> callback);
+    Subscription onChange(std::function<void()> callback) { return changed_.add(std::move(callback)); }
 
  private:
     struct Key {
@@ -102,8 +102,8 @@ class X11Keyboard {
     std::uint16_t super_ = XCB_MOD_MASK_4;
     std::uint16_t numLock_ = 0;
     std::uint16_t scrollLock_ = 0;
-    std::vector<std::weak_ptr<std::function<void()>>> observers_;
-    X11Connection::Token events_;
+    Observers<> changed_;
+    Subscription events_;
     std::shared_ptr<bool> reloadPending_;
 };
 

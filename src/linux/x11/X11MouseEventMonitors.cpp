@@ -25,13 +25,10 @@ X11MouseEventMonitors::X11MouseEventMonitors(X11Connection& connection, X11Windo
                                        [this](const auto& event) { handle(event); });
 }
 
-MouseEventMonitors::Token X11MouseEventMonitors::addGlobalMonitor(GlobalHandler handler) {
-    if (connection_.isLost() || pointer_ == 0) return nullptr;
-    std::erase_if(monitors_, [](const auto& other) { return other.expired(); });
-    auto token = std::make_shared<GlobalHandler>(std::move(handler));
-    monitors_.push_back(token);
+Subscription X11MouseEventMonitors::addGlobalMonitor(GlobalHandler handler) {
+    if (connection_.isLost() || pointer_ == 0) return {};
     select(Presses::all);
-    return token;
+    return monitors_.add(std::move(handler));
 }
 
 void X11MouseEventMonitors::select(Presses presses) {
@@ -44,18 +41,14 @@ void X11MouseEventMonitors::select(Presses presses) {
 }
 
 void X11MouseEventMonitors::handle(const xcb_generic_event_t& event) {
-    std::erase_if(monitors_, [](const auto& other) { return other.expired(); });
-    if (monitors_.empty()) {
+    if (monitors_.isEmpty()) {
         select(Presses::none);
         return;
     }
     const auto button = reinterpret_cast<const xcb_input_raw_button_press_event_t&>(event).detail;
     if (button > lastRealButton && button < firstExtraButton) return;
     if (isOverOwnWindow() || isOverPopup()) return;
-    // A handler may add and remove monitors.
-    for (const auto& weak : std::vector(monitors_)) {
-        if (const auto monitor = weak.lock()) (*monitor)();
-    }
+    monitors_.notify();
 }
 
 /// A window manager's frame is in between, so the innermost window tells.

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "linux/x11/X11Windows.h"
-#include "platform/MouseEventMonitors.h"
+#include "platform/InputEvents.h"
 
 #include <memory>
 #include <vector>
@@ -15,7 +15,7 @@ class X11MouseEventMonitors final : public MouseEventMonitors {
  public:
     X11MouseEventMonitors(X11Connection& connection, X11Windows& windows);
 
-    Token addGlobalMonitor(GlobalHandler handler) override;
+    Subscription addGlobalMonitor(GlobalHandler handler) override;
 
  private:
     enum class Presses { none, all };
@@ -28,8 +28,8 @@ class X11MouseEventMonitors final : public MouseEventMonitors {
     X11Connection& connection_;
     X11Windows& windows_;
     std::uint16_t pointer_ = 0;
-    std::vector<std::weak_ptr<GlobalHandler>> monitors_;
-    X11Connection::Token token_;
+    Observers<> monitors_;
+    Subscription token_;
 };
 
 }  // namespace dorix

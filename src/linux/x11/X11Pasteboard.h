@@ -83,7 +83,7 @@ class X11Pasteboard final : public Pasteboard {
     /// What the user had selected before we took PRIMARY.
     SelectionContents primaryBefore_;
     Timer primaryTimer_;
-    std::vector<X11Connection::Token> tokens_;
+    std::vector<Subscription> tokens_;
 };
 
 }  // namespace dorix

@@ -52,7 +52,7 @@ class X11SelectionRead {
     Result pieces_;
     bool timedOut_ = false;
     Timer silence_;
-    std::vector<X11Connection::Token> tokens_;
+    std::vector<Subscription> tokens_;
 };
 
 }  // namespace dorix

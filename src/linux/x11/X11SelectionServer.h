@@ -74,7 +74,7 @@ class X11SelectionServer {
     const std::size_t pieceSize_;
     std::map<xcb_atom_t, Offer> offers_;
     std::map<Destination, Transfer> transfers_;
-    std::vector<X11Connection::Token> tokens_;
+    std::vector<Subscription> tokens_;
 };
 
 }  // namespace dorix

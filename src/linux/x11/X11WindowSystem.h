@@ -34,8 +34,8 @@ class X11WindowSystem final : public WindowSystem {
     X11Connection& connection_;
     X11Windows& windows_;
     const std::function<void()> finishToolkitRequests_;
-    X11Connection::Token compositorChanges_;
-    X11Connection::Token stackingChanges_;
+    Subscription compositorChanges_;
+    Subscription stackingChanges_;
 };
 
 }  // namespace dorix

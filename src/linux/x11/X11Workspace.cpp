@@ -60,10 +60,4 @@ void X11Workspace::activate(const RunningApplication& app) {
     windows_.activate(window);
 }
 
-std::optional<std::string> X11Workspace::windowTitle(std::uint64_t windowNumber) const {
-    auto title = windows_.title(static_cast<xcb_window_t>(windowNumber));
-    if (title.empty()) return std::nullopt;
-    return title;
-}
-
 }  // namespace dorix

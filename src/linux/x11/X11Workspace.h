@@ -20,9 +20,6 @@ class X11Workspace final : public Workspace {
     std::string ownBundleIdentifier() const override { return "es.pelmora.dorix"; }
     void activate(const RunningApplication& app) override;
 
-    /// The title of a window as its application set it; none when the window has gone or has none.
-    std::optional<std::string> windowTitle(std::uint64_t windowNumber) const;
-
  private:
     X11Windows& windows_;
     DesktopEntries& entries_;

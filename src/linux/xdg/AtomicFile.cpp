@@ -1,39 +1,22 @@
 #include "linux/xdg/AtomicFile.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <string>
-#include <utility>
+#include <thread>
 
 namespace dorix {
 
 namespace {
 
 std::error_code lastError() { return {errno, std::generic_category()}; }
-
-class Descriptor {
- public:
-    explicit Descriptor(int fd) : fd_(fd) {}
-    ~Descriptor() {
-        if (fd_ >= 0) ::close(fd_);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    int get() const { return fd_; }
-    bool isOpen() const { return fd_ >= 0; }
-
-    /// Closing can report a write that failed late.
-    std::error_code close() { return ::close(std::exchange(fd_, -1)) == 0 ? std::error_code() : lastError(); }
-
- private:
-    int fd_;
-};
 
 std::error_code writeAll(int fd, std::string_view contents) {
     while (!contents.empty()) {
@@ -62,8 +45,8 @@ std::error_code writePieces(int fd, const FileReplacer::Source& source) {
 }
 
 std::error_code writeTemporary(std::string& path, const FileReplacer::Source& source) {
-    Descriptor file(::mkostemp(path.data(), O_CLOEXEC));  // mode 0600
-    if (!file.isOpen()) return lastError();
+    FileDescriptor file(::mkostemp(path.data(), O_CLOEXEC));  // mode 0600
+    if (!file) return lastError();
     auto error = writePieces(file.get(), source);
     if (!error && ::fsync(file.get()) != 0) error = lastError();
     if (const auto closing = file.close(); !error) error = closing;
@@ -72,8 +55,8 @@ std::error_code writeTemporary(std::string& path, const FileReplacer::Source& so
 }
 
 void syncFolder(const std::filesystem::path& folder) {
-    const Descriptor fd(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (fd.isOpen()) ::fsync(fd.get());
+    const FileDescriptor fd(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (fd) ::fsync(fd.get());
 }
 
 }  // namespace
@@ -81,10 +64,10 @@ void syncFolder(const std::filesystem::path& folder) {
 std::optional<std::string> readFile(const std::filesystem::path& file) {
     std::error_code error;
     if (!std::filesystem::is_regular_file(file, error)) return std::nullopt;
-    const Descriptor fd(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    const FileDescriptor fd(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     std::string contents;
     std::array<char, 16384> piece{};
-    while (fd.isOpen()) {
+    while (fd) {
         const auto count = ::read(fd.get(), piece.data(), piece.size());
         if (count == 0) return contents;
         if (count < 0 && errno != EINTR) break;
@@ -114,6 +97,18 @@ std::error_code AtomicFileReplacer::replace(const std::filesystem::path& file, c
     }
     syncFolder(target.parent_path());
     return {};
+}
+
+FileDescriptor lockFolder(const std::filesystem::path& folder) {
+    constexpr std::chrono::milliseconds patience{1000};
+    constexpr std::chrono::milliseconds pause{5};
+    FileDescriptor lock(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    while (lock && ::flock(lock.get(), LOCK_EX | LOCK_NB) != 0 && (errno == EWOULDBLOCK || errno == EINTR) &&
+           std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(pause);
+    }
+    return lock;
 }
 
 }  // namespace dorix

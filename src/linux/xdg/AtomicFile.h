@@ -1,6 +1,7 @@
 #pragma once
 
-#include "platform/FileReplacer.h"
+#include "linux/loop/FileDescriptor.h"
+#include "platform/UserFiles.h"
 
 #include <filesystem>
 #include <optional>
@@ -25,5 +26,11 @@ class AtomicFileReplacer final : public FileReplacer {
  public:
     std::error_code replace(const std::filesystem::path& file, const Source& source) override;
 };
+
+/// Keeps other processes that lock the same folder out for as long as the descriptor is held. On the folder,
+/// not on a file in it: files there are replaced, and a lock file would be one more to explain. Blocks for a
+/// second at most: then, and on a file system without locks, it is held by nobody, as a process that was
+/// stopped while holding it must not stop all others. Any thread.
+FileDescriptor lockFolder(const std::filesystem::path& folder);
 
 }  // namespace dorix

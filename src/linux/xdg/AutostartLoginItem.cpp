@@ -1,5 +1,6 @@
 #include "linux/xdg/AutostartLoginItem.h"
 
+#include "base/Error.h"
 #include "base/text/Text.h"
 #include "linux/xdg/AtomicFile.h"
 

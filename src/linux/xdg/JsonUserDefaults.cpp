@@ -2,7 +2,6 @@
 
 #include "base/Log.h"
 #include "linux/xdg/AtomicFile.h"
-#include "linux/xdg/FolderLock.h"
 
 #include <ctime>
 #include <utility>
@@ -111,7 +110,7 @@ void JsonUserDefaults::write() {
 }
 
 void JsonUserDefaults::writeMerged(const Changes& changes) {
-    const FolderLock alone(folderOf(file_));
+    const auto alone = lockFolder(folderOf(file_));
     auto merged = read();
     {
         std::scoped_lock lock(mutex_);

@@ -3,7 +3,7 @@
 #include "base/async/Timer.h"
 #include "overlay/Icon.h"
 #include "overlay/Placement.h"
-#include "platform/ClosureMenuItem.h"
+#include "platform/StatusItem.h"
 #include "views/OverlayPanel.h"
 
 #include <functional>

@@ -2,7 +2,7 @@
 
 #include "base/async/Timer.h"
 #include "overlay/Placement.h"
-#include "platform/ClosureMenuItem.h"
+#include "platform/StatusItem.h"
 #include "views/OverlayPanel.h"
 #include "views/panel/PanelScene.h"
 

@@ -1,5 +1,4 @@
 #include "adapters/harness/SessionBus.h"
-#include "linux/appearance/GtkSettings.h"
 #include "linux/appearance/LinuxAppearance.h"
 #include "linux/dbus/BusConnection.h"
 

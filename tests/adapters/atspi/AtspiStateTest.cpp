@@ -1,4 +1,4 @@
-#include "linux/atspi/AtspiRoles.h"
+#include "linux/atspi/AtspiProtocol.h"
 #include "linux/atspi/FocusTracker.h"
 
 #include <gtest/gtest.h>

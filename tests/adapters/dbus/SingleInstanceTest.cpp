@@ -1,4 +1,5 @@
 #include "adapters/harness/SessionBus.h"
+#include "base/async/ManualExecutor.h"
 #include "linux/dbus/DBusSingleInstance.h"
 
 #include <gmock/gmock.h>
@@ -13,15 +14,14 @@ namespace {
 using testing::ElementsAre;
 
 /// What a process has that ends before its loop runs.
-class NoLoop final : public WorkQueue, public FdWatcher {
+class NoLoop final : public ManualExecutor, public FdWatcher {
  public:
-    void post(Work) override {}
-    Token watchReadable(int, std::function<void()>) override { return nullptr; }
+    Subscription watchReadable(int, std::function<void()>) override { return {}; }
 };
 
 class SingleInstanceTest : public testing::Test {
  protected:
-    SingleInstance::Requests record() {
+    DBusSingleInstance::Requests record() {
         return {.reopen = [this] { log.emplace_back("reopen"); },
                 .action = [this](const std::string& action) { log.push_back("action " + action); }};
     }

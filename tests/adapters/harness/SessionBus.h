@@ -3,7 +3,7 @@
 #include "adapters/harness/EventLoop.h"
 #include "adapters/harness/OtherProgram.h"
 #include "fakes/TemporaryFolder.h"
-#include "linux/dbus/SdBus.h"
+#include "linux/dbus/BusConnection.h"
 
 #include <expected>
 #include <functional>
@@ -77,7 +77,7 @@ class BusPeer {
     EventLoop& loop_;
     Script script_;
     sdbus::Bus bus_;
-    FdWatcher::Token watch_;
+    Subscription watch_;
 };
 
 }  // namespace dorix

@@ -66,7 +66,7 @@ class OtherApplication {
     std::unique_ptr<X11Keyboard> keyboard_;
     xcb_window_t window_ = XCB_WINDOW_NONE;
     std::vector<std::string> keys_;
-    std::vector<X11Connection::Token> tokens_;
+    std::vector<Subscription> tokens_;
 };
 
 /// A test on the X display in $DISPLAY, with a window manager.

@@ -2,8 +2,7 @@
 #include "adapters/harness/OtherProgram.h"
 #include "fakes/TemporaryFolder.h"
 #include "linux/apps/DesktopEntry.h"
-#include "linux/process/LinuxProgramLauncher.h"
-#include "linux/process/XdgUrlOpener.h"
+#include "linux/process/LinuxProcesses.h"
 
 #include <gmock/gmock.h>
 #include <sys/wait.h>
@@ -49,7 +48,7 @@ class ProgramLauncherTest : public testing::Test {
     const fs::path program = folder / "bin/dorix";
     const fs::path trace = folder / "trace";
     EventLoop loop;
-    LinuxProgramLauncher launcher{loop.main, program};
+    LinuxProcesses launcher{loop.main, program};
 };
 
 TEST_F(ProgramLauncherTest, TheInstalledEntryIsWhatItIsOpenedBy) {
@@ -64,12 +63,12 @@ TEST_F(ProgramLauncherTest, TheInstalledEntryIsWhatItIsOpenedBy) {
     EXPECT_EQ(launcher.bundlePath(), program) << "an entry of something else";
     EXPECT_FALSE(launcher.open(folder / "none.desktop"));
     EXPECT_FALSE(launcher.open(folder / "none"));
-    EXPECT_EQ(LinuxProgramLauncher(loop.main, folder / "none").launchSelf({}), nullptr);
+    EXPECT_FALSE(LinuxProcesses(loop.main, folder / "none").launchSelf({}));
 }
 
 TEST_F(ProgramLauncherTest, WhatWasStartedIsWaitedFor) {
-    const auto helper = launcher.launchSelf({"help", "me"});
-    ASSERT_NE(helper, nullptr);
+    auto helper = launcher.launchSelf({"help", "me"});
+    ASSERT_TRUE(helper);
     EXPECT_TRUE(launcher.open(program));
     const auto noChildIsLeft = [] {
         siginfo_t ended{};
@@ -77,7 +76,7 @@ TEST_F(ProgramLauncherTest, WhatWasStartedIsWaitedFor) {
     };
     EXPECT_TRUE(loop.runUntil(noChildIsLeft));
     EXPECT_THAT(read(trace), testing::AnyOf("help me\n\n", "\nhelp me\n"));
-    helper->terminate();
+    helper();
     EXPECT_TRUE(openApplication(program));
     EXPECT_GT(wait(nullptr), 0) << "of itself nobody waits for it";
 }

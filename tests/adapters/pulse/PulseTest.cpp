@@ -126,29 +126,23 @@ TEST_F(PulseAudioEngineTest, WithoutAServerThereIsNoInput) {
     factory.reset();  // an engine may outlive it
 }
 
-/// Keeps the connection's thread as busy as looking a server up does.
-struct BusyWatcher final : PulseConnection::Watcher {
-    void sourcesRefreshed() override {
-        isBusy = true;
-        release.wait();
-    }
-
-    std::atomic<bool> isBusy = false;
-    std::promise<void> released;
-    std::shared_future<void> release{released.get_future()};
-};
-
 TEST(PulseConnectionTest, ABusyConnectionKeepsNobodyWaiting) {
     EventLoop loop;
     const auto connection = std::make_shared<PulseConnection>(loop.main, "unix:/nonexistent");
     PulseSystemSounds sounds(connection);
-    BusyWatcher watcher;
+    // As busy as looking a server up makes the connection's thread.
+    std::atomic<bool> isBusy = false;
+    std::promise<void> released;
+    Subscription refreshes;
     {
         const PulseConnection::Lock lock(*connection);
-        connection->addWatcher(watcher);
+        refreshes = connection->onRefresh([&, release = released.get_future().share()] {
+            isBusy = true;
+            release.wait();
+        });
     }
     connection->retryNow();
-    ASSERT_TRUE(loop.runUntil([&] { return watcher.isBusy.load(); }));
+    ASSERT_TRUE(loop.runUntil([&] { return isBusy.load(); }));
     const double before = loop.main.now();
     connection->retryNow();
     PulseAudioEngine engine(connection);
@@ -156,9 +150,9 @@ TEST(PulseConnectionTest, ABusyConnectionKeepsNobodyWaiting) {
     engine.stop();
     sounds.play("Tink", 0);
     EXPECT_LT(loop.main.now() - before, 0.5);
-    watcher.released.set_value();
+    released.set_value();
     const PulseConnection::Lock lock(*connection);
-    connection->removeWatcher(watcher);
+    refreshes.reset();
 }
 
 TEST(PulseConnectionTest, MayGoWhileItIsToTryAgain) {

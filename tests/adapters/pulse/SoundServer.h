@@ -3,7 +3,7 @@
 #include "adapters/harness/EventLoop.h"
 #include "adapters/harness/OtherProgram.h"
 #include "fakes/TemporaryFolder.h"
-#include "linux/pulse/PulseAudioEngineFactory.h"
+#include "linux/pulse/PulseAudioEngine.h"
 
 #include <gtest/gtest.h>
 

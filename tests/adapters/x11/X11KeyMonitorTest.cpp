@@ -47,7 +47,7 @@ class X11KeyMonitorTest : public XDesktopTest {
 
     std::unique_ptr<X11KeyEventMonitors> monitors_ =
         std::make_unique<X11KeyEventMonitors>(*connection_, keyboard_, input_, windows_);
-    std::vector<KeyEventMonitors::Token> tokens_;
+    std::vector<Subscription> tokens_;
     std::vector<KeyEvent> flags_;
     std::vector<KeyEvent> keys_;
     std::vector<KeyEvent> localKeys_;

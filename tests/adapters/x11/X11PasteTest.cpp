@@ -53,9 +53,9 @@ class X11PasteTest : public XDesktopTest {
     }
 
     X11Pasteboard pasteboard_{*connection_};
-    X11EventPoster poster_{*connection_, keyboard_, input_, windows_, pasteboard_};
+    X11EventPoster poster_{*connection_, keyboard_, input_, windows_, &pasteboard_};
     std::vector<KeyStroke> userStrokes_;
-    X11Connection::Token strokes_ =
+    Subscription strokes_ =
         input_.listen([this](const KeyStroke& stroke) { userStrokes_.push_back(stroke); });
 };
 

@@ -116,7 +116,7 @@ class RawOwner {
  private:
     X11Connection& connection_;
     xcb_window_t window_;
-    X11Connection::Token token_;
+    Subscription token_;
 };
 
 void refuse(RawOwner&, const RawOwner::Request&, const std::string&) {}

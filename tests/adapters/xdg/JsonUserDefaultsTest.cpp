@@ -3,9 +3,8 @@
 #include "fakes/TemporaryFolder.h"
 #include "linux/xdg/AtomicFile.h"
 #include "linux/xdg/AutostartLoginItem.h"
-#include "linux/xdg/FolderLock.h"
+#include "linux/xdg/Environment.h"
 #include "linux/xdg/JsonUserDefaults.h"
-#include "linux/xdg/LocaleEnvironment.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -207,7 +206,7 @@ TEST_F(XdgTest, TheFileMayGoOrBreakWhileItIsUsed) {
 
 TEST_F(XdgTest, AStoppedProcessDoesNotHoldTheOthersUp) {
     fs::create_directories(file.parent_path());
-    const FolderLock held(file.parent_path());
+    const auto held = lockFolder(file.parent_path());
     JsonUserDefaults(main, file).set("a", 1);
     EXPECT_EQ(Json::parse(read(file)).at("a"), 1);
 }

@@ -1,8 +1,6 @@
 #include "base/Observable.h"
 #include "base/async/AsyncStream.h"
-#include "base/async/Run.h"
 #include "base/async/SerialExecutor.h"
-#include "base/async/ThreadPool.h"
 #include "base/async/Timer.h"
 #include "unit/base/AsyncFixture.h"
 
@@ -19,19 +17,19 @@ namespace {
 using testing::ElementsAre;
 
 TEST_F(AsyncTest, WorkElsewhereComesBackToTheTasksOwnThread) {
-    ThreadPool pool;
+    SerialExecutor worker;
     TaskScope scope(executor);
-    const auto task = scope.spawn([](ThreadPool& workers) -> Task<int> {
+    const auto task = scope.spawn([](Executor& worker) -> Task<int> {
         const auto home = std::this_thread::get_id();
-        const auto there = co_await runOn(workers, [] { return std::this_thread::get_id(); });
+        const auto there = co_await runOn(worker, [] { return std::this_thread::get_id(); });
         co_return there != home&& home == std::this_thread::get_id() ? 1 : 0;
-    }(pool));
+    }(worker));
     finish(task);
     EXPECT_EQ(outcome(task), "1");
 
-    const auto failed = scope.spawn([](ThreadPool& workers) -> Task<void> {
-        co_await runOn(workers, [] { throw std::runtime_error("worker"); });
-    }(pool));
+    const auto failed = scope.spawn([](Executor& worker) -> Task<void> {
+        co_await runOn(worker, [] { throw std::runtime_error("worker"); });
+    }(worker));
     finish(failed);
     EXPECT_EQ(outcome(failed), "worker");
 }
@@ -39,12 +37,12 @@ TEST_F(AsyncTest, WorkElsewhereComesBackToTheTasksOwnThread) {
 TEST_F(AsyncTest, WorkElsewhereMayOutliveTheTaskThatWaits) {
     std::promise<void> release;
     auto released = release.get_future().share();
-    ThreadPool pool;
+    SerialExecutor worker;
     {
         TaskScope scope(executor);
-        scope.spawn([](ThreadPool& workers, std::shared_future<void> gate) -> Task<void> {
-            co_await runOn(workers, [gate] { gate.wait(); });
-        }(pool, released));
+        scope.spawn([](Executor& worker, std::shared_future<void> gate) -> Task<void> {
+            co_await runOn(worker, [gate] { gate.wait(); });
+        }(worker, released));
     }
     release.set_value();
 }
@@ -125,21 +123,36 @@ TEST_F(AsyncTest, TimersKeepTheirBeatAndStopFromInside) {
     EXPECT_FALSE(executor.hasTimers());
 }
 
-TEST(SerialExecutorTest, RunsInOrderOnItsOwnThreadAndDrainsAtTheEnd) {
+TEST(SerialExecutorTest, RunsInOrderOnItsOwnThreadAndRunsOutAtTheEnd) {
     std::vector<int> order;
     std::promise<bool> timerOnThread;
     {
         SerialExecutor serial;
         EXPECT_FALSE(serial.isCurrent());
-        const auto dropped = serial.after(1000, [&] { order.push_back(-1); });
-        serial.cancel(dropped);
-        serial.after(0.001, [&] { timerOnThread.set_value(serial.isCurrent()); });
+        serial.post([&] {
+            const auto dropped = serial.after(0, [&] { order.push_back(-1); });
+            serial.cancel(dropped);
+            serial.after(0.001, [&] { timerOnThread.set_value(serial.isCurrent()); });
+            serial.after(1000, [&] { order.push_back(-2); });
+        });
         EXPECT_TRUE(timerOnThread.get_future().get());
-        serial.after(1000, [&] { order.push_back(-2); });
         for (int i = 0; i < 100; ++i) serial.post([&order, i] { order.push_back(i); });
     }
     ASSERT_EQ(order.size(), 100U);
     EXPECT_TRUE(std::ranges::is_sorted(order));
+}
+
+TEST(SerialExecutorTest, WorkWithoutEndLeavesTimersTheirTurnAndMayBeDroppedAtTheEnd) {
+    std::promise<void> timerRan;
+    SerialExecutor serial(SerialExecutor::AtEnd::drop);
+    std::function<void()> again = [&] { serial.post(again); };
+    serial.post([&] {
+        serial.after(0.001, [&] { timerRan.set_value(); });
+        again();
+    });
+    timerRan.get_future().wait();
+    serial.stop();
+    serial.post([] { FAIL() << "it has stopped"; });
 }
 
 TEST(ObservableTest, TellsChangesOnlyAndToleratesObserversThatComeAndGo) {

@@ -1,5 +1,6 @@
 #include "base/async/Completion.h"
 #include "base/async/Sleep.h"
+#include "base/async/Timeout.h"
 #include "unit/base/AsyncFixture.h"
 
 #include <gmock/gmock.h>
@@ -131,6 +132,49 @@ TEST_F(AsyncTest, SleepThroughIsNotCutShort) {
     EXPECT_FALSE(task.isDone());
     executor.advanceTo(0.45);
     EXPECT_EQ(outcome(task), "1");
+}
+
+TEST_F(AsyncTest, AnOnlyWaiterGetsTheResultItselfNotACopy) {
+    using Text = std::unique_ptr<std::string>;
+    TaskScope scope(executor);
+    const auto wait = [](Completion<Text> result, Trace& out) -> Task<Text> {
+        auto text = co_await std::move(result);
+        out.push_back(*text);
+        co_return text;
+    };
+    const auto pass = [](TaskHandle<Text> handle, Trace& out) -> Task<void> {
+        out.push_back(*co_await std::move(handle).throughStop());
+    };
+    Completion<Text> result;
+    scope.spawn(pass(scope.spawn(wait(result, trace)), trace));
+    result.complete(std::make_unique<std::string>("moved"));
+    executor.runPosted();
+    EXPECT_THAT(trace, ElementsAre("moved", "moved"));
+}
+
+TEST_F(AsyncTest, ATimeoutGivesUpOnWhatIsLate) {
+    const auto report = [](Task<int> task, Trace& out) -> Task<void> {
+        const auto result = co_await withTimeout(std::move(task), 1);
+        out.push_back(result ? std::to_string(*result) : "late");
+    };
+    const auto marked = [](double seconds, Trace& out) -> Task<int> {
+        const Mark mark(out, "frame gone");
+        co_return co_await delayed(seconds, 7);
+    };
+    TaskScope scope(executor);
+    scope.spawn(report(marked(0.5, trace), trace));
+    scope.spawn(report(marked(1.5, trace), trace));
+    executor.advanceTo(1);
+    EXPECT_THAT(trace, ElementsAre("frame gone", "7", "frame gone", "late"));
+    EXPECT_FALSE(executor.hasTimers());
+
+    const auto broken = scope.spawn(withTimeout(failing(), 1));
+    const auto stopped = scope.spawn(withTimeout(marked(0.5, trace), 1));
+    stopped.cancel();
+    executor.advanceTo(2);
+    EXPECT_EQ(outcome(broken), "broken");
+    EXPECT_EQ(trace.back(), "frame gone");
+    EXPECT_FALSE(executor.hasTimers());
 }
 
 TEST_F(AsyncTest, AScopeDestroysItsTasksWhereTheyStand) {

@@ -1,6 +1,6 @@
+#include "base/text/Url.h"
 #include "context/AppContext.h"
 #include "context/AppTables.h"
-#include "context/PageUrl.h"
 #include "fakes/FakeAccessibility.h"
 #include "fakes/FakeDesktop.h"
 

@@ -1,5 +1,4 @@
 #include "base/async/ManualExecutor.h"
-#include "base/async/ThreadPool.h"
 #include "fakes/FakePasteboard.h"
 #include "fakes/MemoryUserDefaults.h"
 #include "fakes/TemporaryFolder.h"
@@ -146,22 +145,16 @@ class MemoryFiles final : public FileReplacer {
 
 class PanelExportTest : public PanelActsTest {
  protected:
-    /// Does the work when told to.
-    struct Background final : WorkQueue {
-        void post(Work work) override { works.push_back(std::move(work)); }
-        std::vector<Work> works;
-    };
-
     std::string exportTo(const std::filesystem::path& target) {
         std::string words = "not finished";
         exporter.onFinished = [&](const auto& told, bool) { words = told; };
         exporter.start(target, HistoryExportFormat::json);
-        for (auto& work : std::exchange(background.works, {})) work();
+        background.runPosted();
         executor.runPosted();
         return words;
     }
 
-    Background background;
+    ManualExecutor background;
     MemoryFiles files;
     UnavailableSavePanel savePanel;
     PanelExport exporter{executor, background, savePanel, files, file};
@@ -188,7 +181,7 @@ TEST_F(PanelExportTest, SaysInWordsWhyItFailed) {
     std::string words;
     nowhere.onFinished = [&](const auto& told, bool) { words = told; };
     nowhere.start("x.json", HistoryExportFormat::markdown);
-    background.works.front()();
+    background.runPosted();
     executor.runPosted();
     EXPECT_EQ(words, "No se ha podido leer el historial.");
     EXPECT_EQ(files.contents, "antes");
@@ -200,7 +193,7 @@ TEST_F(PanelExportTest, CanBeStopped) {
     exporter.onFinished = [&](const auto&, bool) { finished = true; };
     exporter.start("x.json", HistoryExportFormat::json);
     exporter.stop();
-    background.works.front()();
+    background.runPosted();
     executor.runPosted();
     EXPECT_FALSE(finished);
     EXPECT_FALSE(exporter.running.get());

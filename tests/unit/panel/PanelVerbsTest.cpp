@@ -5,7 +5,7 @@
 #include "fakes/dictation/FakeSpeechInput.h"
 #include "panel/HistoryPanel.h"
 #include "panel/PanelKeys.h"
-#include "platform/FileReplacer.h"
+#include "platform/UserFiles.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

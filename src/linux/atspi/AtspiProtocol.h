@@ -1,7 +1,20 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <string_view>
+
+namespace dorix {
+
+/// Where an accessible object is: the connection of the process that holds it, and its path there.
+struct ObjectRef {
+    std::string bus;
+    std::string path;
+
+    bool operator==(const ObjectRef&) const = default;
+};
+
+}  // namespace dorix
 
 namespace dorix::atspi {
 

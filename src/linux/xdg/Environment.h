@@ -1,8 +1,14 @@
 #pragma once
 
+#include "platform/Platform.h"
+
 #include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
 #include <vector>
 
+/// What the environment variables of the session say.
 namespace dorix {
 
 /// The user's folders by the XDG base directory rules, from the environment. A variable that
@@ -15,5 +21,13 @@ std::vector<std::filesystem::path> xdgDataFolders();
 
 /// Where the user keeps documents: what the desktop's file of user folders says, or else the home folder.
 std::filesystem::path xdgDocuments();
+
+/// The languages that the locale variables name (LANGUAGE, LC_ALL, LC_MESSAGES, LANG, as gettext reads them).
+/// The C locale, and none at all, is American English. `variable` gives a variable's value, nothing when it
+/// is unset or empty.
+SystemLanguages systemLanguages(const std::function<std::optional<std::string>(const char*)>& variable);
+
+/// The same from the process environment.
+SystemLanguages systemLanguages();
 
 }  // namespace dorix

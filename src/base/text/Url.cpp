@@ -1,8 +1,10 @@
-#include "context/PageUrl.h"
+#include "base/text/Url.h"
 
 #include "base/text/Text.h"
 
 #include <algorithm>
+#include <charconv>
+#include <system_error>
 
 namespace dorix {
 
@@ -36,9 +38,9 @@ bool isIPv6(std::string_view text) {
 /// after one is none.
 std::optional<std::string_view> authorityOf(std::string_view url) {
     if (!url.starts_with("//")) {
-        const auto colon = url.find(':');
-        if (colon == std::string_view::npos || !isScheme(url.substr(0, colon))) return std::nullopt;
-        url.remove_prefix(colon + 1);
+        const auto scheme = schemeOf(url);
+        if (!scheme) return std::nullopt;
+        url.remove_prefix(scheme->size() + 1);
     }
     if (!url.starts_with("//")) return std::nullopt;
     url.remove_prefix(2);
@@ -64,7 +66,33 @@ std::optional<std::string_view> namedHost(std::string_view hostAndPort) {
     return host;
 }
 
+std::optional<std::string> percentDecoded(std::string_view text) {
+    std::string decoded;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '%') {
+            decoded += text[i];
+            continue;
+        }
+        const std::string_view digits = text.substr(i + 1, 2);
+        unsigned char byte = 0;
+        const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), byte, 16);
+        if (error != std::errc() || digits.size() != 2 || end != digits.data() + 2 || byte == 0)
+            return std::nullopt;
+        decoded += static_cast<char>(byte);
+        i += 2;
+    }
+    return decoded;
+}
+
 }  // namespace
+
+std::optional<std::string_view> schemeOf(std::string_view url) {
+    const auto colon = url.find(':');
+    if (colon == std::string_view::npos || !isScheme(url.substr(0, colon))) return std::nullopt;
+    return url.substr(0, colon);
+}
+
+bool isWebAddress(std::string_view url) { return url.starts_with("https://") || url.starts_with("http://"); }
 
 std::optional<std::string> hostOf(std::string_view url) {
     auto authority = authorityOf(url);
@@ -73,6 +101,22 @@ std::optional<std::string> hostOf(std::string_view url) {
     const auto host = authority->starts_with('[') ? bracketedHost(*authority) : namedHost(*authority);
     if (!host) return std::nullopt;
     return text::lowercase(*host);
+}
+
+std::optional<std::filesystem::path> pathOfFileURL(std::string_view url) {
+    const auto scheme = schemeOf(url);
+    if (!scheme || text::lowercase(*scheme) != "file") return std::nullopt;
+    url.remove_prefix(scheme->size() + 1);
+    url = url.substr(0, url.find_first_of("?#"));
+    if (url.starts_with("//")) {
+        const auto slash = url.find('/', 2);
+        if (slash == std::string_view::npos) return std::nullopt;
+        const auto host = url.substr(2, slash - 2);
+        if (!host.empty() && host != "localhost") return std::nullopt;
+        url.remove_prefix(slash);
+    }
+    if (!url.starts_with('/')) return std::nullopt;
+    return percentDecoded(url);
 }
 
 }  // namespace dorix

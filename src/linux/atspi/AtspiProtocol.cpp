@@ -1,4 +1,4 @@
-#include "linux/atspi/AtspiRoles.h"
+#include "linux/atspi/AtspiProtocol.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "base/async/SystemClock.h"
+#include "base/async/Executor.h"
 
 #include <chrono>
 
@@ -11,7 +11,7 @@ double secondsOf() {
 }
 }  // namespace
 
-double steadySeconds() { return secondsOf<std::chrono::steady_clock>(); }
-double wallSeconds() { return secondsOf<std::chrono::system_clock>(); }
+double Executor::now() const { return secondsOf<std::chrono::steady_clock>(); }
+double Executor::date() const { return secondsOf<std::chrono::system_clock>(); }
 
 }  // namespace dorix

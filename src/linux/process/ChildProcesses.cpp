@@ -1,7 +1,9 @@
-#include "linux/process/Spawn.h"
+#include "linux/process/ChildProcesses.h"
 
 #include <fcntl.h>
 #include <spawn.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -74,6 +76,22 @@ std::optional<pid_t> spawn(const std::vector<std::string>& command, SpawnAs as) 
                                    arguments.data(), environ);
     if (error != 0) return std::nullopt;
     return process;
+}
+
+FileDescriptor openProcess(pid_t process) {
+    return FileDescriptor(
+        static_cast<int>(::syscall(SYS_pidfd_open, process, 0)));  // close-on-exec by itself
+}
+
+void ReapedChildren::add(pid_t child) {
+    const auto entry = children_.emplace(children_.end(), child, openProcess(child), Subscription());
+    if (!entry->process) return;
+    entry->token = watcher_.watchReadable(entry->process.get(), [this, entry] { ended(entry); });
+}
+
+void ReapedChildren::ended(std::list<Child>::iterator child) {
+    ::waitpid(child->id, nullptr, WNOHANG);
+    children_.erase(child);
 }
 
 }  // namespace dorix

@@ -1,0 +1,88 @@
+#pragma once
+
+#include "base/Observable.h"
+
+#include <cstdint>
+#include <functional>
+
+namespace dorix {
+
+struct KeyEvent {
+    std::uint16_t keyCode = 0;
+    /// The modifiers as they are after the event.
+    std::uint64_t modifierFlags = 0;
+
+    bool operator==(const KeyEvent&) const = default;
+};
+
+enum class KeyEventMask : std::uint64_t { keyDown = 1U << 10U, flagsChanged = 1U << 12U };
+
+/// Sees the keyboard whatever application has the focus. Key-downs come without auto-repeat. Everything on
+/// the main executor; nothing blocks.
+class KeyEventMonitors {
+ public:
+    using GlobalHandler = std::function<void(const KeyEvent&)>;
+    /// True swallows the event.
+    using LocalHandler = std::function<bool(const KeyEvent&)>;
+
+    virtual ~KeyEventMonitors() = default;
+
+    /// Sees the events that go to other applications, and cannot change them. Empty where the system does
+    /// not let us see them.
+    virtual Subscription addGlobalMonitor(KeyEventMask mask, GlobalHandler handler) = 0;
+
+    /// Sees the events that come to this application's own windows, before they do. Empty likewise.
+    virtual Subscription addLocalMonitor(KeyEventMask mask, LocalHandler handler) = 0;
+
+    /// Whether the keyboard reports the modifier key with this code at all; fn often is not.
+    virtual bool reportsKey(std::uint16_t keyCode) const = 0;
+};
+
+/// Where there is no keyboard to see.
+class UnavailableKeyEventMonitors final : public KeyEventMonitors {
+ public:
+    Subscription addGlobalMonitor(KeyEventMask, GlobalHandler) override { return {}; }
+    Subscription addLocalMonitor(KeyEventMask, LocalHandler) override { return {}; }
+    bool reportsKey(std::uint16_t) const override { return false; }
+};
+
+/// Sees the mouse whatever application it is used in. Everything on the main executor; nothing blocks.
+class MouseEventMonitors {
+ public:
+    using GlobalHandler = std::function<void()>;
+
+    virtual ~MouseEventMonitors() = default;
+
+    /// Sees the presses of buttons that go to other applications, and cannot change them; a turn of the wheel
+    /// is no press, nor is one in what pops up over the windows, such as an input method's candidates. Empty
+    /// where the system does not let us see them.
+    virtual Subscription addGlobalMonitor(GlobalHandler handler) = 0;
+};
+
+/// Where there is no mouse to see.
+class UnavailableMouseEventMonitors final : public MouseEventMonitors {
+ public:
+    Subscription addGlobalMonitor(GlobalHandler) override { return {}; }
+};
+
+/// Sends key events into the system as if typed, to whatever has the focus. Main executor; does not wait for
+/// the events to arrive.
+class EventPoster {
+ public:
+    enum class Direction { down, up };
+
+    virtual ~EventPoster() = default;
+
+    /// One key event with these modifier flags. For the command flag the adapter presses what the application
+    /// in front takes for its command chord (Ctrl, or Ctrl and Shift in a terminal). Modifiers that the user
+    /// holds at that moment do not mix into it.
+    virtual void postKeyboardEvent(std::uint16_t keyCode, Direction direction, std::uint64_t flags) = 0;
+};
+
+/// Events go nowhere.
+class UnavailableEventPoster final : public EventPoster {
+ public:
+    void postKeyboardEvent(std::uint16_t, Direction, std::uint64_t) override {}
+};
+
+}  // namespace dorix
