@@ -1,9 +1,7 @@
-// The whole decision on one utterance, all tests of it, by the rules and by the naive evaluation with ICU.
+// The whole decision on one utterance, all tests of it.
 
-#include "base/text/Text.h"
-#include "oracles/NaiveIntentRules.h"
+#include "oracles/IntentOracle.h"
 #include "oracles/UtteranceGenerator.h"
-#include "routing/IntentRules.h"
 
 #include <benchmark/benchmark.h>
 
@@ -30,9 +28,11 @@ constexpr auto utterances = std::to_array<std::string_view>({
     "terminado?",
 });
 
-const NaiveIntentRules& naive() {
-    static const NaiveIntentRules instance;
-    return instance;
+std::array<bool, intentTests.size()> judge(std::string_view transcript) {
+    const Utterance utterance(transcript);
+    std::array<bool, intentTests.size()> holds{};
+    for (std::size_t i = 0; i < holds.size(); ++i) holds.at(i) = intentTests.at(i)(utterance);
+    return holds;
 }
 
 void decision(benchmark::State& state) {
@@ -41,29 +41,10 @@ void decision(benchmark::State& state) {
 }
 BENCHMARK(decision)->DenseRange(0, utterances.size() - 1)->Unit(benchmark::kMicrosecond);
 
-void naiveDecision(benchmark::State& state) {
-    const auto transcript = utterances[static_cast<std::size_t>(state.range(0))];
-    for (auto _ : state) benchmark::DoNotOptimize(naive().judge(transcript));
-}
-BENCHMARK(naiveDecision)->DenseRange(0, utterances.size() - 1)->Unit(benchmark::kMicrosecond);
-
-// The naive tests where the text is normalised once for all of them, by the rules' own normaliser.
-void naiveTestsAlone(benchmark::State& state) {
-    const auto transcript = utterances[static_cast<std::size_t>(state.range(0))];
-    const auto normalised = IntentRules::normalise(transcript);
-    for (auto _ : state) benchmark::DoNotOptimize(naive().judgeNormalised(normalised, transcript));
-}
-BENCHMARK(naiveTestsAlone)->DenseRange(0, utterances.size() - 1)->Unit(benchmark::kMicrosecond);
-
 void normaliser(benchmark::State& state) {
     for (auto _ : state) benchmark::DoNotOptimize(IntentRules::normalise(utterances[0]));
 }
 BENCHMARK(normaliser)->Unit(benchmark::kMicrosecond);
-
-void naiveNormaliser(benchmark::State& state) {
-    for (auto _ : state) benchmark::DoNotOptimize(naive().normalise(utterances[0]));
-}
-BENCHMARK(naiveNormaliser)->Unit(benchmark::kMicrosecond);
 
 // Utterances that were never judged before: what has yet to be built is in the figure.
 void decisionOnNewUtterances(benchmark::State& state) {
@@ -93,13 +74,6 @@ void longUtterance(benchmark::State& state) {
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
 }
 BENCHMARK(longUtterance)->DenseRange(0, 4)->Unit(benchmark::kMillisecond);
-
-// The time of the naive tests grows with the square of the words here, so there are few.
-void naiveLongUtterance(benchmark::State& state) {
-    const auto text = "please add " + repeated("add to my ", static_cast<std::size_t>(state.range(0)) / 3);
-    for (auto _ : state) benchmark::DoNotOptimize(naive().judge(text));
-}
-BENCHMARK(naiveLongUtterance)->Arg(1'000)->Arg(2'000)->Arg(4'000)->Unit(benchmark::kMillisecond);
 
 void secretContent(benchmark::State& state) {
     const std::string text = repeated("Nuestra propuesta para el cliente, con precios. ", 20);

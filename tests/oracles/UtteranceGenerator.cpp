@@ -7,29 +7,24 @@
 
 #include <array>
 #include <set>
-#include <span>
 
 namespace dorix {
 
 namespace {
 
-std::vector<std::string_view> allPatterns() {
+/// Phrases are patterns of letters alone.
+const std::vector<std::string_view>& allPatterns() {
     using namespace intentpatterns;
-    std::vector<std::string_view> all;
-    for (const auto rows : {teach(), search(), action(), meetingStart(), meetingStop(), teachDone()}) {
-        all.insert(all.end(), rows.begin(), rows.end());
-    }
-    return all;
-}
-
-std::vector<std::string_view> allPhrases() {
     using namespace intentwords;
-    std::vector<std::string_view> all;
-    for (const auto rows : {fillerPrefixes(), recapPhrases(), selectionVerbs(), selectionPhrases(),
-                            transformVerbs(), transformPhrases(), replyOpenings(), selectionOpenings(),
-                            screenPhrases(), screenQuestionOpenings()}) {
-        all.insert(all.end(), rows.begin(), rows.end());
-    }
+    static const std::vector<std::string_view> all = [] {
+        std::vector<std::string_view> rows;
+        for (const auto some :
+             {teach(), search(), action(), meetingStart(), meetingStop(), teachDone(), fillerPrefixes(),
+              recapPhrases(), selectionPhrases(), transformPhrases(), screenPhrases()}) {
+            rows.insert(rows.end(), some.begin(), some.end());
+        }
+        return rows;
+    }();
     return all;
 }
 
@@ -47,11 +42,9 @@ const std::vector<std::string>& intentVocabulary() {
     static const std::vector<std::string> vocabulary = [] {
         const Regex others(R"(\\.|[^a-z])");  // also the letter that names a class of characters
         std::set<std::string> words;
-        for (const auto& texts : {allPatterns(), allPhrases()}) {
-            for (const auto text : texts) {
-                const auto letters = others.replaceAll(text, " ");
-                for (const auto word : text::words(letters)) words.emplace(word);
-            }
+        for (const auto pattern : allPatterns()) {
+            const auto letters = others.replaceAll(pattern, " ");
+            for (const auto word : text::words(letters)) words.emplace(word);
         }
         return std::vector<std::string>(words.begin(), words.end());
     }();
@@ -59,24 +52,19 @@ const std::vector<std::string>& intentVocabulary() {
 }
 
 std::string UtteranceGenerator::next() {
-    static const auto patterns = allPatterns();
-    static const auto phrases = allPhrases();
     std::string text;
     if (happens(30)) text += pick(intentwords::fillerPrefixes());
     if (happens(15)) text += words(1 + random_() % 3) + " ";
     std::size_t start = 0;
-    text += happens(70) ? choice(pick(patterns), start) : std::string(pick(phrases));
+    text += choice(pick(allPatterns()), start);
     if (happens(60)) text += " " + words(1 + random_() % 10);
     while (happens(40)) mutate(text);
     return text;
 }
 
 std::string UtteranceGenerator::words(std::size_t count) {
-    std::string text;
-    for (std::size_t i = 0; i < count; ++i) {
-        if (i > 0) text += ' ';
-        text += pick(intentVocabulary());
-    }
+    std::string text = pick(intentVocabulary());
+    for (std::size_t i = 1; i < count; ++i) text += " " + pick(intentVocabulary());
     return text;
 }
 

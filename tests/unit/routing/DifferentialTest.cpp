@@ -1,5 +1,5 @@
 #include "base/text/Text.h"
-#include "oracles/NaiveIntentRules.h"
+#include "oracles/IntentOracle.h"
 #include "oracles/UtteranceGenerator.h"
 
 #include <gtest/gtest.h>
@@ -9,15 +9,14 @@
 namespace dorix {
 namespace {
 
-/// What the rules say, which has to be what the naive evaluation says.
+/// What the rules say, which has to be what they say by ICU.
 std::string agreed(std::string_view transcript) {
-    static const NaiveIntentRules naive;
-    const auto intents = describe(judge(transcript));
-    EXPECT_EQ(intents, describe(naive.judge(transcript))) << "of \"" << transcript << '"';
+    auto intents = judged(transcript);
+    EXPECT_EQ(intents, judgedByIcu(transcript)) << "of \"" << transcript << '"';
     return intents;
 }
 
-TEST(IntentRulesDifferentialTest, AgreesWithTheNaiveEvaluationOnGeneratedUtterances) {
+TEST(IntentRulesDifferentialTest, AgreesWithIcuOnGeneratedUtterances) {
     UtteranceGenerator generator(20240501);
     int searches = 0;
     int actions = 0;
@@ -27,14 +26,17 @@ TEST(IntentRulesDifferentialTest, AgreesWithTheNaiveEvaluationOnGeneratedUtteran
         actions += intents.contains(", action") ? 1 : 0;
     }
     // A generator that only ever hits or misses would show nothing.
-    for (const int count : {searches, actions}) EXPECT_TRUE(count > 500 && count < 4'500) << count;
+    for (const int count : {searches, actions}) EXPECT_TRUE(count > 250 && count < 4'750) << count;
 }
 
 TEST(IntentRulesDifferentialTest, AgreesOnEveryCharacterAroundWords) {
     for (char32_t c = 1; c < 0x3000 && !HasFailure(); ++c) {
-        if (c >= 0x250 && c < 0x2000 && c % 7 != 0) continue;  // the scripts between are much alike
+        if (c >= 0x250 && c < 0x2000 && c % 17 != 0) continue;  // the scripts between are much alike
         const std::string character = std::filesystem::path(std::u32string(1, c)).string();
-        agreed(text::replaceAll("_add_it to_ my calendar_", "_", character));
+        for (const auto* text :
+             {"_add it to my calendar", "add_it to my calendar", "add it to my calendar_"}) {
+            agreed(text::replaceAll(text, "_", character));
+        }
     }
 }
 
