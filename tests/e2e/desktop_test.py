@@ -42,12 +42,8 @@ class DesktopTest(unittest.TestCase):
         self.assertGreater(len(processes_in(self.runtime)), 5)
         return process
 
-    def assert_ended(self):
-        wait_until(lambda: not processes_in(self.runtime), END_TIMEOUT)
-        self.assertEqual(processes_in(self.runtime), {})
-
     def assert_nothing_left(self):
-        self.assert_ended()
+        self.assertTrue(wait_until(lambda: not processes_in(self.runtime), END_TIMEOUT), processes_in(self.runtime))
         self.assertTrue(wait_until(lambda: not self.runtime.exists(), END_TIMEOUT))
 
     def test_nothing_is_left_after_the_command_or_a_signal(self):
@@ -68,16 +64,6 @@ class DesktopTest(unittest.TestCase):
                 os.kill(process.pid if half == "front" else children(process.pid)[0], signal.SIGKILL)
                 process.wait(20)
                 self.assert_nothing_left()
-
-    def test_nothing_goes_on_when_both_halves_are_killed_at_once(self):
-        process = self.start("mousepad --disable-server & "
-                             "xdotool search --sync --onlyvisible --class mousepad >/dev/null; ")
-        inner = children(process.pid)[0]
-        process.send_signal(signal.SIGSTOP)  # so that it cannot act on the other one's death
-        os.kill(inner, signal.SIGKILL)
-        process.kill()
-        process.wait(20)
-        self.assert_ended()
 
 
 if __name__ == "__main__":
