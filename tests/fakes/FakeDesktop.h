@@ -1,7 +1,9 @@
 #pragma once
 
+#include "base/Error.h"
 #include "base/async/Completion.h"
 #include "platform/InputEvents.h"
+#include "platform/LoginItem.h"
 #include "platform/PrivacyGrants.h"
 #include "platform/Processes.h"
 #include "platform/StatusItem.h"
@@ -122,6 +124,32 @@ class RecordingSystemSounds final : public SystemSounds {
     }
 
     std::vector<std::string> played;
+};
+
+class FakeUrlOpener final : public UrlOpener {
+ public:
+    bool open(const std::string& url) override {
+        opened.push_back(url);
+        return true;
+    }
+
+    std::vector<std::string> opened;
+};
+
+class FakeLoginItem final : public LoginItem {
+ public:
+    bool registered = false;
+    bool refuses = false;
+
+    void registerApplication() override { set(true); }
+    void unregisterApplication() override { set(false); }
+    bool isRegistered() const override { return registered; }
+
+ private:
+    void set(bool value) {
+        if (refuses) throw MessageError("refused");
+        registered = value;
+    }
 };
 
 }  // namespace dorix

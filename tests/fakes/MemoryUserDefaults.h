@@ -24,32 +24,24 @@ class MemoryUserDefaults final : public UserDefaults {
         return found->second;
     }
 
-    void set(std::string_view key, Json value) override {
-        {
-            std::scoped_lock lock(mutex_);
-            auto& slot = values_[std::string(key)];
-            if (slot == value) return;
-            slot = std::move(value);
-        }
-        notify(key);
-    }
-
-    void remove(std::string_view key) override {
-        {
-            std::scoped_lock lock(mutex_);
-            const auto found = values_.find(key);
-            if (found == values_.end()) return;
-            values_.erase(found);
-        }
-        notify(key);
-    }
+    void set(std::string_view key, Json value) override { change(key, std::move(value)); }
+    void remove(std::string_view key) override { change(key, std::nullopt); }
 
     Subscription observe(std::string_view key, Observer observer) override {
         return observers_[std::string(key)].add(std::move(observer));
     }
 
  private:
-    void notify(std::string_view key) {
+    void change(std::string_view key, std::optional<Json> to) {
+        if (value(key) == to) return;
+        {
+            std::scoped_lock lock(mutex_);
+            if (to) {
+                values_[std::string(key)] = std::move(*to);
+            } else {
+                values_.erase(std::string(key));
+            }
+        }
         if (const auto found = observers_.find(key); found != observers_.end()) found->second.notify();
     }
 

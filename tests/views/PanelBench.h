@@ -1,9 +1,8 @@
 #pragma once
 
 #include "dictation/AppState.h"
-#include "fakes/FakeLoginItem.h"
+#include "fakes/FakeDesktop.h"
 #include "fakes/FakePasteboard.h"
-#include "fakes/FakeUrlOpener.h"
 #include "fakes/TemporaryFolder.h"
 #include "fakes/dictation/FakeSpeechInput.h"
 #include "linux/xdg/AtomicFile.h"

@@ -1,6 +1,6 @@
 #include "Command.h"
 #include "dictation/PushToTalkMonitor.h"
-#include "fakes/FakeKeyEventMonitors.h"
+#include "fakes/FakeKeys.h"
 #include "fakes/dictation/DictationBench.h"
 
 #include <algorithm>

@@ -8,8 +8,11 @@
 #include "learning/Teaching.h"
 #include "meeting/Meeting.h"
 #include "memory/DocumentReader.h"
+#include "writing/BasicPolisher.h"
+#include "writing/TextPolisher.h"
 
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -110,6 +113,35 @@ class FakeDocumentReader final : public DocumentReader {
         }
         co_return std::nullopt;
     }
+};
+
+/// Writes by rule and keeps what it was asked.
+class RecordingWriter final : public Writer {
+ public:
+    Task<PolishResult> polish(PolishRequest request) override {
+        requests.push_back(request);
+        if (breaks) throw std::runtime_error("the writer broke");
+        co_return polisher_.polished(request.transcript);
+    }
+    Task<WriteOrAsk> writeOrAsk(PolishRequest request) override {
+        judged.push_back(request);
+        if (judgement == Judgement::ask) co_return Ask{};
+        co_return polisher_.polished(request.transcript);
+    }
+    bool usesCloudEngine() const override { return cloud; }
+    void prewarm(PolishRequest request) override { prewarmed.push_back(std::move(request)); }
+
+    enum class Judgement { write, ask };
+
+    bool cloud = false;
+    bool breaks = false;  // it fails, which no writer may
+    Judgement judgement = Judgement::write;
+    std::vector<PolishRequest> judged;
+    std::vector<PolishRequest> requests;
+    std::vector<PolishRequest> prewarmed;
+
+ private:
+    BasicPolisher polisher_;
 };
 
 }  // namespace dorix

@@ -2,8 +2,8 @@
 #include "context/TextInsertion.h"
 #include "context/TextSelection.h"
 #include "fakes/FakeAccessibility.h"
+#include "fakes/FakeKeys.h"
 #include "fakes/FakePasteboard.h"
-#include "fakes/RecordingEventPoster.h"
 #include "platform/KeyCodes.h"
 
 #include <gmock/gmock.h>

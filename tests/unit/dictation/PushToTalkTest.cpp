@@ -1,8 +1,6 @@
 #include "base/async/ManualExecutor.h"
-#include "dictation/GlobalHotKey.h"
 #include "dictation/PushToTalkMonitor.h"
-#include "fakes/FakeHotKeyRegistrar.h"
-#include "fakes/FakeKeyEventMonitors.h"
+#include "fakes/FakeKeys.h"
 #include "platform/KeyCodes.h"
 
 #include <gmock/gmock.h>
@@ -102,18 +100,6 @@ TEST_F(PushToTalkTest, EscapeCancelsAHoldAndIsSwallowedOnlyInOwnWindows) {
     EXPECT_FALSE(keyboard.keyDown(keycode::escape)) << "other applications keep their events";
 }
 
-TEST_F(PushToTalkTest, DisabledItIgnoresModifiersAndResetIsSilent) {
-    monitor.isEnabled = false;
-    hold();
-    EXPECT_THAT(calls, IsEmpty());
-    monitor.isEnabled = true;
-    hold();
-    monitor.reset();
-    release();
-    executor.advanceBy(1);
-    EXPECT_THAT(calls, ElementsAre("begin", "confirm"));
-}
-
 TEST_F(PushToTalkTest, StartingAgainKeepsFourMonitorsAndDoesWithoutARefusedOne) {
     const auto installed = [this](bool refuse) {
         keyboard.refuseGlobal = refuse;
@@ -124,37 +110,6 @@ TEST_F(PushToTalkTest, StartingAgainKeepsFourMonitorsAndDoesWithoutARefusedOne) 
     EXPECT_EQ(installed(true), 2);
     monitor.stop();
     EXPECT_EQ(keyboard.installed(), 0);
-}
-
-class GlobalHotKeyTest : public testing::Test {
- protected:
-    std::unique_ptr<GlobalHotKey> make(std::uint32_t id) {
-        const auto number = std::to_string(id);
-        return GlobalHotKey::make(table, keycode::space, hotkeymodifier::option, id,
-                                  {.pressed = [this, number] { calls.push_back("pressed " + number); },
-                                   .released = [this, number] { calls.push_back("released " + number); }});
-    }
-
-    ManualExecutor executor;
-    FakeHotKeyRegistrar registrar;
-    HotKeyTable table{executor, registrar};
-    std::vector<std::string> calls;
-};
-
-TEST_F(GlobalHotKeyTest, DispatchesByNumberLaterAndOnlyToThoseThatLive) {
-    const auto first = make(1);
-    auto second = make(2);
-    EXPECT_EQ(registrar.registered.begin()->second,
-              (FakeHotKeyRegistrar::Chord{49, 0x800, {.signature = 0x44525821, .id = 1}}));
-    registrar.send(1, HotKeyRegistrar::eventPressed);
-    registrar.send(2, HotKeyRegistrar::eventPressed);
-    registrar.send(1, HotKeyRegistrar::eventReleased);
-    registrar.send(3, HotKeyRegistrar::eventPressed);
-    EXPECT_THAT(calls, IsEmpty());
-    second.reset();
-    executor.runPosted();
-    EXPECT_THAT(calls, ElementsAre("pressed 1", "released 1"));
-    EXPECT_EQ(registrar.registered.size(), 1U);
 }
 
 }  // namespace

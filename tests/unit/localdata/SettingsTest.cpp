@@ -1,5 +1,5 @@
 #include "base/Log.h"
-#include "fakes/FakeLoginItem.h"
+#include "fakes/FakeDesktop.h"
 #include "fakes/MemoryUserDefaults.h"
 #include "localdata/Language.h"
 #include "localdata/SettingsStore.h"

@@ -1,6 +1,6 @@
 #include "base/async/ManualExecutor.h"
+#include "fakes/FakeDesktop.h"
 #include "fakes/FakePasteboard.h"
-#include "fakes/FakeUrlOpener.h"
 #include "fakes/TemporaryFolder.h"
 #include "fakes/dictation/FakeSpeechInput.h"
 #include "panel/HistoryPanel.h"
@@ -20,10 +20,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 using With = PanelKeyPress::With;
-
-struct NoFiles final : FileReplacer {
-    std::error_code replace(const std::filesystem::path&, const Source&) override { return {}; }
-};
 
 /// The panel without a window, over three items: "c", "b" and, the oldest, "a".
 class PanelVerbsTest : public testing::Test {
@@ -52,7 +48,7 @@ class PanelVerbsTest : public testing::Test {
     FakePasteboard pasteboard;
     FakeUrlOpener urls;
     UnavailableSavePanel savePanel;
-    NoFiles files;
+    UnavailableFileReplacer files;
     PanelExport exporter{executor, executor, savePanel, files, folder.path() / "dorix.sqlite"};
     HistoryPanel panel{executor, state, speech, history, pasteboard, urls, exporter};
 };
@@ -65,11 +61,14 @@ TEST_F(PanelVerbsTest, OffersWhatCanBeDone) {
     EXPECT_THAT(offered(VerbPlace::detail), ElementsAre("Insertar de nuevo", "Copiar"));
     perform(panel, "copy");
     EXPECT_THAT(offered(VerbPlace::detail), ElementsAre("Insertar de nuevo", "Copiado"));
+    EXPECT_THAT(pasteboard.log, ElementsAre("clear", "setString b")) << "and no transient marker";
 
     Menu menu = panelMenu(panel, VerbPlace::itemMenu);
     ASSERT_EQ(menu.size(), 4U);
     EXPECT_EQ(menu[1].label, "Copiar") << "a menu says what it does, not what was done";
     EXPECT_TRUE(menu[2].isSeparator());
+    executor.advanceBy(2);
+    EXPECT_THAT(offered(VerbPlace::detail), ElementsAre("Insertar de nuevo", "Copiar"));
     menu[3].handler();
     EXPECT_EQ(history.items().size(), 2U);
     EXPECT_FALSE(perform(panel, "close")) << "without anybody who could";

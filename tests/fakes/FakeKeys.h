@@ -1,11 +1,32 @@
 #pragma once
 
+#include "platform/HotKeyRegistrar.h"
 #include "platform/InputEvents.h"
 
+#include <functional>
 #include <utility>
 #include <vector>
 
 namespace dorix {
+
+/// Hot keys that the test presses.
+class FakeHotKeyRegistrar final : public HotKeyRegistrar {
+ public:
+    void installEventHandler(Handler handler) override { handler_ = std::move(handler); }
+    std::expected<Ref, Status> registerHotKey(std::uint16_t, std::uint32_t, HotKeyID) override {
+        if (refuseWith != 0) return std::unexpected(refuseWith);
+        return ++lastRef_;
+    }
+    void unregisterHotKey(Ref) override {}
+
+    void send(std::uint32_t id, std::uint32_t kind) { handler_({0, id}, kind); }
+
+    Status refuseWith = 0;
+
+ private:
+    Handler handler_;
+    Ref lastRef_ = 0;
+};
 
 /// A keyboard that the test types on, into other applications unless it says otherwise.
 class FakeKeyEventMonitors final : public KeyEventMonitors {
@@ -62,6 +83,25 @@ class FakeKeyEventMonitors final : public KeyEventMonitors {
     }
 
     std::vector<std::weak_ptr<Monitor>> monitors_;
+};
+
+/// Keeps what is posted; `onPost` plays the application that gets it.
+class RecordingEventPoster final : public EventPoster {
+ public:
+    struct Posted {
+        std::uint16_t keyCode = 0;
+        Direction direction = Direction::down;
+        std::uint64_t flags = 0;
+        bool operator==(const Posted&) const = default;
+    };
+
+    std::vector<Posted> posted;
+    std::function<void(const Posted&)> onPost;
+
+    void postKeyboardEvent(std::uint16_t keyCode, Direction direction, std::uint64_t flags) override {
+        posted.push_back({keyCode, direction, flags});
+        if (onPost) onPost(posted.back());
+    }
 };
 
 }  // namespace dorix
