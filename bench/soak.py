@@ -2,7 +2,7 @@
 """A long stretch of use: dictations, clicks, drags, menus, other languages and themes, over and over. Not part of the
 test run.
 
-    tests/e2e/soak.py [--binary PATH] [--minutes N]
+    bench/soak.py [--binary PATH] [--minutes N]
 
 Fails when a dictation is not typed, a drag does not move the icon, or the icon does not say its name in the language
 and show its disc in the theme that was chosen; when the log gains a line, when a file descriptor stays open, or when the
@@ -18,7 +18,7 @@ import time
 from pathlib import Path
 
 sys.dont_write_bytecode = True
-ROOT = Path(__file__).resolve().parents[2]
+ROOT = Path(__file__).resolve().parents[1]
 sys.path[:0] = [str(ROOT / "tools/demo"), str(ROOT / "tools/desktop")]
 
 from dorix import Dorix  # noqa: E402
