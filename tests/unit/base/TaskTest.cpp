@@ -37,18 +37,6 @@ struct Mark {
     ~Mark() { trace->push_back(text); }
 };
 
-TEST_F(AsyncTest, ExceptionsReachEveryWaiter) {
-    TaskScope scope(executor);
-    const auto task = scope.spawn(failing());
-    const auto parent = scope.spawn([](TaskHandle<void> inner) -> Task<int> {
-        co_await inner;
-        co_return 1;
-    }(task));
-    executor.advanceTo(1);
-    EXPECT_EQ(outcome(task), "broken");
-    EXPECT_EQ(outcome(parent), "broken");
-}
-
 TEST_F(AsyncTest, SeveralWaitersGoOnWhenATaskEnds) {
     TaskScope scope(executor);
     const auto task = scope.spawn(delayed(1, 7));
@@ -119,19 +107,6 @@ TEST_F(AsyncTest, WhoComesFirstDecidesBetweenCompletionAndCancellation) {
     executor.runPosted();
     EXPECT_EQ(outcome(cancelled), "cancelled");
     EXPECT_FALSE(late.complete(5)) << "the first result stands";
-}
-
-TEST_F(AsyncTest, SleepThroughIsNotCutShort) {
-    TaskScope scope(executor);
-    const auto task = scope.spawn([]() -> Task<int> {
-        co_await sleepThrough(0.45);
-        co_return 1;
-    }());
-    task.cancel();
-    executor.advanceTo(0.44);
-    EXPECT_FALSE(task.isDone());
-    executor.advanceTo(0.45);
-    EXPECT_EQ(outcome(task), "1");
 }
 
 TEST_F(AsyncTest, AnOnlyWaiterGetsTheResultItselfNotACopy) {

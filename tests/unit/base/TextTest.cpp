@@ -55,22 +55,6 @@ TEST(TextTest, FoldsCaseAndDiacriticsAway) {
     EXPECT_EQ(text::replaceAll("**a** **", "**", ""), "a ");
 }
 
-TEST(TextTest, SurvivesBytesThatAreNotText) {
-    const std::string broken = "a\xFF\xC3 \x80";
-    EXPECT_LE(text::prefix(broken, 2).size(), broken.size());
-    EXPECT_EQ(text::trim(broken), broken);
-    EXPECT_FALSE(text::fold(broken).empty());
-    EXPECT_GE(text::length(broken), 3U);
-}
-
-TEST(RegexTest, SearchesUnanchoredAndReplacesWithGroups) {
-    const Regex word(R"(\bniño\b)", Regex::Case::ignored);
-    EXPECT_TRUE(word.matches("el NIÑO come"));
-    EXPECT_FALSE(word.matches("niños"));
-    EXPECT_FALSE(Regex("Niño").matches("niño"));
-    EXPECT_EQ(Regex(R"((\w+) (\w+))").replaceAll("uno dos", "$2 $1"), "dos uno");
-}
-
 TEST(UuidTest, IsARandomUuid) {
     const Regex version4("^[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}$");
     EXPECT_TRUE(version4.matches(makeUuid()));

@@ -1,6 +1,5 @@
 #include "base/text/Url.h"
 #include "context/AppContext.h"
-#include "context/AppTables.h"
 #include "fakes/FakeAccessibility.h"
 #include "fakes/FakeDesktop.h"
 
@@ -167,34 +166,6 @@ TEST(HostOf, TakesAddressesApart) {
           "://h", "1x://h", "https:/h", "https://user@/"}) {
         EXPECT_EQ(hostOf(none), std::nullopt) << none;
     }
-}
-
-TEST(StoredRowIcon, SiteNameFirstThenIdentifier) {
-    const auto icon = [](const char* name, const std::optional<std::string>& bundleID) {
-        return glyphName(storedRowIcon(name, bundleID));
-    };
-    EXPECT_EQ(icon("Gmail", chrome), "envelopeSimple");
-    EXPECT_EQ(icon("gmail", chrome), "browser");
-    EXPECT_EQ(icon("LinkedIn", std::nullopt), "linkedinLogo");
-    EXPECT_EQ(icon("Terminal", "com.apple.Terminal"), "terminalWindow");
-    EXPECT_EQ(icon("Algo", std::nullopt), "appWindow");
-}
-
-TEST(AppTables, HostsAreWrittenAsAddressesAreRead) {
-    for (const auto host : apptables::aiChatHosts()) EXPECT_EQ(hostOf("https://" + std::string(host)), host);
-}
-
-TEST(Names, EveryToneAndGlyphIsFoundByItsName) {
-    for (int i = 0; i <= static_cast<int>(Tone::neutral); ++i) {
-        const auto tone = static_cast<Tone>(i);
-        EXPECT_EQ(toneNamed(toneName(tone)), tone);
-        EXPECT_FALSE(historyLabel(tone).empty());
-    }
-    for (int i = 0; i <= static_cast<int>(Ph::linkedinLogo); ++i) {
-        const auto glyph = static_cast<Ph>(i);
-        EXPECT_EQ(glyphNamed(glyphName(glyph)), glyph);
-    }
-    EXPECT_EQ(toneNamed("Informal"), std::nullopt);
 }
 
 }  // namespace

@@ -17,7 +17,6 @@ using enum DictationController::Source;
 class ComposerTest : public testing::Test {
  protected:
     ComposerTest() {
-        flow.closePanel = [this] { bench.state.panelOpen.set(false); };
         bench.state.panelOpen.set(true);
         bench.speech.transcript = "qué hora es";
     }
@@ -119,22 +118,6 @@ TEST_F(ComposerTest, ItsQuestionGoesToTheAssistant) {
     EXPECT_EQ(bench.state.query.get(), "");
     EXPECT_EQ(bench.state.section.get(), PanelSection::todo);
     EXPECT_EQ(bench.state.selectedID.get(), "id");
-}
-
-TEST_F(ComposerTest, AnItemIsTypedAgainWithoutItsMarkup) {
-    flow.panelTarget = {.app = RunningApplication{.processIdentifier = 7}, .displayName = "Editor"};
-    HistoryItem shown{.answer = "**Hola** `x`"};
-    flow.closePanel = [&] {
-        flow.panelTarget = {};
-        shown = {};
-    };
-    flow.reinsert(shown);
-    bench.executor.advanceBy(0.17);
-    EXPECT_EQ(bench.workspace.activated.at(0).processIdentifier, 7);
-    EXPECT_EQ(bench.inserted, std::nullopt);
-    bench.executor.advanceBy(0.01 + 0.45);
-    EXPECT_EQ(bench.inserted, "Hola x");
-    EXPECT_EQ(bench.state.hud.get(), HUDPhase::done("Escrito en Editor"));
 }
 
 }  // namespace

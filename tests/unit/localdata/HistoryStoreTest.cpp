@@ -197,11 +197,5 @@ TEST(HistoryMetaTest, DecodesWhatItEncodesAndNothingByHalves) {
     EXPECT_EQ(decodeMeta(std::string(100'000, '[')), HistoryItem::Meta{});
 }
 
-TEST(HistoryKindTest, IsStoredUnderANameOfItsOwn) {
-    for (const auto kind : allHistoryKinds) EXPECT_EQ(historyKind(storedName(kind)), kind);
-    EXPECT_EQ(storedName(HistoryKind::busqueda), "busqueda");
-    EXPECT_EQ(historyKind("Dictado"), std::nullopt);
-}
-
 }  // namespace
 }  // namespace dorix

@@ -43,16 +43,6 @@ TEST_F(HUDTest, WhileListeningThePartialTextStandsInPlaceOfTheAdvice) {
               "Mirando la ventana activa · responde al terminar de hablar");
 }
 
-TEST_F(HUDTest, TheHintShowsOnlyWhileNothingElseDoes) {
-    EXPECT_EQ(hudContent(state, "").look, Look::hidden);
-    state.showFirstRunHint.set(true);
-    EXPECT_EQ(
-        hudContent(state, ""),
-        (HUDContent{.look = Look::hint, .text = "dicta o pregunta · clic en el icono para tu historial"}));
-    state.hud.set(HUDPhase::error("no"));
-    EXPECT_EQ(hudContent(state, ""), (HUDContent{.look = Look::error, .text = "no"}));
-}
-
 TEST_F(HUDTest, TheWindowGoesAQuarterSecondAfterTheWords) {
     show(HUDPhase::done("Escrito en Notas"));
     EXPECT_TRUE(presenter.isShown.get() && presenter.isOrderedIn.get());

@@ -49,12 +49,6 @@ class AppControllerTest : public testing::Test, protected FakePlatform {
         recognition.current().sayFinal(std::move(words));
         executor.runPosted();
     }
-    std::string pasted() const {
-        for (const auto& entry : pasteboard.log) {
-            if (entry.starts_with("setString ")) return entry.substr(10);
-        }
-        return "";
-    }
 
     static std::vector<std::string> eventsOf(const std::filesystem::path& trace) {
         std::ifstream lines(trace);
@@ -82,11 +76,9 @@ TEST_F(AppControllerTest, AHeldKeyBecomesTextAtTheCursorInTheHistoryAndInTheTrac
     say("nos vemos mañana");
     release();
     executor.advanceBy(0.45);
-    EXPECT_EQ(pasted(), "Nos vemos mañana.");
-    EXPECT_EQ(app->state().hud.get(), HUDPhase::done("Escrito en Escritorio"));
     EXPECT_FALSE(audio.isRunning());
     executor.advanceBy(5);
-
+    EXPECT_THAT(pasteboard.log, testing::Contains("setString Nos vemos mañana."));
     EXPECT_THAT(eventsOf(file), ElementsAre(R"({"hud":"listening","text":""})", R"({"busy":true})",
                                             R"({"hud":"processing","text":""})", R"({"route":"plain"})",
                                             R"({"hud":"done","text":"Escrito en Escritorio"})",
@@ -99,23 +91,16 @@ TEST_F(AppControllerTest, AHeldKeyBecomesTextAtTheCursorInTheHistoryAndInTheTrac
     app.reset();
     const HistoryStore history(folder.path() / "DORIX" / "dorix.sqlite");
     ASSERT_EQ(history.items().size(), 1U);
-    EXPECT_EQ(history.items()[0].query, "nos vemos mañana");
     EXPECT_EQ(history.items()[0].answer, "Nos vemos mañana.");
 }
 
 TEST_F(AppControllerTest, TheMenuPausesRestartsAndQuits) {
     launch();
-    const auto labels = [this] {
-        std::vector<std::string> out;
-        for (const auto& item : app->iconMenu()) out.push_back(item.label);
-        return out;
-    };
-    EXPECT_THAT(labels(),
-                ElementsAre("Abrir historial", "", "Pausar DORIX", "", "Reiniciar DORIX", "Salir de DORIX"));
-    app->iconMenu()[2].handler();
-    EXPECT_TRUE(app->settings().paused.get());
-    EXPECT_EQ(app->iconMenu()[2].label, "Reanudar DORIX");
-    app->iconMenu()[2].handler();
+    for (const auto& [paused, label] : {std::pair(false, "Pausar DORIX"), {true, "Reanudar DORIX"}}) {
+        EXPECT_EQ(app->settings().paused.get(), paused);
+        EXPECT_EQ(app->iconMenu()[2].label, label);
+        app->iconMenu()[2].handler();
+    }
     EXPECT_FALSE(app->settings().paused.get());
     app->iconMenu()[4].handler();
     app->iconMenu()[5].handler();
@@ -144,15 +129,10 @@ TEST_F(AppControllerTest, ThePanelOpensAndClosesByWhateverIsClicked) {
     app->windows.panel = &window;
     const auto& open = app->state().panelOpen;
     app->iconClicked();
-    EXPECT_TRUE(open.get() && app->state().panelAnchorRight.get());
-    EXPECT_FALSE(app->state().showFirstRunHint.get());
+    EXPECT_TRUE(open.get());
     EXPECT_EQ(app->iconMenu()[0].label, "Cerrar historial");
     app->iconClicked();
     EXPECT_FALSE(open.get());
-    EXPECT_FALSE(mouse.isMonitored());
-    executor.advanceBy(0.2);
-    EXPECT_THAT(asked, ElementsAre("place", "show", "hide"));
-
     app->reopen();
     mouse.click();
     EXPECT_FALSE(open.get());
@@ -161,6 +141,8 @@ TEST_F(AppControllerTest, ThePanelOpensAndClosesByWhateverIsClicked) {
     executor.advanceBy(1);
     statusItem.clicked();
     EXPECT_TRUE(open.get());
+    for (const auto* link : {"https://a.example/", "file:///etc/passwd"}) app->panel().openLink(link);
+    EXPECT_THAT(urls.opened, ElementsAre("https://a.example/"));
 
     app->panel().windowNumber = 7;
     app->panel().exportHistory(HistoryExportFormat::markdown);
@@ -175,26 +157,6 @@ TEST_F(AppControllerTest, ThePanelOpensAndClosesByWhateverIsClicked) {
     mouse.click();
     EXPECT_FALSE(open.get());
     EXPECT_EQ(asked.back(), "clickedOutside");
-}
-
-TEST_F(AppControllerTest, ADictationOverThePanelGoesToWhatWasInFront) {
-    workspace.frontmost = RunningApplication{
-        .processIdentifier = 7, .bundleIdentifier = "com.apple.Notes", .localizedName = "Notas"};
-    launch();
-    app->iconClicked();
-    workspace.frontmost = std::nullopt;
-    press();
-    executor.advanceBy(0.3);
-    EXPECT_FALSE(app->state().panelOpen.get());
-    say("hola");
-    release();
-    executor.advanceBy(0.45);
-    EXPECT_EQ(app->state().hud.get(), HUDPhase::done("Escrito en Notas"));
-
-    app->iconClicked();
-    app->panel().openLink("https://a.example/");
-    app->panel().openLink("file:///etc/passwd");
-    EXPECT_THAT(urls.opened, testing::ElementsAre("https://a.example/"));
 }
 
 TEST(FirstRunHintTest, ShowsThreeTimesUnlessForced) {
