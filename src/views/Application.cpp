@@ -1,15 +1,22 @@
 #include "views/Application.h"
 
-#include "views/SoftShape.h"
 #include "views/Theme.h"
 #include "views/Tokens.h"
-#include "views/overlay/IconMark.h"
-#include "views/overlay/LevelBars.h"
 
 #include <QFont>
 #include <QGuiApplication>
 #include <QQuickWindow>
 #include <QStyleHints>
+
+// Made by the build.
+void qml_register_types_Dorix_Views();
+
+/// The linker leaves out of a static library what nothing names. Outside the namespace, as the macro wants
+/// it.
+static void registerQml() {
+    qml_register_types_Dorix_Views();
+    Q_INIT_RESOURCE(qmlcache_dorix_views);
+}
 
 namespace dorix {
 
@@ -42,13 +49,6 @@ void setFont() {
     QGuiApplication::setFont(font);
 }
 
-void registerShapes() {
-    qmlRegisterType<SoftShape>("Dorix.Shapes", 1, 0, "SoftShape");
-    qmlRegisterType<IconMark>("Dorix.Shapes", 1, 0, "IconMark");
-    qmlRegisterType<LevelBars>("Dorix.Shapes", 1, 0, "LevelBars");
-    qmlRegisterType<TurningArc>("Dorix.Shapes", 1, 0, "TurningArc");
-}
-
 }  // namespace
 
 std::unique_ptr<QCoreApplication> makeApplication(int& argc, char** argv, bool hasDisplay) {
@@ -65,7 +65,7 @@ std::unique_ptr<QCoreApplication> makeApplication(int& argc, char** argv, bool h
     // A cursor that blinks draws a frame for nothing, twice a second.
     QGuiApplication::styleHints()->setCursorFlashTime(0);
     setFont();
-    registerShapes();
+    registerQml();
     return application;
 }
 

@@ -26,7 +26,7 @@ OverlayPanel::OverlayPanel(const ViewContext& context, WindowSystem::Kind kind, 
 void OverlayPanel::load(const char* file, QVariantMap properties) {
     properties.insert("view", QVariant::fromValue(&view_));
     setInitialProperties(properties);
-    setSource(QUrl(QStringLiteral("qrc:/dorix/views/qml/%1.qml").arg(QLatin1String(file))));
+    setSource(QUrl(QStringLiteral("qrc:/Dorix/Views/%1.qml").arg(QLatin1String(file))));
 }
 
 void OverlayPanel::orderFrontRegardless() {

@@ -2,6 +2,7 @@
 
 #include <QColor>
 #include <QQuickPaintedItem>
+#include <QtQmlIntegration>
 
 namespace dorix {
 
@@ -10,6 +11,7 @@ namespace dorix {
 /// and no half-transparent pixel is left to turn black.
 class SoftShape : public QQuickPaintedItem {
     Q_OBJECT
+    QML_ELEMENT
     Q_PROPERTY(QColor surface MEMBER surface_ NOTIFY changed)
     Q_PROPERTY(QColor hairline MEMBER hairline_ NOTIFY changed)
     Q_PROPERTY(qreal radius MEMBER radius_ NOTIFY changed)

@@ -2,6 +2,7 @@
 
 #include <QColor>
 #include <QQuickPaintedItem>
+#include <QtQmlIntegration>
 
 namespace dorix {
 
@@ -9,6 +10,7 @@ namespace dorix {
 /// that the icon can move from any to any other.
 class IconMark : public QQuickPaintedItem {
     Q_OBJECT
+    QML_ELEMENT
     Q_PROPERTY(QColor color MEMBER color_ NOTIFY changed)
     Q_PROPERTY(QColor alert MEMBER alert_ NOTIFY changed)
     /// 0 an outline, 1 filled.
@@ -50,6 +52,7 @@ class IconMark : public QQuickPaintedItem {
 /// The part of a circle that turns while something goes on.
 class TurningArc : public QQuickPaintedItem {
     Q_OBJECT
+    QML_ELEMENT
     Q_PROPERTY(QColor color MEMBER color_ NOTIFY changed)
     Q_PROPERTY(qreal angle MEMBER angle_ NOTIFY changed)
 

@@ -1,5 +1,5 @@
 import QtQuick
-import Dorix.Shapes
+import Dorix.Views
 
 // The bubble beside the icon. Its width comes measured, so that lines break evenly.
 Item {

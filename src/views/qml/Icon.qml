@@ -1,5 +1,5 @@
 import QtQuick
-import Dorix.Shapes
+import Dorix.Views
 
 // The floating icon: the mark on a disc, in the middle of a transparent margin.
 Item {

@@ -1,5 +1,5 @@
 import QtQuick
-import Dorix.Shapes
+import Dorix.Views
 
 // The voice's level, which with reduced motion shows in the strength of the colour alone.
 LevelBars {

@@ -1,5 +1,5 @@
 import QtQuick
-import Dorix.Shapes
+import Dorix.Views
 
 // The sections. One stop for the keyboard; up and down go through them.
 FocusScope {

@@ -1,5 +1,5 @@
 import QtQuick
-import Dorix.Shapes
+import Dorix.Views
 
 // A raised piece of surface; its shadow reaches beyond it.
 SoftShape {
