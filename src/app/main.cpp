@@ -76,17 +76,22 @@ class MainApplication final : public Application {
 
 /// The windows, where there is a display to draw on.
 struct Windows {
-    Windows(AppController& controller, const Platform& platform, LinuxDesktop& desktop)
-        : surroundings(platform.executor, platform.defaults, desktop.appearance(),
+    Windows(AppController& owner, const Platform& platform, LinuxDesktop& desktop)
+        : controller(owner),
+          surroundings(platform.executor, platform.defaults, desktop.appearance(),
                        desktop.windowSystem(toolkitDrawsOnX11() ? finishToolkitRequests : nullptr)),
           views(surroundings, controller.state(), controller.settings(), controller.speech(),
                 controller.panel(),
-                {.clicked = [&controller] { controller.iconClicked(); },
-                 .tooltip = [&controller] { return controller.iconTooltip(); },
-                 .menu = [&controller] { return controller.iconMenu(); }}) {
+                {.clicked = [this] { controller.iconClicked(); },
+                 .tooltip = [this] { return controller.iconTooltip(); },
+                 .menu = [this] { return controller.iconMenu(); }}) {
         controller.windows = views.windows();
     }
+    ~Windows() { controller.windows = {}; }
+    Windows(const Windows&) = delete;
+    Windows& operator=(const Windows&) = delete;
 
+    AppController& controller;
     Surroundings surroundings;
     Views views;
 };

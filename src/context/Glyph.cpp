@@ -33,10 +33,4 @@ constexpr auto rows = std::to_array<Row>({
 
 std::string_view glyphName(Ph glyph) { return std::ranges::find(rows, glyph, &Row::glyph)->name; }
 
-std::optional<Ph> glyphNamed(std::string_view name) {
-    const auto row = std::ranges::find(rows, name, &Row::name);
-    if (row == rows.end()) return std::nullopt;
-    return row->glyph;
-}
-
 }  // namespace dorix

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string_view>
 
 namespace dorix {
@@ -26,8 +25,5 @@ enum class Ph : std::uint8_t {
 
 /// The case name.
 std::string_view glyphName(Ph glyph);
-
-/// The glyph of that case name; none for any other text.
-std::optional<Ph> glyphNamed(std::string_view name);
 
 }  // namespace dorix

@@ -29,12 +29,6 @@ const Row& rowOf(Tone tone) { return *std::ranges::find(rows, tone, &Row::tone);
 
 std::string_view toneName(Tone tone) { return rowOf(tone).name; }
 
-std::optional<Tone> toneNamed(std::string_view name) {
-    const auto row = std::ranges::find(rows, name, &Row::name);
-    if (row == rows.end()) return std::nullopt;
-    return row->tone;
-}
-
 std::string_view historyLabel(Tone tone) { return rowOf(tone).label; }
 
 }  // namespace dorix

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string_view>
 
 namespace dorix {
@@ -19,9 +18,6 @@ enum class Tone : std::uint8_t {
 
 /// The case name, as it is stored.
 std::string_view toneName(Tone tone);
-
-/// The tone of that case name; none for any other text.
-std::optional<Tone> toneNamed(std::string_view name);
 
 /// What the history calls it; saved with each dictation, never translated.
 std::string_view historyLabel(Tone tone);

@@ -41,7 +41,7 @@ HUDContent hudContent(const AppState& state, const std::string& partial) {
         case HUDPhase::Kind::listening:
             return listening(state, partial);
         case HUDPhase::Kind::processing:
-            return {.look = Look::processing};
+            return {.look = Look::processing, .spoken = tr("Redactando…")};
         case HUDPhase::Kind::done:
             return {.look = Look::done, .text = phase.text};
         case HUDPhase::Kind::info:

@@ -14,6 +14,8 @@ struct HUDContent {
     std::string text;
     /// Under the text, smaller.
     std::string caption;
+    /// What a screen reader says where there is no text.
+    std::string spoken;
     /// The text only holds the place of words to come.
     bool isPlaceholder = false;
 

@@ -29,7 +29,7 @@ std::vector<AnswerBlock> answerBlocks(std::string_view markdown);
 std::vector<AnswerBlock> literalBlocks(std::string_view text);
 
 /// The text of one block as rich text: bold, italics, code and links to http and https addresses, and nothing
-/// else that could fetch or run anything; every character of the text is escaped. Any thread.
+/// else that could fetch or run anything; what else could be markup is escaped. Any thread.
 std::string richText(std::string_view blockText);
 
 /// The text with what has a meaning in rich text escaped. Any thread.

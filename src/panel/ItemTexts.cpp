@@ -57,14 +57,16 @@ std::string ItemTexts::appName(const HistoryItem& item) const {
     return item.app.empty() ? "" : onOneLine(words_(tr(item.app)));
 }
 
-ItemTexts::Row ItemTexts::row(const HistoryItem& item) const {
-    const std::string kind = label(item.kind);
-    Row row{.title = onOneLine(item.title)};
+std::string ItemTexts::title(const HistoryItem& item) const { return onOneLine(item.title); }
+
+std::string ItemTexts::subtitle(const HistoryItem& item) const {
     // What most items are needs no saying.
-    row.subtitle =
-        joined({item.kind == HistoryKind::dictado ? "" : kind, appName(item), time_->format(item.createdAt)});
-    row.spoken = kind + ": " + row.title + ", " + row.subtitle;
-    return row;
+    const std::string kind = item.kind == HistoryKind::dictado ? "" : label(item.kind);
+    return joined({kind, appName(item), time_->format(item.createdAt)});
+}
+
+std::string ItemTexts::spoken(const HistoryItem& item) const {
+    return label(item.kind) + ": " + title(item) + ", " + subtitle(item);
 }
 
 std::string ItemTexts::place(const HistoryItem& item) const {

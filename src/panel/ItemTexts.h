@@ -32,12 +32,9 @@ class ItemTexts {
     void retranslate();
 
     /// In the list: on one line each, and together for whoever does not see them.
-    struct Row {
-        std::string title;
-        std::string subtitle;
-        std::string spoken;
-    };
-    Row row(const HistoryItem& item) const;
+    std::string title(const HistoryItem& item) const;
+    std::string subtitle(const HistoryItem& item) const;
+    std::string spoken(const HistoryItem& item) const;
 
     /// Above the detail: the application and the time.
     std::string place(const HistoryItem& item) const;

@@ -3,6 +3,7 @@
 #include "base/async/Completion.h"
 #include "localdata/Language.h"
 
+#include <memory>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -79,6 +80,11 @@ Task<void> PanelExport::settled() {
 void PanelExport::stop() { stop_.request_stop(); }
 
 Task<void> PanelExport::run(fs::path file, HistoryExportFormat format, std::stop_token stop) {
+    // However it ends: the program's end waits for it.
+    const std::shared_ptr<void> done(nullptr, [this, last = *last_](auto) {
+        running.set(false);
+        last.complete();
+    });
     // The work may outlast this object, but not what it is given here.
     const auto error =
         co_await runOn(background_, [&files = files_, database = database_, file, format, stop] {
@@ -86,8 +92,6 @@ Task<void> PanelExport::run(fs::path file, HistoryExportFormat format, std::stop
                 return exportHistory(database, format, sink, stop);
             });
         });
-    running.set(false);
-    last_->complete();
     if (stop.stop_requested()) co_return;
     onFinished(error ? wordsFor(error) : formatText(tr("Historial guardado en %@"), {file.string()}),
                static_cast<bool>(error));

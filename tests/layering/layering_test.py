@@ -41,6 +41,15 @@ RANK = {room: rank for rank, row in enumerate(ROWS) for room in row}
 # The adapters know the ports, and each other; the mains put everything together.
 ADAPTERS = "linux"
 ADAPTERS_KNOW = {"base", "platform"}
+ADAPTER_ROWS = [
+    ["loop", "log", "grants"],
+    ["xdg"],
+    ["apps"],
+    ["process", "dbus", "qt"],
+    ["appearance", "atspi", "pocketsphinx", "pulse", "x11"],
+    ["desktop"],
+]
+ADAPTER_RANK = {room: rank for rank, row in enumerate(ADAPTER_ROWS) for room in row}
 MAINS = "app"
 TOOLKIT_ROOMS = {ADAPTERS, "views", MAINS}
 
@@ -69,6 +78,23 @@ def arrow_complaint(own: str, other: str) -> str | None:
     if other not in RANK or own not in RANK:
         return f"{other if other not in RANK else own} has no place in the order of rooms"
     return None if RANK[other] < RANK[own] else f"{other} is not below {own}"
+
+
+def adapter_complaint(own: str, other: str) -> str | None:
+    """The same for two folders of the adapters; paths below src/."""
+    mine, others = own.split("/")[1], other.split("/")[1]
+    if mine == others:
+        return None
+    if mine not in ADAPTER_RANK or others not in ADAPTER_RANK:
+        return f"{mine if mine not in ADAPTER_RANK else others} has no place in the order of adapters"
+    return None if ADAPTER_RANK[others] < ADAPTER_RANK[mine] else f"{others} is not below {mine}"
+
+
+def room_complaint(own: str, other: str) -> str | None:
+    """Whether a file or folder may know another; paths below src/."""
+    if room_of(own) == room_of(other) == ADAPTERS:
+        return adapter_complaint(own, other)
+    return arrow_complaint(room_of(own), room_of(other))
 
 
 def library_complaint(room: str, header: str) -> str | None:
@@ -143,7 +169,7 @@ def include_complaint(targets: Targets, name: str, including: str, header: str, 
     if owner not in seen:
         return f"{name} does not link {owner}, to which {header} belongs"
     if including.startswith("src/") and included.startswith("src/"):
-        return arrow_complaint(room_of(including[4:]), room_of(included[4:]))
+        return room_complaint(including[4:], included[4:])
     return None
 
 
@@ -151,10 +177,9 @@ def complaints_about(targets: Targets, name: str) -> list[str]:
     target = targets.by_name[name]
     complaints = []
     if target["folder"].startswith("src/"):
-        room = room_of(target["folder"][4:])
         for linked in [*target["public"], *target["private"]]:
             other = targets.by_name.get(linked)
-            if other and (wrong := arrow_complaint(room, room_of(other["folder"][4:]))):
+            if other and (wrong := room_complaint(target["folder"][4:], other["folder"][4:])):
                 complaints.append(f"{name} links {linked}: {wrong}")
     seen = targets.seen_by(name)
     for file in targets.files_of(target):
@@ -175,6 +200,8 @@ def check_itself(targets: Targets) -> None:
     assert arrow_complaint("localdata", "routing")
     assert arrow_complaint("views", "shell")
     assert arrow_complaint("linux", "dictation")
+    assert room_complaint("linux/dbus", "linux/desktop")
+    assert room_complaint("linux/x11", "linux/pulse")
     for header in ("unistd.h", "QString", "X11/Xlib.h", "unicode/regex.h"):
         assert library_complaint("dictation", header), header
 

@@ -24,7 +24,7 @@ class SerialExecutor : public Executor {
     SerialExecutor& operator=(const SerialExecutor&) = delete;
 
     /// Joins the thread, when it is through with its work. What lives on the executor can then be destroyed
-    /// by the caller; what is posted from now on is never run. Not from the executor's own thread.
+    /// by the caller; what others post from now on is never run. Not from the executor's own thread.
     void stop();
 
     void post(Work work) override;

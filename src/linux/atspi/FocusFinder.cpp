@@ -43,11 +43,13 @@ std::expected<ObjectRef, AXError> FocusFinder::activeWindow() {
 }
 
 FocusFinder::Found FocusFinder::reported() {
-    const auto* told = tracker_.find(application_.bus);
-    if (!told || !told->focus) return std::unexpected(AXError::noValue);
-    ObjectRef focus{application_.bus, *told->focus};
+    const auto* known = tracker_.find(application_.bus);
+    if (!known || !known->focus) return std::unexpected(AXError::noValue);
+    // A copy: the calls below take in what the bus has to tell, such as that the application has gone.
+    const auto told = *known;
+    ObjectRef focus{application_.bus, *told.focus};
     if (!hasFocus(focus)) return std::unexpected(AXError::noValue);
-    if (told->focusMayBeBehind && !isBelow(focus, {application_.bus, *told->activeWindow})) {
+    if (told.focusMayBeBehind && !isBelow(focus, {application_.bus, *told.activeWindow})) {
         return std::unexpected(AXError::noValue);
     }
     return focus;

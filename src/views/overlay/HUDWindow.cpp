@@ -99,7 +99,7 @@ void HUDWindow::setContent(const HUDContent& content) {
                    {"text", text},
                    {"caption", caption},
                    {"placeholder", content.isPlaceholder},
-                   {"spoken", content.look == Look::processing ? shown(dorix::tr("Redactando…")) : text}});
+                   {"spoken", content.spoken.empty() ? text : shown(content.spoken)}});
     fitText();
     if (!listensOn) announce();
 }

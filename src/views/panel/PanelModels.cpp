@@ -69,11 +69,11 @@ QVariant PanelRows::data(const QModelIndex& index, int role) const {
     const HistoryItem& item = list_.item(row);
     switch (role) {
         case title:
-            return qString(texts_.row(item).title);
+            return qString(texts_.title(item));
         case subtitle:
-            return qString(texts_.row(item).subtitle);
+            return qString(texts_.subtitle(item));
         case spoken:
-            return qString(texts_.row(item).spoken);
+            return qString(texts_.spoken(item));
         case icon:
             return glyph(storedRowIcon(item.app, item.bundleID));
         default:

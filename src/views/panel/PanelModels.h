@@ -58,8 +58,8 @@ class PanelBlocks final : public QAbstractListModel {
     std::vector<DetailBlock> blocks_;
 };
 
-/// The verbs that a place offers. A button stays the same one, and keeps the keyboard, while its verb is
-/// offered.
+/// The verbs that a place offers. The buttons stay the same ones, and keep the keyboard, while the same verbs
+/// are offered.
 class PanelOffers final : public QAbstractListModel {
     Q_OBJECT
 

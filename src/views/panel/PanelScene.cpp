@@ -20,7 +20,7 @@ namespace {
 QString shown(const std::string& text) { return QString::fromStdString(desktopWords(text)); }
 
 std::optional<PanelKey> panelKey(int key, Qt::KeyboardModifiers modifiers) {
-    const QKeySequence pressed(QKeyCombination(modifiers & ~Qt::KeypadModifier, Qt::Key(key)));
+    const QKeySequence pressed(QKeyCombination(modifiers, Qt::Key(key)));
     for (const auto& [combination, meaning] : std::to_array<std::pair<QKeySequence::StandardKey, PanelKey>>(
              {{QKeySequence::Copy, PanelKey::copy},
               {QKeySequence::Undo, PanelKey::undo},
@@ -200,7 +200,8 @@ void PanelScene::showUndo() {
 void PanelScene::perform(const QString& verb) { dorix::perform(panel_, verb.toStdString()); }
 
 QString PanelScene::press(const QString& area, int key, int modifiers, bool isRepeat) {
-    const auto held = Qt::KeyboardModifiers::fromInt(static_cast<unsigned>(modifiers));
+    // A key of the number pad means what its like means elsewhere.
+    const auto held = Qt::KeyboardModifiers::fromInt(static_cast<unsigned>(modifiers)) & ~Qt::KeypadModifier;
     const auto meaning = panelKey(key, held);
     if (!meaning) return "";
     const auto verb = verbOf(panelArea(area), {.key = *meaning, .with = with(held)});
