@@ -3,13 +3,12 @@
 #include "base/Log.h"
 #include "linux/log/JournalLog.h"
 #include "linux/loop/PollLoop.h"
+#include "linux/process/BlockedSignals.h"
 #include "linux/process/LinuxProcesses.h"
 #include "linux/xdg/Environment.h"
 #include "linux/xdg/JsonUserDefaults.h"
 #include "watchdog/RelaunchLimiter.h"
 #include "watchdog/Watchdog.h"
-
-#include <sys/signalfd.h>
 
 #include <csignal>
 #include <semaphore>
@@ -18,14 +17,6 @@
 namespace dorix {
 
 namespace {
-
-FileDescriptor blockedTermination() {
-    sigset_t signals{};
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGTERM);
-    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    return FileDescriptor(signalfd(-1, &signals, SFD_CLOEXEC));
-}
 
 /// Opens the defaults for this moment only: the program has written to them as long as it lived.
 bool mayRelaunch(Executor& executor) {
@@ -45,7 +36,7 @@ bool mayRelaunch(Executor& executor) {
 int runWatchdog(std::span<const std::string_view> arguments) {
     const auto told = parseWatchdogArguments(arguments);
     if (!told) return 0;
-    const auto termination = blockedTermination();
+    const auto termination = blockedSignals({SIGTERM});
     logToStderrAndJournal();
     PollLoop loop;
     LinuxProcesses processes(loop);

@@ -4,6 +4,7 @@
 #include "linux/dbus/DBusSingleInstance.h"
 #include "linux/desktop/LinuxDesktop.h"
 #include "linux/log/JournalLog.h"
+#include "linux/process/BlockedSignals.h"
 #include "linux/process/LinuxProcesses.h"
 #include "linux/qt/QtMainLoop.h"
 #include "linux/qt/ToolkitDisplay.h"
@@ -32,16 +33,6 @@
 namespace {
 
 using namespace dorix;
-
-/// The signals that ask the program to end, as a descriptor: they are then handled on the main loop like any
-/// other event. Before other threads start, so that none of them takes the signal.
-int blockedTerminationSignals() {
-    sigset_t signals{};
-    sigemptyset(&signals);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&signals, signal);
-    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    return signalfd(-1, &signals, SFD_CLOEXEC);
-}
 
 /// The program's main loop, as the core may end it.
 class MainApplication final : public Application {
@@ -110,7 +101,7 @@ struct Ending {
 };
 
 Ending run(int argc, char** argv) {
-    const int signals = blockedTerminationSignals();
+    const auto signals = blockedSignals({SIGINT, SIGTERM, SIGHUP});
     std::signal(SIGPIPE, SIG_IGN);  // a peer that goes shows in the write to it
     logToStderrAndJournal();
     const auto application = makeApplication(argc, argv, toolkitFindsDisplay());
@@ -129,9 +120,9 @@ Ending run(int argc, char** argv) {
     int status = 0;
     {
         AppController controller(platform);
-        const auto watch = loop.watchReadable(signals, [&] {
+        const auto watch = loop.watchReadable(signals.get(), [&] {
             signalfd_siginfo signal{};
-            if (read(signals, &signal, sizeof signal) == sizeof signal) ending.terminate();
+            if (read(signals.get(), &signal, sizeof signal) == sizeof signal) ending.terminate();
         });
         desktop.onDisplayLost([] {
             logLine("se ha perdido la pantalla");
