@@ -22,6 +22,7 @@ class Pasteboard;
 class PrivacyGrants;
 class Processes;
 class SavePanel;
+struct SessionState;
 class SpeechRecognition;
 class StatusItem;
 class SystemSounds;
@@ -62,6 +63,7 @@ struct Platform {
     UrlOpener& urls;
     SavePanel& savePanel;
     FileReplacer& files;
+    SessionState& session;
     Application& application;
 };
 

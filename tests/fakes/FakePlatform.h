@@ -11,6 +11,7 @@
 #include "fakes/TemporaryFolder.h"
 #include "platform/Notifications.h"
 #include "platform/Platform.h"
+#include "platform/SessionState.h"
 #include "platform/UserFiles.h"
 
 namespace dorix {
@@ -37,6 +38,7 @@ struct FakePlatform {
     FakeUrlOpener urls;
     FakeSavePanel savePanel;
     UnavailableFileReplacer files;
+    SessionState session;
     FakeStatusItem statusItem;
     FakeApplication application;
 
@@ -63,6 +65,7 @@ struct FakePlatform {
                 .urls = urls,
                 .savePanel = savePanel,
                 .files = files,
+                .session = session,
                 .application = application};
     }
 };

@@ -28,6 +28,7 @@
 #include "linux/xdg/AutostartLoginItem.h"
 #include "linux/xdg/Environment.h"
 #include "linux/xdg/JsonUserDefaults.h"
+#include "platform/SessionState.h"
 
 #include <utility>
 
@@ -142,6 +143,7 @@ struct LinuxDesktop::Adapters {
     std::unique_ptr<StatusItem> statusItem;
     PortalSavePanel savePanel{bus.get(), xdgDocuments()};
     LinuxAppearance appearance;
+    SessionState session;
 
     // The ports of the session, each from where it is to be had.
     std::unique_ptr<X11Session> x11;  // none where there is no X display
@@ -187,6 +189,7 @@ Platform LinuxDesktop::platform(Application& application) {
             .urls = made.urls,
             .savePanel = made.savePanel,
             .files = made.files,
+            .session = made.session,
             .application = application};
 }
 
