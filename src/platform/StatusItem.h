@@ -33,10 +33,4 @@ class StatusItem {
     virtual void setToolTip(const std::string& text) = 0;
 };
 
-class UnavailableStatusItem final : public StatusItem {
- public:
-    void show(std::function<void()>, MenuBuilder) override {}
-    void setToolTip(const std::string&) override {}
-};
-
 }  // namespace dorix

@@ -1,7 +1,6 @@
 #include "linux/appearance/LinuxAppearance.h"
 
 #include "base/text/Text.h"
-#include "linux/dbus/BusConnection.h"
 #include "linux/xdg/AtomicFile.h"
 
 #include <sys/inotify.h>
@@ -64,20 +63,27 @@ GtkLook parseGtkSettings(std::string_view text) {
     }
     return look;
 }
-LinuxAppearance::LinuxAppearance(BusConnection* bus, FdWatcher& watcher,
+
+LinuxAppearance::LinuxAppearance(BusConnection& bus, FdWatcher& watcher,
                                  const std::filesystem::path& configHome)
-    : folder_(configHome / "gtk-3.0"), bus_(bus), changes_(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK)) {
+    : folder_(configHome / "gtk-3.0"),
+      bus_(bus),
+      changes_(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK)),
+      portal_(bus, portal, [this] { portalChanged(); }, BusService::Start::yes) {
     readFile();
     watchFile(watcher);
-    if (bus_ == nullptr) return;
-    portalChanges_ = bus_->listen(
-        "type='signal',interface='org.freedesktop.portal.Settings',member='SettingChanged',"
-        "path='/org/freedesktop/portal/desktop'",
-        [this](sd_bus_message* message) {
-            const char* group = nullptr;
-            const char* key = nullptr;
-            if (sd_bus_message_read(message, "ss", &group, &key) > 0) take(group, key, message);
-        });
+    portalChanges_ = portal_.listen(portalPath, settings, "SettingChanged", [this](sd_bus_message* message) {
+        const char* group = nullptr;
+        const char* key = nullptr;
+        if (sd_bus_message_read(message, "ss", &group, &key) > 0) take(group, key, message);
+    });
+}
+
+void LinuxAppearance::portalChanged() {
+    told_ = {};
+    update();
+    answers_.clear();
+    if (portal_.owner().empty()) return;
     read(common, "color-scheme");
     read(common, "reduced-motion");
     read(gnome, "enable-animations");
@@ -92,8 +98,8 @@ void LinuxAppearance::update() {
     const auto first = [](std::optional<bool> one, std::optional<bool> other, bool last) {
         return one.value_or(other.value_or(last));
     };
-    prefersDark.set(first(portal_.prefersDark, display_.prefersDark, file_.prefersDark));
-    reducesMotion.set(first(portal_.reducesMotion, display_.reducesMotion, file_.reducesMotion));
+    prefersDark.set(first(told_.prefersDark, display_.prefersDark, file_.prefersDark));
+    reducesMotion.set(first(told_.reducesMotion, display_.reducesMotion, file_.reducesMotion));
 }
 
 void LinuxAppearance::setDisplaySettings(const std::map<std::string, std::string, std::less<>>& told) {
@@ -117,12 +123,12 @@ void LinuxAppearance::watchFile(FdWatcher& watcher) {
 }
 
 void LinuxAppearance::read(const char* group, const char* key) {
-    const auto request = bus_->newCall(portal, portalPath, settings, "Read");
+    const auto request = portal_.newCall(portalPath, settings, "Read");
     if (!request || sd_bus_message_append(request.get(), "ss", group, key) < 0) return;
-    bus_->callLater(request, [this, group, key](sd_bus_message* answer) {
+    answers_.push_back(bus_.ask(request, [this, group, key](sd_bus_message* answer) {
         if (answer != nullptr && sd_bus_message_is_method_error(answer, nullptr) == 0)
             take(group, key, answer);
-    });
+    }));
 }
 
 void LinuxAppearance::take(const std::string& group, const std::string& key, sd_bus_message* value) {
@@ -130,11 +136,11 @@ void LinuxAppearance::take(const std::string& group, const std::string& key, sd_
     if (!number) return;
     if (group == common && key == "color-scheme") {
         constexpr std::uint32_t noPreference = 0;  // 1 is dark, 2 light
-        portal_.prefersDark = *number == noPreference ? std::nullopt : std::optional(*number == 1);
+        told_.prefersDark = *number == noPreference ? std::nullopt : std::optional(*number == 1);
     } else if (group == common && key == "reduced-motion") {
-        portal_.reducesMotion = *number == 1;
+        told_.reducesMotion = *number == 1;
     } else if (group == gnome && key == "enable-animations") {
-        portal_.reducesMotion = *number == 0;
+        told_.reducesMotion = *number == 0;
     }
     update();
 }

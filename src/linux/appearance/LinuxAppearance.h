@@ -1,5 +1,6 @@
 #pragma once
 
+#include "linux/dbus/BusService.h"
 #include "linux/loop/FdWatcher.h"
 #include "linux/loop/FileDescriptor.h"
 #include "platform/DesktopAppearance.h"
@@ -10,12 +11,9 @@
 #include <optional>
 #include <string>
 #include <string_view>
-
-struct sd_bus_message;
+#include <vector>
 
 namespace dorix {
-
-class BusConnection;
 
 /// What GTK's settings file says of the look; the desktops without a settings service write it.
 struct GtkLook {
@@ -36,9 +34,9 @@ GtkLook parseGtkSettings(std::string_view text);
 /// blocks.
 class LinuxAppearance final : public DesktopAppearance {
  public:
-    /// `bus` is the session's, nullptr where there is none; `configHome` the user's folder for configuration.
+    /// `bus` is the session's, `configHome` the user's folder for configuration.
     /// Bus and watcher must outlive the object, which must not outlive the loop that feeds them.
-    LinuxAppearance(BusConnection* bus, FdWatcher& watcher, const std::filesystem::path& configHome);
+    LinuxAppearance(BusConnection& bus, FdWatcher& watcher, const std::filesystem::path& configHome);
 
     /// What the display's settings service says, by the service's names; nothing where there is none.
     void setDisplaySettings(const std::map<std::string, std::string, std::less<>>& told);
@@ -53,16 +51,19 @@ class LinuxAppearance final : public DesktopAppearance {
     void update();
     void readFile();
     void watchFile(FdWatcher& watcher);
+    void portalChanged();
     void read(const char* group, const char* key);
     void take(const std::string& group, const std::string& key, sd_bus_message* value);
 
     const std::filesystem::path folder_;
-    BusConnection* const bus_;
-    Opinion portal_;
+    BusConnection& bus_;
+    Opinion told_;  // by the portal
     Opinion display_;
     GtkLook file_;
     const FileDescriptor changes_;  // in the folder of the settings file
     Subscription watch_;
+    BusService portal_;
+    std::vector<Subscription> answers_;
     Subscription portalChanges_;
 };
 

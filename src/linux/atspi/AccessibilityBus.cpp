@@ -16,12 +16,6 @@ constexpr std::array registeredEvents = {"object:state-changed:focused", "window
 
 constexpr int maxRetries = 3;
 
-constexpr const char* busComesRule =
-    "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
-    "member='NameOwnerChanged',arg0='org.a11y.Bus'";
-constexpr const char* somebodyLeavesRule =
-    "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
-    "member='NameOwnerChanged',arg2=''";
 constexpr const char* focusRule =
     "type='signal',interface='org.a11y.atspi.Event.Object',member='StateChanged',arg0='focused'";
 constexpr const char* activateRule =
@@ -35,43 +29,31 @@ ObjectRef senderOf(sd_bus_message* event) {
     return {sender ? sender : "", path ? path : ""};
 }
 
-/// The name that changed its owner, and the new owner: "" for none.
-std::pair<std::string, std::string> newOwner(sd_bus_message* signal) {
-    const char* name = "";
-    const char* before = "";
-    const char* after = "";
-    if (sd_bus_message_read(signal, "sss", &name, &before, &after) <= 0) return {};
-    return {name, after};
-}
-
 bool isError(sd_bus_message* reply) { return !reply || sd_bus_message_is_method_error(reply, nullptr) != 0; }
 
 }  // namespace
 
 void AccessibilityBus::connect() {
     if (bus_ || asking_) return;
-    if (!session_ && !openSession()) return;
-    askAddress();
+    if (!session_) openSession();
+    if (session_->isJoined.get()) askAddress();
 }
 
 BusConnection* AccessibilityBus::connection() const { return bus_ && bus_->isReady() ? bus_.get() : nullptr; }
 
-bool AccessibilityBus::openSession() {
-    session_ = BusConnection::openSession(main_, watcher_, [this] {
-        asking_ = false;
-        session_.reset();
-    });
-    if (!session_) return false;
-    launcherComes_ = session_->listen(busComesRule, [this](sd_bus_message* signal) {
-        asking_ = false;
-        // Another launcher means another bus, even where the old one still answers.
-        if (!newOwner(signal).second.empty()) {
-            askAddress();
-        } else if (!bus_) {
-            retry();
-        }
-    });
-    return true;
+void AccessibilityBus::openSession() {
+    session_ = BusConnection::session(main_, watcher_);
+    launcher_ = std::make_unique<BusService>(*session_, busName, [this] { launcherChanged(); });
+}
+
+void AccessibilityBus::launcherChanged() {
+    asking_ = false;
+    // Another launcher means another bus, even where the old one still answers.
+    if (!launcher_->owner().empty()) {
+        askAddress();
+    } else if (!bus_ && session_->isJoined.get()) {
+        retry();
+    }
 }
 
 void AccessibilityBus::askAddress() {
@@ -109,11 +91,10 @@ void AccessibilityBus::listen() {
     });
     on(activateRule, [this](sd_bus_message* event) { focus_.windowActivated(senderOf(event)); });
     on(deactivateRule, [this](sd_bus_message* event) { focus_.windowDeactivated(senderOf(event)); });
-    on(somebodyLeavesRule, [this](sd_bus_message* signal) {
-        const auto name = newOwner(signal).first;
+    signals_.push_back(bus_->listenToOwners(",arg2=''", [this](const auto& name, const auto&) {
         focus_.gone(name);
         applications_.gone(name);
-    });
+    }));
     for (const char* event : registeredEvents) {
         const auto request = bus_->newCall("org.a11y.atspi.Registry", "/org/a11y/atspi/registry",
                                            "org.a11y.atspi.Registry", "RegisterEvent");

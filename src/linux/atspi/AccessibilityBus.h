@@ -3,6 +3,7 @@
 #include "linux/atspi/ApplicationDirectory.h"
 #include "linux/atspi/FocusTracker.h"
 #include "linux/dbus/BusConnection.h"
+#include "linux/dbus/BusService.h"
 
 #include <memory>
 #include <string>
@@ -30,7 +31,8 @@ class AccessibilityBus {
     ApplicationDirectory& applications() { return applications_; }
 
  private:
-    bool openSession();
+    void openSession();
+    void launcherChanged();
     void askAddress();
     void open(const std::string& address);
     void listen();
@@ -44,9 +46,9 @@ class AccessibilityBus {
     std::string address_;
     FocusTracker focus_;
     ApplicationDirectory applications_;
-    Subscription launcherComes_;  // on the session bus
     std::vector<Subscription> signals_;
     std::unique_ptr<BusConnection> session_;
+    std::unique_ptr<BusService> launcher_;  // on the session bus
     std::unique_ptr<BusConnection> bus_;
 };
 

@@ -10,6 +10,7 @@
 #include <chrono>
 #include <cstdint>
 #include <ctime>
+#include <string_view>
 #include <utility>
 
 namespace dorix {
@@ -21,16 +22,27 @@ constexpr const char* disconnected = "org.freedesktop.DBus.Error.Disconnected";
 constexpr std::uint64_t usualTimeout = 0;
 constexpr std::uint64_t never = UINT64_MAX;  // of sd-bus's points in time
 
-struct Listener : std::enable_shared_from_this<Listener> {
-    BusConnection::Handler handler;
-    sdbus::Slot slot;
-};
+/// Before a bus that has gone is tried again: twice as long each time, up to the longest.
+constexpr double firstDelay = 1.0;  // seconds
+constexpr double longestDelay = 30.0;
 
-int onSignal(sd_bus_message* message, void* listener, sd_bus_error*) {
-    // Held meanwhile: the handler may let go of it.
-    const auto told = static_cast<Listener*>(listener)->shared_from_this();
-    told->handler(message);
-    return 0;
+sdbus::Bus unopened() {
+    sd_bus* bus = nullptr;
+    sd_bus_new(&bus);
+    return sdbus::Bus(bus);
+}
+
+template <int (*open)(sd_bus**)>
+sdbus::Bus opened() {
+    sd_bus* bus = nullptr;
+    return open(&bus) < 0 ? nullptr : sdbus::Bus(bus);
+}
+
+sdbus::Bus openedAt(const std::string& address) {
+    auto bus = unopened();
+    const bool works = sd_bus_set_address(bus.get(), address.c_str()) >= 0 &&
+                       sd_bus_set_bus_client(bus.get(), 1) >= 0 && sd_bus_start(bus.get()) >= 0;
+    return works ? std::move(bus) : nullptr;
 }
 
 std::string errorName(const sd_bus_error& error, int code) {
@@ -41,38 +53,88 @@ std::string errorName(const sd_bus_error& error, int code) {
 
 }  // namespace
 
-std::unique_ptr<BusConnection> BusConnection::openSession(Executor& main, FdWatcher& watcher,
-                                                          std::function<void()> onClosed) {
-    sd_bus* bus = nullptr;
-    if (sd_bus_open_user(&bus) < 0) return nullptr;
-    return std::make_unique<BusConnection>(sdbus::Bus(bus), main, watcher, std::move(onClosed));
+struct BusConnection::Listener : std::enable_shared_from_this<Listener> {
+    std::string rule;
+    Handler handler;
+    sdbus::Slot slot;
+};
+
+std::unique_ptr<BusConnection> BusConnection::session(Executor& main, FdWatcher& watcher) {
+    std::unique_ptr<BusConnection> made(new BusConnection(opened<sd_bus_open_user>, main, watcher));
+    made->join();
+    return made;
+}
+
+std::unique_ptr<BusConnection> BusConnection::system(Executor& main, FdWatcher& watcher) {
+    std::unique_ptr<BusConnection> made(new BusConnection(opened<sd_bus_open_system>, main, watcher));
+    made->join();
+    return made;
 }
 
 std::unique_ptr<BusConnection> BusConnection::openAddress(const std::string& address, Executor& main,
                                                           FdWatcher& watcher,
                                                           std::function<void()> onClosed) {
-    sd_bus* raw = nullptr;
-    if (sd_bus_new(&raw) < 0) return nullptr;
-    sdbus::Bus bus(raw);
-    if (sd_bus_set_address(raw, address.c_str()) < 0 || sd_bus_set_bus_client(raw, 1) < 0 ||
-        sd_bus_start(raw) < 0) {
-        return nullptr;
-    }
-    return std::make_unique<BusConnection>(std::move(bus), main, watcher, std::move(onClosed));
+    std::unique_ptr<BusConnection> made(
+        new BusConnection([address] { return openedAt(address); }, main, watcher));
+    if (!made->join()) return nullptr;
+    made->onClosed_ = std::move(onClosed);
+    return made;
 }
 
-BusConnection::BusConnection(sdbus::Bus bus, Executor& main, FdWatcher& watcher,
-                             std::function<void()> onClosed)
+BusConnection::BusConnection(Opener open, Executor& main, FdWatcher& watcher)
     : main_(main),
-      onClosed_(std::move(onClosed)),
+      watcher_(watcher),
+      open_(std::move(open)),
       self_(std::make_shared<BusConnection*>(this)),
-      bus_(std::move(bus)),
+      bus_(unopened()),
+      delay_(firstDelay),
+      rejoin_(main),
       timer_(timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK)),
       events_(epoll_create1(EPOLL_CLOEXEC)) {
     epoll_event due{.events = EPOLLIN, .data = {}};
     epoll_ctl(events_.get(), EPOLL_CTL_ADD, timer_.get(), &due);
+}
+
+BusConnection::~BusConnection() = default;
+
+bool BusConnection::join() {
+    auto bus = open_();
+    if (!bus) return false;
+    bus_ = std::move(bus);
+    joinedAt_ = main_.now();
+    for (const auto& given : offers_) offer(given);
+    for (const auto& weak : listeners_) {
+        if (const auto listener = weak.lock()) addMatch(*listener);
+    }
     awaitNext();
-    watch_ = watcher.watchReadable(events_.get(), [this] { pump(); });
+    watch_ = watcher_.watchReadable(events_.get(), [this] { pump(); });
+    isJoined.set(true);
+    return true;
+}
+
+void BusConnection::leave() {
+    isLeaving_ = false;
+    for (const auto& weak : listeners_) {
+        if (const auto listener = weak.lock()) listener->slot.reset();
+    }
+    // Of a bus that spoke nonsense, they have not been told yet.
+    for (auto& call : std::exchange(pending_, {})) {
+        call.slot.reset();
+        if (!call.done) std::exchange(call.handler, nullptr)(nullptr);
+    }
+    bus_ = unopened();
+    isJoined.set(false);
+    if (onClosed_) return std::exchange(onClosed_, nullptr)();
+    rejoinLater();
+}
+
+/// One that greets and goes at once is not to keep us busy.
+void BusConnection::rejoinLater() {
+    if (main_.now() - joinedAt_ > longestDelay) delay_ = firstDelay;
+    rejoin_.once(delay_, [this] {
+        if (!join()) rejoinLater();
+    });
+    delay_ = std::min(delay_ * 2, longestDelay);
 }
 
 bool BusConnection::isReady() const { return sd_bus_is_ready(bus_.get()) > 0; }
@@ -118,6 +180,14 @@ void BusConnection::callLater(const sdbus::Message& request, Handler handler) {
     std::exchange(pending.handler, nullptr)(nullptr);
 }
 
+Subscription BusConnection::ask(const sdbus::Message& request, Handler handler) {
+    auto asking = std::make_shared<Handler>(std::move(handler));
+    callLater(request, [weak = std::weak_ptr(asking)](sd_bus_message* reply) {
+        if (const auto told = weak.lock()) (*told)(reply);
+    });
+    return Subscription(std::move(asking));
+}
+
 Task<sdbus::Message> BusConnection::answer(sdbus::Message request) {
     Completion<sdbus::Message> answer;
     callLater(request, [answer](sd_bus_message* reply) {
@@ -140,9 +210,13 @@ bool BusConnection::awaitReady(double seconds) {
     return isReady();
 }
 
-bool BusConnection::addObject(const char* path, const char* interface, const sd_bus_vtable* table,
+void BusConnection::addObject(const char* path, const char* interface, const sd_bus_vtable* table,
                               void* object) {
-    return sd_bus_add_object_vtable(bus_.get(), nullptr, path, interface, table, object) >= 0;
+    offer(offers_.emplace_back(path, interface, table, object));
+}
+
+void BusConnection::offer(const Offer& offer) {
+    sd_bus_add_object_vtable(bus_.get(), nullptr, offer.path, offer.interface, offer.table, offer.object);
 }
 
 void BusConnection::emit(const char* path, const char* interface, const char* signal,
@@ -155,14 +229,44 @@ void BusConnection::emit(const char* path, const char* interface, const char* si
     awaitNext();
 }
 
-Subscription BusConnection::listen(const char* rule, Handler handler) {
+Subscription BusConnection::listen(const std::string& rule, Handler handler) {
     const auto listener = std::make_shared<Listener>();
+    listener->rule = rule;
     listener->handler = std::move(handler);
-    sd_bus_slot* slot = nullptr;
-    sd_bus_add_match_async(bus_.get(), &slot, rule, onSignal, nullptr, listener.get());
-    listener->slot.reset(slot);
+    std::erase_if(listeners_, [](const auto& other) { return other.expired(); });
+    listeners_.push_back(listener);
+    addMatch(*listener);
     awaitNext();
     return Subscription(listener);
+}
+
+Subscription BusConnection::listenToOwners(const std::string& filter, OwnerChanged handler) {
+    constexpr std::string_view theBus = "org.freedesktop.DBus";
+    const auto rule =
+        "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
+        "member='NameOwnerChanged'" +
+        filter;
+    return listen(rule, [theBus, handler = std::move(handler)](sd_bus_message* signal) {
+        const char* name = "";
+        const char* before = "";
+        const char* after = "";
+        if (sd_bus_message_get_sender(signal) != theBus) return;
+        if (sd_bus_message_read(signal, "sss", &name, &before, &after) > 0) handler(name, after);
+    });
+}
+
+void BusConnection::addMatch(Listener& listener) {
+    if (sd_bus_is_open(bus_.get()) <= 0) return;
+    sd_bus_slot* slot = nullptr;
+    sd_bus_add_match_async(bus_.get(), &slot, listener.rule.c_str(), onSignal, nullptr, &listener);
+    listener.slot.reset(slot);
+}
+
+int BusConnection::onSignal(sd_bus_message* message, void* listener, sd_bus_error*) {
+    // Held meanwhile: the handler may let go of it.
+    const auto told = static_cast<Listener*>(listener)->shared_from_this();
+    told->handler(message);
+    return 0;
 }
 
 void BusConnection::pump() {
@@ -177,6 +281,7 @@ void BusConnection::pump() {
 /// sd-bus wants to be called when it can read, often also when it can write or when a call's time is up: what
 /// it waits for changes with all that it is asked to do.
 void BusConnection::awaitNext() const {
+    if (sd_bus_is_open(bus_.get()) <= 0) return;
     const int fd = sd_bus_get_fd(bus_.get());
     const int wanted = sd_bus_get_events(bus_.get());
     epoll_event event{.events = wanted >= 0 ? static_cast<std::uint32_t>(wanted) : EPOLLIN, .data = {}};
@@ -208,12 +313,10 @@ BusConnection::Pending& BusConnection::remember(Handler handler) {
 
 void BusConnection::reportClosed() {
     watch_.reset();
-    if (!onClosed_) return;
-    // The owner will drop this connection, which may be in the middle of a call.
+    if (std::exchange(isLeaving_, true)) return;
+    // Whoever is told may drop this connection, which may be in the middle of a call.
     main_.post([weak = std::weak_ptr(self_)] {
-        const auto self = weak.lock();
-        if (!self || !(*self)->onClosed_) return;
-        std::exchange((*self)->onClosed_, nullptr)();
+        if (const auto self = weak.lock()) (*self)->leave();
     });
 }
 

@@ -14,16 +14,6 @@ constexpr const char* path = "/org/freedesktop/Notifications";
 constexpr const char* application = "es.pelmora.dorix";
 constexpr double patience = 5.0;  // seconds: the bus may have to start the server
 
-constexpr const char* invokedRule =
-    "type='signal',sender='org.freedesktop.Notifications',interface='org.freedesktop.Notifications',"
-    "member='ActionInvoked'";
-constexpr const char* closedRule =
-    "type='signal',sender='org.freedesktop.Notifications',interface='org.freedesktop.Notifications',"
-    "member='NotificationClosed'";
-constexpr const char* serverChangesRule =
-    "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
-    "member='NameOwnerChanged',arg0='org.freedesktop.Notifications'";
-
 std::set<std::string, std::less<>> readStrings(sd_bus_message* message) {
     std::set<std::string, std::less<>> strings;
     const char* text = nullptr;
@@ -40,14 +30,13 @@ std::string withoutMarkup(std::string body) {
 
 }  // namespace
 
-DBusNotifications::DBusNotifications(Executor& main, BusConnection& bus) : bus_(bus), tasks_(main) {
-    signals_.push_back(bus_.listen(invokedRule, [this](sd_bus_message* signal) { invoked(signal); }));
-    signals_.push_back(bus_.listen(closedRule, [this](sd_bus_message* signal) { closed(signal); }));
-    signals_.push_back(bus_.listen(serverChangesRule, [this](sd_bus_message*) {
-        // Another server knows nothing of what this one showed.
-        capabilities_.reset();
-        std::erase_if(shown_, [](const auto& entry) { return !entry.second.waiting; });
-    }));
+DBusNotifications::DBusNotifications(Executor& main, BusConnection& bus)
+    : bus_(bus), server_(bus, service, [this] { serverChanged(); }), tasks_(main) {
+    const auto on = [this](const char* member, BusConnection::Handler handler) {
+        signals_.push_back(server_.listen(path, service, member, std::move(handler)));
+    };
+    on("ActionInvoked", [this](sd_bus_message* signal) { invoked(signal); });
+    on("NotificationClosed", [this](sd_bus_message* signal) { closed(signal); });
 }
 
 Task<bool> DBusNotifications::requestAuthorization() { co_return (co_await capabilities()).has_value(); }
@@ -71,10 +60,12 @@ void DBusNotifications::remove(const std::string& identifier) {
 
 /// What the server can do; none when there is none.
 Task<std::optional<DBusNotifications::Capabilities>> DBusNotifications::capabilities() {
-    if (capabilities_ && bus_.isReady()) co_return capabilities_;
-    auto request = bus_.newCall(service, path, service, "GetCapabilities");
+    if (capabilities_) co_return capabilities_;
+    auto request = server_.newCall(path, service, "GetCapabilities");
     const auto answer = co_await withTimeout(bus_.answer(std::move(request)), patience);
-    capabilities_ = answer && *answer ? std::optional(readStrings(answer->get())) : std::nullopt;
+    // One that has gone since then is no help.
+    const bool isThere = answer && *answer && server_.hasSent(answer->get());
+    capabilities_ = isThere ? std::optional(readStrings(answer->get())) : std::nullopt;
     co_return capabilities_;
 }
 
@@ -82,7 +73,9 @@ Task<void> DBusNotifications::send(std::string identifier) {
     std::uint32_t id = 0;
     if (co_await capabilities()) {
         const auto answer = co_await withTimeout(bus_.answer(message(shown_[identifier])), patience);
-        if (answer && *answer) sd_bus_message_read_basic(answer->get(), 'u', &id);
+        // The number of one that has gone since then would be another's notification.
+        if (answer && *answer && server_.hasSent(answer->get()))
+            sd_bus_message_read_basic(answer->get(), 'u', &id);
     }
     answered(identifier, id);
 }
@@ -90,7 +83,7 @@ Task<void> DBusNotifications::send(std::string identifier) {
 sdbus::Message DBusNotifications::message(const Shown& shown) const {
     const auto& notification = shown.notification;
     const auto can = [this](const char* what) { return capabilities_ && capabilities_->contains(what); };
-    auto request = bus_.newCall(service, path, service, "Notify");
+    auto request = server_.newCall(path, service, "Notify");
     auto* raw = request.get();
     const auto body = can("body-markup") ? withoutMarkup(notification.body) : notification.body;
     sd_bus_message_append(raw, "susss", "DORIX", shown.id, application, notification.title.c_str(),
@@ -122,9 +115,16 @@ void DBusNotifications::answered(const std::string& identifier, std::uint32_t id
 }
 
 void DBusNotifications::close(std::uint32_t id) {
-    const auto request = bus_.newCall(service, path, service, "CloseNotification");
+    const auto request = server_.newCall(path, service, "CloseNotification");
     sd_bus_message_append(request.get(), "u", id);
     bus_.callLater(request, [](sd_bus_message*) {});
+}
+
+/// Another server knows nothing of what this one showed.
+void DBusNotifications::serverChanged() {
+    capabilities_.reset();
+    std::erase_if(shown_, [](const auto& entry) { return !entry.second.waiting; });
+    for (auto& [identifier, shown] : shown_) shown.id = 0;
 }
 
 void DBusNotifications::invoked(sd_bus_message* signal) {

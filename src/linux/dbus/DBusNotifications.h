@@ -2,7 +2,7 @@
 
 #include "base/async/TaskScope.h"
 #include "base/async/Timer.h"
-#include "linux/dbus/BusConnection.h"
+#include "linux/dbus/BusService.h"
 #include "platform/Notifications.h"
 
 #include <cstdint>
@@ -42,6 +42,7 @@ class DBusNotifications final : public Notifications {
     sdbus::Message message(const Shown& shown) const;
     void answered(const std::string& identifier, std::uint32_t id);
     void close(std::uint32_t id);
+    void serverChanged();
     void invoked(sd_bus_message* signal);
     void closed(sd_bus_message* signal);
     Shown* find(std::uint32_t id);
@@ -50,6 +51,7 @@ class DBusNotifications final : public Notifications {
     Responded responded_;
     std::optional<Capabilities> capabilities_;  // of the server that is there
     std::map<std::string, Shown> shown_;        // by our identifier
+    BusService server_;
     std::vector<Subscription> signals_;
     TaskScope tasks_;
 };

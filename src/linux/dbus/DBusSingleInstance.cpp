@@ -13,6 +13,7 @@ constexpr const char* name = "es.pelmora.dorix";
 constexpr const char* path = "/es/pelmora/dorix";
 constexpr const char* interface = "org.freedesktop.Application";
 constexpr double patience = 2.0;  // seconds, for each question
+constexpr std::uint32_t queue = 0;
 constexpr std::uint32_t doNotQueue = 4;
 constexpr std::uint32_t nameIsTaken = 3;
 
@@ -65,8 +66,15 @@ DBusSingleInstance::DBusSingleInstance(Executor& main, FdWatcher& watcher)
     : main_(main), watcher_(watcher), startedByBus_(takeStarterMark()) {}
 
 bool DBusSingleInstance::claim() {
-    bus_ = BusConnection::openSession(main_, watcher_, [this] { bus_.reset(); });
-    if (!bus_ || !bus_->awaitReady(patience) || claimName()) return true;
+    bus_ = BusConnection::session(main_, watcher_);
+    // First the object: whoever sees the name may call it at once.
+    bus_->addObject(path, interface, ApplicationInterface::table(), this);
+    if (!bus_->awaitReady(patience) || claimName()) {
+        joins_ = bus_->isJoined.subscribe([this](bool joined) {
+            if (joined) claimNameAgain();
+        });
+        return true;
+    }
     askToReopen();
     bus_.reset();
     return false;
@@ -74,14 +82,22 @@ bool DBusSingleInstance::claim() {
 
 /// Also true when the bus does not answer.
 bool DBusSingleInstance::claimName() {
-    // First the object: whoever sees the name may call it at once.
-    bus_->addObject(path, interface, ApplicationInterface::table(), this);
-    const auto request =
-        bus_->newCall("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "RequestName");
-    sd_bus_message_append(request.get(), "su", name, doNotQueue);
-    const auto reply = bus_->call(request, patience);
+    const auto reply = bus_->call(nameRequest(doNotQueue), patience);
     std::uint32_t result = 0;
     return !reply || sd_bus_message_read_basic(reply->get(), 'u', &result) <= 0 || result != nameIsTaken;
+}
+
+/// On a bus that has come back. This process is well under way, and goes on even if another one has been
+/// quicker; the name becomes ours when that one ends.
+void DBusSingleInstance::claimNameAgain() {
+    bus_->callLater(nameRequest(queue), [](sd_bus_message*) {});
+}
+
+sdbus::Message DBusSingleInstance::nameRequest(std::uint32_t flags) const {
+    auto request =
+        bus_->newCall("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "RequestName");
+    sd_bus_message_append(request.get(), "su", name, flags);
+    return request;
 }
 
 void DBusSingleInstance::askToReopen() {

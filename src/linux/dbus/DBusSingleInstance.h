@@ -2,6 +2,7 @@
 
 #include "linux/dbus/BusConnection.h"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -25,8 +26,9 @@ class DBusSingleInstance {
 
     /// Whether this process is the one instance, from now until it ends. If not, the one that is has been
     /// asked to reopen, and this process should end. Waits for the session's services, a few seconds at most;
-    /// a session without them lets the program run. When the bus itself has started this process in order to
-    /// ask something of it, the first request to reopen is the launch, and not reported.
+    /// a session without them lets the program run. On a bus that comes back the name is taken again. When
+    /// the bus itself has started this process in order to ask something of it, the first request to reopen
+    /// is the launch, and not reported.
     bool claim();
 
     /// Requests that come in before this is set are dropped.
@@ -36,6 +38,8 @@ class DBusSingleInstance {
     friend struct ApplicationInterface;
 
     bool claimName();
+    void claimNameAgain();
+    sdbus::Message nameRequest(std::uint32_t flags) const;
     void askToReopen();
     void reopen();
 
@@ -44,6 +48,7 @@ class DBusSingleInstance {
     Requests requests_;
     bool startedByBus_;
     std::unique_ptr<BusConnection> bus_;
+    Subscription joins_;
 };
 
 }  // namespace dorix

@@ -13,9 +13,6 @@ constexpr const char* watcher = "org.kde.StatusNotifierWatcher";
 constexpr const char* watcherPath = "/StatusNotifierWatcher";
 constexpr const char* interface = "org.kde.StatusNotifierItem";
 constexpr const char* path = "/StatusNotifierItem";
-constexpr const char* watcherComesRule =
-    "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
-    "member='NameOwnerChanged',arg0='org.kde.StatusNotifierWatcher'";
 
 }  // namespace
 
@@ -102,7 +99,9 @@ struct StatusItemInterface {
 };
 
 DBusStatusItem::DBusStatusItem(Executor& main, BusConnection& bus, Words words)
-    : main_(main), bus_(bus), words_(std::move(words)), menu_(main, bus) {}
+    : main_(main), bus_(bus), words_(std::move(words)), menu_(main, bus), watcher_(bus, watcher, [this] {
+          announce();
+      }) {}
 
 void DBusStatusItem::show(std::function<void()> clicked, MenuBuilder menu) {
     clicked_ = std::move(clicked);
@@ -113,12 +112,6 @@ void DBusStatusItem::show(std::function<void()> clicked, MenuBuilder menu) {
     });
     if (std::exchange(shown_, true)) return;
     bus_.addObject(path, interface, StatusItemInterface::table(), this);
-    watcherComes_ = bus_.listen(watcherComesRule, [this](sd_bus_message* signal) {
-        const char* name = "";
-        const char* before = "";
-        const char* after = "";
-        if (sd_bus_message_read(signal, "sss", &name, &before, &after) > 0 && *after != '\0') announce();
-    });
     announce();
 }
 
@@ -128,9 +121,10 @@ void DBusStatusItem::setToolTip(const std::string& text) {
     bus_.emit(path, interface, "NewToolTip", [](sd_bus_message*) {});
 }
 
-/// By the path: the watcher sees who is calling. Nobody hears it where the desktop has no such icons.
+/// By the path: the watcher sees who is calling.
 void DBusStatusItem::announce() {
-    const auto request = bus_.newCall(watcher, watcherPath, watcher, "RegisterStatusNotifierItem");
+    if (!shown_ || watcher_.owner().empty()) return;
+    const auto request = watcher_.newCall(watcherPath, watcher, "RegisterStatusNotifierItem");
     sd_bus_message_append(request.get(), "s", path);
     bus_.callLater(request, [](sd_bus_message*) {});
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "linux/dbus/BusConnection.h"
+#include "linux/dbus/BusService.h"
 #include "linux/dbus/DBusMenu.h"
 #include "platform/StatusItem.h"
 
@@ -36,7 +37,7 @@ class DBusStatusItem final : public StatusItem {
     bool shown_ = false;
     std::function<void()> clicked_;
     std::string toolTip_;
-    Subscription watcherComes_;
+    BusService watcher_;
 };
 
 }  // namespace dorix

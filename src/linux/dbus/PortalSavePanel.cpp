@@ -15,13 +15,7 @@ namespace {
 constexpr const char* service = "org.freedesktop.portal.Desktop";
 constexpr const char* path = "/org/freedesktop/portal/desktop";
 constexpr const char* interface = "org.freedesktop.portal.FileChooser";
-constexpr const char* responseRule =
-    "type='signal',sender='org.freedesktop.portal.Desktop',interface='org.freedesktop.portal.Request',"
-    "member='Response'";
-constexpr const char* portalLeftRule =
-    "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
-    "member='NameOwnerChanged',arg0='org.freedesktop.portal.Desktop',arg2=''";
-
+constexpr const char* requestInterface = "org.freedesktop.portal.Request";
 std::string windowName(std::uint64_t window) {
     if (window == 0) return "";
     std::array<char, 16> hex{};
@@ -51,18 +45,19 @@ std::optional<std::filesystem::path> chosenFile(sd_bus_message* signal) {
 
 }  // namespace
 
-PortalSavePanel::PortalSavePanel(BusConnection* bus, std::filesystem::path documents)
-    : bus_(bus), documents_(std::move(documents)) {
-    if (bus_ == nullptr) return;
-    responses_ = bus_->listen(responseRule, [this](sd_bus_message* signal) { responded(signal); });
-    portalLeaves_ = bus_->listen(portalLeftRule, [this](sd_bus_message*) { portalLeft(); });
-}
+PortalSavePanel::PortalSavePanel(BusConnection& bus, std::filesystem::path documents)
+    : bus_(bus),
+      documents_(std::move(documents)),
+      portal_(bus, service, [this] { portalChanged(); }),
+      responses_(portal_.listen("", requestInterface, "Response",
+                                [this](sd_bus_message* signal) { responded(signal); })) {}
 
 Task<std::optional<std::filesystem::path>> PortalSavePanel::run(Request request) {
-    if (bus_ == nullptr) co_return freeName(request.fileName);
-    const auto handle = co_await bus_->answer(call(request));
+    const auto handle = co_await bus_.answer(call(request));
     const char* given = "";
     if (!handle || sd_bus_message_read(handle.get(), "o", &given) <= 0) co_return freeName(request.fileName);
+    // It has died since then, and its dialog with it.
+    if (!portal_.hasSent(handle.get())) co_return std::nullopt;
     const std::string name = given;
     auto answer = waiting_[name];
     // However the wait ends, nobody waits any more.
@@ -71,7 +66,7 @@ Task<std::optional<std::filesystem::path>> PortalSavePanel::run(Request request)
 }
 
 sdbus::Message PortalSavePanel::call(const Request& request) const {
-    auto message = bus_->newCall(service, path, interface, "SaveFile");
+    auto message = portal_.newCall(path, interface, "SaveFile");
     auto* raw = message.get();
     const std::string folder = documents_.string();
     sd_bus_message_append(raw, "ss", windowName(request.ownWindow).c_str(), request.title.c_str());
@@ -93,8 +88,8 @@ void PortalSavePanel::responded(sd_bus_message* signal) {
     waiting_[sd_bus_message_get_path(signal)].complete(chosenFile(signal));
 }
 
-/// Its dialogs have gone with it.
-void PortalSavePanel::portalLeft() {
+/// The dialogs of the one that was there have gone with it.
+void PortalSavePanel::portalChanged() {
     for (const auto& [name, answer] : std::exchange(waiting_, {})) answer.complete(Answer());
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/async/Completion.h"
-#include "linux/dbus/BusConnection.h"
+#include "linux/dbus/BusService.h"
 #include "platform/UserFiles.h"
 
 #include <filesystem>
@@ -15,8 +15,8 @@ namespace dorix {
 /// executor.
 class PortalSavePanel final : public SavePanel {
  public:
-    /// `bus` is null where there is none; otherwise it must outlive this.
-    PortalSavePanel(BusConnection* bus, std::filesystem::path documents);
+    /// On the session bus, which must outlive this.
+    PortalSavePanel(BusConnection& bus, std::filesystem::path documents);
 
     Task<std::optional<std::filesystem::path>> run(Request request) override;
 
@@ -26,14 +26,14 @@ class PortalSavePanel final : public SavePanel {
 
     sdbus::Message call(const Request& request) const;
     void responded(sd_bus_message* signal);
-    void portalLeft();
+    void portalChanged();
     std::filesystem::path freeName(const std::string& fileName) const;
 
-    BusConnection* const bus_;
+    BusConnection& bus_;
     const std::filesystem::path documents_;
     std::map<std::string, Completion<Answer>> waiting_;  // by the path of the request
+    BusService portal_;
     Subscription responses_;
-    Subscription portalLeaves_;
 };
 
 }  // namespace dorix

@@ -5,6 +5,7 @@
 #include "linux/atspi/AtspiAccessibility.h"
 #include "linux/dbus/BusConnection.h"
 #include "linux/dbus/DBusNotifications.h"
+#include "linux/dbus/DBusSessionState.h"
 #include "linux/dbus/DBusStatusItem.h"
 #include "linux/dbus/PortalSavePanel.h"
 #include "linux/desktop/LinuxPrivacyGrants.h"
@@ -28,7 +29,6 @@
 #include "linux/xdg/AutostartLoginItem.h"
 #include "linux/xdg/Environment.h"
 #include "linux/xdg/JsonUserDefaults.h"
-#include "platform/SessionState.h"
 
 #include <utility>
 
@@ -89,16 +89,12 @@ struct LinuxDesktop::Adapters {
           audio(main),
           processes(watcher),
           urls(watcher),
-          bus(BusConnection::openSession(main, watcher, [] {})),
-          notifications(orElse<UnavailableNotifications>(onBus<Notifications, DBusNotifications>())),
-          statusItem(orElse<UnavailableStatusItem>(onBus<StatusItem, DBusStatusItem>(std::move(words)))),
-          appearance(bus.get(), watcher, xdgConfigHome()),
+          system(BusConnection::system(main, watcher)),
+          bus(BusConnection::session(main, watcher)),
+          notifications(main, *bus),
+          statusItem(main, *bus, std::move(words)),
+          appearance(*bus, watcher, xdgConfigHome()),
           x11(openX11(watcher)) {}
-
-    template <typename Port, typename Adapter, typename... More>
-    std::unique_ptr<Port> onBus(More... more) const {
-        return bus ? std::make_unique<Adapter>(executor, *bus, std::move(more)...) : nullptr;
-    }
 
     std::unique_ptr<X11Session> openX11(FdWatcher& watcher) {
         auto connection = X11Connection::open(executor, watcher);
@@ -138,12 +134,13 @@ struct LinuxDesktop::Adapters {
     LinuxProcesses processes;
     XdgUrlOpener urls;
     AtomicFileReplacer files;
-    std::unique_ptr<BusConnection> bus;  // none where there is no session bus
-    std::unique_ptr<Notifications> notifications;
-    std::unique_ptr<StatusItem> statusItem;
-    PortalSavePanel savePanel{bus.get(), xdgDocuments()};
+    const std::unique_ptr<BusConnection> system;
+    const std::unique_ptr<BusConnection> bus;  // of the session
+    DBusNotifications notifications;
+    DBusStatusItem statusItem;
+    PortalSavePanel savePanel{*bus, xdgDocuments()};
     LinuxAppearance appearance;
-    SessionState session;
+    DBusSessionState session{executor, *system, *bus};
 
     // The ports of the session, each from where it is to be had.
     std::unique_ptr<X11Session> x11;  // none where there is no X display
@@ -184,8 +181,8 @@ Platform LinuxDesktop::platform(Application& application) {
             .loginItem = made.loginItem,
             .sounds = made.sounds,
             .processes = made.processes,
-            .notifications = *made.notifications,
-            .statusItem = *made.statusItem,
+            .notifications = made.notifications,
+            .statusItem = made.statusItem,
             .urls = made.urls,
             .savePanel = made.savePanel,
             .files = made.files,

@@ -6,8 +6,9 @@
 
 namespace dorix {
 
-/// The signals as a descriptor that is readable when one has come: they are then handled on a loop like any other
-/// event. Blocks them for the calling thread and those that it starts, so call it before other threads start.
+/// The signals as a descriptor that is readable when one has come: they are then handled on a loop like any
+/// other event. Blocks them for the calling thread and those that it starts, so call it before other threads
+/// start.
 FileDescriptor blockedSignals(std::initializer_list<int> numbers);
 
 }  // namespace dorix

@@ -26,7 +26,7 @@ class LinuxAppearanceTest : public testing::Test {
     TemporaryFolder folder;
     EventLoop loop;
     SessionBus session;
-    std::unique_ptr<BusConnection> bus = BusConnection::openSession(loop.main, loop.main, [] {});
+    std::unique_ptr<BusConnection> bus = BusConnection::session(loop.main, loop.main);
 };
 
 TEST_F(LinuxAppearanceTest, ThePortalHasTheLastWord) {
@@ -45,7 +45,7 @@ TEST_F(LinuxAppearanceTest, ThePortalHasTheLastWord) {
     const auto changeTheme = [&](std::uint32_t value) {
         change("org.freedesktop.appearance", "color-scheme", "u", value);
     };
-    LinuxAppearance appearance(bus.get(), loop.main, folder.path());
+    LinuxAppearance appearance(*bus, loop.main, folder.path());
     EXPECT_FALSE(appearance.prefersDark.get());
     EXPECT_TRUE(becomes(appearance.prefersDark, true));
     changeTheme(2);
@@ -65,7 +65,7 @@ TEST_F(LinuxAppearanceTest, ThePortalHasTheLastWord) {
 
 TEST_F(LinuxAppearanceTest, TheDisplaysServiceIsPutBeforeTheFile) {
     write("gtk-theme-name=Adwaita-dark");
-    LinuxAppearance appearance(nullptr, loop.main, folder.path());
+    LinuxAppearance appearance(*bus, loop.main, folder.path());
     appearance.setDisplaySettings({{"Net/ThemeName", "Greybird"}, {"Gtk/EnableAnimations", "0"}});
     EXPECT_FALSE(appearance.prefersDark.get());
     EXPECT_TRUE(appearance.reducesMotion.get());
@@ -79,11 +79,11 @@ TEST_F(LinuxAppearanceTest, TheDisplaysServiceIsPutBeforeTheFile) {
 
 TEST_F(LinuxAppearanceTest, WithoutAPortalTheFileIsFollowed) {
     write("gtk-application-prefer-dark-theme = true");
-    LinuxAppearance appearance(bus.get(), loop.main, folder.path());
+    LinuxAppearance appearance(*bus, loop.main, folder.path());
     EXPECT_TRUE(appearance.prefersDark.get());
     write("gtk-application-prefer-dark-theme=0");
     EXPECT_TRUE(becomes(appearance.prefersDark, false));
-    const LinuxAppearance nothing(nullptr, loop.main, folder.path() / "missing");
+    const LinuxAppearance nothing(*bus, loop.main, folder.path() / "missing");
     EXPECT_FALSE(nothing.prefersDark.get());
 }
 

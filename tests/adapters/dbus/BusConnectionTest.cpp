@@ -9,7 +9,7 @@ TEST(BusConnectionTest, ACallThatIsNotAnsweredEndsOnAQuietBus) {
     const SessionBus session;
     EventLoop loop;
     const BusPeer silent(loop, "test.Silent", "/test", {{"Ask", [](auto*) { return 1; }}});
-    const auto bus = BusConnection::openSession(loop.main, loop.main, [] {});
+    const auto bus = BusConnection::session(loop.main, loop.main);
     std::string error;
     bus->callLater(bus->newCall("test.Silent", "/test", "test.Service", "Ask"),
                    [&](sd_bus_message* reply) { error = sd_bus_message_get_error(reply)->name; });

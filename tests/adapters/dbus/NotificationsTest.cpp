@@ -31,9 +31,12 @@ class Server {
     void dismiss(std::uint32_t id) { peer_.emit(path, service, "NotificationClosed", "uu", id, 2); }
 
     std::vector<std::string> log;
+    std::string client;  // who asked last
+    bool diesAfterNotify = false;
 
  private:
     int notify(sd_bus_message* call) {
+        client = sd_bus_message_get_sender(call);
         std::uint32_t replaces = 0;
         nextString(call);
         sd_bus_message_read(call, "u", &replaces);
@@ -44,7 +47,9 @@ class Server {
         for (const char* text = nullptr; sd_bus_message_read(call, "s", &text) > 0;)
             line += std::string(text) + ",";
         log.push_back(line);
-        return sd_bus_reply_method_return(call, "u", replaces ? replaces : ++lastId_);
+        const int replied = sd_bus_reply_method_return(call, "u", replaces ? replaces : ++lastId_);
+        if (diesAfterNotify) peer_.vanish();
+        return replied;
     }
     int close(sd_bus_message* call) {
         std::uint32_t id = 0;
@@ -79,7 +84,7 @@ class NotificationsTest : public testing::Test {
     const std::string text = "|Tu semana con DORIX|3 &lt; 4 &amp; más|default,,later,Luego,";
     EventLoop loop;
     SessionBus session;
-    std::unique_ptr<BusConnection> bus = BusConnection::openSession(loop.main, loop.main, [] {});
+    std::unique_ptr<BusConnection> bus = BusConnection::session(loop.main, loop.main);
     DBusNotifications notifications{loop.main, *bus};
     std::vector<NotificationResponse> responses;
 };
@@ -97,6 +102,15 @@ TEST_F(NotificationsTest, ShowsReplacesAndTellsOfClicks) {
     ASSERT_TRUE(loop.runUntil([&] { return responses.size() == 2; }));
     EXPECT_EQ(responses[0], (NotificationResponse{"dorix-weekly", "default", {{"open", "learned"}}}));
     EXPECT_EQ(responses[1].action, "later");
+
+    BusPeer liar(loop);
+    liar.emitTo(server.client, path, service, "ActionInvoked", "us", 1, "default");
+    liar.emit(path, service, "NotificationClosed", "uu", 1, 2);
+    liar.emitTo(server.client, "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameOwnerChanged", "sss",
+                service, "", liar.name().c_str());
+    liar.emitTo(server.client, path, service, "ActionInvoked", "us", 1, "default");
+    loop.runFor(0.1);
+    EXPECT_EQ(responses.size(), 2) << "only the server is believed";
 
     server.dismiss(1);
     loop.runFor(0.02);
@@ -122,6 +136,12 @@ TEST_F(NotificationsTest, ComesAndGoesWithTheServer) {
         expectLog(server, {"0" + text});
     }
     ASSERT_TRUE(loop.runUntil([&] { return !authorised(); }));
+    {
+        Server brief(loop, true);
+        brief.diesAfterNotify = true;
+        notifications.post(weekly);
+        expectLog(brief, {"0" + text});
+    }
     Server server(loop, false);
     notifications.post(weekly);
     expectLog(server, {"0|Tu semana con DORIX|3 < 4 & más|"});  // no more than this one can do
@@ -129,6 +149,14 @@ TEST_F(NotificationsTest, ComesAndGoesWithTheServer) {
     ASSERT_TRUE(loop.runUntil([&] { return !authorised(); }));
     notifications.post(weekly);
     notifications.remove("dorix-weekly");
+
+    session.start();
+    Server back(loop, true);
+    ASSERT_TRUE(loop.runUntil([&] { return authorised(); }));
+    notifications.post(weekly);
+    expectLog(back, {"0" + text});
+    back.click(1, "later");
+    EXPECT_TRUE(loop.runUntil([&] { return responses.size() == 1; }));
 }
 
 }  // namespace

@@ -20,6 +20,7 @@ class Portal {
 
     std::string asker;
     std::string asked;
+    bool diesAfterAnswer = false;
     std::optional<std::pair<std::uint32_t, const char*>> answer;
 
  private:
@@ -36,6 +37,7 @@ class Portal {
             peer_.emit(handle, "org.freedesktop.portal.Request", "Response", "ua{sv}", answer->first, 2,
                        "choices", "s", "", "uris", "as", 1, answer->second);
         }
+        if (diesAfterAnswer) peer_.vanish();
         return replied;
     }
 
@@ -51,8 +53,8 @@ class SavePanelTest : public testing::Test {
     EventLoop loop;
     SessionBus session;
     TemporaryFolder folder;
-    std::unique_ptr<BusConnection> bus = BusConnection::openSession(loop.main, loop.main, [] {});
-    PortalSavePanel panel{bus.get(), folder.path()};
+    std::unique_ptr<BusConnection> bus = BusConnection::session(loop.main, loop.main);
+    PortalSavePanel panel{*bus, folder.path()};
 };
 
 TEST_F(SavePanelTest, AsksTheDesktop) {
@@ -66,19 +68,46 @@ TEST_F(SavePanelTest, AsksTheDesktop) {
     EXPECT_EQ(loop.result(run()), std::nullopt);
 }
 
-TEST_F(SavePanelTest, ADialogThatDiesWithThePortalIsNoAnswer) {
+TEST_F(SavePanelTest, ADialogThatDiesIsNoAnswer) {
     std::optional<Portal> portal(loop);
     TaskScope tasks(loop.main);
-    const auto chosen = tasks.spawn(run());
-    ASSERT_TRUE(loop.runUntil([&] { return !portal->asked.empty(); }));
+    const auto openDialog = [&] {
+        portal->asked.clear();
+        auto chosen = tasks.spawn(run());
+        EXPECT_TRUE(loop.runUntil([&] { return !portal->asked.empty(); }));
+        return chosen;
+    };
+    const auto expectNone = [&](auto chosen) {
+        ASSERT_TRUE(loop.runUntil([&] { return chosen.isDone(); }));
+        const auto answer = [](auto task) -> Task<std::optional<std::filesystem::path>> {
+            co_return co_await task;
+        };
+        EXPECT_EQ(loop.result(answer(chosen)), std::nullopt);
+    };
+    auto chosen = openDialog();
     portal->ping();
-    EXPECT_FALSE(chosen.isDone());
+    BusPeer(loop).emitTo(portal->asker, handle, "org.freedesktop.portal.Request", "Response", "ua{sv}", 0, 1,
+                         "uris", "as", 1, "file:///home/ana/.bashrc");
+    loop.runFor(0.1);
+    EXPECT_FALSE(chosen.isDone()) << "nobody answers in the portal's place";
     portal.reset();
-    ASSERT_TRUE(loop.runUntil([&] { return chosen.isDone(); }));
-    EXPECT_EQ(loop.result([](auto task) -> Task<std::optional<std::filesystem::path>> {
-        co_return co_await task;
-    }(chosen)),
-              std::nullopt);
+    expectNone(chosen);
+
+    portal.emplace(loop);
+    portal->diesAfterAnswer = true;
+    expectNone(openDialog());
+
+    portal.emplace(loop);
+    chosen = openDialog();
+    portal->ping();
+    session.kill();  // with portal and dialog
+    expectNone(chosen);
+
+    session.start();
+    portal.emplace(loop);
+    portal->answer = {0, "file:///x"};
+    ASSERT_TRUE(loop.runUntil([&] { return bus->isReady(); }));
+    EXPECT_EQ(loop.result(run()), "/x");
 }
 
 TEST_F(SavePanelTest, WhereNobodyAsksItFindsANameThatIsFree) {

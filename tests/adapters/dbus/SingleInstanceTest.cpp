@@ -85,9 +85,13 @@ TEST_F(SingleInstanceTest, TheNameGoesWithItsOwnerAndCountsForNothingWithoutABus
     EXPECT_TRUE(DBusSingleInstance(loop.main, loop.main).claim());
     DBusSingleInstance second(loop.main, loop.main);
     EXPECT_TRUE(second.claim());
+    second.onRequests(record());
     session.kill();
     loop.runFor(0.02);
     EXPECT_TRUE(DBusSingleInstance(loop.main, loop.main).claim());
+    session.start();
+    EXPECT_TRUE(loop.runUntil([&] { return ask("Activate", "a{sv}", 0); })) << "it takes its name again";
+    EXPECT_THAT(log, ElementsAre("reopen"));
 }
 
 }  // namespace

@@ -99,7 +99,7 @@ class StatusItemTest : public testing::Test {
 
     EventLoop loop;
     SessionBus session;
-    std::unique_ptr<BusConnection> bus = BusConnection::openSession(loop.main, loop.main, [] {});
+    std::unique_ptr<BusConnection> bus = BusConnection::session(loop.main, loop.main);
     DBusStatusItem item{loop.main, *bus, [](std::string_view text) {
                             return text == "⌥ Espacio" ? "Alt+Espacio" : std::string(text);
                         }};
@@ -120,6 +120,12 @@ TEST_F(StatusItemTest, IsThereWhereverThereIsATray) {
     EXPECT_TRUE(tray.ask("Activate", "ii", 10, 10));
     ASSERT_TRUE(loop.runUntil([&] { return !log.empty(); }));
     EXPECT_THAT(log, ElementsAre("click"));
+
+    session.kill();
+    session.start();
+    Tray again(loop);
+    EXPECT_TRUE(again.ask("Activate", "ii", 10, 10));
+    EXPECT_FALSE(again.menu().empty());
 }
 
 TEST_F(StatusItemTest, TheMenuSaysHowThingsStand) {

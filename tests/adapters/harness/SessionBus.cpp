@@ -6,10 +6,12 @@
 
 namespace dorix {
 
-SessionBus::SessionBus(Services services) {
+SessionBus::SessionBus(Services services) : services_(services) { start(); }
+
+void SessionBus::start() {
     const auto file = folder_.path() / "session.conf";
     std::ofstream(file) << "<busconfig><type>session</type><listen>" << address() << "</listen>"
-                        << (services == Services::installed ? "<standard_session_servicedirs/>" : "")
+                        << (services_ == Services::installed ? "<standard_session_servicedirs/>" : "")
                         << "<auth>EXTERNAL</auth><policy context=\"default\"><allow send_destination=\"*\"/>"
                            "<allow receive_sender=\"*\"/><allow own=\"*\"/></policy></busconfig>";
     const std::string folder = folder_.path();
@@ -47,15 +49,18 @@ BusPeer::BusPeer(EventLoop& loop, const std::string& address) : loop_(loop) {
 }
 
 BusPeer::BusPeer(EventLoop& loop, const char* name, const char* path, Script script) : BusPeer(loop) {
-    script_ = std::move(script);
-    const auto answer = [](sd_bus_message* call, void* self, sd_bus_error*) {
-        const auto& known = static_cast<BusPeer*>(self)->script_;
-        const auto found = known.find(sd_bus_message_get_member(call));
-        return found == known.end() ? 0 : found->second(call);
-    };
-    sd_bus_add_object(bus_.get(), nullptr, path, answer, this);
+    answerAt(path, std::move(script));
     sd_bus_request_name(bus_.get(), name, 0);
     serve();
+}
+
+void BusPeer::answerAt(const char* path, Script script) {
+    const auto answer = [](sd_bus_message* call, void* known, sd_bus_error*) {
+        const auto& script = *static_cast<Script*>(known);
+        const auto found = script.find(sd_bus_message_get_member(call));
+        return found == script.end() ? 0 : found->second(call);
+    };
+    sd_bus_add_object(bus_.get(), nullptr, path, answer, &scripts_.emplace_back(std::move(script)));
 }
 
 BusPeer::Reply BusPeer::send(const sdbus::Message& request) {

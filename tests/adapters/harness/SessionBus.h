@@ -7,6 +7,7 @@
 
 #include <expected>
 #include <functional>
+#include <list>
 #include <map>
 #include <optional>
 #include <string>
@@ -27,8 +28,11 @@ class SessionBus {
     const OtherProgram& daemon() const { return *daemon_; }
 
     void kill() { daemon_.reset(); }
+    /// Starts it, also again at the same address.
+    void start();
 
  private:
+    const Services services_;
     TemporaryFolder folder_;
     Environment session_{{{"DBUS_SESSION_BUS_ADDRESS", address()}}};
     std::optional<OtherProgram> daemon_;
@@ -52,6 +56,9 @@ class BusPeer {
     BusPeer(const BusPeer&) = delete;
     BusPeer& operator=(const BusPeer&) = delete;
 
+    /// Answers at another path as well.
+    void answerAt(const char* path, Script script);
+
     /// Calls a method and waits for the answer, or the error's name.
     template <typename... Values>
     Reply call(const std::string& destination, const std::string& path, const char* interface,
@@ -70,12 +77,38 @@ class BusPeer {
         sd_bus_flush(bus_.get());
     }
 
+    /// Its unique name.
+    std::string name() const {
+        const char* unique = "";
+        sd_bus_get_unique_name(bus_.get(), &unique);
+        return unique;
+    }
+
+    /// To one program, whether it has asked for such signals or not.
+    template <typename... Values>
+    void emitTo(const std::string& destination, const char* path, const char* interface, const char* signal,
+                const char* types, Values... values) {
+        sd_bus_message* raw = nullptr;
+        sd_bus_message_new_signal(bus_.get(), &raw, path, interface, signal);
+        const sdbus::Message message(raw);
+        sd_bus_message_append(raw, types, values...);
+        sd_bus_send_to(bus_.get(), raw, destination.c_str(), nullptr);
+        sd_bus_flush(bus_.get());
+    }
+
+    /// Leaves the bus, with what it has sent on its way.
+    void vanish() {
+        sd_bus_flush(bus_.get());
+        watch_.reset();
+        sd_bus_close(bus_.get());
+    }
+
  private:
     Reply send(const sdbus::Message& request);
     void serve();
 
     EventLoop& loop_;
-    Script script_;
+    std::list<Script> scripts_;
     sdbus::Bus bus_;
     Subscription watch_;
 };
