@@ -43,7 +43,8 @@ BusConnection* AccessibilityBus::connection() const { return bus_ && bus_->isRea
 
 void AccessibilityBus::openSession() {
     session_ = BusConnection::session(main_, watcher_);
-    launcher_ = std::make_unique<BusService>(*session_, busName, [this] { launcherChanged(); });
+    launcher_ = std::make_unique<BusService>(
+        *session_, busName, [this] { launcherChanged(); }, BusService::Start::yes);
 }
 
 void AccessibilityBus::launcherChanged() {

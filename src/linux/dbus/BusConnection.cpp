@@ -33,16 +33,19 @@ sdbus::Bus unopened() {
 }
 
 template <int (*open)(sd_bus**)>
-sdbus::Bus opened() {
+std::expected<sdbus::Bus, int> opened() {
     sd_bus* bus = nullptr;
-    return open(&bus) < 0 ? nullptr : sdbus::Bus(bus);
+    if (const int code = open(&bus); code < 0) return std::unexpected(code);
+    return sdbus::Bus(bus);
 }
 
-sdbus::Bus openedAt(const std::string& address) {
+std::expected<sdbus::Bus, int> openedAt(const std::string& address) {
     auto bus = unopened();
-    const bool works = sd_bus_set_address(bus.get(), address.c_str()) >= 0 &&
-                       sd_bus_set_bus_client(bus.get(), 1) >= 0 && sd_bus_start(bus.get()) >= 0;
-    return works ? std::move(bus) : nullptr;
+    int code = sd_bus_set_address(bus.get(), address.c_str());
+    if (code >= 0) code = sd_bus_set_bus_client(bus.get(), 1);
+    if (code >= 0) code = sd_bus_start(bus.get());
+    if (code < 0) return std::unexpected(code);
+    return bus;
 }
 
 std::string errorName(const sd_bus_error& error, int code) {
@@ -60,14 +63,16 @@ struct BusConnection::Listener : std::enable_shared_from_this<Listener> {
 };
 
 std::unique_ptr<BusConnection> BusConnection::session(Executor& main, FdWatcher& watcher) {
-    std::unique_ptr<BusConnection> made(new BusConnection(opened<sd_bus_open_user>, main, watcher));
-    made->join();
-    return made;
+    return lasting(opened<sd_bus_open_user>, main, watcher);
 }
 
 std::unique_ptr<BusConnection> BusConnection::system(Executor& main, FdWatcher& watcher) {
-    std::unique_ptr<BusConnection> made(new BusConnection(opened<sd_bus_open_system>, main, watcher));
-    made->join();
+    return lasting(opened<sd_bus_open_system>, main, watcher);
+}
+
+std::unique_ptr<BusConnection> BusConnection::lasting(Opener open, Executor& main, FdWatcher& watcher) {
+    std::unique_ptr<BusConnection> made(new BusConnection(std::move(open), main, watcher));
+    made->joinOrTryLater();
     return made;
 }
 
@@ -76,7 +81,7 @@ std::unique_ptr<BusConnection> BusConnection::openAddress(const std::string& add
                                                           std::function<void()> onClosed) {
     std::unique_ptr<BusConnection> made(
         new BusConnection([address] { return openedAt(address); }, main, watcher));
-    if (!made->join()) return nullptr;
+    if (made->join() < 0) return nullptr;
     made->onClosed_ = std::move(onClosed);
     return made;
 }
@@ -97,10 +102,10 @@ BusConnection::BusConnection(Opener open, Executor& main, FdWatcher& watcher)
 
 BusConnection::~BusConnection() = default;
 
-bool BusConnection::join() {
+int BusConnection::join() {
     auto bus = open_();
-    if (!bus) return false;
-    bus_ = std::move(bus);
+    if (!bus) return bus.error();
+    bus_ = std::move(*bus);
     joinedAt_ = main_.now();
     for (const auto& given : offers_) offer(given);
     for (const auto& weak : listeners_) {
@@ -109,7 +114,7 @@ bool BusConnection::join() {
     awaitNext();
     watch_ = watcher_.watchReadable(events_.get(), [this] { pump(); });
     isJoined.set(true);
-    return true;
+    return 0;
 }
 
 void BusConnection::leave() {
@@ -131,10 +136,14 @@ void BusConnection::leave() {
 /// One that greets and goes at once is not to keep us busy.
 void BusConnection::rejoinLater() {
     if (main_.now() - joinedAt_ > longestDelay) delay_ = firstDelay;
-    rejoin_.once(delay_, [this] {
-        if (!join()) rejoinLater();
-    });
+    rejoin_.once(delay_, [this] { joinOrTryLater(); });
     delay_ = std::min(delay_ * 2, longestDelay);
+}
+
+void BusConnection::joinOrTryLater() {
+    constexpr int noAddress = -ENOMEDIUM;
+    const int code = join();
+    if (code < 0 && code != noAddress) rejoinLater();
 }
 
 bool BusConnection::isReady() const { return sd_bus_is_ready(bus_.get()) > 0; }

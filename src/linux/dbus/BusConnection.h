@@ -39,9 +39,10 @@ class BusConnection {
     /// nullptr when it could not even be sent.
     using Handler = std::function<void(sd_bus_message* message)>;
 
-    /// The user's session bus, or the computer's. When it goes it is joined again once it is back: then what
-    /// was listened to and offered is so again, and calls under way have failed. Where there is none from the
-    /// beginning, none is waited for.
+    /// The user's session bus, or the computer's. One that is not there yet is joined later, and one that
+    /// goes is joined again once it is back: then what was listened to and offered is so again, and calls
+    /// under way have failed. It is tried every half minute, at first sooner; where the system names no bus,
+    /// never.
     static std::unique_ptr<BusConnection> session(Executor& main, FdWatcher& watcher);
     static std::unique_ptr<BusConnection> system(Executor& main, FdWatcher& watcher);
     /// A bus that is joined once; nullptr when it cannot be. `onClosed` is posted once when the connection is
@@ -113,15 +114,17 @@ class BusConnection {
         bool done = false;
     };
 
-    /// Connects, or gives nullptr.
-    using Opener = std::function<sdbus::Bus()>;
+    /// Connects, or says why not, as sd-bus does.
+    using Opener = std::function<std::expected<sdbus::Bus, int>()>;
 
     BusConnection(Opener open, Executor& main, FdWatcher& watcher);
 
     static int onReply(sd_bus_message* message, void* pending, sd_bus_error* error);
     static int onSignal(sd_bus_message* message, void* listener, sd_bus_error* error);
-    bool join();
+    static std::unique_ptr<BusConnection> lasting(Opener open, Executor& main, FdWatcher& watcher);
+    int join();
     void leave();
+    void joinOrTryLater();
     void rejoinLater();
     void addMatch(Listener& listener);
     void offer(const Offer& offer);

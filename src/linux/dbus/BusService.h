@@ -15,7 +15,8 @@ class BusService {
 
     /// `ownerChanged` is called when the service comes, goes or is replaced, also when the bus goes; never
     /// from the constructor. The bus must outlive this.
-    BusService(BusConnection& bus, std::string name, std::function<void()> ownerChanged, Start start = Start::no);
+    BusService(BusConnection& bus, std::string name, std::function<void()> ownerChanged,
+               Start start = Start::no);
     BusService(const BusService&) = delete;
     BusService& operator=(const BusService&) = delete;
 

@@ -14,8 +14,7 @@ class LoginManager {
  public:
     explicit LoginManager(EventLoop& loop)
         : peer_(loop, "org.freedesktop.login1", "/org/freedesktop/login1",
-                {{"GetSession",
-                  [](auto* call) {
+                {{"GetSession", [](auto* call) {
                       const auto wanted = nextString(call);
                       return wanted == "7" || wanted == "auto"
                                  ? sd_bus_reply_method_return(call, "o", sessionPath)
@@ -23,11 +22,11 @@ class LoginManager {
                                                               "-");
                   }}}) {
         peer_.answerAt(sessionPath, {{"Get", [this](auto* call) {
-                                       EXPECT_EQ(nextString(call), sessionInterface);
-                                       EXPECT_EQ(nextString(call), "LockedHint");
-                                       client = sd_bus_message_get_sender(call);
-                                       return sd_bus_reply_method_return(call, "v", "b", hint ? 1 : 0);
-                                   }}});
+                                          EXPECT_EQ(nextString(call), sessionInterface);
+                                          EXPECT_EQ(nextString(call), "LockedHint");
+                                          client = sd_bus_message_get_sender(call);
+                                          return sd_bus_reply_method_return(call, "v", "b", hint ? 1 : 0);
+                                      }}});
     }
 
     void tell(const char* signal) { peer_.emit(sessionPath, sessionInterface, signal, ""); }
