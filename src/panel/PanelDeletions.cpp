@@ -17,6 +17,9 @@ PanelDeletions::PanelDeletions(Executor& executor, AppState& state, HistoryStore
       forget_(executor),
       closing_(state.panelOpen.subscribe([this](bool open) {
           if (!open) forget();
+      })),
+      clearing_(history.observe([this](const HistoryChange& change) {
+          if (change.kind == HistoryChange::Kind::reset && history_.items().empty()) forget();
       })) {}
 
 void PanelDeletions::remove(const std::string& id) {

@@ -12,7 +12,8 @@
 namespace dorix {
 
 /// Deletes items of the history and takes the last deletions back, one by one, until some time after the last
-/// one or until the panel closes.
+/// one, until the panel closes or until all of the history is forgotten: what came back after that would
+/// be what the user had wanted gone.
 ///
 /// What is deleted leaves the file at once and is kept in memory for the undo. Put off instead, it would come
 /// back after a crash, though the user was told that it is gone; this way a crash takes nothing but what was
@@ -43,6 +44,7 @@ class PanelDeletions {
     std::vector<RemovedItem> removed_;
     Timer forget_;
     Subscription closing_;
+    Subscription clearing_;
 };
 
 }  // namespace dorix

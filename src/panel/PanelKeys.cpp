@@ -40,6 +40,7 @@ constexpr std::array rows{
     Row{Area::list, Key::right, "openDetail", With::shift},
     Row{Area::list, Key::menu, "showItemMenu"},
 
+    Row{Area::detail, Key::enter, "insert", With::nothing},
     Row{Area::detail, Key::copy, "copy"},
     Row{Area::detail, Key::remove, "remove"},
     Row{Area::detail, Key::left, "back"},

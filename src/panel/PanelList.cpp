@@ -60,9 +60,12 @@ void PanelList::follow(bool panelOpen) {
     midnight_.stop();
     warmUp_.stop();
     if (!panelOpen) return;
-    // The computer may have travelled since.
-    refreshTimeZone();
-    if (labels_.today() != dayOf(executor_.date())) retranslate();
+    // The computer may have travelled since, and with it the time of every item.
+    if (refreshTimeZone()) {
+        retranslate();
+    } else {
+        refreshDays();
+    }
     armMidnight();
     warmUp_.once(warmUpDelay, [this] { warmUp(); });
 }
@@ -180,17 +183,28 @@ void PanelList::replaceRows(Rows rows) {
 // Days
 
 void PanelList::refreshDays() {
-    if (!labels_.today().contains(executor_.date())) retranslate();
+    if (labels_.today().contains(executor_.date())) return;
+    const Rows before = rows_;
+    if (nameDays()) tellRenamed(before);
 }
 
 void PanelList::retranslate() {
+    if (!nameDays() || rows_.empty()) return;
+    observers_.notify({.kind = Change::changed, .first = 0, .count = rows_.size()});
+}
+
+/// Whether the rows are the same ones under other names; otherwise that they are not has been told.
+bool PanelList::nameDays() {
     labels_.refresh(executor_.date());
     takeDays();
     auto rows = makeRows();
     // Days that had one label each may have one for both now, or the other way.
-    if (!std::ranges::equal(rows_, rows, {}, &PanelRow::kind, &PanelRow::kind)) return resetRows();
-    std::swap(rows_, rows);
-    tellRenamed(rows);
+    if (!std::ranges::equal(rows_, rows, {}, &PanelRow::kind, &PanelRow::kind)) {
+        resetRows();
+        return false;
+    }
+    rows_ = std::move(rows);
+    return true;
 }
 
 void PanelList::tellRenamed(const Rows& before) {

@@ -63,7 +63,7 @@ class PanelList {
     /// To be called before the list is drawn, after the computer slept or its clock was set: names the days
     /// anew when today is another day than it was.
     void refreshDays();
-    /// Names the days anew, in another language or time zone.
+    /// Names the days anew, in another language or time zone, and tells that every row has changed.
     void retranslate();
 
  private:
@@ -81,6 +81,7 @@ class PanelList {
     void replaceRows(Rows rows);
     void resetRows();
     void takeDays();
+    bool nameDays();
     void tellRenamed(const Rows& before);
 
     Executor& executor_;

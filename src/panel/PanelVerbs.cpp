@@ -147,8 +147,10 @@ constexpr std::array verbs{
     Verb{.id = "previousSection", .isPossible = always, .act = moveSection<-1>},
     Verb{.id = "firstSection", .isPossible = always, .act = moveSection<-all>},
     Verb{.id = "lastSection", .isPossible = always, .act = moveSection<all>},
-    // These two are about what only the window knows.
-    Verb{.id = "find", .isPossible = always, .act = [](HistoryPanel&) {}},
+    // The rest of these two is about what only the window knows.
+    Verb{.id = "find",
+         .isPossible = always,
+         .act = [](HistoryPanel& panel) { panel.layout.detailOpen.set(false); }},
     Verb{.id = "showItemMenu", .isPossible = hasItem, .act = [](HistoryPanel&) {}},
 };
 
@@ -189,6 +191,13 @@ Menu panelMenu(HistoryPanel& panel, VerbPlace place) {
 }
 
 bool canPerform(const HistoryPanel& panel, std::string_view verb) { return possible(panel, verb) != nullptr; }
+
+bool canPerformByKey(const HistoryPanel& panel, std::string_view verb) {
+    const Verb* const found = possible(panel, verb);
+    if (found == nullptr) return false;
+    const bool isOnItem = (found->places & in(itemMenu)) != 0;
+    return !isOnItem || panel.selection.row();
+}
 
 bool perform(HistoryPanel& panel, std::string_view verb) {
     const Verb* const found = possible(panel, verb);

@@ -60,4 +60,8 @@ bool perform(HistoryPanel& panel, std::string_view verb);
 /// Whether perform() would do anything.
 bool canPerform(const HistoryPanel& panel, std::string_view verb);
 
+/// The same for a key: it does nothing to an item that the search or the section leaves out of the list,
+/// where the user looks when pressing it. The buttons beside the item still do.
+bool canPerformByKey(const HistoryPanel& panel, std::string_view verb);
+
 }  // namespace dorix

@@ -3,6 +3,8 @@
 #include "views/Tokens.h"
 
 #include <QColor>
+#include <QGuiApplication>
+#include <QStyleHints>
 
 namespace dorix {
 
@@ -34,6 +36,7 @@ Theme::Theme() {
         {"restBeforeHint", tokens::restBeforeHint},
         {"flashedHint", tokens::flashedHint},
         {"turn", tokens::turn},
+        {"secondClick", QGuiApplication::styleHints()->mouseDoubleClickInterval()},
         {"composited", true},
     });
     setDark(false);

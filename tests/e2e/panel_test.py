@@ -32,7 +32,8 @@ SCHEMA = """CREATE TABLE history (id TEXT PRIMARY KEY, kind TEXT NOT NULL, app T
 ITEMS = (  # id, kind, title, what was said, what was written
     ("1", "dictado", "Salgo ya", "eh salgo ya", "Salgo ya."),
     ("2", "dictado", "El camión llega tarde", "el camion llega tarde", "El camión llega tarde."),
-    ("3", "busqueda", "Lo de Marta", "busca lo de Marta", "## Marta\n\nFirma el **jueves**."),
+    ("3", "busqueda", "Lo de Marta", "busca lo de Marta",
+     "## Marta\n\nHay [un contrato](https://velmar.example).\n\nFirma el **jueves**."),
 )
 
 
@@ -100,10 +101,50 @@ class PanelTest(unittest.TestCase):
 
     def test_the_panel(self):
         # One after the other in one program, as a day goes.
+        self.hear_the_panel()
         self.use_the_keyboard()
         self.use_the_mouse()
         self.export_the_history()
         self.start_again()
+
+    def hear_the_panel(self):
+        """Every stop of the keyboard is told to who listens for it, by its role, its name and what explains it."""
+        from accessibility import Atspi
+
+        heard = []
+
+        def focused(event):
+            node = event.source
+            if event.detail1 and node.get_process_id() == self.dorix.pid:
+                heard.append((node.get_role_name(), node.get_name().split(",")[0], node.get_description()))
+
+        listener = Atspi.EventListener.new(focused)
+        listener.register("object:state-changed:focused")
+        self.open_panel()
+        self.go_round(heard, "document frame", "Habla. DORIX escribe.", "Pon el cursor en cualquier campo de texto")
+        self.user.press("shift+Tab")
+        self.wait(lambda: heard[-1][:2] == ("list", "Historial"))
+        for title in ("Dictado: Salgo ya", "Dictado: El camión llega tarde", "Búsqueda: Lo de Marta"):
+            self.user.press("Down")
+            self.wait(lambda: heard[-1][:2] == ("list item", title))  # noqa: B023
+        self.go_round(heard, "link", "un contrato")
+        self.go_round(heard, self.button(), "Enviar", "Todavía no hay asistente que responda.")
+        listener.deregister("object:state-changed:focused")
+        self.user.press("Escape")
+        self.assert_closed_and_focus_back()
+
+    def go_round(self, heard: list, role: str, name: str, description: str = "") -> None:
+        """Presses Tab until the keyboard is at what is called so."""
+        from accessibility import await_found
+
+        for _ in range(20):
+            before = len(heard)
+            self.user.press("Tab")
+            self.assertTrue(await_found(lambda: len(heard) > before, PATIENCE), heard)  # noqa: B023
+            if heard[-1][:2] == (role, name):
+                self.assertTrue(heard[-1][2].startswith(description), heard[-1])
+                return
+        self.fail(f"{name} is not among {heard}")
 
     def use_the_keyboard(self):
         self.open_panel()

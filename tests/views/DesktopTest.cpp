@@ -23,6 +23,7 @@
 #include <QEventLoop>
 #include <QGuiApplication>
 #include <QScreen>
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <memory>
@@ -453,6 +454,51 @@ TEST_F(ViewsDesktopTest, ThePanelShowsWhatItsMicrophoneHearsUntilItIsWritten) {
     bench_->speech.partial.set("otro dictado");
     runFor(0.1);
     EXPECT_FALSE(shows(*panel(), "otro dictado")) << "not the composer's";
+}
+
+TEST_F(ViewsDesktopTest, TheKeyboardReachesTheLinksOfAnAnswer) {
+    bench_->history.add(
+        {.id = "1",
+         .kind = HistoryKind::pregunta,
+         .answer = "Lee [el **contrato**](https://a.example/c) y\n[lo demás](https://b.example)."},
+        HistoryStore::Persist::no);
+    openPanel();
+    press("Down");
+    ASSERT_TRUE(runUntil([&] {
+        const auto texts = shownTexts(*panel(), QRectF({}, panel()->size()));
+        return std::ranges::any_of(texts, [](const auto& one) { return one.text().contains("<a href"); });
+    }));
+    press("Tab Tab Return Tab Return shift+Tab Return shift+Tab shift+Tab Tab Tab Return");
+    const std::vector<std::string> opened{"https://a.example/c", "https://b.example", "https://a.example/c",
+                                          "https://a.example/c"};
+    EXPECT_TRUE(runUntil([&] { return bench_->urls.opened == opened; }));
+}
+
+TEST_F(ViewsDesktopTest, InANarrowPanelEverythingCanBeDoneAsInAWideOne) {
+    for (const auto* id : {"uno", "dos"}) {
+        bench_->history.add({.id = id, .title = id, .answer = id}, HistoryStore::Persist::no);
+    }
+    int inserted = 0;
+    bench_->panel.actions.reinsert = [&](const HistoryItem& item) { inserted += item.id == "uno" ? 1 : 0; };
+    defaults_.set("panelSize", Json::array({560, 400}));
+    openPanel();
+    const auto middleOf = [&](const QString& text) {
+        EXPECT_TRUE(runUntil([&] { return shows(*panel(), text); })) << text.toStdString();
+        for (const auto& shown : shownTexts(*panel(), QRectF({}, panel()->size()))) {
+            if (shown.text() == text) return panel()->geometry().topLeft() + shown.seen.center().toPoint();
+        }
+        return QPoint();
+    };
+    hands(at(middleOf("uno")) + "click --repeat 2 --delay 60 1");
+    EXPECT_TRUE(runUntil([&] { return inserted == 1; })) << "the first click has brought up the detail";
+    press("Delete");
+    click(middleOf("Deshacer"));
+    EXPECT_TRUE(runUntil([&] { return bench_->history.items().size() == 2; }));
+    press("ctrl+f d");
+    EXPECT_TRUE(runUntil([&] { return bench_->state.query.get() == "d"; }));
+    press("Down Right Left Down");
+    EXPECT_TRUE(runUntil([&] { return bench_->state.selectedID.get() == "dos"; }));
+    EXPECT_TRUE(bench_->panel.layout.showsList());
 }
 
 TEST_F(ViewsDesktopTest, AtRestNoFrameIsDrawn) {

@@ -7,20 +7,34 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QQmlContext>
+#include <utility>
 
 namespace dorix::testing {
 
 namespace {
 
-/// Until what was set in motion has come to rest; nothing here takes time.
-void settle() {
-    for (int i = 0; i < 6; ++i) QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+void awaitFrame(OverlayPanel& window) {
+    QObject receiver;
+    bool drawn = false;
+    QObject::connect(&window, &QQuickWindow::frameSwapped, &receiver, [&] { drawn = true; });
+    window.update();
+    while (!drawn) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+}
+
+/// What it shows when what was set in motion has come to rest: two frames after each other are the same.
+QImage settled(OverlayPanel& window) {
+    QImage before;
+    QImage now = window.grabWindow();
+    while (now != before) {
+        awaitFrame(window);
+        before = std::exchange(now, window.grabWindow());
+    }
+    return now;
 }
 
 QImage grabOn(OverlayPanel& window, QColor ground) {
     window.setColor(ground);
-    settle();
-    return window.grabWindow().convertToFormat(QImage::Format_RGB32);
+    return settled(window).convertToFormat(QImage::Format_RGB32);
 }
 
 /// The window with its translucency, which a screen without a compositor does not give: it is what makes the
@@ -58,7 +72,7 @@ Exhibit::~Exhibit() {
 void Exhibit::hang(std::unique_ptr<OverlayPanel> window, double radius, QPoint at,
                    const std::function<QRectF()>& shape) {
     window->orderFrontRegardless();
-    settle();
+    settled(*window);
     windows.push_back({.window = std::move(window), .radius = radius, .at = at, .shape = shape()});
 }
 

@@ -40,7 +40,12 @@ DaySpan dayOf(double time) {
     return {start, calendar->getTime(status) / milliseconds};
 }
 
-void refreshTimeZone() { icu::TimeZone::adoptDefault(icu::TimeZone::detectHostTimeZone()); }
+bool refreshTimeZone() {
+    std::unique_ptr<icu::TimeZone> now(icu::TimeZone::detectHostTimeZone());
+    if (!now || *now == *std::unique_ptr<icu::TimeZone>(icu::TimeZone::createDefault())) return false;
+    icu::TimeZone::adoptDefault(now.release());
+    return true;
+}
 
 struct DateFormat::Compiled {
     std::unique_ptr<icu::SimpleDateFormat> format;
@@ -62,6 +67,7 @@ DateFormat::~DateFormat() = default;
 
 std::string DateFormat::format(double time) const {
     if (!compiled_->format) return {};
+    compiled_->format->adoptTimeZone(icu::TimeZone::createDefault());
     icu::UnicodeString out;
     compiled_->format->format(std::floor(time * milliseconds), out);
     return text::toUtf8(out);

@@ -19,10 +19,12 @@ struct DaySpan {
 /// The day of a time. Any thread.
 DaySpan dayOf(double time);
 
-/// Looks again which time zone the computer is in; without it that of the first use holds. Any thread.
-void refreshTimeZone();
+/// Looks again which time zone the computer is in, for all that is here; without it that of the first use
+/// holds. Whether it is another one than before. Any thread.
+bool refreshTimeZone();
 
-/// Dates as people of a locale write them. Making one costs far more than using it. One thread at a time.
+/// Dates as people of a locale write them, in the time zone of the moment of writing. Making one costs far
+/// more than using it. One thread at a time.
 class DateFormat {
  public:
     /// `skeleton` says what is to be told and how fully, in the letters of Unicode's date patterns (UTS 35):

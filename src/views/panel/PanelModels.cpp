@@ -52,10 +52,6 @@ void PanelRows::change(const PanelListChange& now) {
     }
 }
 
-void PanelRows::retranslate() {
-    if (!list_.rows().empty()) Q_EMIT dataChanged(index(0), index(rowCount({}) - 1));
-}
-
 int PanelRows::rowCount(const QModelIndex& parent) const {
     return parent.isValid() ? 0 : static_cast<int>(list_.rows().size());
 }

@@ -29,9 +29,6 @@ class PanelRows final : public QAbstractListModel {
     /// Whether a day's own row stands there.
     Q_INVOKABLE bool isDayAt(int row) const;
 
-    /// After the texts have changed their language.
-    void retranslate();
-
  private:
     void change(const PanelListChange& change);
 

@@ -7,8 +7,12 @@
 #include "views/DesktopWords.h"
 #include "views/Glyphs.h"
 
+#include <QAccessible>
 #include <QKeySequence>
 #include <QStringList>
+#include <QTextBlock>
+#include <QTextDocument>
+#include <QTextFragment>
 #include <array>
 #include <optional>
 #include <utility>
@@ -103,7 +107,10 @@ void PanelScene::watchComposer() {
 }
 
 void PanelScene::watchPanel() {
-    subscriptions_.push_back(panel_.list.observe([this](const PanelListChange&) { showSelectedRow(); }));
+    subscriptions_.push_back(panel_.list.observe([this](const PanelListChange&) {
+        showSelectedRow();
+        showPlace();
+    }));
     subscriptions_.push_back(panel_.selection.observe([this](PanelSelection::Change) { showDetail(); }));
     subscriptions_.push_back(panel_.clipboard.copiedID.subscribe([this](const auto&) { showOffers(); }));
     subscriptions_.push_back(panel_.deletions.undoable.subscribe([this](std::size_t) { showUndo(); }));
@@ -119,7 +126,6 @@ void PanelScene::retranslate() {
     showUndo();
     showSection();
     showDetail();
-    rows_.retranslate();
 }
 
 void PanelScene::showWords() {
@@ -174,10 +180,15 @@ void PanelScene::showDetail() {
     blocks_.show(item == nullptr ? std::vector<DetailBlock>() : texts_.blocks(*item));
     view_.insert({{"hasDetail", item != nullptr},
                   {"detailId", item == nullptr ? "" : QString::fromStdString(item->id)},
-                  {"detailTitle", item == nullptr ? "" : shown(label(item->kind))},
-                  {"detailPlace", item == nullptr ? "" : QString::fromStdString(texts_.place(*item))}});
+                  {"detailTitle", item == nullptr ? "" : shown(label(item->kind))}});
+    showPlace();
     showLayout();
     showOffers();
+}
+
+void PanelScene::showPlace() {
+    const HistoryItem* item = panel_.selection.item();
+    view_.insert("detailPlace", item == nullptr ? "" : QString::fromStdString(texts_.place(*item)));
 }
 
 void PanelScene::showLayout() {
@@ -205,7 +216,7 @@ QString PanelScene::press(const QString& area, int key, int modifiers, bool isRe
     const auto meaning = panelKey(key, held);
     if (!meaning) return "";
     const auto verb = verbOf(panelArea(area), {.key = *meaning, .with = with(held)});
-    if (!canPerform(panel_, verb)) return "";
+    if (!canPerformByKey(panel_, verb)) return "";
     if (!isRepeat || repeats(verb)) dorix::perform(panel_, verb);
     return QString::fromUtf8(verb.data(), static_cast<qsizetype>(verb.size()));
 }
@@ -220,7 +231,38 @@ void PanelScene::choose(int row) {
     if (row >= 0) panel_.selection.select(static_cast<std::size_t>(row));
 }
 
+QVariantList PanelScene::linksIn(QQuickTextDocument* text) {
+    QVariantList links;
+    for (auto block = text->textDocument()->begin(); block.isValid(); block = block.next()) {
+        for (auto piece = block.begin(); !piece.atEnd(); ++piece) {
+            const QTextFragment fragment = piece.fragment();
+            const QString url = fragment.charFormat().anchorHref();
+            if (url.isEmpty()) continue;
+            const int start = fragment.position();
+            const int end = start + fragment.length();
+            QVariantMap last = links.isEmpty() ? QVariantMap() : links.back().toMap();
+            // Bold and plain words of one link are two fragments.
+            if (last["url"] == url && last["end"] == start) {
+                links.back() = QVariantMap{{"url", url},
+                                           {"start", last["start"]},
+                                           {"end", end},
+                                           {"words", last["words"].toString() + fragment.text()}};
+            } else {
+                links.append(
+                    QVariantMap{{"url", url}, {"start", start}, {"end", end}, {"words", fragment.text()}});
+            }
+        }
+    }
+    return links;
+}
+
 void PanelScene::openLink(const QString& url) { panel_.openLink(url.toStdString()); }
+
+void PanelScene::tellFocus(QQuickItem* item) {
+    if (item == nullptr) return;
+    QAccessibleEvent event(item, QAccessible::Focus);
+    QAccessible::updateAccessibility(&event);
+}
 
 void PanelScene::compose(const QString& text) { state_.composerText.set(text.toStdString()); }
 

@@ -9,6 +9,8 @@
 #include <QObject>
 #include <QPointF>
 #include <QQmlPropertyMap>
+#include <QQuickItem>
+#include <QQuickTextDocument>
 #include <vector>
 
 namespace dorix {
@@ -31,7 +33,11 @@ class PanelScene final : public QObject {
     Q_INVOKABLE void search(const QString& text);
     Q_INVOKABLE void choose(int row);
     Q_INVOKABLE void setRowsPerPage(int rows) { panel_.layout.rowsPerPage = rows; }
+    /// The links in a rich text: `url`, the `words` it stands under, and from which character to which.
+    Q_INVOKABLE static QVariantList linksIn(QQuickTextDocument* text);
     Q_INVOKABLE void openLink(const QString& url);
+    /// Tells assistive technology that the user is at an item that shows the keyboard without having it.
+    Q_INVOKABLE static void tellFocus(QQuickItem* item);
     Q_INVOKABLE void compose(const QString& text);
     /// False when the user is to be told why not.
     Q_INVOKABLE bool send() { return panel_.composer.send(); }
@@ -58,6 +64,7 @@ class PanelScene final : public QObject {
     void showEmptyText();
     void showSelectedRow();
     void showDetail();
+    void showPlace();
     void showLayout();
     void showOffers();
     void showUndo();

@@ -45,6 +45,9 @@ Item {
         }
 
         visible: false
+        Accessible.role: Accessible.Notification
+        Accessible.name: hint.text
+        Accessible.ignored: !flashed.running
         width: label.implicitWidth + 4 * theme.space
         height: label.implicitHeight + 2 * theme.space
         radius: theme.bubbleRadius - theme.space

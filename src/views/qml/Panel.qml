@@ -12,6 +12,7 @@ Item {
     readonly property bool listShows: view.listShows
 
     function focusOn(target) {
+        if (target === "search") verbs.perform("find")
         const item = target === "search" ? search : target === "composer" ? composer
                    : listShows ? list : detail
         item.forceActiveFocus(Qt.OtherFocusReason)
@@ -20,6 +21,7 @@ Item {
 
     // What a key means in each part of the panel is no matter of drawing; these two need what is drawn.
     function press(area, event) {
+        const before = [view.detailId, view.section]
         const verb = verbs.press(area, event.key, event.modifiers, event.isAutoRepeat)
         if (verb === "find") {
             search.forceActiveFocus(Qt.ShortcutFocusReason)
@@ -29,8 +31,17 @@ Item {
         } else if (verb === "back") {
             list.forceActiveFocus(Qt.BacktabFocusReason)
         }
+        // Whoever hears the panel is at what was moved to, wherever the keyboard is.
+        if (view.detailId !== before[0]) Qt.callLater(list.tell)
+        if (view.section !== before[1]) Qt.callLater(sidebar.tell)
         if (verb !== "") event.accepted = true
         return verb !== ""
+    }
+
+    // What hides gives the keyboard to what takes its place.
+    onListShowsChanged: {
+        if (!listShows && (list.activeFocus || search.activeFocus)) detail.forceActiveFocus(Qt.OtherFocusReason)
+        if (listShows && narrow && detail.activeFocus) list.forceActiveFocus(Qt.OtherFocusReason)
     }
 
     Keys.onPressed: event => panel.press("elsewhere", event)
@@ -92,21 +103,27 @@ Item {
 
                 anchors.top: search.bottom
                 width: parent.width
-                height: parent.height - search.height - (undo.visible ? undo.height : 0)
+                height: parent.height - search.height - undo.height
                 clip: true
                 onTyped: text => {
                     search.forceActiveFocus(Qt.ShortcutFocusReason)
                     search.type(text)
                 }
                 onKey: event => panel.press("list", event)
+                onOpened: at => {
+                    panel.verbs.perform("openDetail")
+                    if (panel.narrow) secondClick.expect(at)
+                }
             }
+        }
 
-            PanelUndo {
-                id: undo
+        // Under the list, or under the detail where that has taken its place.
+        PanelUndo {
+            id: undo
 
-                anchors.bottom: parent.bottom
-                width: parent.width
-            }
+            x: listSide.x
+            y: foot.y - height
+            width: listSide.width
         }
 
         Rectangle {
@@ -124,7 +141,7 @@ Item {
             x: panel.narrow ? sidebar.width + 1 : listSide.x + listSide.width + 1
             y: 1
             width: card.width - x - 1
-            height: listSide.height
+            height: listSide.height - (panel.narrow ? undo.height : 0)
             visible: panel.detailShows
             narrow: panel.narrow
             room: corner.width
@@ -132,6 +149,31 @@ Item {
             onBack: {
                 panel.verbs.perform("back")
                 list.forceActiveFocus(Qt.BacktabFocusReason)
+            }
+        }
+
+        // The first click of two brings up the detail where it takes the list's place; the second one is meant for
+        // the item all the same.
+        MouseArea {
+            id: secondClick
+
+            readonly property real slip: 2 * theme.space
+
+            function expect(at) {
+                const place = card.mapFromItem(null, at.x, at.y)
+                x = place.x - slip
+                y = place.y - slip
+                within.restart()
+            }
+
+            width: 2 * slip
+            height: 2 * slip
+            visible: within.running
+            onPressed: panel.verbs.perform("insert")
+
+            Timer {
+                id: within
+                interval: theme.secondClick
             }
         }
 

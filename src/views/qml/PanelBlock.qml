@@ -12,6 +12,9 @@ Item {
     required property string html
     required property bool continues
 
+    // The keyboard has come to something in it that is to be seen, at a height of the list.
+    signal reached(real y, real height)
+
     readonly property bool isLine: kind === "divider" || kind === "rule"
     readonly property bool isCode: kind === "code"
     readonly property bool isQuote: kind === "quote" || kind === "context"
@@ -22,6 +25,7 @@ Item {
     readonly property real indent: kind === "item" ? (5 + 4 * level) * theme.space : isQuote ? 3 * theme.space
                                  : isCode ? 3 * theme.space : 0
     readonly property real margin: 4 * theme.space
+    property var links: []
 
     // Whole points: a line of one pixel between two would not be drawn.
     height: Math.ceil(above + (isLine ? 1 : words.height + (isCode ? 2 * theme.space : 0)))
@@ -75,6 +79,7 @@ Item {
         text: block.isLine ? "" : "<style>a{color:" + theme.accent + ";text-decoration:underline}"
               + "code{font-family:monospace;background-color:" + theme.surfaceRaised + "}</style>"
               + "<p style='white-space:pre-wrap;line-height:" + theme.richLineHeight + "%'>" + block.html + "</p>"
+        onTextChanged: block.links = block.html.includes("<a ") ? verbs.linksIn(textDocument) : []
         onLinkActivated: link => verbs.openLink(link)
         Accessible.role: block.kind === "heading" || block.kind === "label" ? Accessible.Heading : Accessible.Paragraph
         Accessible.name: getText(0, length)
@@ -83,6 +88,19 @@ Item {
 
         HoverHandler {
             cursorShape: words.hoveredLink === "" ? Qt.IBeamCursor : Qt.PointingHandCursor
+        }
+    }
+
+    Repeater {
+        model: block.links
+
+        PanelLink {
+            required property var modelData
+
+            words: words
+            target: modelData
+            list: block.ListView.view
+            onReached: block.reached(block.y + y, height)
         }
     }
 }

@@ -7,7 +7,8 @@ FocusScope {
     property string glyph
     property string label
     property string name: label
-    property string reason  // why it is disabled, for whoever tries it all the same
+    property bool available: true
+    property string reason  // why it is not available, for whoever tries it all the same
     property bool filled: false
     property bool quiet: label === ""
     property color ink: filled ? theme.onAccent : theme.text
@@ -22,12 +23,14 @@ FocusScope {
     implicitWidth: label === "" ? 8 * theme.space : content.width + 6 * theme.space
     implicitHeight: 8 * theme.space
     // Only what it is made of: a hint is to be read.
-    readonly property real strength: enabled ? 1 : 0.4
+    readonly property real strength: available ? 1 : 0.4
+    // With a reason to tell it can be come to.
+    enabled: available || reason !== ""
     activeFocusOnTab: enabled && visible
 
     Accessible.role: Accessible.Button
     Accessible.name: name
-    Accessible.description: enabled ? "" : reason
+    Accessible.description: available ? "" : reason
     Accessible.focusable: enabled
     Accessible.onPressAction: button.activated()
 
@@ -42,14 +45,14 @@ FocusScope {
         anchors.fill: parent
         radius: theme.bubbleRadius - theme.space
         opacity: button.strength
-        color: button.filled ? theme.accent : button.enabled && (hover.hovered || tap.pressed) ? theme.track : "transparent"
+        color: button.filled ? theme.accent : button.available && (hover.hovered || tap.pressed) ? theme.track : "transparent"
         border.color: theme.solidHairline
         border.width: button.quiet || button.filled ? 0 : 1
     }
 
     Rectangle {
         anchors.fill: parent
-        visible: button.filled && button.enabled && (hover.hovered || tap.pressed)
+        visible: button.filled && button.available && (hover.hovered || tap.pressed)
         radius: theme.bubbleRadius - theme.space
         color: theme.onAccent
         opacity: 0.12
@@ -95,7 +98,7 @@ FocusScope {
 
     Hint {
         id: hint
-        text: !button.enabled && button.reason !== "" ? button.reason : button.label === "" ? button.name : ""
+        text: !button.available && button.reason !== "" ? button.reason : button.label === "" ? button.name : ""
         wanted: hover.hovered && !tap.pressed
     }
 }

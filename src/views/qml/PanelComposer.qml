@@ -72,6 +72,7 @@ FocusScope {
                 onCursorRectangleChanged: flick.reveal(cursorRectangle)
                 Accessible.role: Accessible.EditableText
                 Accessible.name: view.words.composer
+                Accessible.description: view.cannotSend
                 Accessible.multiLine: true
                 Keys.onPressed: event => {
                     const enter = event.key === Qt.Key_Return || event.key === Qt.Key_Enter
@@ -138,8 +139,8 @@ FocusScope {
             PanelButton {
                 id: sendButton
                 glyph: "\uf48a"
-                ink: enabled ? theme.accent : theme.textSecondary
-                enabled: view.canSend
+                ink: available ? theme.accent : theme.textSecondary
+                available: view.canSend
                 name: view.words.send
                 reason: view.cannotSend
                 onActivated: composer.send()

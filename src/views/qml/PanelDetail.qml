@@ -68,12 +68,14 @@ FocusScope {
         topMargin: 2 * theme.space
         bottomMargin: 4 * theme.space
         keyNavigationEnabled: false
+        currentIndex: -1
         Accessible.role: Accessible.Document
         Accessible.name: view.detailTitle
         Accessible.focusable: true
 
         delegate: PanelBlock {
             width: ListView.view.width
+            onReached: (y, height) => scroller.reveal(y, height)
         }
 
         Keys.onPressed: event => {
@@ -97,11 +99,15 @@ FocusScope {
 
         readonly property string shown: view.detailId
 
-        onShownChanged: Qt.callLater(scroller.toStart)
+        onShownChanged: {
+            Qt.callLater(scroller.toStart)
+            // Not lost with a link of the text that was there before.
+            if (detail.activeFocus) forceActiveFocus(Qt.OtherFocusReason)
+        }
 
         FocusRing {
             parent: detail
-            of: blocks
+            visible: blocks.Window.activeFocusItem === blocks && view.byKeyboard
             anchors.fill: blocks
             anchors.margins: 2
         }
@@ -138,9 +144,17 @@ FocusScope {
     }
 
     PanelWelcome {
+        id: welcome
+
         anchors.top: head.bottom
         width: parent.width
         height: parent.height - head.height
         visible: !view.hasDetail
+    }
+
+    FocusRing {
+        of: welcome
+        anchors.fill: welcome
+        anchors.margins: 2
     }
 }

@@ -6,6 +6,7 @@ FocusScope {
 
     signal key(var event)
     signal typed(string text)
+    signal opened(point at)  // an item, by a click at that point of the window
 
     readonly property int rowsPerPage: Math.max(1, Math.floor(rows.height / theme.panelRow) - 1)
     readonly property alias count: rows.count
@@ -20,15 +21,16 @@ FocusScope {
         if (item && item.y < rows.contentY + theme.panelDay) scroller.to(item.y - theme.panelDay)
     }
 
+    function tell() {
+        verbs.tellFocus(rows.itemAtIndex(view.selected))
+    }
+
     function showMenu() {
         const row = view.selected < 0 ? null : rows.itemAtIndex(view.selected)
         if (!row) return
         const corner = row.mapToItem(null, 0, row.height)
         verbs.showRowMenu(view.selected, corner.x + 40, corner.y)
     }
-
-    Accessible.role: Accessible.List
-    Accessible.name: view.words.list
 
     ListView {
         id: rows
@@ -43,7 +45,10 @@ FocusScope {
         bottomMargin: footLabel.visible ? footLabel.height + 4 * theme.space : theme.space
         keyNavigationEnabled: false
         currentIndex: -1
-        Accessible.ignored: true
+        onActiveFocusChanged: if (activeFocus) Qt.callLater(list.tell)
+        Accessible.role: Accessible.List
+        Accessible.name: view.words.list
+        Accessible.focusable: true
 
         Keys.onPressed: event => {
             event.accepted = false
@@ -64,6 +69,7 @@ FocusScope {
         delegate: PanelRow {
             width: ListView.view.width
             focused: rows.activeFocus
+            onOpened: at => list.opened(at)
         }
 
         readonly property int selected: view.selected

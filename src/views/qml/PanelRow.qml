@@ -12,6 +12,8 @@ Item {
     required property string icon
     required property string spoken
 
+    signal opened(point at)
+
     property bool focused: false
     readonly property bool current: view.selected === index && !isDay
 
@@ -80,9 +82,9 @@ Item {
         }
 
         TapHandler {
-            onTapped: {
+            onTapped: eventPoint => {
                 verbs.choose(row.index)
-                verbs.perform("openDetail")
+                row.opened(eventPoint.scenePosition)
             }
             onDoubleTapped: verbs.perform("insert")
         }

@@ -9,7 +9,12 @@ FocusScope {
 
     signal key(var event)
 
+    function tell() {
+        verbs.tellFocus(tabs.itemAt(view.section))
+    }
+
     activeFocusOnTab: true
+    onActiveFocusChanged: if (activeFocus) Qt.callLater(sidebar.tell)
     Accessible.role: Accessible.PageTabList
     Accessible.name: view.words.sections
     Accessible.focusable: true
@@ -62,6 +67,8 @@ FocusScope {
         spacing: theme.space / 2
 
         Repeater {
+            id: tabs
+
             model: view.sections
 
             Item {

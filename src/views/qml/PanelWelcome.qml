@@ -7,6 +7,18 @@ Flickable {
     contentHeight: content.height + 4 * theme.space
     interactive: false
     clip: true
+    activeFocusOnTab: true
+    Accessible.role: Accessible.Document
+    Accessible.name: view.welcome.title
+    Accessible.description: [...view.welcome.steps, view.welcome.aside, view.welcome.sample].join("\n")
+    Accessible.focusable: true
+
+    Keys.onPressed: event => {
+        event.accepted = true
+        if (event.key === Qt.Key_Down) scroller.by(3 * theme.lineBody)
+        else if (event.key === Qt.Key_Up) scroller.by(-3 * theme.lineBody)
+        else event.accepted = false
+    }
 
     Column {
         id: content
@@ -98,6 +110,7 @@ Flickable {
     }
 
     Scroller {
+        id: scroller
         list: welcome
     }
 }

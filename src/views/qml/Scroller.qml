@@ -20,6 +20,11 @@ Item {
     function toEnd() {
         to(end)
     }
+    // Brings into sight what stands there in the list, by as little as that takes.
+    function reveal(y, height) {
+        if (y < list.contentY) to(y - theme.space)
+        else if (y + height > list.contentY + list.height) to(y + height + theme.space - list.height)
+    }
     function by(distance) {
         to(list.contentY + distance)
     }

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <random>
 #include <string>
 #include <vector>
@@ -108,6 +109,30 @@ TEST_F(PanelListTest, NamesTheDaysAnewAtMidnightWhileItIsOpen) {
     executor.advanceBy(day);
     add(historyItem("c", executor.date()));
     EXPECT_EQ(shown().front(), "[Hoy]");
+}
+
+TEST_F(PanelListTest, FollowsTheTimeZoneWhenItOpens) {
+    const auto moveTo = [&](const char* zone) {
+        state.panelOpen.set(false);
+        setenv("TZ", zone, 1);
+        changes.clear();
+        state.panelOpen.set(true);
+    };
+    moveTo("UTC");
+    const double midnight = dayOf(noon).start;
+    add(historyItem("a", midnight + 60));
+    const DateFormat time("jm", "es_ES");
+    EXPECT_EQ(time.format(midnight), "0:00");
+    moveTo("America/New_York");
+    EXPECT_EQ(time.format(midnight), "19:00");
+    EXPECT_THAT(shown(), ElementsAre("[Ayer]", "a"));
+    EXPECT_THAT(changes, ElementsAre(PanelListChange{PanelListChange::Kind::changed, 0, 2}));
+    moveTo("America/Lima");  // the same hour in winter
+    EXPECT_THAT(changes, ElementsAre(PanelListChange{PanelListChange::Kind::changed, 0, 2}));
+    moveTo("America/Lima");
+    EXPECT_THAT(changes, IsEmpty());
+    unsetenv("TZ");
+    refreshTimeZone();
 }
 
 TEST_F(PanelListTest, FindsWithoutCaseAndDiacriticsInEveryField) {

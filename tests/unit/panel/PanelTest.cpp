@@ -108,6 +108,18 @@ TEST_F(PanelActsTest, DeletionsCanNoLongerBeTakenBackAfterAWhileOrWhenThePanelCl
     EXPECT_THAT(ids(), IsEmpty());
 }
 
+TEST_F(PanelActsTest, NothingComesBackAfterAllWasDeleted) {
+    for (const auto* id : {"a", "b"}) history.add({.id = id}, Persist::yes);
+    PanelDeletions deletions(executor, state, history);
+    deletions.remove("a");
+    history.clear();
+    EXPECT_EQ(deletions.undoable.get(), 0U);
+    deletions.undo();
+    EXPECT_THAT(ids(), IsEmpty());
+    EXPECT_TRUE(HistoryStore(file).items().empty());
+    EXPECT_FALSE(executor.hasTimers());
+}
+
 // Exporting
 
 /// Files in memory; `failure` is what the disk says.

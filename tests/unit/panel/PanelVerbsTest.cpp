@@ -37,7 +37,8 @@ class PanelVerbsTest : public testing::Test {
     }
     /// What a key does; false when it means nothing.
     bool press(PanelArea area, PanelKey key, With with = With::nothing) {
-        return perform(panel, verbOf(area, {.key = key, .with = with}));
+        const auto verb = verbOf(area, {.key = key, .with = with});
+        return canPerformByKey(panel, verb) && perform(panel, verb);
     }
 
     TemporaryFolder folder;
@@ -111,6 +112,34 @@ TEST_F(PanelVerbsTest, KeysMoveOverTheItemsAndSections) {
     EXPECT_EQ(state.section.get(), PanelSection::accion);
 }
 
+TEST_F(PanelVerbsTest, KeysLeaveAloneWhatTheListDoesNotShow) {
+    int inserted = 0;
+    panel.actions.reinsert = [&](const HistoryItem&) { ++inserted; };
+    const auto pressAll = [&] {
+        return std::vector{press(PanelArea::search, PanelKey::enter),
+                           press(PanelArea::search, PanelKey::copy, With::command),
+                           press(PanelArea::detail, PanelKey::copy, With::command),
+                           press(PanelArea::list, PanelKey::enter),
+                           press(PanelArea::list, PanelKey::remove),
+                           press(PanelArea::detail, PanelKey::remove)};
+    };
+    state.selectedID.set("b");
+    state.query.set("c");
+    EXPECT_THAT(pressAll(), testing::Each(false));
+    state.query.set("");
+    state.section.set(PanelSection::reunion);
+    EXPECT_THAT(pressAll(), testing::Each(false));
+    EXPECT_EQ(history.items().size(), 3U);
+    EXPECT_THAT(pasteboard.log, IsEmpty());
+    EXPECT_EQ(inserted, 0);
+    EXPECT_THAT(offered(VerbPlace::detail), ElementsAre("Insertar de nuevo", "Copiar"))
+        << "the buttons stand beside what they act on";
+    EXPECT_TRUE(perform(panel, "insert"));
+    state.section.set(PanelSection::todo);
+    EXPECT_TRUE(press(PanelArea::search, PanelKey::enter));
+    EXPECT_EQ(inserted, 2);
+}
+
 TEST_F(PanelVerbsTest, InANarrowWindowTheDetailTakesTheListsPlace) {
     state.selectedID.set("b");
     panel.layout.setWidth(660);
@@ -122,6 +151,9 @@ TEST_F(PanelVerbsTest, InANarrowWindowTheDetailTakesTheListsPlace) {
     EXPECT_TRUE(panel.layout.showsDetail() && !panel.layout.showsList());
     EXPECT_TRUE(press(PanelArea::detail, PanelKey::left));
     EXPECT_TRUE(panel.layout.showsList());
+    perform(panel, "openDetail");
+    EXPECT_TRUE(press(PanelArea::elsewhere, PanelKey::find, With::command));
+    EXPECT_TRUE(panel.layout.showsList()) << "the search is there";
     perform(panel, "openDetail");
     for (const auto* id : {"a", "b", "c"}) panel.deletions.remove(id);
     EXPECT_TRUE(panel.layout.showsList()) << "there is nothing left to look at";
