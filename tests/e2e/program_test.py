@@ -44,11 +44,12 @@ exit $status
 
 
 class Program:
-    """The program in a desktop of its own, and what it starts. `preparation` is shell that runs before it."""
+    """The program in a desktop of its own, and what it starts. `preparation` is shell that runs before it; `within` is a
+    command that runs the desktop."""
 
-    def __init__(self, desktop: tuple[str, ...] = BARE, preparation: str = ""):
+    def __init__(self, desktop: tuple[str, ...] = BARE, preparation: str = "", within: tuple[str, ...] = ()):
         self._desktop = subprocess.Popen(
-            [WITH_DESKTOP, *desktop, "sh", "-c", SCRIPT.format(preparation=preparation), BINARY],
+            [*within, WITH_DESKTOP, *desktop, "sh", "-c", SCRIPT.format(preparation=preparation), BINARY],
             stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
         self._pid, self._runtime = 0, Path()
         line = self._desktop.stdout.readline().split()
@@ -184,6 +185,21 @@ class ProgramTest(unittest.TestCase):
         }.items():
             with self.subTest(name), Program(preparation=preparation) as program:
                 self.assert_runs(program)
+
+    def test_on_a_disk_that_takes_nothing(self):
+        own_mounts = ("unshare", "--map-root-user", "--mount")
+        if subprocess.run([*own_mounts, "true"], stderr=subprocess.DEVNULL, check=False).returncode != 0:
+            self.skipTest("no file system can be mounted here")
+        folders = 'for folder in "$XDG_CONFIG_HOME" "$XDG_DATA_HOME" "$XDG_CACHE_HOME" "$XDG_STATE_HOME" "$HOME"; do '
+        for preparation, told in {
+            'mount -t tmpfs -o size=64k none "$folder"; dd if=/dev/zero of="$folder/all" 2>/dev/null; done':
+                "no se pudieron guardar los ajustes: No space left on device",
+            'mount -t tmpfs none "$folder"; mount -o remount,ro "$folder"; done': "no se pudo abrir la base de datos",
+        }.items():
+            with self.subTest(told), Program(preparation=folders + preparation, within=own_mounts) as program:
+                self.assert_starts(program)
+                self.assertTrue(wait_until(lambda: told in program.log(), 5.0), program.log())  # noqa: B023
+                self.assert_ends(program)
 
     def test_with_damaged_defaults(self):
         for name, preparation in {
