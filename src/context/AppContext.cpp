@@ -61,6 +61,11 @@ std::optional<bool> editableFocus(const std::expected<AXValue, AXError>& focused
     return element && *element ? isEditable(**element) : std::nullopt;
 }
 
+bool isPasswordField(const std::expected<AXValue, AXError>& focused) {
+    const auto* element = focused ? std::get_if<AXUIElementRef>(&*focused) : nullptr;
+    return element && *element && (*element)->string("AXSubrole") == "AXSecureTextField";
+}
+
 std::optional<std::string> pageURLAround(const std::expected<AXValue, AXError>& focused) {
     const auto* start = focused ? std::get_if<AXUIElementRef>(&*focused) : nullptr;
     AXUIElementRef element = start ? *start : nullptr;
@@ -97,6 +102,7 @@ AppContext captureAppContext(Workspace& workspace, Accessibility& accessibility)
     context.windowTitle = focusedWindowTitle(*element);
     const auto focused = element->copyAttributeValue("AXFocusedUIElement");
     context.hasEditableFocus = editableFocus(focused);
+    context.hasSecretFocus = isPasswordField(focused);
     auto description = describeApp(context.bundleID, app->localizedName, context.windowTitle);
     context.displayName = std::move(description.displayName);
     context.tone = description.tone;

@@ -25,6 +25,8 @@ struct AppContext {
     Ph icon = Ph::appWindow;
     /// Whether the cursor stands where text can be typed; none for unknown.
     std::optional<bool> hasEditableFocus;
+    /// Whether it stands where a password goes.
+    bool hasSecretFocus = false;
     /// Of a browser only.
     std::optional<std::string> pageURL;
 

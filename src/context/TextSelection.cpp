@@ -3,8 +3,9 @@
 #include "base/async/Sleep.h"
 #include "base/text/Text.h"
 #include "context/AppContext.h"
-#include "context/TextInsertion.h"
+#include "context/UserClipboard.h"
 #include "platform/Accessibility.h"
+#include "platform/InputEvents.h"
 #include "platform/KeyCodes.h"
 
 #include <utility>
@@ -34,7 +35,7 @@ Task<std::optional<SelectedText>> TextSelection::selection(std::optional<Running
     // An empty answer is an answer: nothing is selected, and a copy would bring something else.
     if (auto told = ask(*app)) co_return unlessBlank(std::move(*told));
     if (!insist) co_return std::nullopt;
-    co_return co_await tasks_.spawn(copyProbe()).throughStop();
+    co_return co_await tasks_.spawn(copyProbe(*std::move(app))).throughStop();
 }
 
 /// The selection as accessibility tells it, blank or not; none when it does not.
@@ -48,15 +49,20 @@ std::optional<SelectedText> TextSelection::ask(const RunningApplication& app) {
     return SelectedText{std::move(*selected), canBeWritten(**focused)};
 }
 
-Task<std::optional<SelectedText>> TextSelection::copyProbe() {
-    auto before = co_await inserter_.snapshot();
+Task<std::optional<SelectedText>> TextSelection::copyProbe(RunningApplication app) {
+    const auto borrowed = co_await clipboard_.borrow();
+    auto before = co_await clipboard_.read();
+    using enum Pasteboard::Reading::State;
+    if (before.state == partial || before.state == unreadable) co_return std::nullopt;
     const auto count = pasteboard_.changeCount();
-    inserter_.postCommandKey(keycode::c);
+    const auto still = [&] { return pasteboard_.changeCount() == count && workspace_.isFrontmost(app); };
+    if (!co_await poster_.postCommandKey(keycode::c, still)) co_return std::nullopt;
     for (int tries = 0; tries < copyTries; ++tries) {
-        co_await sleep(copyPoll);
+        co_await sleepThrough(copyPoll);
         if (pasteboard_.changeCount() == count) continue;
+        const auto copy = pasteboard_.changeCount();
         auto copied = co_await pasteboard_.string();
-        inserter_.restore(std::move(before));
+        if (pasteboard_.changeCount() == copy) clipboard_.restore(std::move(before));
         co_return unlessBlank(SelectedText{std::move(copied).value_or(""), std::nullopt});
     }
     co_return std::nullopt;

@@ -51,6 +51,7 @@ struct AppState {
     Observable<HUDPhase> hud;
     Observable<bool> handsFree;
     Observable<bool> asking;
+    Observable<bool> hidesWords;  // what is being said is a secret
     Observable<bool> composerScreen;
     Observable<bool> meetingActive;
     Observable<bool> composerRecording;

@@ -88,11 +88,13 @@ void DictationController::audioLost() {
 
 void DictationController::showListening() {
     if (state_.panelOpen.get()) {
-        recorder_.setContext(panelTarget);
+        // Unless another application has come in front of the panel meanwhile.
+        if (!recorder_.context().app) recorder_.setContext(panelTarget);
         closePanel();
     }
     hud_.cancel();
     state_.asking.set(mode_ == Mode::ask);
+    state_.hidesWords.set(recorder_.context().hasSecretFocus);
     state_.hud.set(HUDPhase::listening());
     if (mode_ == Mode::write) written_.prepare();
     playSound("Tink");

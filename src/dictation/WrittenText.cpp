@@ -5,6 +5,7 @@
 #include "base/async/Sleep.h"
 #include "base/text/Text.h"
 #include "context/TextInsertion.h"
+#include "context/UserClipboard.h"
 #include "localdata/HistoryStore.h"
 #include "localdata/Language.h"
 #include "localdata/SettingsStore.h"
@@ -34,24 +35,26 @@ std::vector<std::string> styleExamples(const HistoryStore& history, std::string_
     return examples;
 }
 
-HUDPhase done(std::string_view format, const AppContext& context) {
-    return HUDPhase::done(formatText(tr(format), {tr(context.displayName)}));
+std::string named(std::string_view format, const AppContext& context) {
+    return formatText(tr(format), {tr(context.displayName)});
 }
 
 }  // namespace
 
 WrittenText::WrittenText(Executor& executor, SettingsStore& settings, HistoryStore& history,
-                         TextInserter& inserter, Workspace& workspace, HUDFlash& hud)
+                         UserClipboard& clipboard, TextInserter& inserter, Workspace& workspace,
+                         HUDFlash& hud)
     : executor_(executor),
       settings_(settings),
       history_(history),
+      clipboard_(clipboard),
       inserter_(inserter),
       workspace_(workspace),
       hud_(hud) {}
 
-void WrittenText::prepare() { inserter_.prepare(); }
+void WrittenText::prepare() { clipboard_.prepare(); }
 
-void WrittenText::forgetPrepared() { inserter_.forgetPrepared(); }
+void WrittenText::forgetPrepared() { clipboard_.forget(); }
 
 Tone WrittenText::toneFor(const AppContext& context) const {
     return settings_.adaptTone.get() ? context.tone : Tone::neutral;
@@ -71,50 +74,96 @@ PolishRequest WrittenText::request(const AppContext& context, std::string transc
 }
 
 Task<void> WrittenText::commit(PolishResult result, std::string transcript, Recording recording, Seen seen) {
-    const bool nowhereToType = recording.context.hasEditableFocus == false;
-    co_await inserter_.insertText(result.text, !nowhereToType);
-    if (nowhereToType) {
-        hud_.flash(done("Escrito en %@ · también en el portapapeles (⌘V)", recording.context), 2.4);
-    } else {
-        hud_.flash(done("Escrito en %@", recording.context), 1.6);
-    }
-    remember({.kind = HistoryKind::dictado,
-              .title = std::move(result.title),
-              .query = std::move(transcript),
-              .answer = std::move(result.text),
-              .meta = {.tone = std::string(historyLabel(toneFor(recording.context))),
-                       .engine = std::move(result.engine),
-                       .inserted = true,
-                       .source = seen == Seen::yes ? "voz · con la conversación" : "voz"}},
-             recording);
+    HistoryItem item{.kind = HistoryKind::dictado,
+                     .title = std::move(result.title),
+                     .query = std::move(transcript),
+                     .answer = std::move(result.text),
+                     .meta = {.tone = std::string(historyLabel(toneFor(recording.context))),
+                              .engine = std::move(result.engine),
+                              .source = seen == Seen::yes ? "voz · con la conversación" : "voz"}};
+    co_await write(std::move(item), std::move(recording),
+                   {"Escrito en %@", "Escrito en %@ · también en el portapapeles (⌘V)"});
 }
 
 Task<void> WrittenText::replaceSelection(PolishResult result, std::string instruction, std::string selected,
                                          Recording recording) {
-    co_await inserter_.insertText(result.text, true);
-    hud_.flash(done("Reemplazado en %@", recording.context), 1.6);
-    remember({.kind = HistoryKind::seleccion,
-              .title = std::move(result.title),
-              .query = std::move(instruction),
-              .answer = std::move(result.text),
-              .meta = {.engine = std::move(result.engine),
-                       .inserted = true,
-                       .source = "voz",
-                       .context = std::string(text::prefix(selected, keptOfSelection))}},
-             recording);
+    // There is a selection, so there is something to type over.
+    recording.context.hasEditableFocus = true;
+    HistoryItem item{.kind = HistoryKind::seleccion,
+                     .title = std::move(result.title),
+                     .query = std::move(instruction),
+                     .answer = std::move(result.text),
+                     .meta = {.engine = std::move(result.engine),
+                              .source = "voz",
+                              .context = std::string(text::prefix(selected, keptOfSelection))}};
+    co_await write(std::move(item), std::move(recording), {"Reemplazado en %@", "Reemplazado en %@"});
+}
+
+Task<void> WrittenText::write(HistoryItem item, Recording recording, DoneTexts texts) {
+    if (item.answer.empty()) {
+        hud_.flash(HUDPhase::info(tr("No había nada que escribir.")), 2.4);
+        co_return;
+    }
+    const bool isSecret = recording.context.hasSecretFocus;
+    // Before anything is struck: whatever happens to the program, the words are kept.
+    item.meta.inserted = true;
+    if (!isSecret) remember(item, recording);
+    const auto receipt =
+        co_await inserter_.insertText({.text = item.answer,
+                                       .target = recording.context.app,
+                                       .hasCursor = recording.context.hasEditableFocus != false,
+                                       .isSecret = isSecret});
+    tell(receipt, recording.context, texts);
+    if (isSecret || receipt.delivery == InsertionReceipt::Delivery::delivered) co_return;
+    item.meta.inserted = false;
+    history_.add(item, HistoryStore::Persist::yes);
+}
+
+void WrittenText::tell(const InsertionReceipt& receipt, const AppContext& context, const DoneTexts& texts) {
+    using enum InsertionReceipt::Delivery;
+    using enum Pasteboard::Reading::State;
+    if (receipt.delivery != delivered && !receipt.isOnClipboard)
+        return hud_.flash(HUDPhase::error(tr("No se ha podido escribir · el texto está en tu historial")),
+                          4.0);
+    switch (receipt.delivery) {
+        case delivered:
+            break;
+        case elsewhere:
+            return hud_.flash(
+                HUDPhase::info(tr("Has cambiado de ventana · el texto está en el portapapeles (⌘V)")), 4.0);
+        case nowhere:
+            return hud_.flash(
+                HUDPhase::info(tr("No hay dónde escribir · el texto está en el portapapeles (⌘V)")), 4.0);
+        case untaken:
+        case refused:
+            return hud_.flash(
+                HUDPhase::info(named("%@ no ha recogido el texto · está en el portapapeles (⌘V)", context)),
+                4.0);
+    }
+    if (receipt.isOnClipboard) {
+        hud_.flash(HUDPhase::done(named(texts.alsoOnClipboard, context)), 2.4);
+    } else if (receipt.clipboard == partial || receipt.clipboard == unreadable) {
+        const std::string lost = receipt.clipboard == partial
+                                     ? tr("%@ · del portapapeles solo ha vuelto una parte")
+                                     : tr("%@ · no se ha podido devolver lo que había en el portapapeles");
+        hud_.flash(HUDPhase::done(formatText(lost, {named(texts.written, context)})), 4.0);
+    } else {
+        hud_.flash(HUDPhase::done(named(texts.written, context)), 1.6);
+    }
 }
 
 void WrittenText::keep(const std::string& transcript, const Recording& recording) const {
-    remember({.kind = HistoryKind::dictado,
-              .title = titleFrom(transcript),
-              .query = transcript,
-              .answer = transcript,
-              .meta = {.inserted = false, .source = "voz"}},
-             recording);
+    if (recording.context.hasSecretFocus) return;
+    HistoryItem item{.kind = HistoryKind::dictado,
+                     .title = titleFrom(transcript),
+                     .query = transcript,
+                     .answer = transcript,
+                     .meta = {.inserted = false, .source = "voz"}};
+    remember(item, recording);
 }
 
 /// What all that was said has in common is added here.
-void WrittenText::remember(HistoryItem item, const Recording& recording) const {
+void WrittenText::remember(HistoryItem& item, const Recording& recording) const {
     item.id = makeUuid();
     item.app = recording.context.displayName;
     item.bundleID = recording.context.bundleID;
@@ -129,8 +178,9 @@ Task<void> WrittenText::typeAgain(AppContext target, std::string answer) {
         co_await sleep(activationWait);
     }
     const std::string plain = text::replaceAll(text::replaceAll(answer, "**", ""), "`", "");
-    co_await inserter_.insertText(plain, true);
-    hud_.flash(done("Escrito en %@", target), 1.6);
+    if (plain.empty()) co_return;
+    const auto receipt = co_await inserter_.insertText({.text = plain, .target = target.app});
+    tell(receipt, target, {"Escrito en %@", "Escrito en %@"});
 }
 
 }  // namespace dorix

@@ -12,14 +12,16 @@ namespace dorix {
 
 class HistoryStore;
 class TextInserter;
+class UserClipboard;
+struct InsertionReceipt;
 
 /// What is dictated, from the request to the writing engine to its end: a text that is ready goes to the
 /// cursor, to the HUD as a message, and into the history. Main executor; what it is given outlives it and its
 /// tasks.
 class WrittenText {
  public:
-    WrittenText(Executor& executor, SettingsStore& settings, HistoryStore& history, TextInserter& inserter,
-                Workspace& workspace, HUDFlash& hud);
+    WrittenText(Executor& executor, SettingsStore& settings, HistoryStore& history, UserClipboard& clipboard,
+                TextInserter& inserter, Workspace& workspace, HUDFlash& hud);
 
     /// What the writing engine is to know of a dictation: where the text goes, and the user's settings and
     /// style. An empty transcript announces a request.
@@ -29,7 +31,8 @@ class WrittenText {
     void prepare();
     void forgetPrepared();
 
-    /// What the writer made of `transcript`; `seen`: a picture of the window went with it.
+    /// What the writer made of `transcript`, which may be nothing; `seen`: a picture of the window went with
+    /// it.
     enum class Seen { no, yes };
     Task<void> commit(PolishResult result, std::string transcript, Recording recording, Seen seen);
 
@@ -44,13 +47,22 @@ class WrittenText {
     Task<void> typeAgain(AppContext target, std::string answer);
 
  private:
-    void remember(HistoryItem item, const Recording& recording) const;
+    /// How a message says that the text was written: in a word, and with it left on the clipboard as well.
+    struct DoneTexts {
+        std::string_view written;
+        std::string_view alsoOnClipboard;
+    };
+
+    Task<void> write(HistoryItem item, Recording recording, DoneTexts texts);
+    void tell(const InsertionReceipt& receipt, const AppContext& context, const DoneTexts& texts);
+    void remember(HistoryItem& item, const Recording& recording) const;
 
     Tone toneFor(const AppContext& context) const;
 
     Executor& executor_;
     SettingsStore& settings_;
     HistoryStore& history_;
+    UserClipboard& clipboard_;
     TextInserter& inserter_;
     Workspace& workspace_;
     HUDFlash& hud_;

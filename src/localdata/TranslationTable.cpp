@@ -544,6 +544,17 @@ constexpr auto kTable = std::to_array<Translation>({
     {"No se ha podido guardar el archivo: %@.", "The file could not be saved: %@."},
     {"Ese archivo es el propio historial de DORIX. Elige otro.",
      "That file is the DORIX history itself. Choose another one."},
+    {"No había nada que escribir.", "There was nothing to write."},
+    {"No se ha podido escribir · el texto está en tu historial", "Couldn’t type it · the text is in your history"},
+    {"Has cambiado de ventana · el texto está en el portapapeles (⌘V)",
+     "You switched windows · the text is on the clipboard (⌘V)"},
+    {"No hay dónde escribir · el texto está en el portapapeles (⌘V)",
+     "There is nowhere to type · the text is on the clipboard (⌘V)"},
+    {"%@ no ha recogido el texto · está en el portapapeles (⌘V)",
+     "%@ didn’t take the text · it is on the clipboard (⌘V)"},
+    {"%@ · del portapapeles solo ha vuelto una parte", "%@ · only part of the clipboard could be put back"},
+    {"%@ · no se ha podido devolver lo que había en el portapapeles",
+     "%@ · what was on the clipboard could not be put back"},
 });
 // clang-format on
 

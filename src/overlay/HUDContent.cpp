@@ -10,8 +10,9 @@ namespace {
 
 using Look = HUDContent::Look;
 
-HUDContent listening(const AppState& state, const std::string& partial) {
+HUDContent listening(const AppState& state, const std::string& understood) {
     const bool asking = state.asking.get();
+    const std::string partial = state.hidesWords.get() ? "" : understood;
     HUDContent content{.look = Look::listening, .isPlaceholder = partial.empty()};
     if (!partial.empty()) {
         content.text = partial;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Observable.h"
+#include "base/async/Task.h"
 
 #include <cstdint>
 #include <functional>
@@ -65,24 +66,26 @@ class UnavailableMouseEventMonitors final : public MouseEventMonitors {
     Subscription addGlobalMonitor(GlobalHandler) override { return {}; }
 };
 
-/// Sends key events into the system as if typed, to whatever has the focus. Main executor; does not wait for
-/// the events to arrive.
+/// Strikes keys as if typed, in whatever has the focus. Main executor.
 class EventPoster {
  public:
-    enum class Direction { down, up };
+    /// What must hold for a stroke to be sent. It is asked at the last moment: nothing that other
+    /// applications do comes between the answer and the stroke. It asks the system only, and at once.
+    using Condition = std::function<bool()>;
 
     virtual ~EventPoster() = default;
 
-    /// One key event with these modifier flags. For the command flag the adapter presses what the application
-    /// in front takes for its command chord (Ctrl, or Ctrl and Shift in a terminal). Modifiers that the user
-    /// holds at that moment do not mix into it.
-    virtual void postKeyboardEvent(std::uint16_t keyCode, Direction direction, std::uint64_t flags) = 0;
+    /// Presses and lets go of the key with what the application in front takes for its command chord (Ctrl,
+    /// or Ctrl and Shift in a terminal). Modifiers that the user holds at that moment do not mix into it.
+    /// Does not wait for anything to come of it. False when nothing was struck: `still` was false, or the
+    /// application has no such chord.
+    virtual Task<bool> postCommandKey(std::uint16_t keyCode, Condition still) = 0;
 };
 
-/// Events go nowhere.
+/// Strokes go nowhere.
 class UnavailableEventPoster final : public EventPoster {
  public:
-    void postKeyboardEvent(std::uint16_t, Direction, std::uint64_t) override {}
+    Task<bool> postCommandKey(std::uint16_t, Condition) override { co_return false; }
 };
 
 }  // namespace dorix

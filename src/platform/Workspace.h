@@ -26,6 +26,12 @@ class Workspace {
     /// The application that gets the keyboard; none when nothing has the focus or it cannot be known.
     virtual std::optional<RunningApplication> frontmostApplication() const = 0;
 
+    /// Whether that window of the application gets the keyboard now; any window of it if none is known.
+    virtual bool isFrontmost(const RunningApplication& app) const = 0;
+
+    /// Whether both are the same application, whatever their windows.
+    virtual bool isSameApplication(const RunningApplication& one, const RunningApplication& other) const = 0;
+
     /// This application's own bundle identifier.
     virtual std::string ownBundleIdentifier() const = 0;
 
@@ -37,6 +43,10 @@ class Workspace {
 class UnavailableWorkspace final : public Workspace {
  public:
     std::optional<RunningApplication> frontmostApplication() const override { return std::nullopt; }
+    bool isFrontmost(const RunningApplication&) const override { return false; }
+    bool isSameApplication(const RunningApplication&, const RunningApplication&) const override {
+        return false;
+    }
     std::string ownBundleIdentifier() const override { return "es.pelmora.dorix"; }
     void activate(const RunningApplication&) override {}
 };

@@ -15,12 +15,14 @@ AppController::AppController(const Platform& platform)
       history_(database_),
       permissions_(platform.executor, platform.grants),
       speech_(platform.executor, platform.audio, platform.recognition),
-      inserter_(platform.executor, platform.pasteboard, platform.events),
-      selection_(platform.executor, platform.accessibility, platform.pasteboard, inserter_),
+      clipboard_(platform.executor, platform.pasteboard),
+      inserter_({platform.executor, clipboard_, platform.pasteboard, platform.events, platform.workspace}),
+      selection_(platform.executor, platform.accessibility, clipboard_, platform.pasteboard, platform.events,
+                 platform.workspace),
       hud_(platform.executor, state_),
       recorder_(platform.executor, settings_, permissions_, speech_, platform.workspace,
                 platform.accessibility, nullptr),
-      written_(platform.executor, settings_, history_, inserter_, platform.workspace, hud_),
+      written_(platform.executor, settings_, history_, clipboard_, inserter_, platform.workspace, hud_),
       roads_(state_, writer_, selection_, platform.accessibility, written_, hud_, {}),
       composer_(platform.executor, state_, settings_, permissions_, speech_, hud_, nullptr),
       dictation_(platform.executor, state_, settings_, permissions_, speech_, platform.sounds, recorder_,
@@ -46,7 +48,7 @@ void AppController::applicationDidFinishLaunching() {
 
 Task<void> AppController::settled() {
     co_await exporter_.settled();
-    co_await inserter_.settled();
+    co_await clipboard_.settled();
 }
 
 void AppController::traceTo(const std::filesystem::path& file) {

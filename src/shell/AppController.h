@@ -4,6 +4,7 @@
 #include "base/async/TaskScope.h"
 #include "context/TextInsertion.h"
 #include "context/TextSelection.h"
+#include "context/UserClipboard.h"
 #include "dictation/AppState.h"
 #include "dictation/Composer.h"
 #include "dictation/DictationController.h"
@@ -80,6 +81,7 @@ class AppController {
     Permissions permissions_;
     SpeechEngine speech_;
     BasicWriter writer_;
+    UserClipboard clipboard_;
     TextInserter inserter_;
     TextSelection selection_;
 

@@ -110,6 +110,13 @@ class FakeWorkspace final : public Workspace {
     std::vector<RunningApplication> activated;
 
     std::optional<RunningApplication> frontmostApplication() const override { return frontmost; }
+    bool isFrontmost(const RunningApplication& app) const override {
+        return frontmost && frontmost->processIdentifier == app.processIdentifier &&
+               frontmost->windowNumber == app.windowNumber;
+    }
+    bool isSameApplication(const RunningApplication& one, const RunningApplication& other) const override {
+        return one.processIdentifier == other.processIdentifier;
+    }
     std::string ownBundleIdentifier() const override { return own; }
     void activate(const RunningApplication& app) override {
         activated.push_back(app);

@@ -85,22 +85,18 @@ class FakeKeyEventMonitors final : public KeyEventMonitors {
     std::vector<std::weak_ptr<Monitor>> monitors_;
 };
 
-/// Keeps what is posted; `onPost` plays the application that gets it.
+/// Keeps what is struck; `onPost` plays the application that gets it.
 class RecordingEventPoster final : public EventPoster {
  public:
-    struct Posted {
-        std::uint16_t keyCode = 0;
-        Direction direction = Direction::down;
-        std::uint64_t flags = 0;
-        bool operator==(const Posted&) const = default;
-    };
+    std::vector<std::uint16_t> posted;
+    std::function<void(std::uint16_t)> onPost = [](std::uint16_t) {};
+    bool knowsChord = true;  // the application in front does
 
-    std::vector<Posted> posted;
-    std::function<void(const Posted&)> onPost;
-
-    void postKeyboardEvent(std::uint16_t keyCode, Direction direction, std::uint64_t flags) override {
-        posted.push_back({keyCode, direction, flags});
-        if (onPost) onPost(posted.back());
+    Task<bool> postCommandKey(std::uint16_t keyCode, Condition still) override {
+        if (!knowsChord || !still()) co_return false;
+        posted.push_back(keyCode);
+        onPost(keyCode);
+        co_return true;
     }
 };
 

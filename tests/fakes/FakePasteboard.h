@@ -14,6 +14,8 @@ namespace dorix {
 class FakePasteboard final : public Pasteboard {
  public:
     std::vector<Item> items;
+    /// How much of it reading gives.
+    Reading::State readable = Reading::State::complete;
     double readSeconds = 0;
     /// What was done, in order: "read", "string", "clear", "setString ...", "setData TYPE", "write N".
     std::vector<std::string> log;
@@ -26,9 +28,10 @@ class FakePasteboard final : public Pasteboard {
     }
 
     std::int64_t changeCount() const override { return changeCount_; }
-    Task<std::vector<Item>> pasteboardItems() override {
+    Task<Reading> pasteboardItems() override {
         log.emplace_back("read");
-        auto read = items;
+        Reading read{items.empty() ? Reading::State::empty : readable, items};
+        if (read.state == Reading::State::unreadable) read.items.clear();
         if (readSeconds > 0) co_await sleep(readSeconds);
         co_return read;
     }
@@ -64,6 +67,24 @@ class FakePasteboard final : public Pasteboard {
         for (auto& object : objects) items.push_back(std::move(object));
     }
 
+    bool holdsOwnContents() override {
+        if (const auto asked = std::exchange(onHoldsAsked, nullptr)) asked();
+        return mine_ && !items.empty();
+    }
+    /// Called once, just before the answer.
+    std::function<void()> onHoldsAsked;
+    Subscription observeFetches(std::function<void(const Fetch&)> observer) override {
+        return fetches_.add(std::move(observer));
+    }
+    void keepThroughCrash(const std::vector<Item>&) override {}
+
+    /// An application fetches the text, if it is ours; what it is given.
+    std::string fetch(const RunningApplication& by, double at) {
+        const std::string text = items.empty() ? "" : items.front().front().second;
+        if (holdsOwnContents()) fetches_.notify({by, at});
+        return text;
+    }
+
  private:
     void add(std::string_view type, Bytes data) {
         if (!mine_) return;
@@ -74,6 +95,7 @@ class FakePasteboard final : public Pasteboard {
 
     std::int64_t changeCount_ = 7;
     bool mine_ = false;
+    Observers<Fetch> fetches_;
 };
 
 }  // namespace dorix

@@ -66,6 +66,7 @@ class ObjectElement final : public AXUIElement {
     Value copyAttributeValue(std::string_view attribute) const override {
         auto client = clientOf(*look_);
         if (attribute == "AXRole") return asValue(axRole(client));
+        if (attribute == "AXSubrole") return subrole(client);
         if (attribute == "AXParent") return parent(client);
         if (attribute == "AXTitle") return asValue(client.name(object_));
         if (attribute == "AXValue") return asValue(value(client));
@@ -102,6 +103,13 @@ class ObjectElement final : public AXUIElement {
         const bool mayBeSearch = name == "AXTextField" && *role != Role::passwordText;
         if (mayBeSearch && client.isSearchField(object_).value_or(false)) return "AXSearchField";
         return std::string(name);
+    }
+
+    Value subrole(AtspiClient& client) const {
+        const auto secret = isSecret(client);
+        if (!secret) return std::unexpected(secret.error());
+        if (!*secret) return unsupported();
+        return AXValue(std::string("AXSecureTextField"));
     }
 
     Value parent(AtspiClient& client) const {

@@ -16,13 +16,23 @@ namespace {
 
 using enum KeyStroke::Direction;
 
-struct FlagKey {
-    std::uint64_t flag;
-    std::uint16_t keyCode;
+/// While it lives the server serves this connection alone. Nothing that waits for another connection of this
+/// process may be done meanwhile.
+class ServerGrab {
+ public:
+    explicit ServerGrab(X11Connection& connection) : connection_(connection) {
+        xcb_grab_server(connection_.get());
+    }
+    ~ServerGrab() {
+        xcb_ungrab_server(connection_.get());
+        connection_.flush();
+    }
+    ServerGrab(const ServerGrab&) = delete;
+    ServerGrab& operator=(const ServerGrab&) = delete;
+
+ private:
+    X11Connection& connection_;
 };
-constexpr std::array<FlagKey, 3> flagKeys{{{modifier::shift, keycode::leftShift},
-                                           {modifier::control, keycode::leftControl},
-                                           {modifier::option, keycode::leftOption}}};
 
 }  // namespace
 
@@ -33,41 +43,23 @@ X11EventPoster::X11EventPoster(X11Connection& connection, X11Keyboard& keyboard,
       input_(input),
       windows_(windows),
       pasteboard_(pasteboard),
-      strokes_(input.listen([this](const KeyStroke& stroke) { handleStroke(stroke); })),
-      tasks_(connection.executor()) {}
+      strokes_(input.listen([this](const KeyStroke& stroke) { handleStroke(stroke); })) {}
 
-void X11EventPoster::postKeyboardEvent(std::uint16_t keyCode, Direction direction, std::uint64_t flags) {
-    if (connection_.isLost()) return;
-    if (direction == Direction::down) {
-        release();
-        pressedCode_ = keyCode;
-        ++downs_;
-        isHeld_ = true;
-        if (pasteboard_) pasteboard_->commit();
-        auto chord = chordFor(keyCode, flags);
-        if (chord.pastesPrimary) {
-            tasks_.spawn(pressForPrimary(std::move(chord)));
-        } else {
-            press(chord);
-        }
-    } else if (keyCode == pressedCode_) {
-        isHeld_ = false;
-        release();
-    }
-    connection_.flush();
+Task<bool> X11EventPoster::postCommandKey(std::uint16_t keyCode, Condition still) {
+    if (connection_.isLost()) co_return false;
+    const auto chord = commandChord(keyCode);
+    if (chord.keys.empty()) co_return false;
+    if (chord.pastesPrimary && pasteboard_) co_await pasteboard_->servePrimaryForPaste();
+    co_return strike(chord, still);
 }
 
-X11EventPoster::Chord X11EventPoster::chordFor(std::uint16_t keyCode, std::uint64_t flags) {
-    if ((flags & modifier::command) != 0) return commandChord(keyCode);
-    Chord chord;
-    for (const auto& [flag, modifierCode] : flagKeys) {
-        const auto key = (flags & flag) != 0 ? keyboard_.keyFor(modifierCode) : std::nullopt;
-        if (key) chord.keys.push_back(*key);
-    }
-    const auto key = keyboard_.keyFor(keyCode);
-    if (!key) return {};
-    chord.keys.push_back(*key);
-    return chord;
+bool X11EventPoster::strike(const Chord& chord, const Condition& still) {
+    const ServerGrab grab(connection_);
+    if (!still()) return false;
+    if (chord.pastesPrimary && pasteboard_ && !pasteboard_->holdsPrimary()) return false;
+    press(chord);
+    release();
+    return true;
 }
 
 CommandChord X11EventPoster::commandChordInFront() {
@@ -113,15 +105,6 @@ X11EventPoster::Chord X11EventPoster::commandChord(std::uint16_t keyCode) {
     auto chord = keysOf({shift, insert});
     chord.pastesPrimary = !chord.keys.empty();
     return chord;
-}
-
-Task<void> X11EventPoster::pressForPrimary(Chord chord) {
-    const auto down = downs_;
-    if (pasteboard_) co_await pasteboard_->servePrimaryForPaste();
-    if (down != downs_) co_return;
-    press(chord);
-    if (!isHeld_) release();
-    connection_.flush();
 }
 
 void X11EventPoster::press(const Chord& chord) {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "base/async/TaskScope.h"
 #include "linux/apps/CommandChords.h"
 #include "linux/x11/X11KeyInput.h"
 #include "linux/x11/X11Pasteboard.h"
@@ -15,14 +14,15 @@ namespace dorix {
 /// Types through the X server's test extension. Keys that the user holds are let go for the length of a
 /// chord, from its key-down to its key-up; modifiers are pressed again after it. Locks are left as they are:
 /// no application's copy and paste chords mind them. A terminal that pastes only PRIMARY gets its chord when
-/// that selection is ready, a moment later.
+/// that selection is ready.
 class X11EventPoster final : public EventPoster {
  public:
     /// `pasteboard` is null where the clipboard is not the display's: then PRIMARY is not served.
     X11EventPoster(X11Connection& connection, X11Keyboard& keyboard, X11KeyInput& input, X11Windows& windows,
                    X11Pasteboard* pasteboard);
 
-    void postKeyboardEvent(std::uint16_t keyCode, Direction direction, std::uint64_t flags) override;
+    /// The server serves nobody else between the question and the stroke.
+    Task<bool> postCommandKey(std::uint16_t keyCode, Condition still) override;
 
  private:
     struct Chord {
@@ -32,11 +32,10 @@ class X11EventPoster final : public EventPoster {
     };
     using OptionalKey = std::optional<xcb_keycode_t>;
 
-    Chord chordFor(std::uint16_t keyCode, std::uint64_t flags);
     CommandChord commandChordInFront();
     static Chord keysOf(const std::vector<OptionalKey>& keys);
     Chord commandChord(std::uint16_t keyCode);
-    Task<void> pressForPrimary(Chord chord);
+    bool strike(const Chord& chord, const Condition& still);
     void press(const Chord& chord);
     void release();
     void handleStroke(const KeyStroke& stroke);
@@ -46,15 +45,10 @@ class X11EventPoster final : public EventPoster {
     X11KeyInput& input_;
     X11Windows& windows_;
     X11Pasteboard* const pasteboard_;
-    std::uint16_t pressedCode_ = 0;
-    /// Tells key-downs apart, and whether the key of the last one is still to be held.
-    std::uint64_t downs_ = 0;
-    bool isHeld_ = false;
     std::optional<Chord> pressed_;
     X11Keyboard::KeySet letGo_;
     X11Keyboard::KeySet pressedAgain_;
     Subscription strokes_;
-    TaskScope tasks_;
 };
 
 }  // namespace dorix

@@ -18,10 +18,13 @@ constexpr double stringBudget = 1.0;
 // A hung owner must not hold up whoever waits for the snapshot; one that has answered may take its time.
 constexpr double unprovenPatience = 0.4;
 constexpr double handOverBudget = 1.0;
-constexpr double primaryLife = 1.0;
+// Longer than anybody waits for a terminal to paste.
+constexpr double primaryLife = 8.0;
 // The paste waits for it, and the clipboard is put back soon after.
 constexpr double primaryBudget = 0.2;
 constexpr std::size_t maxTargets = 256;
+// More than a clipboard holds in earnest, so that an owner that never ends does not fill the memory.
+constexpr std::size_t snapshotBytes = std::size_t{256} << 20U;
 
 std::vector<xcb_atom_t> atomsIn(const X11SelectionRead::Result& data) {
     std::vector<xcb_atom_t> atoms;
@@ -54,7 +57,13 @@ X11Pasteboard::X11Pasteboard(X11Connection& connection)
     : connection_(connection),
       window_(connection.createHiddenWindow(XCB_EVENT_MASK_NO_EVENT)),
       clipboard_(connection.atom("CLIPBOARD")),
-      owner_(connection.display()),
+      windows_(connection),
+      owner_(connection.display(),
+             [this, &main = connection.executor(), alive = std::weak_ptr(alive_)](const auto& delivery) {
+                 main.post([this, alive, delivery, at = main.now()] {
+                     if (!alive.expired()) noteDelivery(delivery, at);
+                 });
+             }),
       primaryTimer_(connection.executor()) {
     xcb_xfixes_select_selection_input(connection_.get(), window_, clipboard_,
                                       XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
@@ -123,7 +132,7 @@ void X11Pasteboard::commit() {
     if (empty) {
         owner_.giveUp(clipboard_);
     } else {
-        owner_.take(clipboard_, contents_);
+        offered_ = owner_.take(clipboard_, contents_);
     }
     settle(empty ? xcb_window_t{XCB_WINDOW_NONE} : owner_.window());
 }
@@ -136,6 +145,29 @@ void X11Pasteboard::settle(xcb_window_t expected) {
     if (!now) return;
     settledBefore_ = cookie.sequence;
     if (now->owner != expected) noteForeignChange();
+}
+
+xcb_window_t X11Pasteboard::ownerOf(xcb_atom_t selection) {
+    const auto reply = connection_.reply(xcb_get_selection_owner_reply,
+                                         xcb_get_selection_owner(connection_.get(), selection));
+    return reply ? reply->owner : xcb_window_t{XCB_WINDOW_NONE};
+}
+
+bool X11Pasteboard::holdsOwnContents() {
+    commit();
+    if (owns_ && !contents_.entries().empty()) settle(owner_.window());
+    return owns_ && !contents_.entries().empty();
+}
+
+bool X11Pasteboard::holdsPrimary() { return servesPrimary_ && ownerOf(XCB_ATOM_PRIMARY) == owner_.window(); }
+
+void X11Pasteboard::noteDelivery(const X11SelectionServer::Delivery& delivery, double at) {
+    const auto current = delivery.selection == clipboard_ ? offered_ : offeredPrimary_;
+    if (delivery.offer != current) return;
+    RunningApplication by;
+    by.windowNumber = delivery.requestor;
+    by.processIdentifier = windows_.processIdentifier(delivery.requestor).value_or(0);
+    fetches_.notify({by, at});
 }
 
 void X11Pasteboard::put(std::string_view target, std::string_view type, std::uint8_t format,
@@ -173,9 +205,9 @@ void X11Pasteboard::writeObjects(std::vector<Item> items) {
     }
 }
 
-Task<X11SelectionRead::Result> X11Pasteboard::read(xcb_atom_t target, double deadline) {
+Task<X11SelectionRead::Result> X11Pasteboard::read(xcb_atom_t target, Budget budget, Lost& lost) {
     const double firstAnswer = ownerAnswers_ ? X11SelectionRead::patience : unprovenPatience;
-    X11SelectionRead conversion(connection_, clipboard_, target, deadline, firstAnswer);
+    X11SelectionRead conversion(connection_, clipboard_, target, budget.deadline, firstAnswer, budget.bytes);
     const auto count = changeCount_;
     struct Registered {
         std::set<X11SelectionRead*>& reads;
@@ -184,12 +216,13 @@ Task<X11SelectionRead::Result> X11Pasteboard::read(xcb_atom_t target, double dea
     };
     reads_.insert(&conversion);
     const Registered registered{reads_, &conversion};
-    auto data = co_await conversion.result();
+    auto data = co_await std::move(conversion).result();
     // Another owner since then has yet to show what it does.
     if (count == changeCount_) {
         ownerAnswers_ = !conversion.timedOut();
         if (!ownerAnswers_) noteFailure(target);
     }
+    if (!data && !conversion.wasRefused()) lost = Lost::something;
     if (data && data->type == XCB_ATOM_NONE) data.reset();
     co_return data;
 }
@@ -199,25 +232,44 @@ void X11Pasteboard::noteFailure(xcb_atom_t target) {
     logLine("la aplicación dueña del portapapeles no entregó a tiempo " + connection_.atomName(target));
 }
 
-Task<Pasteboard::Item> X11Pasteboard::readItem(double deadline) {
-    const auto targets = atomsIn(co_await read(connection_.atom("TARGETS"), deadline));
+/// What there is to be read; an owner that cannot list it is asked for text.
+Task<std::vector<xcb_atom_t>> X11Pasteboard::readTargets(Budget budget, Lost& lost) {
+    const auto listing = co_await read(connection_.atom("TARGETS"), budget, lost);
+    if (!listing && lost == Lost::nothing)
+        co_return std::vector{connection_.atom("UTF8_STRING"), xcb_atom_t{XCB_ATOM_STRING}};
+    std::vector<xcb_atom_t> targets;
+    for (const auto target : atomsIn(listing)) {
+        const bool isNew = std::ranges::find(targets, target) == targets.end();
+        if (isNew && isContents(connection_.atomName(target))) targets.push_back(target);
+    }
+    co_return targets;
+}
+
+Task<Pasteboard::Reading> X11Pasteboard::readOwner(Budget budget) {
+    if (ownerOf(clipboard_) == XCB_WINDOW_NONE) co_return Reading{};
+    auto lost = Lost::nothing;
     const auto count = changeCount_;
+    const auto targets = co_await readTargets(budget, lost);
     Item item;
-    std::set<xcb_atom_t> seen;
     for (const auto target : targets) {
         if (count != changeCount_) break;
-        const std::string name = connection_.atomName(target);
-        if (!isContents(name) || !seen.insert(target).second) continue;
-        if (connection_.executor().now() >= deadline) {
+        if (connection_.executor().now() >= budget.deadline) {
+            lost = Lost::something;
             noteFailure(target);
             break;
         }
-        auto data = co_await read(target, deadline);
+        auto data = co_await read(target, budget, lost);
         if (!data) continue;
-        item.emplace_back(pasteboardType({name, connection_.atomName(data->type), data->format}),
-                          std::move(data->bytes));
+        budget.bytes -= std::min(budget.bytes, data->bytes.size());
+        item.emplace_back(
+            pasteboardType({connection_.atomName(target), connection_.atomName(data->type), data->format}),
+            std::move(data->bytes));
     }
-    co_return item;
+    using enum Reading::State;
+    if (item.empty()) co_return Reading{targets.empty() && lost == Lost::nothing ? empty : unreadable, {}};
+    Reading reading{lost == Lost::nothing ? complete : partial, {}};
+    reading.items.push_back(std::move(item));
+    co_return reading;
 }
 
 Pasteboard::Item X11Pasteboard::ownItem() {
@@ -230,34 +282,37 @@ Pasteboard::Item X11Pasteboard::ownItem() {
     return item;
 }
 
-Task<std::vector<Pasteboard::Item>> X11Pasteboard::pasteboardItems() {
-    const double deadline = connection_.executor().now() + snapshotBudget;
-    Item item;
+Task<Pasteboard::Reading> X11Pasteboard::pasteboardItems() {
+    const Budget budget{connection_.executor().now() + snapshotBudget, snapshotBytes};
     for (;;) {
         const auto count = changeCount_;
-        item = owns_ ? ownItem() : co_await readItem(deadline);
+        if (owns_) {
+            if (contents_.entries().empty()) co_return Reading{};
+            Reading own{Reading::State::complete, {}};
+            own.items.push_back(ownItem());
+            co_return own;
+        }
+        auto reading = co_await readOwner(budget);
         // Half of one owner's contents and half of the next one's are nobody's.
-        if (count == changeCount_) break;
-        item.clear();
-        if (connection_.executor().now() >= deadline) break;
+        if (count == changeCount_) co_return reading;
+        if (connection_.executor().now() >= budget.deadline)
+            co_return Reading{Reading::State::unreadable, {}};
     }
-    std::vector<Item> items;
-    if (!item.empty()) items.push_back(std::move(item));
-    co_return items;
 }
 
 Task<std::optional<std::string>> X11Pasteboard::string() {
-    const double deadline = connection_.executor().now() + stringBudget;
+    const Budget budget{connection_.executor().now() + stringBudget};
+    auto lost = Lost::nothing;
     for (const std::string_view target :
          {"UTF8_STRING", "text/plain;charset=utf-8", "STRING", "text/plain"}) {
         const xcb_atom_t atom = connection_.atom(target);
         X11SelectionRead::Result data;
         if (!owns_) {
-            data = co_await read(atom, deadline);
+            data = co_await read(atom, budget, lost);
         } else if (const auto own = contents_.find(atom)) {
             data = *own;
         }
-        if (connection_.executor().now() >= deadline) break;
+        if (connection_.executor().now() >= budget.deadline) break;
         if (!data || data->format != 8) continue;
         const bool latin1 = data->type == XCB_ATOM_STRING;
         co_return latin1 ? utf8FromLatin1(data->bytes) : std::move(data->bytes);
@@ -272,26 +327,24 @@ Task<void> X11Pasteboard::servePrimaryForPaste() {
     co_await keepPrimary();
     if (count != changeCount_) co_return;
     servesPrimary_ = true;
-    owner_.take(XCB_ATOM_PRIMARY, contents_);
+    offeredPrimary_ = owner_.take(XCB_ATOM_PRIMARY, contents_);
     primaryTimer_.once(primaryLife, [this] { endPrimary(); });
 }
 
 Task<void> X11Pasteboard::keepPrimary() {
-    const auto present =
-        connection_.reply(xcb_get_selection_owner_reply,
-                          xcb_get_selection_owner(connection_.get(), xcb_atom_t{XCB_ATOM_PRIMARY}));
+    const auto owner = ownerOf(XCB_ATOM_PRIMARY);
     // What was kept for an earlier paste is still what the user selected last.
-    if (!present || present->owner == owner_.window()) co_return;
+    if (owner == owner_.window()) co_return;
     primaryBefore_.clear();
-    if (present->owner == XCB_WINDOW_NONE) co_return;
+    if (owner == XCB_WINDOW_NONE) co_return;
     const double deadline = connection_.executor().now() + primaryBudget;
     SelectionContents kept;
     const X11SelectionRead listing(connection_, XCB_ATOM_PRIMARY, connection_.atom("TARGETS"), deadline);
     for (const auto target : atomsIn(co_await listing.result())) {
         if (connection_.executor().now() >= deadline) break;
         if (!isContents(connection_.atomName(target)) || kept.find(target)) continue;
-        const X11SelectionRead conversion(connection_, XCB_ATOM_PRIMARY, target, deadline);
-        auto data = co_await conversion.result();
+        X11SelectionRead conversion(connection_, XCB_ATOM_PRIMARY, target, deadline);
+        auto data = co_await std::move(conversion).result();
         if (data && data->type != XCB_ATOM_NONE) kept.put(target, std::move(*data));
     }
     primaryBefore_ = std::move(kept);
@@ -302,6 +355,8 @@ void X11Pasteboard::endPrimary() {
     primaryTimer_.stop();
     owner_.replaceIfOwned(XCB_ATOM_PRIMARY, primaryBefore_);
 }
+
+void X11Pasteboard::keepThroughCrash(const std::vector<Item>&) {}
 
 bool X11Pasteboard::isPassing() const {
     return std::ranges::any_of(passingMarkers, [this](const Marker& marker) {

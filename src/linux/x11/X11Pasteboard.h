@@ -5,6 +5,7 @@
 #include "linux/x11/X11Connection.h"
 #include "linux/x11/X11SelectionOwner.h"
 #include "linux/x11/X11SelectionRead.h"
+#include "linux/x11/X11Windows.h"
 #include "platform/Pasteboard.h"
 
 #include <memory>
@@ -15,31 +16,38 @@ namespace dorix {
 /// The CLIPBOARD selection. It holds at most one item, whose types are the targets that its owner offers,
 /// with the property's type and format where they matter. Its tasks must have ended before it is destroyed.
 ///
-/// Reading a whole clipboard takes at most five seconds, and the plain text at most one; what has not come by
-/// then is left out. An owner that has answered may take two seconds for each target; one that has yet to
-/// answer, or was silent at the last target, a fraction of one.
+/// Reading a whole clipboard takes at most five seconds and 256 MiB, and the plain text at most one second;
+/// what has not come by then is left out. An owner that has answered may take two seconds for each target;
+/// one that has yet to answer, or was silent at the last target, a fraction of one.
 class X11Pasteboard final : public Pasteboard {
  public:
     explicit X11Pasteboard(X11Connection& connection);
     ~X11Pasteboard() override;
 
     std::int64_t changeCount() const override { return changeCount_; }
-    Task<std::vector<Item>> pasteboardItems() override;
+    Task<Reading> pasteboardItems() override;
     Task<std::optional<std::string>> string() override;
     void clearContents() override;
     void setString(std::string text) override;
     void setData(Bytes data, std::string_view type) override;
     void writeObjects(std::vector<Item> items) override;
+    bool holdsOwnContents() override;
+    Subscription observeFetches(std::function<void(const Fetch&)> observer) override {
+        return fetches_.add(std::move(observer));
+    }
+    void keepThroughCrash(const std::vector<Item>& items) override;
 
     /// Writing takes the clipboard at the end of the executor's turn, so that other applications see it
-    /// complete. This does it now; whoever tells another application to paste calls it first.
+    /// complete. This does it now.
     void commit();
 
     /// Offers what is on the clipboard as the PRIMARY selection too, for a terminal that pastes only that;
-    /// the task ends when it does. Ends by itself after a moment or when the clipboard changes, and then
-    /// offers what was selected before, as far as its owner told in a fraction of a second. Does nothing
-    /// unless the clipboard is ours.
+    /// the task ends when it does. It is fetched like the clipboard. Ends when the clipboard changes, or
+    /// after some seconds, and then offers what was selected before, as far as its owner told in a fraction
+    /// of a second. Does nothing unless the clipboard is ours.
     Task<void> servePrimaryForPaste();
+    /// Whether that is what every application sees as PRIMARY at this moment.
+    bool holdsPrimary();
 
     /// Asks the clipboard manager to take over what we hold, which is otherwise gone when the program ends.
     /// True when it did; at once, or after a second at most. Passing contents are not handed over.
@@ -56,17 +64,32 @@ class X11Pasteboard final : public Pasteboard {
     void endPrimary();
     bool isPassing() const;
     void put(std::string_view target, std::string_view type, std::uint8_t format, std::string bytes);
-    Task<X11SelectionRead::Result> read(xcb_atom_t target, double deadline);
+    struct Budget {
+        double deadline;  // in the executor's time
+        std::size_t bytes = X11SelectionRead::noLimit;
+    };
+    /// What of a reading could not be had.
+    enum class Lost { nothing, something };
+
+    xcb_window_t ownerOf(xcb_atom_t selection);
+    void noteDelivery(const X11SelectionServer::Delivery& delivery, double at);
+    Task<X11SelectionRead::Result> read(xcb_atom_t target, Budget budget, Lost& lost);
     void noteFailure(xcb_atom_t target);
-    Task<Item> readItem(double deadline);
+    Task<Reading> readOwner(Budget budget);
+    Task<std::vector<xcb_atom_t>> readTargets(Budget budget, Lost& lost);
     Item ownItem();
 
     X11Connection& connection_;
     const xcb_window_t window_;
     const xcb_atom_t clipboard_;
+    X11Windows windows_;
+    const std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
     X11SelectionOwner owner_;
     SelectionContents contents_;
     std::set<X11SelectionRead*> reads_;
+    Observers<Fetch> fetches_;
+    std::uint64_t offered_ = 0;         // the number of what the owner was given last
+    std::uint64_t offeredPrimary_ = 0;  // the same
     std::int64_t changeCount_ = 0;
     /// The last change was ours; contents_ are what the clipboard holds or will when committed.
     bool owns_ = false;

@@ -4,11 +4,11 @@
 
 namespace dorix {
 
-X11SelectionOwner::X11SelectionOwner(const std::string& display) {
+X11SelectionOwner::X11SelectionOwner(const std::string& display, Delivered delivered) {
     runOnThread([&] {
         connection_ = X11Connection::open(loop_, loop_, display);
         if (!connection_) return;
-        server_ = std::make_unique<X11SelectionServer>(*connection_);
+        server_ = std::make_unique<X11SelectionServer>(*connection_, std::move(delivered));
         window_ = server_->window();
     });
 }
@@ -26,10 +26,12 @@ void X11SelectionOwner::runOnThread(Function function) {
     done.get_future().wait();
 }
 
-void X11SelectionOwner::take(xcb_atom_t selection, SelectionContents contents) {
+std::uint64_t X11SelectionOwner::take(xcb_atom_t selection, SelectionContents contents) {
+    std::uint64_t offer = 0;
     runOnThread([&] {
-        if (server_) server_->take(selection, std::move(contents));
+        if (server_) offer = server_->take(selection, std::move(contents));
     });
+    return offer;
 }
 
 void X11SelectionOwner::giveUp(xcb_atom_t selection) {

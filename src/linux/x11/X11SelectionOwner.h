@@ -17,7 +17,10 @@ namespace dorix {
 /// nothing else.
 class X11SelectionOwner {
  public:
-    explicit X11SelectionOwner(const std::string& display);
+    using Delivered = X11SelectionServer::Delivered;
+
+    /// `delivered` is called on the owner's thread.
+    X11SelectionOwner(const std::string& display, Delivered delivered);
     ~X11SelectionOwner();
     X11SelectionOwner(const X11SelectionOwner&) = delete;
     X11SelectionOwner& operator=(const X11SelectionOwner&) = delete;
@@ -25,8 +28,8 @@ class X11SelectionOwner {
     /// The window that owns what is taken; XCB_WINDOW_NONE when the display could not be opened.
     xcb_window_t window() const { return window_; }
 
-    /// As X11SelectionServer says.
-    void take(xcb_atom_t selection, SelectionContents contents);
+    /// As X11SelectionServer says; 0 where there is no display.
+    std::uint64_t take(xcb_atom_t selection, SelectionContents contents);
     void giveUp(xcb_atom_t selection);
     void replaceIfOwned(xcb_atom_t selection, SelectionContents contents);
 

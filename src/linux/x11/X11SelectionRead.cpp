@@ -6,16 +6,15 @@ namespace dorix {
 
 namespace {
 constexpr std::uint32_t wholeProperty = 0x1FFF'FFFF;
-// More than any clipboard holds in earnest, so that an owner that never ends does not fill the memory.
-constexpr std::size_t maxBytes = std::size_t{512} << 20U;
 }  // namespace
 
 X11SelectionRead::X11SelectionRead(X11Connection& connection, xcb_atom_t selection, xcb_atom_t target,
-                                   double deadline, double firstAnswer)
+                                   double deadline, double firstAnswer, std::size_t maxBytes)
     : connection_(connection),
       window_(connection.createHiddenWindow(XCB_EVENT_MASK_PROPERTY_CHANGE)),
       property_(connection.atom("DORIX_SELECTION")),
       deadline_(deadline),
+      maxBytes_(maxBytes),
       silence_(connection.executor()) {
     tokens_.push_back(connection_.listen(XCB_SELECTION_NOTIFY, [this](const auto& event) {
         handleNotify(reinterpret_cast<const xcb_selection_notify_event_t&>(event));
@@ -35,17 +34,17 @@ X11SelectionRead::~X11SelectionRead() {
 
 void X11SelectionRead::awaitOwner(double seconds) {
     const double left = deadline_ - connection_.executor().now();
-    silence_.once(std::min(seconds, left), [this] {
-        timedOut_ = true;
-        finish(std::nullopt);
-    });
+    silence_.once(std::min(seconds, left), [this] { finish(End::silence); });
 }
 
 void X11SelectionRead::handleNotify(const xcb_selection_notify_event_t& event) {
     if (event.requestor != window_ || result_.isDone() || pieces_) return;
-    if (event.property == XCB_ATOM_NONE) return finish(std::nullopt);
+    if (event.property == XCB_ATOM_NONE) return finish(End::refusal);
     auto data = takeProperty().value_or(SelectionData{});
-    if (data.type != connection_.atom("INCR")) return finish(std::move(data));
+    if (data.type != connection_.atom("INCR")) {
+        if (data.bytes.size() > maxBytes_) return finish(End::tooLarge);
+        return finish(End::data, std::move(data));
+    }
     // Deleting the announcement asked for the first piece.
     pieces_.emplace();
     awaitOwner(patience);
@@ -59,8 +58,8 @@ void X11SelectionRead::handleProperty(const xcb_property_notify_event_t& event) 
     if (!data) return;
     pieces_->type = data->type;
     pieces_->format = data->format;
-    if (data->bytes.empty()) return finish(std::move(pieces_));
-    if (pieces_->bytes.size() + data->bytes.size() > maxBytes) return finish(std::nullopt);
+    if (data->bytes.empty()) return finish(End::data, std::move(pieces_));
+    if (pieces_->bytes.size() + data->bytes.size() > maxBytes_) return finish(End::tooLarge);
     pieces_->bytes += data->bytes;
     awaitOwner(patience);
 }
@@ -75,8 +74,9 @@ X11SelectionRead::Result X11SelectionRead::takeProperty() {
                                      static_cast<std::size_t>(xcb_get_property_value_length(reply.get())))};
 }
 
-void X11SelectionRead::finish(Result result) {
+void X11SelectionRead::finish(End end, Result result) {
     silence_.stop();
+    if (!result_.isDone()) end_ = end;
     result_.complete(std::move(result));
 }
 

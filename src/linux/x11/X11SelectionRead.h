@@ -5,7 +5,10 @@
 #include "linux/x11/SelectionContents.h"
 #include "linux/x11/X11Connection.h"
 
+#include <cstddef>
+#include <limits>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace dorix {
@@ -20,37 +23,44 @@ class X11SelectionRead {
 
     /// How long an owner at work on a target, or on the next piece of it, may be silent.
     static constexpr double patience = 2.0;
+    static constexpr std::size_t noLimit = std::numeric_limits<std::size_t>::max();
 
     /// Asks the owner, which has `firstAnswer` seconds to say something. `deadline` is in the executor's
-    /// time.
+    /// time. What has more than `maxBytes` is not taken.
     X11SelectionRead(X11Connection& connection, xcb_atom_t selection, xcb_atom_t target, double deadline,
-                     double firstAnswer = patience);
+                     double firstAnswer = patience, std::size_t maxBytes = noLimit);
     ~X11SelectionRead();
     X11SelectionRead(const X11SelectionRead&) = delete;
     X11SelectionRead& operator=(const X11SelectionRead&) = delete;
 
-    const Completion<Result>& result() const { return result_; }
+    const Completion<Result>& result() const& { return result_; }
+    /// For the only one who waits, which gets the data without a copy.
+    Completion<Result>&& result() && { return std::move(result_); }
 
     /// Ends it without data.
-    void abandon() { finish(std::nullopt); }
+    void abandon() { finish(End::abandoned); }
 
     /// Whether it ended because the owner was silent for too long.
-    bool timedOut() const { return timedOut_; }
+    bool timedOut() const { return end_ == End::silence; }
+    /// Whether the owner has said that it has no such thing.
+    bool wasRefused() const { return end_ == End::refusal; }
 
  private:
     void handleNotify(const xcb_selection_notify_event_t& event);
     void handleProperty(const xcb_property_notify_event_t& event);
     Result takeProperty();
     void awaitOwner(double seconds);
-    void finish(Result result);
+    enum class End { data, refusal, silence, tooLarge, abandoned };
+    void finish(End end, Result result = std::nullopt);
 
     X11Connection& connection_;
     const xcb_window_t window_;
     const xcb_atom_t property_;
     const double deadline_;
+    const std::size_t maxBytes_;
     Completion<Result> result_;
     Result pieces_;
-    bool timedOut_ = false;
+    End end_ = End::abandoned;
     Timer silence_;
     std::vector<Subscription> tokens_;
 };

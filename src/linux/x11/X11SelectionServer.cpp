@@ -26,8 +26,9 @@ std::string_view bytesOf(const T& value) {
 
 }  // namespace
 
-X11SelectionServer::X11SelectionServer(X11Connection& connection)
+X11SelectionServer::X11SelectionServer(X11Connection& connection, Delivered delivered)
     : connection_(connection),
+      delivered_(std::move(delivered)),
       window_(connection.createHiddenWindow(XCB_EVENT_MASK_NO_EVENT)),
       pieceSize_(std::size_t{xcb_get_setup(connection.get())->maximum_request_length} * 4 - requestOverhead) {
     for (const xcb_atom_t selection : {connection_.atom("CLIPBOARD"), xcb_atom_t{XCB_ATOM_PRIMARY}}) {
@@ -60,10 +61,11 @@ X11SelectionServer::~X11SelectionServer() {
     connection_.flush();
 }
 
-void X11SelectionServer::take(xcb_atom_t selection, SelectionContents contents) {
-    offers_[selection] = {std::move(contents), XCB_CURRENT_TIME};
+std::uint64_t X11SelectionServer::take(xcb_atom_t selection, SelectionContents contents) {
+    offers_[selection] = {std::move(contents), selection, ++lastOffer_, XCB_CURRENT_TIME};
     xcb_set_selection_owner(connection_.get(), window_, selection, XCB_CURRENT_TIME);
     sync();
+    return lastOffer_;
 }
 
 void X11SelectionServer::giveUp(xcb_atom_t selection) {
@@ -133,7 +135,7 @@ bool X11SelectionServer::convert(const Offer& offer, xcb_atom_t target, const De
     }
     const auto data = offer.contents.find(target);
     if (!data) return false;
-    send(data, to);
+    send(offer, data, to);
     return true;
 }
 
@@ -163,19 +165,21 @@ bool X11SelectionServer::convertMultiple(const Offer& offer, const Destination& 
     return true;
 }
 
-void X11SelectionServer::send(const std::shared_ptr<const SelectionData>& data, const Destination& to) {
-    if (data->bytes.size() > pieceSize_) {
-        startTransfer(data, to);
-    } else {
-        setProperty(to, data->type, data->format, data->bytes);
-    }
+void X11SelectionServer::send(const Offer& offer, const std::shared_ptr<const SelectionData>& data,
+                              const Destination& to) {
+    const auto delivery = offer.deliveryTo(to.window);
+    if (data->bytes.size() > pieceSize_) return startTransfer(data, delivery, to);
+    setProperty(to, data->type, data->format, data->bytes);
+    delivered_(delivery);
 }
 
-void X11SelectionServer::startTransfer(std::shared_ptr<const SelectionData> data, const Destination& to) {
+void X11SelectionServer::startTransfer(std::shared_ptr<const SelectionData> data, const Delivery& delivery,
+                                       const Destination& to) {
     transfers_.erase(to);
     watchRequestor(to.window, true);
     const auto size = static_cast<std::uint32_t>(std::min<std::size_t>(data->bytes.size(), UINT32_MAX));
-    auto& transfer = transfers_.try_emplace(to, std::move(data), connection_.executor()).first->second;
+    auto& transfer =
+        transfers_.try_emplace(to, std::move(data), delivery, connection_.executor()).first->second;
     transfer.patience.once(requestorPatience, [this, to] { endTransfer(to); });
     setProperty(to, connection_.atom("INCR"), 32, bytesOf(size));
 }
@@ -189,6 +193,7 @@ void X11SelectionServer::continueTransfer(const Destination& to) {
     setProperty(to, transfer.data->type, transfer.data->format, piece);
     transfer.sent += piece.size();
     if (piece.empty()) {
+        delivered_(transfer.delivery);
         endTransfer(to);
     } else {
         transfer.patience.once(requestorPatience, [this, to] { endTransfer(to); });

@@ -4,6 +4,7 @@
 #include "linux/x11/SelectionContents.h"
 #include "linux/x11/X11Connection.h"
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <vector>
@@ -15,7 +16,16 @@ namespace dorix {
 /// asking or whose window goes is forgotten.
 class X11SelectionServer {
  public:
-    explicit X11SelectionServer(X11Connection& connection);
+    /// Told of each requestor that has been given a value whole, with the selection and the number of what
+    /// was taken then. On the connection's executor.
+    struct Delivery {
+        xcb_window_t requestor = XCB_WINDOW_NONE;
+        xcb_atom_t selection = XCB_ATOM_NONE;
+        std::uint64_t offer = 0;
+    };
+    using Delivered = std::function<void(const Delivery&)>;
+
+    X11SelectionServer(X11Connection& connection, Delivered delivered);
     ~X11SelectionServer();
     X11SelectionServer(const X11SelectionServer&) = delete;
     X11SelectionServer& operator=(const X11SelectionServer&) = delete;
@@ -24,8 +34,8 @@ class X11SelectionServer {
     xcb_window_t window() const { return window_; }
 
     /// Takes the selection; from now on requests for it are answered out of `contents`. When it returns the
-    /// server has carried it out.
-    void take(xcb_atom_t selection, SelectionContents contents);
+    /// server has carried it out. A number that tells this offer from others.
+    std::uint64_t take(xcb_atom_t selection, SelectionContents contents);
 
     /// Leaves the selection without an owner. Transfers under way finish.
     void giveUp(xcb_atom_t selection);
@@ -37,7 +47,11 @@ class X11SelectionServer {
  private:
     struct Offer {
         SelectionContents contents;
+        xcb_atom_t selection = XCB_ATOM_NONE;
+        std::uint64_t number = 0;
         xcb_timestamp_t time = XCB_CURRENT_TIME;
+
+        Delivery deliveryTo(xcb_window_t requestor) const { return {requestor, selection, number}; }
     };
     struct Destination {
         xcb_window_t window;
@@ -46,10 +60,11 @@ class X11SelectionServer {
         auto operator<=>(const Destination&) const = default;
     };
     struct Transfer {
-        Transfer(std::shared_ptr<const SelectionData> sent, Executor& executor)
-            : data(std::move(sent)), patience(executor) {}
+        Transfer(std::shared_ptr<const SelectionData> sent, const Delivery& wholly, Executor& executor)
+            : data(std::move(sent)), delivery(wholly), patience(executor) {}
 
         std::shared_ptr<const SelectionData> data;
+        Delivery delivery;
         std::size_t sent = 0;
         Timer patience;
     };
@@ -61,8 +76,9 @@ class X11SelectionServer {
     bool convert(const Offer& offer, xcb_atom_t target, const Destination& to);
     bool convertMultiple(const Offer& offer, const Destination& to);
     void sendTargets(const Offer& offer, const Destination& to);
-    void send(const std::shared_ptr<const SelectionData>& data, const Destination& to);
-    void startTransfer(std::shared_ptr<const SelectionData> data, const Destination& to);
+    void send(const Offer& offer, const std::shared_ptr<const SelectionData>& data, const Destination& to);
+    void startTransfer(std::shared_ptr<const SelectionData> data, const Delivery& delivery,
+                       const Destination& to);
     void continueTransfer(const Destination& to);
     void endTransfer(const Destination& to);
     void endTransfersTo(xcb_window_t window);
@@ -70,9 +86,11 @@ class X11SelectionServer {
     void watchRequestor(xcb_window_t window, bool watch);
 
     X11Connection& connection_;
+    const Delivered delivered_;
     const xcb_window_t window_;
     const std::size_t pieceSize_;
     std::map<xcb_atom_t, Offer> offers_;
+    std::uint64_t lastOffer_ = 0;
     std::map<Destination, Transfer> transfers_;
     std::vector<Subscription> tokens_;
 };

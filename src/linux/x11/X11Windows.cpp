@@ -58,8 +58,15 @@ xcb_window_t X11Windows::inputFocus() {
     return focus ? focus->focus : XCB_WINDOW_NONE;
 }
 
+xcb_window_t X11Windows::windowAtPointer() {
+    const auto pointer =
+        connection_.reply(xcb_query_pointer_reply, xcb_query_pointer(connection_.get(), connection_.root()));
+    return pointer ? pointer->child : XCB_WINDOW_NONE;
+}
+
 xcb_window_t X11Windows::focusedClient() {
     xcb_window_t window = inputFocus();
+    if (window == XCB_INPUT_FOCUS_POINTER_ROOT) window = windowAtPointer();
     if (window <= XCB_INPUT_FOCUS_POINTER_ROOT) return XCB_WINDOW_NONE;
     xcb_window_t outermost = XCB_WINDOW_NONE;
     for (int depth = 0; depth < maxDepth && window != connection_.root(); ++depth) {
@@ -97,6 +104,11 @@ std::optional<std::int32_t> X11Windows::processOfConnection(xcb_window_t window)
         if (pid > 0) return pid;
     }
     return std::nullopt;
+}
+
+bool X11Windows::ofOneClient(xcb_window_t one, xcb_window_t other) const {
+    const auto numbersOfAClient = xcb_get_setup(connection_.get())->resource_id_mask;
+    return ((one ^ other) & ~numbersOfAClient) == 0;
 }
 
 WindowClass X11Windows::windowClass(xcb_window_t window) {

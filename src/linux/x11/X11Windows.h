@@ -34,6 +34,8 @@ class X11Windows {
     /// Of the window's application, as the X server knows it or, for one that is not on this computer, as the
     /// window tells.
     std::optional<std::int32_t> processIdentifier(xcb_window_t window);
+    /// Whether both were made over one connection to the server, whether they still stand or not.
+    bool ofOneClient(xcb_window_t one, xcb_window_t other) const;
     WindowClass windowClass(xcb_window_t window);
     std::string title(xcb_window_t window);
 
@@ -50,6 +52,7 @@ class X11Windows {
     std::optional<std::uint32_t> number(xcb_window_t window, xcb_atom_t name, xcb_atom_t type);
     std::string string(xcb_window_t window, xcb_atom_t name, xcb_atom_t type);
     xcb_window_t inputFocus();
+    xcb_window_t windowAtPointer();
     xcb_window_t focusedClient();
     std::optional<std::int32_t> processOfConnection(xcb_window_t window);
 

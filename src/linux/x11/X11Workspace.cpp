@@ -52,6 +52,21 @@ std::optional<RunningApplication> X11Workspace::frontmostApplication() const {
     return app;
 }
 
+bool X11Workspace::isFrontmost(const RunningApplication& app) const {
+    const auto window = windows_.frontWindow();
+    if (window == XCB_WINDOW_NONE) return false;
+    if (app.windowNumber != 0) return app.windowNumber == window;
+    return app.processIdentifier != 0 && windows_.processIdentifier(window) == app.processIdentifier;
+}
+
+bool X11Workspace::isSameApplication(const RunningApplication& one, const RunningApplication& other) const {
+    if (one.processIdentifier != 0 && one.processIdentifier == other.processIdentifier) return true;
+    // A program on another computer has no process here, but its windows come over one connection.
+    return one.windowNumber != 0 && other.windowNumber != 0 &&
+           windows_.ofOneClient(static_cast<xcb_window_t>(one.windowNumber),
+                                static_cast<xcb_window_t>(other.windowNumber));
+}
+
 void X11Workspace::activate(const RunningApplication& app) {
     const auto window = static_cast<xcb_window_t>(app.windowNumber);
     // Window ids are used again; only the same process's window is the one that was seen.

@@ -17,6 +17,8 @@ class X11Workspace final : public Workspace {
     X11Workspace(X11Windows& windows, DesktopEntries& entries);
 
     std::optional<RunningApplication> frontmostApplication() const override;
+    bool isFrontmost(const RunningApplication& app) const override;
+    bool isSameApplication(const RunningApplication& one, const RunningApplication& other) const override;
     std::string ownBundleIdentifier() const override { return "es.pelmora.dorix"; }
     void activate(const RunningApplication& app) override;
 

@@ -27,8 +27,7 @@ std::string contentsOf(const std::filesystem::path& file) {
 class X11PasteTest : public XDesktopTest {
  protected:
     void post(std::uint16_t keyCode) {
-        poster_.postKeyboardEvent(keyCode, EventPoster::Direction::down, modifier::command);
-        poster_.postKeyboardEvent(keyCode, EventPoster::Direction::up, modifier::command);
+        result(poster_.postCommandKey(keyCode, [] { return true; }));
         settle();
     }
 
@@ -73,6 +72,8 @@ TEST_F(X11PasteTest, PressesWhatTheApplicationInFrontTakesForPaste) {
     // Pastes PRIMARY only; the chord for copying would interrupt its program.
     const auto terminal = openApplication("xterm", "XTerm");
     EXPECT_THAT(keysOf(*terminal, keycode::c, 0), IsEmpty());
+    EXPECT_THAT(keysOf(*terminal, keycode::v, 0), IsEmpty()) << "there is nothing of ours to paste";
+    offer("x");
     EXPECT_THAT(keysOf(*terminal, keycode::v, 4),
                 ElementsAre("+Shift_L/0", "+Insert/1", "-Insert/1", "-Shift_L/1"));
     EXPECT_THAT(userStrokes_, IsEmpty());

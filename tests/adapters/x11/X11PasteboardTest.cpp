@@ -152,7 +152,7 @@ TEST_F(X11PasteboardTest, LargeDataGoesOutInPiecesToSeveralAtOnceAndComesIn) {
     EXPECT_TRUE(readAsOther("image/png").value().bytes == image);
 
     copyWithXclip(image, "image/png");
-    const auto items = result(pasteboard_.pasteboardItems());
+    const auto items = result(pasteboard_.pasteboardItems()).items;
     ASSERT_EQ(items.size(), 1U);
     EXPECT_TRUE(std::ranges::count(items[0], std::pair(std::string("image/png"), image)) == 1);
 }
@@ -208,7 +208,7 @@ TEST_F(X11PasteboardTest, ASnapshotIsOfferedAgainExactlyAsItWas) {
         if (target == "X-EMPTY") self.reply(request, target, 8, "");
     });
     settle();
-    const auto items = result(pasteboard_.pasteboardItems());
+    const auto items = result(pasteboard_.pasteboardItems()).items;
     ASSERT_EQ(items.size(), 1U);
     EXPECT_EQ(items[0].size(), 5U);
 
@@ -228,7 +228,7 @@ TEST_F(X11PasteboardTest, ASnapshotIsOfferedAgainExactlyAsItWas) {
     EXPECT_EQ(integers.bytes, sixteen);
     EXPECT_EQ(readAsOther("X-THIRTY-TWO").value().format, 32);
     EXPECT_EQ(readAsOther("X-EMPTY").value().bytes, "");
-    EXPECT_EQ(result(pasteboard_.pasteboardItems()), items);
+    EXPECT_EQ(result(pasteboard_.pasteboardItems()).items, items);
 }
 
 TEST_F(X11PasteboardTest, CountsEachChangeOnce) {
@@ -297,7 +297,7 @@ TEST_F(X11PasteboardTest, AClearedClipboardHasNoOwner) {
     const auto before = pasteboard_.changeCount();
     pasteboard_.clearContents();
     EXPECT_TRUE(waitFor([&] { return selectionOwner(*user_, "CLIPBOARD") == XCB_WINDOW_NONE; }));
-    EXPECT_THAT(result(pasteboard_.pasteboardItems()), IsEmpty());
+    EXPECT_THAT(result(pasteboard_.pasteboardItems()).items, IsEmpty());
     EXPECT_EQ(result(pasteboard_.string()), std::nullopt);
     settle();
     EXPECT_EQ(pasteboard_.changeCount(), before + 1);
@@ -331,8 +331,8 @@ TEST_F(X11PasteboardTest, AHungOwnerCostsNoMoreThanTheBudget) {
     settle();
     const double start = loop_.main.now();
     testing::internal::CaptureStderr();
-    EXPECT_THAT(result(pasteboard_.pasteboardItems()), IsEmpty());
-    EXPECT_THAT(result(pasteboard_.pasteboardItems()), IsEmpty());
+    EXPECT_THAT(result(pasteboard_.pasteboardItems()).items, IsEmpty());
+    EXPECT_THAT(result(pasteboard_.pasteboardItems()).items, IsEmpty());
     EXPECT_LT(loop_.main.now() - start, 1.8);
     const std::string log = testing::internal::GetCapturedStderr();
     EXPECT_EQ(std::ranges::count(log, '\n'), 1) << log;
@@ -346,7 +346,7 @@ TEST_F(X11PasteboardTest, AHungOwnerCostsNoMoreThanTheBudget) {
     });
     settle();
     const double second = loop_.main.now();
-    const auto items = result(pasteboard_.pasteboardItems());
+    const auto items = result(pasteboard_.pasteboardItems()).items;
     EXPECT_LT(loop_.main.now() - second, 6);
     ASSERT_EQ(items.size(), 1U);
     EXPECT_THAT(items[0], ElementsAre(Pair("text/plain", "tarde"))) << "what it did answer is kept";
@@ -358,7 +358,7 @@ TEST_F(X11PasteboardTest, ASlowOwnerLosesNothing) {
         loop_.main.after(0.6, [&self, request, target] { self.reply(request, target, 8, "de " + target); });
     });
     settle();
-    const auto items = result(pasteboard_.pasteboardItems());
+    const auto items = result(pasteboard_.pasteboardItems()).items;
     ASSERT_EQ(items.size(), 1U);
     EXPECT_THAT(items[0], ElementsAre(Pair("text/html", "de text/html"), Pair("image/png", "de image/png"),
                                       Pair("text/plain", "de text/plain")));
@@ -371,7 +371,7 @@ TEST_F(X11PasteboardTest, AnOwnerThatQuitsWhileItIsReadGivesNothing) {
     });
     settle();
     const double start = loop_.main.now();
-    EXPECT_THAT(result(pasteboard_.pasteboardItems()), IsEmpty());
+    EXPECT_THAT(result(pasteboard_.pasteboardItems()).items, IsEmpty());
     EXPECT_LT(loop_.main.now() - start, 1.5) << "waited for an owner that is gone";
 }
 

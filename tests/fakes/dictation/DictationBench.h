@@ -2,6 +2,7 @@
 
 #include "base/async/ManualExecutor.h"
 #include "context/TextInsertion.h"
+#include "context/UserClipboard.h"
 #include "dictation/Composer.h"
 #include "dictation/DictationController.h"
 #include "dictation/UtteranceRoads.h"
@@ -51,8 +52,8 @@ class DictationBench {
                                                  .bundleIdentifier = "com.apple.TextEdit",
                                                  .localizedName = "TextEdit"};
         setFocus(true);
-        poster.onPost = [this](const auto& event) {
-            if (event.keyCode == keycode::v && event.direction == EventPoster::Direction::down) paste();
+        poster.onPost = [this](std::uint16_t keyCode) {
+            if (keyCode == keycode::v && takesPastes) paste();
         };
     }
     ~DictationBench() { uninstallLanguage(); }
@@ -75,7 +76,8 @@ class DictationBench {
               hud(bench.executor, bench.state),
               recorder(bench.executor, bench.settings, bench.permissions, bench.speech, bench.workspace,
                        bench.accessibility, &bench.screen),
-              written(bench.executor, bench.settings, bench.history, bench.inserter, bench.workspace, hud),
+              written(bench.executor, bench.settings, bench.history, bench.clipboard, bench.inserter,
+                      bench.workspace, hud),
               roads(bench.state, bench.writer, bench.selection, bench.accessibility, written, hud,
                     {.assistant = assistant,
                      .meeting = have.meeting ? &bench.meeting : nullptr,
@@ -109,8 +111,9 @@ class DictationBench {
     HistoryStore history{folder.path() / "history.sqlite"};
     FakePasteboard pasteboard;
     RecordingEventPoster poster;
-    TextInserter inserter{executor, pasteboard, poster};
     FakeWorkspace workspace;
+    UserClipboard clipboard{executor, pasteboard};
+    TextInserter inserter{{executor, clipboard, pasteboard, poster, workspace}};
     FakeAccessibility accessibility;
     RecordingSystemSounds sounds;
     FakeSelection selection;
@@ -121,6 +124,8 @@ class DictationBench {
     RecordingActions actions;
     RecordingTeaching teaching;
 
+    /// Whether the application in front pastes when it is told to.
+    bool takesPastes = true;
     /// What the application in front was given last; absent until then.
     std::optional<std::string> inserted;
     std::function<void()> onInserted = [] {};
@@ -130,11 +135,7 @@ class DictationBench {
 
  private:
     void paste() {
-        for (const auto& item : pasteboard.items) {
-            for (const auto& [type, data] : item) {
-                if (type == Pasteboard::stringType) inserted = data;
-            }
-        }
+        inserted = pasteboard.fetch(*workspace.frontmost, executor.now());
         onInserted();
     }
 };

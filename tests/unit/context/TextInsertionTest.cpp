@@ -1,7 +1,9 @@
 #include "base/async/ManualExecutor.h"
 #include "context/TextInsertion.h"
 #include "context/TextSelection.h"
+#include "context/UserClipboard.h"
 #include "fakes/FakeAccessibility.h"
+#include "fakes/FakeDesktop.h"
 #include "fakes/FakeKeys.h"
 #include "fakes/FakePasteboard.h"
 #include "platform/KeyCodes.h"
@@ -14,8 +16,9 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-using Direction = EventPoster::Direction;
 using Items = std::vector<Pasteboard::Item>;
+using Delivery = InsertionReceipt::Delivery;
+using State = Pasteboard::Reading::State;
 
 const Items pictureAndFiles = {
     {{"image/png", std::string("\x89PNG\0\xff", 6)}, {"text/html", ""}},
@@ -26,147 +29,274 @@ std::string textOn(const FakePasteboard& pasteboard) {
     return pasteboard.items.empty() ? "" : pasteboard.items.front().front().second;
 }
 
-class Insertion : public testing::Test {
- protected:
-    void SetUp() override { pasteboard.items = pictureAndFiles; }
+RunningApplication application(std::int32_t process, std::uint64_t window) {
+    RunningApplication app;
+    app.processIdentifier = process;
+    app.windowNumber = window;
+    return app;
+}
 
-    TaskHandle<void> insert(std::string text, bool restore = true) {
-        auto handle = tasks.spawn(inserter.insertText(std::move(text), restore));
-        executor.runPosted();
-        return handle;
+class Borrowing : public testing::Test {
+ protected:
+    void SetUp() override {
+        pasteboard.items = pictureAndFiles;
+        workspace.frontmost = editor;
     }
 
+    const RunningApplication editor = application(42, 1);
+    const RunningApplication other = application(43, 2);
     ManualExecutor executor;
     FakePasteboard pasteboard;
     RecordingEventPoster poster;
-    TextInserter inserter{executor, pasteboard, poster};
+    FakeWorkspace workspace;
+    UserClipboard clipboard{executor, pasteboard};
+};
+
+class Inserting : public Borrowing {
+ protected:
+    void SetUp() override {
+        Borrowing::SetUp();
+        poster.onPost = [this](std::uint16_t) {
+            executor.after(fetchesAfter,
+                           [this] { pasted.push_back(pasteboard.fetch(editor, executor.now())); });
+        };
+    }
+
+    Insertion text(std::string words) { return {.text = std::move(words), .target = editor}; }
+
+    TaskHandle<InsertionReceipt> insert(Insertion insertion) {
+        auto handle = tasks.spawn(inserter.insertText(std::move(insertion)));
+        executor.runPosted();
+        return handle;
+    }
+    InsertionReceipt receiptOf(TaskHandle<InsertionReceipt> handle) {
+        executor.advanceBy(10);
+        InsertionReceipt receipt;
+        tasks.spawn(
+            [](auto handle, auto& receipt) -> Task<void> { receipt = co_await handle; }(handle, receipt));
+        executor.runPosted();
+        EXPECT_TRUE(handle.isDone());
+        return receipt;
+    }
+
+    double fetchesAfter = 0.02;
+    std::vector<std::string> pasted;
+    TextInserter inserter{{executor, clipboard, pasteboard, poster, workspace}};
     TaskScope tasks{executor};
 };
 
-TEST_F(Insertion, PastesTheTextAndGivesTheClipboardBack) {
-    const auto done = insert("Hola.");
+TEST_F(Inserting, DeliversTheTextAndGivesTheClipboardBack) {
+    const auto done = insert(text("Hola."));
     EXPECT_EQ(pasteboard.items,
               (Items{{{"public.utf8-plain-text", "Hola."}, {"org.nspasteboard.TransientType", ""}}}));
-    EXPECT_THAT(poster.posted, ElementsAre(RecordingEventPoster::Posted{9, Direction::down, 0x100000},
-                                           RecordingEventPoster::Posted{9, Direction::up, 0x100000}));
+    executor.advanceTo(0.1);
+    EXPECT_TRUE(done.isDone()) << "nobody waits for the clipboard to come back";
+    const auto settled = tasks.spawn(clipboard.settled());
     executor.advanceTo(0.449);
-    EXPECT_FALSE(done.isDone());
     EXPECT_EQ(textOn(pasteboard), "Hola.");
-    executor.advanceTo(0.45);
-    EXPECT_TRUE(done.isDone());
+    EXPECT_FALSE(settled.isDone());
+    executor.advanceTo(0.47);
     EXPECT_EQ(pasteboard.items, pictureAndFiles);
+    EXPECT_TRUE(settled.isDone());
+    EXPECT_THAT(pasted, ElementsAre("Hola."));
+    EXPECT_EQ(receiptOf(done), (InsertionReceipt{Delivery::delivered, false, State::complete}));
 
     pasteboard.items.clear();
-    insert("Hola.");
-    executor.advanceTo(1);
+    EXPECT_EQ(receiptOf(insert(text("Hola."))).clipboard, State::empty);
     EXPECT_THAT(pasteboard.items, IsEmpty());
 }
 
-TEST_F(Insertion, TheTextStaysWithoutTheMarkWhenNotToBeRestored) {
-    insert("Hola.", false);
-    executor.advanceTo(1);
+TEST_F(Inserting, AnApplicationThatIsLateGetsTheTextAndThenTheClipboardComesBack) {
+    fetchesAfter = 2;
+    const auto done = insert(text("Hola."));
+    executor.advanceTo(1.9);
+    EXPECT_FALSE(done.isDone());
+    executor.advanceTo(2.1);
+    EXPECT_EQ(textOn(pasteboard), "Hola.") << "it may ask for it in another form as well";
+    EXPECT_EQ(receiptOf(done).delivery, Delivery::delivered);
+    EXPECT_THAT(pasted, ElementsAre("Hola."));
+    EXPECT_EQ(pasteboard.items, pictureAndFiles);
+}
+
+TEST_F(Inserting, WhatNobodyFetchesStaysOnTheClipboard) {
+    poster.onPost = [this](std::uint16_t) {
+        // Clipboard managers look at everything.
+        executor.after(0.01, [this] { pasteboard.fetch(other, executor.now()); });
+    };
+    const Items left{{{"public.utf8-plain-text", "Hola."}}};
+    EXPECT_EQ(receiptOf(insert(text("Hola."))), (InsertionReceipt{Delivery::untaken, true, State::complete}));
+    EXPECT_EQ(pasteboard.items, left);
+    poster.knowsChord = false;
+    EXPECT_EQ(receiptOf(insert(text("Hola."))).delivery, Delivery::untaken);
+
+    auto secret = text("Hola.");
+    secret.isSecret = true;
+    EXPECT_TRUE(receiptOf(insert(secret)).isOnClipboard);
+    EXPECT_EQ(pasteboard.items.front().size(), 2U) << "and no clipboard manager keeps it";
+}
+
+TEST_F(Inserting, WithoutACursorTheTextStaysEvenIfItWasFetched) {
+    auto insertion = text("Hola.");
+    insertion.hasCursor = false;
+    EXPECT_EQ(receiptOf(insert(insertion)), (InsertionReceipt{Delivery::delivered, true, State::complete}));
     EXPECT_EQ(pasteboard.items, (Items{{{"public.utf8-plain-text", "Hola."}}}));
+
+    poster.onPost = [](std::uint16_t) {};
+    const auto done = insert(insertion);
+    executor.advanceBy(0.5);
+    EXPECT_TRUE(done.isDone()) << "nobody waits long for what is not expected";
 }
 
-TEST_F(Insertion, WhatTheUserCopiesMeanwhileStays) {
-    for (const bool restore : {true, false}) {
-        insert("Hola.", restore);
-        pasteboard.copyElsewhere("suyo");
-        executor.advanceBy(1);
-        EXPECT_EQ(textOn(pasteboard), "suyo");
-    }
-}
+TEST_F(Inserting, GoesNowhereButToItsApplication) {
+    workspace.frontmost = other;
+    EXPECT_EQ(receiptOf(insert(text("uno"))).delivery, Delivery::elsewhere);
+    EXPECT_EQ(textOn(pasteboard), "uno");
 
-TEST_F(Insertion, WhatIsCopiedWhileTheClipboardIsReadIsWhatComesBack) {
+    // It leaves while the clipboard is read.
+    workspace.frontmost = editor;
     pasteboard.readSeconds = 0.1;
-    insert("Hola.");
-    executor.advanceTo(0.05);
-    pasteboard.copyElsewhere("nuevo");
-    executor.advanceTo(0.15);
+    const auto done = insert(text("dos"));
+    workspace.frontmost = other;
+    EXPECT_EQ(receiptOf(done).delivery, Delivery::elsewhere);
+    EXPECT_EQ(textOn(pasteboard), "dos");
+
+    workspace.frontmost.reset();
+    auto anywhere = text("tres");
+    anywhere.target.reset();
+    EXPECT_EQ(receiptOf(insert(anywhere)).delivery, Delivery::nowhere);
     EXPECT_THAT(poster.posted, IsEmpty());
-    executor.advanceTo(0.2);
-    EXPECT_EQ(textOn(pasteboard), "Hola.");
-    executor.advanceTo(1);
-    EXPECT_EQ(textOn(pasteboard), "nuevo");
+
+    workspace.frontmost = editor;
+    EXPECT_EQ(receiptOf(insert(anywhere)).delivery, Delivery::delivered);
 }
 
-TEST_F(Insertion, AClipboardThatNeverRestsDoesNotHoldItUp) {
-    pasteboard.readSeconds = 0.1;
-    const auto done = insert("Hola.");
-    for (int i = 0; i < 10; ++i) {
-        if (poster.posted.empty()) pasteboard.copyElsewhere(std::to_string(i));
-        executor.advanceBy(0.1);
+TEST_F(Inserting, OurOwnWindowsGiveTheKeyboardBackFirst) {
+    RunningApplication own = application(1, 9);
+    own.bundleIdentifier = workspace.own;
+    workspace.frontmost = own;
+    const auto done = insert(text("Hola."));
+    EXPECT_THAT(workspace.activated, ElementsAre(editor));
+    EXPECT_EQ(receiptOf(done).delivery, Delivery::delivered);
+    EXPECT_THAT(pasted, ElementsAre("Hola."));
+}
+
+TEST_F(Inserting, WhatTheUserCopiesMeanwhileIsNotPastedAndNotLost) {
+    fetchesAfter = 0.1;
+    // Before the application has fetched the text, and after.
+    for (const double at : {0.05, 0.2}) {
+        const auto done = insert(text("Hola."));
+        executor.advanceBy(at);
+        pasteboard.copyElsewhere("suyo");
+        EXPECT_EQ(receiptOf(done).delivery, Delivery::delivered) << at;
+        EXPECT_EQ(textOn(pasteboard), "suyo") << at;
     }
-    EXPECT_TRUE(done.isDone());
-    EXPECT_EQ(poster.posted.size(), 2u);
+    EXPECT_THAT(pasted, ElementsAre("Hola.", "Hola."));
+
+    // Just before the stroke.
+    pasteboard.onHoldsAsked = [this] { pasteboard.copyElsewhere("otro"); };
+    EXPECT_EQ(receiptOf(insert(text("Hola."))).delivery, Delivery::delivered);
+    EXPECT_EQ(textOn(pasteboard), "otro");
+    EXPECT_EQ(pasted.back(), "Hola.");
 }
 
-TEST_F(Insertion, AStopRequestIsSwallowedAtEveryStep) {
-    pasteboard.readSeconds = 0.1;
-    for (const double at : {0.0, 0.05, 0.1, 0.3}) {
-        const auto done = insert("Hola.");
-        const double start = executor.now();
-        executor.advanceTo(start + at);
-        done.cancel();
-        executor.advanceTo(start + 0.54);
-        EXPECT_FALSE(done.isDone()) << at;
-        EXPECT_EQ(textOn(pasteboard), "Hola.") << at;
-        executor.advanceTo(start + 0.56);
-        EXPECT_TRUE(done.isDone()) << at;
+TEST_F(Inserting, AClipboardManagerThatTakesTheTextOverDoesNotCostTheClipboard) {
+    fetchesAfter = 0.1;
+    for (const double at : {0.01, 0.3}) {
+        const auto done = insert(text("Hola."));
+        executor.advanceBy(at);
+        pasteboard.copyElsewhere("Hola.");
+        EXPECT_EQ(receiptOf(done).delivery, Delivery::delivered) << at;
         EXPECT_EQ(pasteboard.items, pictureAndFiles) << at;
     }
-    EXPECT_EQ(poster.posted.size(), 8u);
 }
 
-TEST_F(Insertion, GivesTheClipboardBackWhenWhoeverAskedIsGone) {
-    {
-        TaskScope shortLived(executor);
-        shortLived.spawn(inserter.insertText("Hola.", true));
-        executor.advanceTo(0.1);
+TEST_F(Inserting, TellsWhatOfTheClipboardCannotBeGivenBack) {
+    for (const auto state : {State::partial, State::unreadable}) {
+        pasteboard.readable = state;
+        EXPECT_EQ(receiptOf(insert(text("Hola."))), (InsertionReceipt{Delivery::delivered, false, state}));
     }
-    executor.advanceTo(1);
+
+    // A copy that could not be read is not taken away for what may not even be pasted.
+    pasteboard.copyElsewhere("antes");
+    poster.onPost = [this](std::uint16_t) { pasteboard.copyElsewhere("suyo"); };
+    EXPECT_EQ(receiptOf(insert(text("Hola."))),
+              (InsertionReceipt{Delivery::untaken, false, State::unreadable}));
+    EXPECT_EQ(textOn(pasteboard), "suyo");
+}
+
+TEST_F(Inserting, StrikesNothingWhereNothingMayBeTyped) {
+    bool locked = true;
+    inserter.mayType = [&] { return !locked; };
+    EXPECT_EQ(receiptOf(insert(text("Hola."))), InsertionReceipt{});
+    locked = false;
+    pasteboard.onHoldsAsked = [&] { locked = true; };
+    EXPECT_EQ(receiptOf(insert(text("Hola."))).delivery, Delivery::refused);
+    EXPECT_THAT(poster.posted, IsEmpty());
     EXPECT_EQ(pasteboard.items, pictureAndFiles);
 }
 
-TEST_F(Insertion, ASecondOneWaitsForTheFirstAndTheClipboardSurvivesBoth) {
-    insert("uno");
-    executor.advanceTo(0.2);
-    insert("dos");
-    insert("tres");
-    executor.advanceTo(0.44);
-    EXPECT_EQ(textOn(pasteboard), "uno");
-    executor.advanceTo(0.46);
-    EXPECT_EQ(textOn(pasteboard), "dos");
-    executor.advanceTo(2);
-    EXPECT_EQ(poster.posted.size(), 6u);
+TEST_F(Inserting, AStopRequestIsSwallowedAtEveryStep) {
+    pasteboard.readSeconds = 0.1;
+    for (const double at : {0.0, 0.05, 0.11, 0.3}) {
+        {
+            TaskScope shortLived(executor);
+            const auto done = shortLived.spawn(inserter.insertText(text("Hola.")));
+            executor.advanceBy(at);
+            done.cancel();
+            executor.advanceBy(0.01);
+        }
+        executor.advanceBy(2);
+        EXPECT_EQ(pasteboard.items, pictureAndFiles) << at;
+    }
+    EXPECT_EQ(pasted.size(), 4U);
+}
+
+TEST_F(Inserting, ManyAtOnceComeInOrderAndTheClipboardSurvives) {
+    for (const char* words : {"uno", "dos", "tres"}) insert(text(words));
+    executor.advanceBy(3);
+    EXPECT_THAT(pasted, ElementsAre("uno", "dos", "tres"));
     EXPECT_EQ(pasteboard.items, pictureAndFiles);
 }
 
-class Selection : public Insertion {
+TEST_F(Inserting, AClipboardReadAheadCostsNoTimeAndIsReadAnewWhenItChanged) {
+    pasteboard.readSeconds = 2;
+    clipboard.prepare();
+    executor.advanceBy(2);
+    insert(text("uno"));
+    EXPECT_EQ(poster.posted.size(), 1U);
+    executor.advanceBy(2);
+
+    clipboard.prepare();
+    executor.advanceBy(1);
+    pasteboard.copyElsewhere("newer");
+    EXPECT_EQ(receiptOf(insert(text("dos"))).delivery, Delivery::delivered);
+    EXPECT_EQ(textOn(pasteboard), "newer");
+
+    // One that did not tell is asked again while the user talks.
+    pasteboard.readable = State::unreadable;
+    clipboard.prepare();
+    executor.advanceBy(2);
+    pasteboard.readable = State::complete;
+    executor.advanceBy(3);
+    EXPECT_EQ(receiptOf(insert(text("tres"))).clipboard, State::complete);
+}
+
+class Selection : public Borrowing {
  protected:
-    static constexpr std::int32_t pid = 42;
-
-    static RunningApplication inFront() {
-        RunningApplication app;
-        app.processIdentifier = pid;
-        return app;
-    }
-
     /// Plays an application that copies `text` this long after being told to.
     void copies(const std::string& text, double seconds) {
-        poster.onPost = [this, text, seconds](const RecordingEventPoster::Posted& event) {
-            if (event.keyCode != keycode::c || event.direction != Direction::up) return;
+        poster.onPost = [this, text, seconds](std::uint16_t keyCode) {
+            EXPECT_EQ(keyCode, keycode::c);
             executor.after(seconds, [this, text] { pasteboard.copyElsewhere(text); });
         };
     }
     std::shared_ptr<FakeElement> selected(std::string role, std::string text) {
-        auto element = accessibility.focus(pid, std::move(role));
+        auto element = accessibility.focus(editor.processIdentifier, std::move(role));
         element->attributes.emplace("AXSelectedText", AXValue(std::move(text)));
         return element;
     }
-    TaskHandle<std::optional<SelectedText>> ask(bool insist,
-                                                std::optional<RunningApplication> app = inFront()) {
-        return tasks.spawn(selection.selection(std::move(app), insist));
+    TaskHandle<std::optional<SelectedText>> ask(bool insist) {
+        return tasks.spawn(selection.selection(editor, insist));
     }
     /// Runs the question to its end.
     std::optional<SelectedText> answer(bool insist) {
@@ -180,7 +310,8 @@ class Selection : public Insertion {
     }
 
     FakeAccessibility accessibility;
-    TextSelection selection{executor, accessibility, pasteboard, inserter};
+    TextSelection selection{executor, accessibility, clipboard, pasteboard, poster, workspace};
+    TaskScope tasks{executor};
 };
 
 TEST_F(Selection, IsReadAsItStands) {
@@ -201,19 +332,18 @@ TEST_F(Selection, BlanksAreNoSelectionAndNoReasonToCopy) {
         selected("AXTextArea", blank);
         EXPECT_EQ(answer(true), std::nullopt);
     }
-    EXPECT_TRUE(ask(true, std::nullopt).isDone()) << "nor is there one without an application";
+    EXPECT_TRUE(tasks.spawn(selection.selection(std::nullopt, true)).isDone());
     EXPECT_THAT(poster.posted, IsEmpty());
 }
 
 TEST_F(Selection, CopiesOnlyWhenInsisting) {
-    accessibility.focus(pid, "AXWebArea");
+    accessibility.focus(editor.processIdentifier, "AXWebArea");
     copies("del navegador ", 0.06);
     EXPECT_EQ(answer(false), std::nullopt);
     EXPECT_THAT(poster.posted, IsEmpty());
     EXPECT_EQ(answer(true), (SelectedText{"del navegador ", std::nullopt}));
     EXPECT_EQ(pasteboard.items, pictureAndFiles);
-    EXPECT_THAT(poster.posted, ElementsAre(RecordingEventPoster::Posted{8, Direction::down, 0x100000},
-                                           RecordingEventPoster::Posted{8, Direction::up, 0x100000}));
+    EXPECT_THAT(poster.posted, ElementsAre(keycode::c));
     copies(" \n", 0.06);
     EXPECT_EQ(answer(true), std::nullopt);
     EXPECT_EQ(pasteboard.items, pictureAndFiles);
@@ -238,26 +368,24 @@ TEST_F(Selection, AStoppedCopyStillGivesTheClipboardBack) {
     EXPECT_EQ(pasteboard.items, pictureAndFiles);
 }
 
-TEST_F(Insertion, AClipboardReadAheadCostsNoTimeAndIsReadAnewWhenItChanged) {
-    pasteboard.readSeconds = 2;
-    pasteboard.copyElsewhere("before");
-    inserter.prepare();
-    executor.advanceBy(2);
-    auto insertion = tasks.spawn(inserter.insertText("hello", true));
-    executor.advanceBy(0.45);
-    EXPECT_TRUE(insertion.isDone());
-    EXPECT_EQ(pasteboard.items[0][0].second, "before");
+TEST_F(Selection, CopiesNothingThatWouldCostTheClipboard) {
+    copies("x", 0.06);
+    pasteboard.readable = State::partial;
+    EXPECT_EQ(answer(true), std::nullopt);
+    pasteboard.readable = State::complete;
+    workspace.frontmost = other;
+    EXPECT_EQ(answer(true), std::nullopt);
+    EXPECT_THAT(poster.posted, IsEmpty());
 
-    inserter.prepare();
+    // The user copies while the copy is read.
+    workspace.frontmost = editor;
+    pasteboard.readSeconds = 0.1;
+    const auto asked = ask(true);
+    executor.advanceBy(0.25);
+    pasteboard.copyElsewhere("suyo");
     executor.advanceBy(1);
-    pasteboard.copyElsewhere("newer");
-    insertion = tasks.spawn(inserter.insertText("again", true));
-    const auto settled = tasks.spawn(inserter.settled());
-    executor.advanceBy(2 + 0.44);
-    EXPECT_FALSE(settled.isDone());
-    executor.advanceBy(2);
-    EXPECT_TRUE(settled.isDone());
-    EXPECT_EQ(pasteboard.items[0][0].second, "newer");
+    EXPECT_TRUE(asked.isDone());
+    EXPECT_EQ(textOn(pasteboard), "suyo");
 }
 
 }  // namespace

@@ -51,8 +51,8 @@ TEST_F(DictationControllerTest, AHoldEndsInTextAtTheCursorAndInTheHistory) {
     EXPECT_EQ(bench.inserted, "Mañana te llamo.");
     EXPECT_EQ(hud(), HUDPhase::done("Escrito en TextEdit"));
     EXPECT_FALSE(flow.busy().get());
-    EXPECT_EQ(bench.pasteboard.items[0][0].second, "lo de antes");
     bench.executor.advanceBy(1.6);
+    EXPECT_EQ(bench.pasteboard.items[0][0].second, "lo de antes");
     EXPECT_EQ(hud(), HUDPhase::hidden());
     EXPECT_TRUE(flow.isIdle());
 
@@ -65,7 +65,7 @@ TEST_F(DictationControllerTest, AHoldEndsInTextAtTheCursorAndInTheHistory) {
     EXPECT_EQ(item.bundleID, "com.apple.TextEdit");
     EXPECT_EQ(item.createdAt, 1'750'000'000);
     EXPECT_EQ(item.meta.tone, "Natural");
-    EXPECT_EQ(item.meta.durationMs, 1750);
+    EXPECT_EQ(item.meta.durationMs, 1299);
     EXPECT_EQ(item.meta.source, "voz");
 }
 
@@ -73,12 +73,50 @@ TEST_F(DictationControllerTest, WithNowhereToTypeTheTextStaysOnTheClipboard) {
     bench.setFocus(false);
     dictate("hola");
     EXPECT_EQ(hud(), HUDPhase::done("Escrito en TextEdit · también en el portapapeles (⌘V)"));
+    bench.executor.advanceBy(1.8);
     EXPECT_THAT(bench.pasteboard.items, ElementsAre(ElementsAre(std::pair<std::string, std::string>(
                                             std::string(Pasteboard::stringType), "Hola"))));
-    bench.executor.advanceBy(2.3);
     EXPECT_NE(hud(), HUDPhase::hidden());
-    bench.executor.advanceBy(0.1);
+    bench.executor.advanceBy(0.6);
     EXPECT_EQ(hud(), HUDPhase::hidden());
+}
+
+TEST_F(DictationControllerTest, OnlyWhatWasDeliveredIsSaidToBeWritten) {
+    bench.takesPastes = false;
+    dictate("hola");
+    EXPECT_EQ(hud(), HUDPhase::processing());
+    bench.executor.advanceBy(4);
+    EXPECT_EQ(hud(), HUDPhase::info("TextEdit no ha recogido el texto · está en el portapapeles (⌘V)"));
+    bench.executor.advanceBy(4);
+    EXPECT_EQ(bench.pasteboard.items[0][0].second, "Hola");
+    ASSERT_EQ(bench.history.items().size(), 1U);
+    EXPECT_EQ(bench.history.items()[0].meta.inserted, false);
+
+    bench.takesPastes = true;
+    bench.pasteboard.readable = Pasteboard::Reading::State::partial;
+    bench.pasteboard.copyElsewhere("lo de antes");
+    dictate("hola");
+    EXPECT_EQ(hud(), HUDPhase::done("Escrito en TextEdit · del portapapeles solo ha vuelto una parte"));
+}
+
+TEST_F(DictationControllerTest, APasswordIsWrittenAndNothingElse) {
+    bench.accessibility.focus(DictationBench::appProcess, "AXTextField")->attributes["AXSubrole"] =
+        std::string("AXSecureTextField");
+    bench.speech.transcript = "secreto";
+    ASSERT_TRUE(flow.begin(holdKey, write));
+    flow.showListening();
+    EXPECT_TRUE(bench.state.hidesWords.get());
+    flow.stopAndProcess();
+    bench.executor.advanceBy(1);
+    EXPECT_EQ(bench.inserted, "Secreto");
+    EXPECT_TRUE(bench.history.items().empty());
+}
+
+TEST_F(DictationControllerTest, NothingIsPastedOverASelectionWhenNothingWasSaid) {
+    dictate("este");
+    EXPECT_EQ(bench.inserted, std::nullopt);
+    EXPECT_EQ(hud(), HUDPhase::info("No había nada que escribir."));
+    EXPECT_TRUE(bench.history.items().empty());
 }
 
 TEST_F(DictationControllerTest, RefusalsSayWhatTheUserCanDo) {

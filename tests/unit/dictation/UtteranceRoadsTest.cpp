@@ -74,7 +74,7 @@ TEST_F(UtteranceRoadsTest, ASelectionIsRewrittenInPlace) {
     EXPECT_EQ(item.answer, bench.inserted);
     EXPECT_EQ(item.meta, (HistoryItem::Meta{.engine = "motor",
                                             .inserted = true,
-                                            .durationMs = 950,
+                                            .durationMs = 500,
                                             .source = "voz",
                                             .context = std::string(300, 'a')}));
 

@@ -14,7 +14,7 @@ ENGLISH_ALREADY = {"Ask Screen", "Ask Selection"}
 LITERAL = r'"(?:[^"\\\n]|\\.)*"'
 TEXT = re.compile(rf"{LITERAL}(?:\s*{LITERAL})*")
 # Up to the parenthesis that closes the call; those inside go no deeper than two.
-CALL = re.compile(rf"\b(?:tr|word)\(((?:{LITERAL}|[^()\"]|\((?:{LITERAL}|[^()\"]|\([^()]*\))*\))*)\)")
+CALL = re.compile(rf"\b(?:tr|word|named)\(((?:{LITERAL}|[^()\"]|\((?:{LITERAL}|[^()\"]|\([^()]*\))*\))*)\)")
 
 
 def texts(source: str) -> list[str]:

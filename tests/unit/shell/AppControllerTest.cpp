@@ -79,10 +79,13 @@ TEST_F(AppControllerTest, AHeldKeyBecomesTextAtTheCursorInTheHistoryAndInTheTrac
     EXPECT_FALSE(audio.isRunning());
     executor.advanceBy(5);
     EXPECT_THAT(pasteboard.log, testing::Contains("setString Nos vemos mañana."));
-    EXPECT_THAT(eventsOf(file), ElementsAre(R"({"hud":"listening","text":""})", R"({"busy":true})",
-                                            R"({"hud":"processing","text":""})", R"({"route":"plain"})",
-                                            R"({"hud":"done","text":"Escrito en Escritorio"})",
-                                            R"({"busy":false})", R"({"hud":"hidden","text":""})"));
+    EXPECT_THAT(
+        eventsOf(file),
+        ElementsAre(
+            R"({"hud":"listening","text":""})", R"({"busy":true})", R"({"hud":"processing","text":""})",
+            R"({"route":"plain"})",
+            R"_({"hud":"info","text":"No hay dónde escribir · el texto está en el portapapeles (⌘V)"})_",
+            R"({"busy":false})", R"({"hud":"hidden","text":""})"));
     using std::filesystem::perms;
     EXPECT_EQ(std::filesystem::status(file).permissions(), perms::owner_read | perms::owner_write);
     app->traceTo(folder.path() / "nowhere" / "trace.jsonl");
