@@ -187,6 +187,7 @@ TEST_F(X11PasteTest, GoesThroughRealTerminalsAndGivesPrimaryUp) {
         })) << file;
     }
     EXPECT_NE(selectionOwner(*connection_, "PRIMARY"), XCB_WINDOW_NONE);
+    offer("");
     EXPECT_TRUE(waitFor([&] { return selectionOwner(*connection_, "PRIMARY") == XCB_WINDOW_NONE; }));
 }
 
@@ -202,6 +203,7 @@ TEST_F(X11PasteTest, WhatTheUserHadSelectedCanBePastedAgainAfterwards) {
         offer("dictado");
         EXPECT_EQ(keysOf(*terminal, keycode::v, 4).back(), "-Shift_L/1");
         EXPECT_EQ(contents("PRIMARY"), "dictado");
+        offer("dictado");
         EXPECT_TRUE(waitFor([&] { return contents("PRIMARY") == "lo seleccionado"; }));
         EXPECT_EQ(contents("CLIPBOARD"), "dictado");
     }
