@@ -5,16 +5,9 @@
 
 #include <xkbcommon/xkbcommon-keysyms.h>
 
-#include <algorithm>
-#include <array>
-#include <ranges>
-#include <utility>
-
 namespace dorix {
 
 namespace {
-
-using enum KeyStroke::Direction;
 
 /// While it lives the server serves this connection alone. Nothing that waits for another connection of this
 /// process may be done meanwhile.
@@ -40,10 +33,9 @@ X11EventPoster::X11EventPoster(X11Connection& connection, X11Keyboard& keyboard,
                                X11Windows& windows, X11Pasteboard* pasteboard)
     : connection_(connection),
       keyboard_(keyboard),
-      input_(input),
       windows_(windows),
       pasteboard_(pasteboard),
-      strokes_(input.listen([this](const KeyStroke& stroke) { handleStroke(stroke); })) {}
+      striker_(connection, keyboard, input) {}
 
 Task<bool> X11EventPoster::postCommandKey(std::uint16_t keyCode, Condition still) {
     if (connection_.isLost()) co_return false;
@@ -57,15 +49,14 @@ bool X11EventPoster::strike(const Chord& chord, const Condition& still) {
     const ServerGrab grab(connection_);
     if (!still()) return false;
     if (chord.pastesPrimary && pasteboard_ && !pasteboard_->holdsPrimary()) return false;
-    press(chord);
-    release();
+    striker_.strike(chord.keys);
     return true;
 }
 
 CommandChord X11EventPoster::commandChordInFront() {
     const auto front = windows_.windowClass(windows_.frontWindow());
     const auto chord = commandChordFor(front.instance, front.className);
-    if (keyboard_.keyForSymbol(XKB_KEY_v) && keyboard_.keyForSymbol(XKB_KEY_c)) return chord;
+    if (keyboard_.strikesLatin()) return chord;
     // Without Latin letters anywhere on the keyboard few applications know their own chords; the older ones
     // with Insert work in all of them.
     if (chord == CommandChord::control) return CommandChord::insert;
@@ -85,11 +76,12 @@ X11EventPoster::Chord X11EventPoster::keysOf(const std::vector<OptionalKey>& key
 }
 
 X11EventPoster::Chord X11EventPoster::commandChord(std::uint16_t keyCode) {
-    const auto letter = keyboard_.keyFor(keyCode);
-    const auto control = keyboard_.keyFor(keycode::leftControl);
-    const auto shift = keyboard_.keyFor(keycode::leftShift);
-    const auto insert = keyboard_.keyForSymbol(XKB_KEY_Insert);
     const bool paste = keyCode == keycode::v;
+    const auto letter = keyboard_.strikeLetter(keyCode);
+    const auto control = keyboard_.strikeModifier(XCB_MOD_MASK_CONTROL);
+    const auto shift = keyboard_.strikeModifier(XCB_MOD_MASK_SHIFT);
+    const auto insert =
+        keyboard_.strikeSymbol(XKB_KEY_Insert, paste ? XCB_MOD_MASK_SHIFT : XCB_MOD_MASK_CONTROL);
     switch (commandChordInFront()) {
         case CommandChord::control:
             return keysOf({control, letter});
@@ -105,41 +97,6 @@ X11EventPoster::Chord X11EventPoster::commandChord(std::uint16_t keyCode) {
     auto chord = keysOf({shift, insert});
     chord.pastesPrimary = !chord.keys.empty();
     return chord;
-}
-
-void X11EventPoster::press(const Chord& chord) {
-    if (chord.keys.empty()) return;
-    for (unsigned key = 0; key < input_.held().size(); ++key) {
-        const auto code = static_cast<xcb_keycode_t>(key);
-        if (!input_.held()[key] || keyboard_.isLock(code)) continue;
-        letGo_.set(key);
-        input_.fake({code, up});
-    }
-    for (const auto key : chord.keys) input_.fake({key, down});
-    pressed_ = chord;
-}
-
-void X11EventPoster::release() {
-    if (!pressed_) return;
-    for (const auto key : std::views::reverse(pressed_->keys)) input_.fake({key, up});
-    pressed_.reset();
-    // Other keys stay up: pressed again they would type.
-    for (unsigned key = 0; key < letGo_.size(); ++key) {
-        const auto code = static_cast<xcb_keycode_t>(key);
-        if (!letGo_[key] || !keyboard_.isModifier(code) || !input_.held()[key]) continue;
-        input_.fake({code, down});
-        pressedAgain_.set(key);
-    }
-    letGo_.reset();
-}
-
-// The test keyboard holds the modifier as well since it was pressed again there, and the user's own release
-// may have come before that.
-void X11EventPoster::handleStroke(const KeyStroke& stroke) {
-    if (stroke.direction == down || !pressedAgain_[stroke.key]) return;
-    pressedAgain_.reset(stroke.key);
-    input_.fake({stroke.key, up});
-    connection_.flush();
 }
 
 }  // namespace dorix

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "linux/apps/CommandChords.h"
+#include "linux/x11/X11ChordStriker.h"
 #include "linux/x11/X11KeyInput.h"
 #include "linux/x11/X11Pasteboard.h"
 #include "linux/x11/X11Windows.h"
@@ -11,10 +12,8 @@
 
 namespace dorix {
 
-/// Types through the X server's test extension. Keys that the user holds are let go for the length of a
-/// chord, from its key-down to its key-up; modifiers are pressed again after it. Locks are left as they are:
-/// no application's copy and paste chords mind them. A terminal that pastes only PRIMARY gets its chord when
-/// that selection is ready.
+/// Types through the X server's test extension, what the application in front takes for its chord. A terminal
+/// that pastes only PRIMARY gets it when that selection is ready.
 class X11EventPoster final : public EventPoster {
  public:
     /// `pasteboard` is null where the clipboard is not the display's: then PRIMARY is not served.
@@ -36,19 +35,12 @@ class X11EventPoster final : public EventPoster {
     static Chord keysOf(const std::vector<OptionalKey>& keys);
     Chord commandChord(std::uint16_t keyCode);
     bool strike(const Chord& chord, const Condition& still);
-    void press(const Chord& chord);
-    void release();
-    void handleStroke(const KeyStroke& stroke);
 
     X11Connection& connection_;
     X11Keyboard& keyboard_;
-    X11KeyInput& input_;
     X11Windows& windows_;
     X11Pasteboard* const pasteboard_;
-    std::optional<Chord> pressed_;
-    X11Keyboard::KeySet letGo_;
-    X11Keyboard::KeySet pressedAgain_;
-    Subscription strokes_;
+    X11ChordStriker striker_;
 };
 
 }  // namespace dorix

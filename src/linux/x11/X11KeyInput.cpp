@@ -74,7 +74,7 @@ void X11KeyInput::fake(KeyStroke stroke) {
 }
 
 void X11KeyInput::spoilMenuActivation() {
-    const auto key = keyboard_.unassignedKey();
+    const auto key = keyboard_.strikeNothing();
     if (!key) return;
     fake({*key, KeyStroke::Direction::down});
     fake({*key, KeyStroke::Direction::up});

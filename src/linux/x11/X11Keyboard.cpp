@@ -4,10 +4,12 @@
 #include "linux/x11/XcbXkb.h"
 #include "platform/KeyCodes.h"
 
+#include <xcb/xinput.h>
 #include <xkbcommon/xkbcommon-keysyms.h>
 #include <xkbcommon/xkbcommon-x11.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace dorix {
 
@@ -35,6 +37,13 @@ constexpr std::array<Position, 8> modifierPositions{{
     {keycode::rightCommand, modifier::command | modifier::deviceRightCommand, "RWIN", XKB_KEY_Super_R},
 }};
 
+struct Letter {
+    std::uint16_t code;
+    xkb_keysym_t symbol;
+    const char* position;
+};
+constexpr std::array<Letter, 2> letters{{{keycode::c, XKB_KEY_c, "AB03"}, {keycode::v, XKB_KEY_v, "AB04"}}};
+
 std::uint16_t codeOfSymbol(xkb_keysym_t symbol) {
     switch (symbol) {
         case XKB_KEY_space:
@@ -50,6 +59,7 @@ std::uint16_t codeOfSymbol(xkb_keysym_t symbol) {
     }
 }
 
+constexpr std::uint16_t mapEvents = XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY | XCB_XKB_EVENT_TYPE_MAP_NOTIFY;
 constexpr std::uint16_t mapParts = XCB_XKB_MAP_PART_KEY_TYPES | XCB_XKB_MAP_PART_KEY_SYMS |
                                    XCB_XKB_MAP_PART_MODIFIER_MAP | XCB_XKB_MAP_PART_VIRTUAL_MODS |
                                    XCB_XKB_MAP_PART_VIRTUAL_MOD_MAP;
@@ -63,12 +73,13 @@ X11Keyboard::X11Keyboard(X11Connection& connection)
 }
 
 void X11Keyboard::selectEvents() {
-    constexpr std::uint16_t events = XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY | XCB_XKB_EVENT_TYPE_MAP_NOTIFY |
-                                     XCB_XKB_EVENT_TYPE_STATE_NOTIFY;
-    xcb_xkb_select_events(connection_.get(), XCB_XKB_ID_USE_CORE_KBD, events, 0, events, mapParts, mapParts,
-                          nullptr);
+    selectEventsOf(XCB_XKB_ID_USE_CORE_KBD, mapEvents | XCB_XKB_EVENT_TYPE_STATE_NOTIFY);
     const auto* xkb = xcb_get_extension_data(connection_.get(), &xcb_xkb_id);
     events_ = connection_.listen(xkb->first_event, [this](const auto& event) { handleEvent(event); });
+}
+
+void X11Keyboard::selectEventsOf(std::uint16_t device, std::uint16_t events) {
+    xcb_xkb_select_events(connection_.get(), device, events, 0, events, mapParts, mapParts, nullptr);
 }
 
 void X11Keyboard::handleEvent(const xcb_generic_event_t& event) {
@@ -95,21 +106,50 @@ void X11Keyboard::scheduleReload() {
 
 void X11Keyboard::reload() {
     reloadPending_.reset();
-    device_ = xkb_x11_get_core_keyboard_device_id(connection_.get());
-    std::unique_ptr<xkb_keymap, KeymapDeleter> keymap(
-        device_ < 0 ? nullptr
-                    : xkb_x11_keymap_new_from_device(context_.get(), connection_.get(), device_,
-                                                     XKB_KEYMAP_COMPILE_NO_FLAGS));
-    if (!keymap) {
+    X11Keymap typed(connection_, context_.get(), xkb_x11_get_core_keyboard_device_id(connection_.get()));
+    if (!typed) {
         if (!connection_.isLost()) logLine("no se pudo leer la distribución del teclado");
         return;
     }
-    keymap_ = std::move(keymap);
+    typed_ = std::move(typed);
+    readTestKeyboard();
     readGroup();
     readKeys();
     readModifierMap();
     connection_.flush();
     changed_.notify();
+}
+
+/// Strikes come from the test keyboard that belongs to the user's keyboards, and every strike puts that one's
+/// layout in force.
+void X11Keyboard::readTestKeyboard() {
+    const auto device = testKeyboard();
+    if (device && device != testKeyboard_) selectEventsOf(*device, mapEvents);
+    testKeyboard_ = device;
+    X11Keymap struck(connection_, context_.get(), device ? std::int32_t{*device} : -1);
+    struck_ = struck ? std::move(struck) : typed_;
+}
+
+std::optional<std::uint16_t> X11Keyboard::testKeyboard() {
+    const auto core = xkb_x11_get_core_keyboard_device_id(connection_.get());
+    const auto asked = xcb_input_xi_query_device(connection_.get(), XCB_INPUT_DEVICE_ALL);
+    const auto answer = connection_.reply(xcb_input_xi_query_device_reply, asked);
+    if (!answer) return std::nullopt;
+    for (auto device = xcb_input_xi_query_device_infos_iterator(answer.get()); device.rem > 0;
+         xcb_input_xi_device_info_next(&device)) {
+        const auto& info = *device.data;
+        if (info.type == XCB_INPUT_DEVICE_TYPE_SLAVE_KEYBOARD && info.attachment == core &&
+            isTestDevice(info.deviceid))
+            return info.deviceid;
+    }
+    return std::nullopt;
+}
+
+bool X11Keyboard::isTestDevice(std::uint16_t device) {
+    const auto property = connection_.atom("XTEST Device");
+    const auto asked = xcb_input_xi_get_property(connection_.get(), device, 0, property, XCB_ATOM_ANY, 0, 1);
+    const auto answer = connection_.reply(xcb_input_xi_get_property_reply, asked);
+    return answer && answer->num_items > 0;
 }
 
 void X11Keyboard::readGroup() {
@@ -123,11 +163,11 @@ void X11Keyboard::readGroup() {
 void X11Keyboard::readKeys() {
     keys_.fill({keycode::other, 0});
     for (unsigned key = 0; key < keys_.size(); ++key) {
-        const xkb_keysym_t* symbols = nullptr;
-        if (xkb_keymap_key_get_syms_by_level(keymap_.get(), key, 0, 0, &symbols) < 1) continue;
-        keys_[key].code = codeOfSymbol(symbols[0]);
+        const auto symbol = typed_.symbol(static_cast<xcb_keycode_t>(key));
+        if (symbol == XKB_KEY_NoSymbol) continue;
+        keys_[key].code = codeOfSymbol(symbol);
         // Keys that a layout option made modifiers, such as CapsLock as another Control.
-        const auto twin = std::ranges::find(modifierPositions, symbols[0], &Position::symbol);
+        const auto twin = std::ranges::find(modifierPositions, symbol, &Position::symbol);
         if (twin != modifierPositions.end()) keys_[key] = {twin->code, twin->flags};
     }
     placeModifiers();
@@ -142,69 +182,53 @@ void X11Keyboard::placeModifiers() {
 }
 
 void X11Keyboard::placeLetters() {
-    keys_[letterKey(XKB_KEY_c, "AB03")].code = keycode::c;
-    keys_[letterKey(XKB_KEY_v, "AB04")].code = keycode::v;
-}
-
-xcb_keycode_t X11Keyboard::letterKey(xkb_keysym_t letter, const char* position) const {
-    if (const auto key = keyForSymbolIn(group_, letter)) return *key;
-    if (const auto key = keyForSymbol(letter)) return *key;
-    return keyAt(position, letter).value_or(0);
+    for (const auto& letter : letters) {
+        auto key = typed_.keyForSymbolIn(group_, letter.symbol);
+        if (!key) key = typed_.keyForSymbol(letter.symbol);
+        if (!key) key = typed_.keyAt(letter.position);
+        if (key) keys_[*key].code = letter.code;
+    }
 }
 
 std::optional<xcb_keycode_t> X11Keyboard::keyAt(const char* position, xkb_keysym_t fallback) const {
-    const auto key = xkb_keymap_key_by_name(keymap_.get(), position);
-    if (key != XKB_KEYCODE_INVALID && key < keys_.size()) return static_cast<xcb_keycode_t>(key);
-    return keyForSymbol(fallback);
-}
-
-std::optional<xcb_keycode_t> X11Keyboard::keyForSymbol(xkb_keysym_t symbol) const {
-    if (!keymap_) return std::nullopt;
-    for (xkb_layout_index_t layout = 0; layout < xkb_keymap_num_layouts(keymap_.get()); ++layout) {
-        if (const auto key = keyForSymbolIn(layout, symbol)) return key;
-    }
-    return std::nullopt;
-}
-
-std::optional<xcb_keycode_t> X11Keyboard::keyForSymbolIn(xkb_layout_index_t layout,
-                                                         xkb_keysym_t symbol) const {
-    for (unsigned key = 0; key < keys_.size(); ++key) {
-        const xkb_keysym_t* symbols = nullptr;
-        const int count = xkb_keymap_key_get_syms_by_level(keymap_.get(), key, layout, 0, &symbols);
-        if (count == 1 && symbols[0] == symbol) return static_cast<xcb_keycode_t>(key);
-    }
-    return std::nullopt;
+    const auto key = typed_.keyAt(position);
+    return key ? key : typed_.keyForSymbol(fallback);
 }
 
 std::optional<xcb_keycode_t> X11Keyboard::keyFor(std::uint16_t virtualKeyCode) const {
     // A modifier is found at its own place rather than where an option made a second one.
     const auto position = std::ranges::find(modifierPositions, virtualKeyCode, &Position::code);
-    if (keymap_ && position != modifierPositions.end()) return keyAt(position->name, position->symbol);
+    if (position != modifierPositions.end()) return keyAt(position->name, position->symbol);
     const auto key = std::ranges::find(keys_.begin() + firstKey, keys_.end(), virtualKeyCode, &Key::code);
     if (virtualKeyCode == keycode::other || key == keys_.end()) return std::nullopt;
     return static_cast<xcb_keycode_t>(key - keys_.begin());
 }
 
-std::optional<xcb_keycode_t> X11Keyboard::unassignedKey() const {
-    if (!keymap_) return std::nullopt;
-    // From the end: the low codes are those that keyboards with more keys would send.
-    for (unsigned key = 255; key >= firstKey; --key) {
-        if (xkb_keymap_num_layouts_for_key(keymap_.get(), key) == 0) return static_cast<xcb_keycode_t>(key);
-    }
-    return std::nullopt;
+std::optional<xcb_keycode_t> X11Keyboard::strikeModifier(std::uint8_t modifier) const {
+    return struck_.keySetting(modifier, modifier == XCB_MOD_MASK_SHIFT ? XKB_KEY_Shift_L : XKB_KEY_Control_L);
+}
+
+std::optional<xcb_keycode_t> X11Keyboard::strikeSymbol(xkb_keysym_t symbol, std::uint8_t modifiers) const {
+    return struck_.keyTyping(symbol, group_, modifiers);
+}
+
+std::optional<xcb_keycode_t> X11Keyboard::strikeLetter(std::uint16_t virtualKeyCode) const {
+    const auto letter = std::ranges::find(letters, virtualKeyCode, &Letter::code);
+    if (letter == letters.end()) return std::nullopt;
+    if (const auto key = strikeSymbol(letter->symbol, XCB_MOD_MASK_CONTROL)) return key;
+    if (const auto key = struck_.keyForSymbol(letter->symbol)) return key;
+    return struck_.keyAt(letter->position);
+}
+
+bool X11Keyboard::strikesLatin() const {
+    return std::ranges::all_of(
+        letters, [this](const Letter& letter) { return struck_.keyForSymbol(letter.symbol).has_value(); });
 }
 
 bool X11Keyboard::opensMenus(xcb_keycode_t key) const {
-    if (!keymap_) return false;
-    const auto layouts = xkb_keymap_num_layouts_for_key(keymap_.get(), key);
-    const xkb_keysym_t* symbols = nullptr;
-    if (layouts == 0 ||
-        xkb_keymap_key_get_syms_by_level(keymap_.get(), key, group_ % layouts, 0, &symbols) < 1) {
-        return false;
-    }
     static constexpr std::array<xkb_keysym_t, 6> openers{XKB_KEY_Alt_L,  XKB_KEY_Alt_R,   XKB_KEY_Meta_L,
                                                          XKB_KEY_Meta_R, XKB_KEY_Super_L, XKB_KEY_Super_R};
-    return std::ranges::find(openers, symbols[0]) != openers.end();
+    return std::ranges::find(openers, typed_.symbol(key, group_)) != openers.end();
 }
 
 std::uint64_t X11Keyboard::lockFlags() const {
@@ -234,12 +258,6 @@ void X11Keyboard::readModifierMap() {
         const bool lock = gives(key, XKB_KEY_Num_Lock) || gives(key, XKB_KEY_Scroll_Lock);
         locks_[key] = lock || gives(key, XKB_KEY_Caps_Lock);
     }
-}
-
-bool X11Keyboard::gives(xcb_keycode_t key, xkb_keysym_t symbol) const {
-    const xkb_keysym_t* symbols = nullptr;
-    const int count = xkb_keymap_key_get_syms_by_level(keymap_.get(), key, 0, 0, &symbols);
-    return count > 0 && symbols[0] == symbol;
 }
 
 std::uint16_t X11Keyboard::coreModifiers(std::uint32_t hotKeyModifiers) const {

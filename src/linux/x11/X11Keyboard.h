@@ -1,6 +1,7 @@
 #pragma once
 
 #include "linux/x11/X11Connection.h"
+#include "linux/x11/X11Keymap.h"
 
 #include <xcb/xcb.h>
 #include <xkbcommon/xkbcommon.h>
@@ -20,6 +21,9 @@ namespace dorix {
 /// Modifiers go by their position on the keyboard, so that right Alt is right option also where it is AltGr.
 /// Letters go by what the key types; in a layout without Latin letters by what it types in the user's Latin
 /// layout, or else by position.
+///
+/// Each device has a layout of its own, and the user's keyboard may have another one than the server's test
+/// keyboard, which strikes what we strike: strike...() look there, and go by meaning alone.
 class X11Keyboard {
  public:
     using KeySet = std::bitset<256>;
@@ -33,10 +37,25 @@ class X11Keyboard {
     std::optional<xcb_keycode_t> keyFor(std::uint16_t virtualKeyCode) const;
 
     /// The first key that gives this symbol without Shift.
-    std::optional<xcb_keycode_t> keyForSymbol(xkb_keysym_t symbol) const;
+    std::optional<xcb_keycode_t> keyForSymbol(xkb_keysym_t symbol) const {
+        return typed_.keyForSymbol(symbol);
+    }
 
-    /// A key code that means nothing to any application.
-    std::optional<xcb_keycode_t> unassignedKey() const;
+    /// The key to strike for Control or Shift: a core modifier bit.
+    std::optional<xcb_keycode_t> strikeModifier(std::uint8_t modifier) const;
+
+    /// The key to strike for what types `symbol` while these core modifiers are down.
+    std::optional<xcb_keycode_t> strikeSymbol(xkb_keysym_t symbol, std::uint8_t modifiers) const;
+
+    /// The same for a letter, "v", which many applications also take from a layout that is not in force, or
+    /// by its position.
+    std::optional<xcb_keycode_t> strikeLetter(std::uint16_t virtualKeyCode) const;
+
+    /// Whether the letters of the chords are on the keyboard at all, in some layout.
+    bool strikesLatin() const;
+
+    /// A key to strike that means nothing to any application.
+    std::optional<xcb_keycode_t> strikeNothing() const { return struck_.unassignedKey(); }
 
     /// The modifier flags that the key sets while it is down; 0 for a key that is no modifier.
     std::uint64_t flagsOf(xcb_keycode_t key) const { return keys_[key].flags; }
@@ -71,11 +90,9 @@ class X11Keyboard {
     struct ContextDeleter {
         void operator()(xkb_context* context) const { xkb_context_unref(context); }
     };
-    struct KeymapDeleter {
-        void operator()(xkb_keymap* keymap) const { xkb_keymap_unref(keymap); }
-    };
 
     void selectEvents();
+    void selectEventsOf(std::uint16_t device, std::uint16_t events);
     void handleEvent(const xcb_generic_event_t& event);
     void scheduleReload();
     void reload();
@@ -84,15 +101,17 @@ class X11Keyboard {
     void placeModifiers();
     void placeLetters();
     void readModifierMap();
+    void readTestKeyboard();
+    std::optional<std::uint16_t> testKeyboard();
+    bool isTestDevice(std::uint16_t device);
     std::optional<xcb_keycode_t> keyAt(const char* position, xkb_keysym_t fallback) const;
-    std::optional<xcb_keycode_t> keyForSymbolIn(xkb_layout_index_t layout, xkb_keysym_t symbol) const;
-    xcb_keycode_t letterKey(xkb_keysym_t letter, const char* position) const;
-    bool gives(xcb_keycode_t key, xkb_keysym_t symbol) const;
+    bool gives(xcb_keycode_t key, xkb_keysym_t symbol) const { return typed_.symbol(key) == symbol; }
 
     X11Connection& connection_;
     std::unique_ptr<xkb_context, ContextDeleter> context_;
-    std::unique_ptr<xkb_keymap, KeymapDeleter> keymap_;
-    std::int32_t device_ = -1;
+    X11Keymap typed_;
+    X11Keymap struck_;
+    std::optional<std::uint16_t> testKeyboard_;
     std::uint8_t group_ = 0;
     std::uint8_t lockedModifiers_ = 0;
     std::array<Key, 256> keys_{};

@@ -5,6 +5,7 @@
 #include <sched.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <xcb/xinput.h>
 #include <xcb/xtest.h>
 #include <xkbcommon/xkbcommon.h>
 
@@ -150,6 +151,46 @@ void XDesktopTest::userKey(xcb_keycode_t key, KeyStroke::Direction direction) {
 void XDesktopTest::tapKey(xcb_keycode_t key) {
     userKey(key, KeyStroke::Direction::down);
     userKey(key, KeyStroke::Direction::up);
+}
+
+std::uint16_t XDesktopTest::keyboardDevice(bool test) {
+    const auto asked = xcb_input_xi_query_device(user_->get(), XCB_INPUT_DEVICE_ALL);
+    const auto answer = user_->reply(xcb_input_xi_query_device_reply, asked);
+    for (auto device = xcb_input_xi_query_device_infos_iterator(answer.get()); device.rem > 0;
+         xcb_input_xi_device_info_next(&device)) {
+        const std::string name(xcb_input_xi_device_info_name(device.data),
+                               static_cast<std::size_t>(xcb_input_xi_device_info_name_length(device.data)));
+        if (device.data->type == XCB_INPUT_DEVICE_TYPE_SLAVE_KEYBOARD && name.contains("XTEST") == test)
+            return device.data->deviceid;
+    }
+    throw std::runtime_error("the display has no such keyboard");
+}
+
+void XDesktopTest::boardKey(xcb_keycode_t key, KeyStroke::Direction direction) {
+    const auto* input = xcb_get_extension_data(user_->get(), &xcb_input_id);
+    const int type =
+        direction == KeyStroke::Direction::down ? XCB_INPUT_DEVICE_KEY_PRESS : XCB_INPUT_DEVICE_KEY_RELEASE;
+    xcb_test_fake_input(user_->get(), static_cast<std::uint8_t>(input->first_event + type), key,
+                        XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0, static_cast<std::uint8_t>(boardDevice()));
+    user_->flush();
+    settle();
+}
+
+void XDesktopTest::tapBoardKey(xcb_keycode_t key) {
+    boardKey(key, KeyStroke::Direction::down);
+    boardKey(key, KeyStroke::Direction::up);
+}
+
+bool XDesktopTest::isDown(std::uint16_t device, xcb_keycode_t key) {
+    const auto asked = xcb_input_query_device_state(user_->get(), static_cast<std::uint8_t>(device));
+    const auto answer = user_->reply(xcb_input_query_device_state_reply, asked);
+    for (auto part = xcb_input_query_device_state_classes_iterator(answer.get()); part.rem > 0;
+         xcb_input_input_state_next(&part)) {
+        if (part.data->class_id != XCB_INPUT_INPUT_CLASS_KEY) continue;
+        const auto* keys = reinterpret_cast<const xcb_input_key_state_t*>(part.data)->keys;
+        return (keys[key / 8] >> (key % 8) & 1U) != 0;
+    }
+    return false;
 }
 
 void XDesktopTest::setLayout(const std::string& arguments) {

@@ -94,6 +94,14 @@ class XDesktopTest : public testing::Test {
     void tapKey(xcb_keycode_t key);
     void tap(std::uint16_t code) { tapKey(keyboard_.keyFor(code).value()); }
 
+    /// The keyboard that the user types on, and the server's test keyboard, which is what fakes keys. Where
+    /// the difference is of no matter, userKey() fakes the user's as well.
+    std::uint16_t boardDevice() { return keyboardDevice(false); }
+    std::uint16_t testDevice() { return keyboardDevice(true); }
+    void boardKey(xcb_keycode_t key, KeyStroke::Direction direction);
+    void tapBoardKey(xcb_keycode_t key);
+    bool isDown(std::uint16_t device, xcb_keycode_t key);
+
     void setLayout(const std::string& arguments);
 
     std::unique_ptr<OtherApplication> openApplication(
@@ -108,6 +116,8 @@ class XDesktopTest : public testing::Test {
     X11Windows windows_{*connection_};
 
  private:
+    std::uint16_t keyboardDevice(bool test);
+
     X11Keyboard::KeySet userHolds_;
     bool layoutChanged_ = false;
 };
