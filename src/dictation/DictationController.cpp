@@ -92,6 +92,7 @@ void DictationController::showListening() {
         if (!recorder_.context().app) recorder_.setContext(panelTarget);
         closePanel();
     }
+    recorder_.show();
     hud_.cancel();
     state_.asking.set(mode_ == Mode::ask);
     state_.hidesWords.set(recorder_.context().hasSecretFocus);
@@ -128,20 +129,20 @@ void DictationController::playSound(std::string_view name) {
 
 // The hot key
 
-void DictationController::shortcutPressed(Mode mode) {
+void DictationController::shortcutPressed(Mode mode, std::optional<double> at) {
     if (shortcutPressedAt_) return;
     if (state_.handsFree.get()) {
         stopAndProcess();
     } else if (begin(Source::shortcut, mode)) {
         showListening();
-        shortcutPressedAt_ = executor_.now();
+        shortcutPressedAt_ = at.value_or(executor_.now());
     }
 }
 
-void DictationController::shortcutReleased() {
+void DictationController::shortcutReleased(std::optional<double> at) {
     const auto pressedAt = std::exchange(shortcutPressedAt_, std::nullopt);
     if (!pressedAt || source() != Source::shortcut) return;
-    if (isMoreThan(tapLimit, executor_.now() - *pressedAt)) {
+    if (isMoreThan(tapLimit, at.value_or(executor_.now()) - *pressedAt)) {
         handsFree_.start();
     } else {
         stopAndProcess();

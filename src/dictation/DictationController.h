@@ -45,9 +45,10 @@ class DictationController {
     /// Drops the recording without a word. An utterance that is being processed goes on.
     void cancelRecording();
 
-    /// Held: talk until released. Tapped: talk until silence.
-    void shortcutPressed(Mode mode);
-    void shortcutReleased();
+    /// Held: talk until released. Tapped: talk until silence. `at` is when it happened, on the executor's
+    /// clock; now, if nothing else is known.
+    void shortcutPressed(Mode mode, std::optional<double> at = std::nullopt);
+    void shortcutReleased(std::optional<double> at = std::nullopt);
 
     /// Shows `phase`, and hides it after `seconds` if it still shows by then; a sticky one stays.
     void flash(const HUDPhase& phase, double seconds, HUDFlash::Sticky sticky = HUDFlash::Sticky::no) {
@@ -66,6 +67,8 @@ class DictationController {
     bool isRecording() const { return recorder_.isRecording(); }
     /// Whose recording runs; absent when none does.
     std::optional<Source> source() const { return recorder_.source(); }
+    /// Whether a recording runs that the user has been shown.
+    const Observable<bool>& isShown() const { return recorder_.isShown(); }
     /// Whether an utterance is being processed.
     const Observable<bool>& busy() const { return busy_; }
 

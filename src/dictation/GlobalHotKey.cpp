@@ -9,20 +9,20 @@ namespace dorix {
 
 HotKeyTable::HotKeyTable(Executor& executor, HotKeyRegistrar& registrar) : registrar_(registrar) {
     registrar_.installEventHandler(
-        [&executor, weak = std::weak_ptr(callbacks_)](HotKeyID key, std::uint32_t kind) {
-            executor.post([weak, id = key.id, kind] {
-                if (const auto callbacks = weak.lock()) call(*callbacks, id, kind);
+        [&executor, weak = std::weak_ptr(callbacks_)](HotKeyID key, std::uint32_t kind, double time) {
+            executor.post([weak, id = key.id, kind, time] {
+                if (const auto callbacks = weak.lock()) call(*callbacks, id, kind, time);
             });
         });
 }
 
-void HotKeyTable::call(const Table& callbacks, std::uint32_t id, std::uint32_t kind) {
+void HotKeyTable::call(const Table& callbacks, std::uint32_t id, std::uint32_t kind, double time) {
     const auto entry = callbacks.find(id);
     if (entry == callbacks.end()) return;
     // A copy: the callback may take its own hot key down.
     const auto called =
         kind == HotKeyRegistrar::eventReleased ? entry->second.released : entry->second.pressed;
-    called();
+    called(time);
 }
 
 std::unique_ptr<GlobalHotKey> GlobalHotKey::make(HotKeyTable& table, std::uint16_t keyCode,

@@ -14,8 +14,9 @@ namespace dorix {
 class HotKeyTable {
  public:
     struct Callbacks {
-        std::function<void()> pressed;
-        std::function<void()> released;
+        /// With when it happened, on the executor's clock.
+        std::function<void(double)> pressed;
+        std::function<void(double)> released;
     };
 
     /// Installs the handler, which stays harmlessly behind. Both must outlive the table.
@@ -28,7 +29,7 @@ class HotKeyTable {
 
     using Table = std::unordered_map<std::uint32_t, Callbacks>;
 
-    static void call(const Table& callbacks, std::uint32_t id, std::uint32_t kind);
+    static void call(const Table& callbacks, std::uint32_t id, std::uint32_t kind, double time);
 
     HotKeyRegistrar& registrar_;
     // Shared with the handler and its calls on their way, which may find their hot key or the whole table

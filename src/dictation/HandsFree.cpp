@@ -1,6 +1,7 @@
 #include "dictation/HandsFree.h"
 
 #include "dictation/AppState.h"
+#include "dictation/HeardVoice.h"
 #include "speech/SpeechInput.h"
 
 #include <utility>
@@ -12,7 +13,6 @@ constexpr double interval = 0.15;  // seconds, as all of these
 constexpr double silenceBeforeWords = 8.0;
 constexpr double silenceAfterWords = 1.8;
 constexpr double longest = 120.0;
-constexpr float audibleLevel = 0.35F;
 }  // namespace
 
 HandsFree::HandsFree(Executor& executor, AppState& state, SpeechInput& speech, Calls calls)

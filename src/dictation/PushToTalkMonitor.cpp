@@ -35,7 +35,7 @@ constexpr WatchedKey watched(PushToTalkKey key) {
 }  // namespace
 
 PushToTalkMonitor::PushToTalkMonitor(Executor& executor, KeyEventMonitors& events, PushToTalkKey watchedKey)
-    : key(watchedKey), events_(events), confirmWork_(executor) {}
+    : key(watchedKey), executor_(executor), events_(events), confirmWork_(executor) {}
 
 void PushToTalkMonitor::start() {
     stop();
@@ -68,51 +68,64 @@ void PushToTalkMonitor::reset() {
 void PushToTalkMonitor::flagsChanged(const KeyEvent& event) {
     if (!isEnabled) return;
     if (event.keyCode == watched(key).keyCode) {
-        holdKeyChanged(event.modifierFlags);
-    } else if (phase_ == Phase::armed) {
+        holdKeyChanged(event);
+    } else if (phase_ != Phase::idle && !isHold(event)) {
         cancel();
     }
 }
 
-void PushToTalkMonitor::holdKeyChanged(std::uint64_t modifierFlags) {
-    if ((modifierFlags & watched(key).flag) != 0) {
-        if (phase_ == Phase::idle && (modifierFlags & watched(key).veto) == 0) arm();
+void PushToTalkMonitor::holdKeyChanged(const KeyEvent& event) {
+    if ((event.modifierFlags & watched(key).flag) != 0) {
+        if (phase_ == Phase::idle && (event.modifierFlags & watched(key).veto) == 0) arm(event);
         return;
     }
-    switch (phase_) {
-        case Phase::idle:
-            return;
-        case Phase::armed:
-            return cancel();
-        case Phase::active:
-            reset();
-            return onEnd();
+    if (phase_ == Phase::idle) return;
+    if (isHold(event)) {
+        end();
+    } else {
+        cancel();
     }
 }
 
 bool PushToTalkMonitor::keyDown(const KeyEvent& event) {
     const bool escape = event.keyCode == keycode::escape;
-    switch (phase_) {
-        case Phase::idle:
-            return escape && onEscape();
-        case Phase::armed:
-            cancel();
-            return false;
-        case Phase::active:
-            if (escape) cancel();
-            return escape;
-    }
-    std::unreachable();
+    if (phase_ == Phase::idle) return escape && onEscape();
+    const bool hold = isHold(event);
+    if (!hold || escape || isChord()) cancel();
+    return hold && escape;
 }
 
-void PushToTalkMonitor::arm() {
+/// Whether the hold key has been down for long enough by the time of the event. What confirms it runs late
+/// when the executor is busy, and early when the event is told late.
+bool PushToTalkMonitor::isHold(const KeyEvent& event) const {
+    constexpr double clockRounding = 1e-6;
+    return event.time - pressedAt_ > holdThreshold - clockRounding;
+}
+
+/// Whoever types a character with AltGr may well take a while to find its other key.
+bool PushToTalkMonitor::isChord() const {
+    return events_.typesCharacters(watched(key).keyCode) && !hasSpoken();
+}
+
+void PushToTalkMonitor::arm(const KeyEvent& event) {
     phase_ = Phase::armed;
-    confirmWork_.once(holdThreshold, [this] {
-        if (phase_ != Phase::armed) return;
-        phase_ = Phase::active;
-        onConfirm();
-    });
+    pressedAt_ = event.time;
+    events_.keepMenuShut();
+    confirmWork_.once(event.time + holdThreshold - executor_.now(), [this] { confirm(); });
     onBegin();
+}
+
+void PushToTalkMonitor::confirm() {
+    if (phase_ != Phase::armed) return;
+    phase_ = Phase::active;
+    onConfirm();
+}
+
+void PushToTalkMonitor::end() {
+    confirm();
+    if (phase_ != Phase::active) return;
+    reset();
+    onEnd();
 }
 
 void PushToTalkMonitor::cancel() {

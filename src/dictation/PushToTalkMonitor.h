@@ -10,7 +10,8 @@
 namespace dorix {
 
 /// Watches one modifier key that the user holds to talk, and tells a hold from a tap and from an ordinary
-/// chord. It types nothing and never swallows the key itself. Main executor.
+/// chord: by when the keys were struck, however late that is told. It types nothing and never swallows the
+/// key itself. Main executor.
 class PushToTalkMonitor {
  public:
     /// `armed` while the key is down but may still be a tap or part of a chord; `active` once it is a hold.
@@ -44,16 +45,25 @@ class PushToTalkMonitor {
     std::function<void()> onCancel = [] {};
     /// Esc while idle; true means that it was used.
     std::function<bool()> onEscape = [] { return false; };
+    /// Asked when another key goes down in a hold of a key that types characters with others (AltGr): whether
+    /// the user has begun to talk, so that it is no chord.
+    std::function<bool()> hasSpoken = [] { return true; };
 
  private:
     void flagsChanged(const KeyEvent& event);
     bool keyDown(const KeyEvent& event);
-    void holdKeyChanged(std::uint64_t modifierFlags);
-    void arm();
+    void holdKeyChanged(const KeyEvent& event);
+    void arm(const KeyEvent& event);
+    void confirm();
+    void end();
     void cancel();
+    bool isHold(const KeyEvent& event) const;
+    bool isChord() const;
 
+    Executor& executor_;
     KeyEventMonitors& events_;
     Phase phase_ = Phase::idle;
+    double pressedAt_ = 0;
     Timer confirmWork_;
     std::vector<Subscription> monitors_;
 };

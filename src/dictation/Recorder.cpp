@@ -44,6 +44,7 @@ void Recorder::begin(Source source) {
 
 Recorder::Ended Recorder::end() {
     source_.reset();
+    shown_.set(false);
     return {*std::exchange(startTask_, std::nullopt), std::move(recording_)};
 }
 
@@ -58,6 +59,7 @@ bool Recorder::cancel() {
     task->cancel();
     recording_.shot.cancel();
     source_.reset();
+    shown_.set(false);
     speech_.cancel();
     return true;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Observable.h"
 #include "base/async/TaskScope.h"
 #include "context/AppContext.h"
 #include "context/ScreenCapture.h"
@@ -43,6 +44,10 @@ class Recorder {
     /// Begins to listen and captures what is in front. While one runs it must be ended before.
     void begin(Source source);
     bool isRecording() const { return startTask_.has_value(); }
+    /// The user is shown the recording that runs.
+    void show() { shown_.set(isRecording()); }
+    /// Whether one runs that is shown.
+    const Observable<bool>& isShown() const { return shown_; }
     /// Absent when none runs.
     std::optional<Source> source() const { return source_; }
     /// Of the recording that runs, or else of the last one.
@@ -79,6 +84,7 @@ class Recorder {
     Recording recording_;
     std::optional<Source> source_;
     std::optional<TaskHandle<void>> startTask_;
+    Observable<bool> shown_;
     TaskScope tasks_;
 };
 

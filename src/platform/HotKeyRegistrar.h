@@ -21,7 +21,8 @@ class HotKeyRegistrar {
 
     using Ref = std::uint64_t;
     using Status = std::int32_t;
-    using Handler = std::function<void(HotKeyID id, std::uint32_t kind)>;
+    /// `time` tells when it happened, on the main executor's clock; it may have waited to be told.
+    using Handler = std::function<void(HotKeyID id, std::uint32_t kind, double time)>;
 
     virtual ~HotKeyRegistrar() = default;
 

@@ -12,6 +12,8 @@ struct KeyEvent {
     std::uint16_t keyCode = 0;
     /// The modifiers as they are after the event.
     std::uint64_t modifierFlags = 0;
+    /// When it happened, on the main executor's clock; it may have waited to be told.
+    double time = 0;
 
     bool operator==(const KeyEvent&) const = default;
 };
@@ -37,6 +39,19 @@ class KeyEventMonitors {
 
     /// Whether the keyboard reports the modifier key with this code at all; fn often is not.
     virtual bool reportsKey(std::uint16_t keyCode) const = 0;
+
+    /// Whether the modifier key is held to type characters in the layout in force, as AltGr is.
+    virtual bool typesCharacters(std::uint16_t keyCode) const = 0;
+
+    /// The modifier key that is being reported down is held for this application: where the system opens a
+    /// menu when such a key goes up with nothing in between, it will not for this press, if that is more
+    /// than a tap.
+    virtual void keepMenuShut() = 0;
+
+    /// While the token lives, presses of the key, with whatever modifiers, go to no application; the monitors
+    /// see them all the same. Empty, and the key goes where it always did, where another program has it or
+    /// the system gives it to nobody.
+    virtual Subscription withhold(std::uint16_t keyCode) = 0;
 };
 
 /// Where there is no keyboard to see.
@@ -45,6 +60,9 @@ class UnavailableKeyEventMonitors final : public KeyEventMonitors {
     Subscription addGlobalMonitor(KeyEventMask, GlobalHandler) override { return {}; }
     Subscription addLocalMonitor(KeyEventMask, LocalHandler) override { return {}; }
     bool reportsKey(std::uint16_t) const override { return false; }
+    bool typesCharacters(std::uint16_t) const override { return false; }
+    void keepMenuShut() override {}
+    Subscription withhold(std::uint16_t) override { return {}; }
 };
 
 /// Sees the mouse whatever application it is used in. Everything on the main executor; nothing blocks.

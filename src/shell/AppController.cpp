@@ -32,7 +32,7 @@ AppController::AppController(const Platform& platform)
       panelHost_(platform, state_, windows, panel_, dictation_, speech_),
       firstRunHint_(platform.executor, platform.defaults, state_),
       toasts_(state_, settings_, dictation_),
-      keys_(platform.executor, platform.keyEvents, platform.hotKeys, state_, settings_, permissions_,
+      keys_(platform.executor, platform.keyEvents, platform.hotKeys, state_, settings_, permissions_, speech_,
             dictation_),
       tasks_(platform.executor) {}
 

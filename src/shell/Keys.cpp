@@ -14,19 +14,26 @@ constexpr std::uint32_t askHotKey = 2;
 }  // namespace
 
 Keys::Keys(Executor& executor, KeyEventMonitors& events, HotKeyRegistrar& registrar, AppState& state,
-           SettingsStore& settings, Permissions& permissions, DictationController& dictation)
-    : state_(state),
+           SettingsStore& settings, Permissions& permissions, SpeechInput& speech,
+           DictationController& dictation)
+    : events_(events),
+      state_(state),
       settings_(settings),
       permissions_(permissions),
       dictation_(dictation),
       ptt_(executor, events, settings.pushToTalkKey.get()),
+      voice_(speech),
       hotKeyTable_(executor, registrar) {
     wireMonitor();
 }
 
 void Keys::wireMonitor() {
     const auto holdsKey = [this] { return dictation_.source() == Source::holdKey; };
-    ptt_.onBegin = [this] { dictation_.begin(Source::holdKey, Mode::write); };
+    ptt_.onBegin = [this] {
+        voice_.forget();
+        dictation_.begin(Source::holdKey, Mode::write);
+    };
+    ptt_.hasSpoken = [this] { return voice_.isHeard(); };
     ptt_.onConfirm = [this, holdsKey] {
         state_.showFirstRunHint.set(false);
         if (holdsKey()) dictation_.showListening();
@@ -47,16 +54,15 @@ void Keys::wireMonitor() {
 void Keys::install() {
     hotKeys_.push_back(hotKey(hotkeymodifier::option, dictationHotKey, Mode::write));
     hotKeys_.push_back(hotKey(hotkeymodifier::option | hotkeymodifier::shift, askHotKey, Mode::ask));
-    subscriptions_.push_back(settings_.pushToTalkKey.subscribe([this](PushToTalkKey key) {
-        ptt_.key = key;
-        ptt_.start();
-    }));
+    subscriptions_.push_back(settings_.pushToTalkKey.subscribe([this](PushToTalkKey key) { applyKey(key); }));
     subscriptions_.push_back(permissions_.accessibility.subscribe([this](bool trusted) {
         // Monitors from before the grant receive nothing. One that has just reported a press is no such
         // monitor, and starting anew would lose the press.
         if (trusted && ptt_.phase() == PushToTalkMonitor::Phase::idle) ptt_.start();
     }));
     subscriptions_.push_back(settings_.paused.subscribe([this](bool paused) { applyPause(paused); }));
+    subscriptions_.push_back(dictation_.isShown().subscribe(
+        [this](bool shown) { escape_ = shown ? events_.withhold(keycode::escape) : Subscription{}; }));
 }
 
 void Keys::listen() {
@@ -66,14 +72,21 @@ void Keys::listen() {
 
 std::unique_ptr<GlobalHotKey> Keys::hotKey(std::uint32_t modifiers, std::uint32_t id, Mode mode) {
     return GlobalHotKey::make(hotKeyTable_, keycode::space, modifiers, id,
-                              {.pressed = [this, mode] { shortcutPressed(mode); },
-                               .released = [this] { dictation_.shortcutReleased(); }});
+                              {.pressed = [this, mode](double time) { shortcutPressed(mode, time); },
+                               .released = [this](double time) { dictation_.shortcutReleased(time); }});
 }
 
-void Keys::shortcutPressed(Mode mode) {
+void Keys::shortcutPressed(Mode mode, double time) {
     state_.showFirstRunHint.set(false);
     dropPress();
-    dictation_.shortcutPressed(mode);
+    dictation_.shortcutPressed(mode, time);
+}
+
+/// The old key's release would not be seen any more.
+void Keys::applyKey(PushToTalkKey key) {
+    dropPress();
+    ptt_.key = key;
+    ptt_.start();
 }
 
 void Keys::applyPause(bool paused) {

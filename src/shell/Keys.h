@@ -3,6 +3,7 @@
 #include "base/Observable.h"
 #include "dictation/DictationController.h"
 #include "dictation/GlobalHotKey.h"
+#include "dictation/HeardVoice.h"
 #include "dictation/PushToTalkMonitor.h"
 
 #include <memory>
@@ -15,7 +16,8 @@ namespace dorix {
 class Keys {
  public:
     Keys(Executor& executor, KeyEventMonitors& events, HotKeyRegistrar& registrar, AppState& state,
-         SettingsStore& settings, Permissions& permissions, DictationController& dictation);
+         SettingsStore& settings, Permissions& permissions, SpeechInput& speech,
+         DictationController& dictation);
     Keys(const Keys&) = delete;
     Keys& operator=(const Keys&) = delete;
 
@@ -29,17 +31,21 @@ class Keys {
 
     void wireMonitor();
     std::unique_ptr<GlobalHotKey> hotKey(std::uint32_t modifiers, std::uint32_t id, Mode mode);
-    void shortcutPressed(Mode mode);
+    void shortcutPressed(Mode mode, double time);
+    void applyKey(PushToTalkKey key);
     void applyPause(bool paused);
     void dropPress();
 
+    KeyEventMonitors& events_;
     AppState& state_;
     SettingsStore& settings_;
     Permissions& permissions_;
     DictationController& dictation_;
     PushToTalkMonitor ptt_;
+    HeardVoice voice_;
     HotKeyTable hotKeyTable_;
     std::vector<std::unique_ptr<GlobalHotKey>> hotKeys_;
+    Subscription escape_;  // taken from everybody while a recording is shown
     std::vector<Subscription> subscriptions_;
 };
 

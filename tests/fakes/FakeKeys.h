@@ -1,9 +1,12 @@
 #pragma once
 
+#include "base/async/Executor.h"
 #include "platform/HotKeyRegistrar.h"
 #include "platform/InputEvents.h"
 
 #include <functional>
+#include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -12,6 +15,8 @@ namespace dorix {
 /// Hot keys that the test presses.
 class FakeHotKeyRegistrar final : public HotKeyRegistrar {
  public:
+    explicit FakeHotKeyRegistrar(const Executor& executor) : executor_(executor) {}
+
     void installEventHandler(Handler handler) override { handler_ = std::move(handler); }
     std::expected<Ref, Status> registerHotKey(std::uint16_t, std::uint32_t, HotKeyID) override {
         if (refuseWith != 0) return std::unexpected(refuseWith);
@@ -19,11 +24,15 @@ class FakeHotKeyRegistrar final : public HotKeyRegistrar {
     }
     void unregisterHotKey(Ref) override {}
 
-    void send(std::uint32_t id, std::uint32_t kind) { handler_({0, id}, kind); }
+    /// It happened so many seconds ago.
+    void send(std::uint32_t id, std::uint32_t kind, double ago = 0) {
+        handler_({0, id}, kind, executor_.now() - ago);
+    }
 
     Status refuseWith = 0;
 
  private:
+    const Executor& executor_;
     Handler handler_;
     Ref lastRef_ = 0;
 };
@@ -31,6 +40,8 @@ class FakeHotKeyRegistrar final : public HotKeyRegistrar {
 /// A keyboard that the test types on, into other applications unless it says otherwise.
 class FakeKeyEventMonitors final : public KeyEventMonitors {
  public:
+    explicit FakeKeyEventMonitors(const Executor& executor) : executor_(executor) {}
+
     Subscription addGlobalMonitor(KeyEventMask mask, GlobalHandler handler) override {
         if (refuseGlobal) return {};
         return add(mask, false, [handler = std::move(handler)](const KeyEvent& event) {
@@ -42,9 +53,17 @@ class FakeKeyEventMonitors final : public KeyEventMonitors {
         return add(mask, true, std::move(handler));
     }
     bool reportsKey(std::uint16_t) const override { return true; }
+    bool typesCharacters(std::uint16_t) const override { return holdKeyIsAltGr; }
+    void keepMenuShut() override {}
+    Subscription withhold(std::uint16_t keyCode) override {
+        auto token = std::make_shared<std::uint16_t>(keyCode);
+        withheld_ = token;
+        return Subscription(token);
+    }
 
-    /// Whether a handler swallowed the event.
+    /// Whether a handler swallowed the event, which happens now.
     bool send(KeyEventMask mask, KeyEvent event, bool toOwnWindow = false) {
+        event.time = executor_.now() - toldLate;
         bool swallowed = false;
         for (const auto& weak : std::vector(monitors_)) {
             const auto monitor = weak.lock();
@@ -67,7 +86,15 @@ class FakeKeyEventMonitors final : public KeyEventMonitors {
         return count;
     }
 
+    /// The key that only the monitors get.
+    std::optional<std::uint16_t> withheld() const {
+        const auto token = withheld_.lock();
+        return token ? std::optional(*token) : std::nullopt;
+    }
+
     bool refuseGlobal = false;
+    bool holdKeyIsAltGr = false;
+    double toldLate = 0;  // seconds that an event waits before it is sent
 
  private:
     struct Monitor {
@@ -82,7 +109,9 @@ class FakeKeyEventMonitors final : public KeyEventMonitors {
         return Subscription(monitor);
     }
 
+    const Executor& executor_;
     std::vector<std::weak_ptr<Monitor>> monitors_;
+    std::weak_ptr<std::uint16_t> withheld_;
 };
 
 /// Keeps what is struck; `onPost` plays the application that gets it.

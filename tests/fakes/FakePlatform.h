@@ -21,9 +21,9 @@ struct FakePlatform {
     TemporaryFolder folder;
     ManualExecutor executor;
     MemoryUserDefaults defaults;
-    FakeKeyEventMonitors keyboard;
+    FakeKeyEventMonitors keyboard{executor};
     FakeMouseEventMonitors mouse;
-    FakeHotKeyRegistrar hotKeys;
+    FakeHotKeyRegistrar hotKeys{executor};
     RecordingEventPoster poster;
     FakePasteboard pasteboard;
     FakeWorkspace workspace;

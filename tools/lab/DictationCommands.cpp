@@ -77,7 +77,7 @@ Json runPushToTalk(const Json& input) {
     const auto events = eventsOf(input);
 
     ManualExecutor executor;
-    FakeKeyEventMonitors keyboard;
+    FakeKeyEventMonitors keyboard{executor};
     PushToTalkMonitor monitor(executor, keyboard, *key);
     Json callbacks = Json::array();
     const auto record = [&](const char* name) {

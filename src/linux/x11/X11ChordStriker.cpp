@@ -188,8 +188,8 @@ void X11ChordStriker::writeDown() {
 
 void X11ChordStriker::releaseLeftovers() {
     const auto property = connection_.atom(leftoversName);
-    const auto asked = xcb_get_property(connection_.get(), 1, connection_.root(), property,
-                                        XCB_ATOM_CARDINAL, 0, 256 / 4);
+    const auto asked =
+        xcb_get_property(connection_.get(), 1, connection_.root(), property, XCB_ATOM_CARDINAL, 0, 256 / 4);
     const auto keys = connection_.reply(xcb_get_property_reply, asked);
     if (!keys || keys->format != 8) return;
     const auto* first = static_cast<const std::uint8_t*>(xcb_get_property_value(keys.get()));

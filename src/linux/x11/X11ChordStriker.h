@@ -15,8 +15,8 @@ namespace dorix {
 /// application's copy and paste chords mind them. Main executor.
 ///
 /// The server gets a chord and all that goes with it in one piece, so that no end of the program can come in
-/// between. What stays behind, modifiers that the user holds and that had to be pressed again, is written down
-/// at the server and let go of by the next program's striker if this one's cannot.
+/// between. What stays behind, modifiers that the user holds and that had to be pressed again, is written
+/// down at the server and let go of by the next program's striker if this one's cannot.
 class X11ChordStriker {
  public:
     /// Lets go of what an earlier program left pressed.

@@ -120,10 +120,11 @@ void X11HotKeyRegistrar::handleKeyPress(const xcb_key_press_event_t& event) {
     if (found == hotKeys_.end() || found->second.isDown) return;
     const Ref ref = found->first;
     found->second.isDown = true;
-    if (handler_) handler_(found->second.id, eventPressed);
+    const double time = input_.timeOf(event);
+    if (handler_) handler_(found->second.id, eventPressed, time);
     // Where another program held the keyboard frozen, the key may have gone up before we hear that it went
     // down.
-    if (!input_.held()[event.detail]) release(ref);
+    if (!input_.held()[event.detail]) release(ref, time);
 }
 
 void X11HotKeyRegistrar::handleStroke(const KeyStroke& stroke) {
@@ -132,10 +133,10 @@ void X11HotKeyRegistrar::handleStroke(const KeyStroke& stroke) {
     for (const auto& [ref, hotKey] : hotKeys_) {
         if (hotKey.isDown && hotKey.grabbed && hotKey.grabbed->key == stroke.key) released.push_back(ref);
     }
-    for (const Ref ref : released) release(ref);
+    for (const Ref ref : released) release(ref, stroke.time);
 }
 
-void X11HotKeyRegistrar::release(Ref ref) {
+void X11HotKeyRegistrar::release(Ref ref, double time) {
     const auto found = hotKeys_.find(ref);
     if (found == hotKeys_.end()) return;
     const HotKeyID id = found->second.id;
@@ -143,7 +144,7 @@ void X11HotKeyRegistrar::release(Ref ref) {
     // The chord's key being ours, the application in front sees its Alt or Super alone.
     if ((input_.modifierFlags() & (modifier::option | modifier::command)) != 0) input_.spoilMenuActivation();
     regrabAll();
-    if (handler_) handler_(id, eventReleased);
+    if (handler_) handler_(id, eventReleased, time);
 }
 
 }  // namespace dorix

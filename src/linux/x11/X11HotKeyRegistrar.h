@@ -49,7 +49,7 @@ class X11HotKeyRegistrar final : public HotKeyRegistrar {
     void regrabAll();
     void handleKeyPress(const xcb_key_press_event_t& event);
     void handleStroke(const KeyStroke& stroke);
-    void release(Ref ref);
+    void release(Ref ref, double time);
 
     X11Connection& connection_;
     X11Keyboard& keyboard_;

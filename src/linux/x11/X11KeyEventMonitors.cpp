@@ -1,5 +1,6 @@
 #include "linux/x11/X11KeyEventMonitors.h"
 
+#include "linux/x11/X11WithheldKey.h"
 #include "platform/KeyCodes.h"
 
 #include <unistd.h>
@@ -53,13 +54,24 @@ bool X11KeyEventMonitors::reportsKey(std::uint16_t keyCode) const {
     return keyboard_.keyFor(keyCode).has_value();
 }
 
-void X11KeyEventMonitors::watchHold(const KeyStroke& stroke) {
-    // Any other stroke has come between already.
-    hold_.stop();
-    if (stroke.direction == KeyStroke::Direction::up || !keyboard_.opensMenus(stroke.key)) return;
+bool X11KeyEventMonitors::typesCharacters(std::uint16_t keyCode) const {
+    const auto key = keyboard_.keyFor(keyCode);
+    return key && keyboard_.shiftsLevels(*key);
+}
+
+Subscription X11KeyEventMonitors::withhold(std::uint16_t keyCode) {
+    if (connection_.isLost()) return {};
+    const auto key = std::make_shared<X11WithheldKey>(connection_, keyboard_, keyCode);
+    return key->isEmpty() ? Subscription{} : Subscription(key);
+}
+
+/// When the stroke is not a tap: any other stroke that comes sooner has come between already.
+void X11KeyEventMonitors::spoilMenu(const KeyStroke& stroke) {
+    if (!keyboard_.opensMenus(stroke.key)) return;
     // With other modifiers it may be a chord for changing the layout, which a key in between would spoil.
-    if (monitors_.isEmpty() || !isOnlyModifierHeld(stroke.key)) return;
-    hold_.once(menuTapLimit, [this] {
+    if (!isOnlyModifierHeld(stroke.key)) return;
+    const double waited = connection_.executor().now() - stroke.time;
+    hold_.once(menuTapLimit - waited, [this] {
         if (!monitors_.isEmpty()) input_.spoilMenuActivation();
     });
 }
@@ -74,12 +86,15 @@ bool X11KeyEventMonitors::isOnlyModifierHeld(xcb_keycode_t key) const {
 }
 
 void X11KeyEventMonitors::handle(const KeyStroke& stroke) {
-    watchHold(stroke);
+    hold_.stop();
     const bool isModifier = keyboard_.isModifier(stroke.key);
     if (!isModifier && stroke.direction == KeyStroke::Direction::up) return;
     const auto mask = isModifier ? KeyEventMask::flagsChanged : KeyEventMask::keyDown;
     const auto scope = focusIsOurs() ? Scope::local : Scope::global;
-    monitors_.notify(scope, mask, {keyboard_.virtualKeyCode(stroke.key), input_.modifierFlags()});
+    menuKept_ = false;
+    monitors_.notify(scope, mask,
+                     {keyboard_.virtualKeyCode(stroke.key), input_.modifierFlags(), stroke.time});
+    if (menuKept_) spoilMenu(stroke);
 }
 
 bool X11KeyEventMonitors::focusIsOurs() {

@@ -14,7 +14,7 @@ namespace dorix {
 /// global otherwise. Raw events can only be observed: a local handler's true does not swallow the key.
 /// Windows of ours that act on Esc filter it themselves where the handler has used it.
 ///
-/// While somebody monitors, an Alt or Super key that is held alone no longer opens the menu of the
+/// An Alt or Super key whose menu is to be kept shut and that is held alone no longer opens the menu of the
 /// application in front when it goes up, as text that is pasted then would go there. A short tap still does.
 class X11KeyEventMonitors final : public KeyEventMonitors {
  public:
@@ -24,13 +24,16 @@ class X11KeyEventMonitors final : public KeyEventMonitors {
     Subscription addGlobalMonitor(KeyEventMask mask, GlobalHandler handler) override;
     Subscription addLocalMonitor(KeyEventMask mask, LocalHandler handler) override;
     bool reportsKey(std::uint16_t keyCode) const override;
+    bool typesCharacters(std::uint16_t keyCode) const override;
+    void keepMenuShut() override { menuKept_ = true; }
+    Subscription withhold(std::uint16_t keyCode) override;
 
  private:
     enum class Scope { global, local };
 
     Subscription add(Scope scope, KeyEventMask mask, std::function<void(const KeyEvent&)> handler);
     void handle(const KeyStroke& stroke);
-    void watchHold(const KeyStroke& stroke);
+    void spoilMenu(const KeyStroke& stroke);
     bool isOnlyModifierHeld(xcb_keycode_t key) const;
     bool focusIsOurs();
 
@@ -40,6 +43,7 @@ class X11KeyEventMonitors final : public KeyEventMonitors {
     X11Windows& windows_;
     Observers<Scope, KeyEventMask, KeyEvent> monitors_;
     std::optional<bool> focusIsOurs_;
+    bool menuKept_ = false;  // asked for the stroke that is being told
     Timer hold_;
     std::vector<Subscription> tokens_;
 };

@@ -42,13 +42,21 @@ void X11KeyInput::selectEvents() {
                       xcb_xkb_per_client_flags(connection_.get(), XCB_XKB_ID_USE_CORE_KBD, detectable,
                                                detectable, 0, 0, 0));
 
+    listenToDevices();
+}
+
+void X11KeyInput::listenToDevices() {
     const auto opcode = xcb_get_extension_data(connection_.get(), &xcb_input_id)->major_opcode;
-    tokens_.push_back(connection_.listenGeneric(opcode, XCB_INPUT_RAW_KEY_PRESS, [this](const auto& event) {
-        handleRaw(event, KeyStroke::Direction::down);
-    }));
-    tokens_.push_back(connection_.listenGeneric(opcode, XCB_INPUT_RAW_KEY_RELEASE, [this](const auto& event) {
-        handleRaw(event, KeyStroke::Direction::up);
-    }));
+    const auto listen = [&](std::uint16_t type, KeyStroke::Direction direction) {
+        tokens_.push_back(connection_.listenGeneric(
+            opcode, type, [this, direction](const auto& event) { handleDevice(event, direction); }));
+    };
+    listen(XCB_INPUT_RAW_KEY_PRESS, KeyStroke::Direction::down);
+    listen(XCB_INPUT_RAW_KEY_RELEASE, KeyStroke::Direction::up);
+    // While a grab of this connection holds the keyboard the server sends it no raw events, but those of the
+    // grab, of whichever kind that is.
+    listen(XCB_INPUT_KEY_PRESS, KeyStroke::Direction::down);
+    listen(XCB_INPUT_KEY_RELEASE, KeyStroke::Direction::up);
     tokens_.push_back(connection_.listen(XCB_KEY_PRESS, [this](const auto& event) { handleGrabbed(event); }));
     tokens_.push_back(
         connection_.listen(XCB_KEY_RELEASE, [this](const auto& event) { handleGrabbed(event); }));
@@ -81,20 +89,20 @@ void X11KeyInput::spoilMenuActivation() {
     connection_.flush();
 }
 
-void X11KeyInput::handleRaw(const xcb_generic_event_t& event, KeyStroke::Direction direction) {
-    const auto& raw = reinterpret_cast<const xcb_input_raw_key_press_event_t&>(event);
-    handle({static_cast<xcb_keycode_t>(raw.detail), direction}, raw.time);
+void X11KeyInput::handleDevice(const xcb_generic_event_t& event, KeyStroke::Direction direction) {
+    // Raw events and those of a grab are alike up to the key.
+    const auto& key = reinterpret_cast<const xcb_input_raw_key_press_event_t&>(event);
+    handle(static_cast<xcb_keycode_t>(key.detail), direction, key.time);
 }
 
-// While a grab of this connection holds the keyboard the server sends it no raw events, but those of the
-// grab.
 void X11KeyInput::handleGrabbed(const xcb_generic_event_t& event) {
     const auto& key = reinterpret_cast<const xcb_key_press_event_t&>(event);
     const bool down = (event.response_type & 0x7FU) == XCB_KEY_PRESS;
-    handle({key.detail, down ? KeyStroke::Direction::down : KeyStroke::Direction::up}, key.time);
+    handle(key.detail, down ? KeyStroke::Direction::down : KeyStroke::Direction::up, key.time);
 }
 
-void X11KeyInput::handle(const KeyStroke& stroke, std::uint32_t time) {
+void X11KeyInput::handle(xcb_keycode_t key, KeyStroke::Direction direction, std::uint32_t time) {
+    const KeyStroke stroke{key, direction, clock_.at(time, connection_.executor().now())};
     if (!wasFaked(stroke) && !isRepeat(stroke, time)) take(stroke);
     if (repairOwed_ && !awaitsFaked()) repair(Adopt::nothing);
 }
@@ -107,7 +115,9 @@ bool X11KeyInput::awaitsFaked() {
 
 bool X11KeyInput::wasFaked(const KeyStroke& stroke) {
     if (!awaitsFaked()) return false;
-    const auto faked = std::ranges::find(faked_, stroke, &Faked::stroke);
+    const auto faked = std::ranges::find_if(faked_, [&](const Faked& other) {
+        return other.stroke.key == stroke.key && other.stroke.direction == stroke.direction;
+    });
     if (faked == faked_.end()) return false;
     // The server does what it is told in order: what was faked before has had no effect and never comes.
     faked_.erase(faked_.begin(), faked + 1);
@@ -132,11 +142,12 @@ void X11KeyInput::repair(Adopt adopt) {
     // While keys of our own are on their way the server's view is not the user's.
     repairOwed_ = awaitsFaked();
     if (!keymap || repairOwed_) return;
+    const double now = connection_.executor().now();
     for (unsigned key = 0; key < held_.size(); ++key) {
         const bool down = (keymap->keys[key / 8] >> (key % 8) & 1U) != 0;
         // A key that is down may be one whose event is still to be read.
         if (down && adopt == Adopt::heldKeys) held_.set(key);
-        if (!down && held_[key]) take({static_cast<xcb_keycode_t>(key), KeyStroke::Direction::up});
+        if (!down && held_[key]) take({static_cast<xcb_keycode_t>(key), KeyStroke::Direction::up, now});
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "linux/x11/X11Connection.h"
 #include "linux/x11/X11Keyboard.h"
+#include "linux/x11/X11ServerClock.h"
 
 #include <array>
 #include <cstdint>
@@ -18,8 +19,8 @@ struct KeyStroke {
 
     xcb_keycode_t key = 0;
     Direction direction = Direction::down;
-
-    bool operator==(const KeyStroke&) const = default;
+    /// When it happened, on the executor's clock.
+    double time = 0;
 };
 
 /// What the user does on the keyboard, whoever has the focus or grabbed it, and the way to fake keys. Main
@@ -42,6 +43,11 @@ class X11KeyInput {
     /// The modifier flags of the keys that the user holds, and of CapsLock.
     std::uint64_t modifierFlags() const;
 
+    /// When a key event happened, as the strokes tell it.
+    double timeOf(const xcb_key_press_event_t& event) {
+        return clock_.at(event.time, connection_.executor().now());
+    }
+
     /// Sends a stroke as if typed; the caller flushes the connection.
     void fake(KeyStroke stroke);
 
@@ -61,9 +67,10 @@ class X11KeyInput {
     };
 
     void selectEvents();
-    void handleRaw(const xcb_generic_event_t& event, KeyStroke::Direction direction);
+    void listenToDevices();
+    void handleDevice(const xcb_generic_event_t& event, KeyStroke::Direction direction);
     void handleGrabbed(const xcb_generic_event_t& event);
-    void handle(const KeyStroke& stroke, std::uint32_t time);
+    void handle(xcb_keycode_t key, KeyStroke::Direction direction, std::uint32_t time);
     bool awaitsFaked();
     bool wasFaked(const KeyStroke& stroke);
     bool isRepeat(const KeyStroke& stroke, std::uint32_t time);
@@ -71,6 +78,7 @@ class X11KeyInput {
 
     X11Connection& connection_;
     X11Keyboard& keyboard_;
+    X11ServerClock clock_;
     X11Keyboard::KeySet held_;
     std::array<std::uint32_t, 256> lastDown_{};
     std::deque<Faked> faked_;

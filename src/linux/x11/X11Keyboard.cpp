@@ -231,6 +231,12 @@ bool X11Keyboard::opensMenus(xcb_keycode_t key) const {
     return std::ranges::find(openers, typed_.symbol(key, group_)) != openers.end();
 }
 
+bool X11Keyboard::shiftsLevels(xcb_keycode_t key) const {
+    static constexpr std::array<xkb_keysym_t, 3> shifts{XKB_KEY_ISO_Level3_Shift, XKB_KEY_ISO_Level5_Shift,
+                                                        XKB_KEY_Mode_switch};
+    return std::ranges::find(shifts, typed_.symbol(key, group_)) != shifts.end();
+}
+
 std::uint64_t X11Keyboard::lockFlags() const {
     return (lockedModifiers_ & XCB_MOD_MASK_LOCK) != 0 ? modifier::capsLock : 0;
 }

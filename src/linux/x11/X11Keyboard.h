@@ -70,6 +70,9 @@ class X11Keyboard {
     /// pressed alone. AltGr is none.
     bool opensMenus(xcb_keycode_t key) const;
 
+    /// A key that is held for what else other keys type, as AltGr, by what it gives now.
+    bool shiftsLevels(xcb_keycode_t key) const;
+
     /// modifier::capsLock while it is on; one event late for the CapsLock key itself.
     std::uint64_t lockFlags() const;
 

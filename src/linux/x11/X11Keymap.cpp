@@ -32,9 +32,9 @@ std::uint32_t coreModifiers(xkb_state* state, xkb_state_component component) {
 
 X11Keymap::X11Keymap(X11Connection& connection, xkb_context* context, std::int32_t device) {
     if (device < 0) return;
-    keymap_.reset(xkb_x11_keymap_new_from_device(context, connection.get(), device,
-                                                 XKB_KEYMAP_COMPILE_NO_FLAGS),
-                  xkb_keymap_unref);
+    keymap_.reset(
+        xkb_x11_keymap_new_from_device(context, connection.get(), device, XKB_KEYMAP_COMPILE_NO_FLAGS),
+        xkb_keymap_unref);
 }
 
 xkb_keysym_t X11Keymap::symbol(xcb_keycode_t key, std::uint8_t group) const {
@@ -81,9 +81,8 @@ std::optional<xcb_keycode_t> X11Keymap::keyTyping(xkb_keysym_t symbol, std::uint
 
 std::optional<xcb_keycode_t> X11Keymap::keySetting(std::uint8_t modifier, xkb_keysym_t symbol) const {
     if (!keymap_) return std::nullopt;
-    const auto usual = firstKeyWhere([&](xcb_keycode_t key) {
-        return this->symbol(key) == symbol && sets(key, modifier);
-    });
+    const auto usual =
+        firstKeyWhere([&](xcb_keycode_t key) { return this->symbol(key) == symbol && sets(key, modifier); });
     return usual ? usual : firstKeyWhere([&](xcb_keycode_t key) { return sets(key, modifier); });
 }
 

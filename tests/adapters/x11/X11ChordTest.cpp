@@ -19,8 +19,7 @@ class Reader {
     explicit Reader(OtherApplication& application)
         : connection_(application.connection()),
           token_(connection_.listen(XCB_KEY_PRESS, [this](const auto& event) {
-              pressed.push_back(
-                  meaningOf(reinterpret_cast<const xcb_key_press_event_t&>(event)));
+              pressed.push_back(meaningOf(reinterpret_cast<const xcb_key_press_event_t&>(event)));
           })) {}
 
     /// "MODIFIERS SYMBOL" of each press, the symbol without modifiers.
@@ -34,9 +33,12 @@ class Reader {
         std::array<char, 64> name{};
         xkb_keysym_get_name(keymap.symbol(event.detail, group), name.data(), name.size());
         std::string modifiers;
-        for (const auto& [bit, letter] : {std::pair{XCB_MOD_MASK_SHIFT, 'S'}, {XCB_MOD_MASK_LOCK, 'L'},
-                                          {XCB_MOD_MASK_CONTROL, 'C'}, {XCB_MOD_MASK_1, '1'},
-                                          {XCB_MOD_MASK_3, '3'}, {XCB_MOD_MASK_4, '4'},
+        for (const auto& [bit, letter] : {std::pair{XCB_MOD_MASK_SHIFT, 'S'},
+                                          {XCB_MOD_MASK_LOCK, 'L'},
+                                          {XCB_MOD_MASK_CONTROL, 'C'},
+                                          {XCB_MOD_MASK_1, '1'},
+                                          {XCB_MOD_MASK_3, '3'},
+                                          {XCB_MOD_MASK_4, '4'},
                                           {XCB_MOD_MASK_5, '5'}}) {
             if ((event.state & bit) != 0) modifiers += letter;
         }
@@ -77,8 +79,8 @@ class X11ChordTest : public XDesktopTest {
 
     /// Of the helps with typing these, and StickyKeys such that two keys at once end them.
     void setControls(std::uint32_t enabled) {
-        constexpr auto affected = XCB_XKB_BOOL_CTRL_SLOW_KEYS | XCB_XKB_BOOL_CTRL_BOUNCE_KEYS |
-                                  XCB_XKB_BOOL_CTRL_STICKY_KEYS;
+        constexpr auto affected =
+            XCB_XKB_BOOL_CTRL_SLOW_KEYS | XCB_XKB_BOOL_CTRL_BOUNCE_KEYS | XCB_XKB_BOOL_CTRL_STICKY_KEYS;
         constexpr auto changed =
             std::uint32_t{XCB_XKB_CONTROL_CONTROLS_ENABLED} | XCB_XKB_BOOL_CTRL_STICKY_KEYS;
         constexpr auto options = XCB_XKB_AX_OPTION_TWO_KEYS | XCB_XKB_AX_OPTION_LATCH_TO_LOCK;
@@ -100,8 +102,8 @@ class X11ChordTest : public XDesktopTest {
     };
     State state() {
         settle();
-        const auto state = user_->reply(xcb_xkb_get_state_reply,
-                                        xcb_xkb_get_state(user_->get(), XCB_XKB_ID_USE_CORE_KBD));
+        const auto state =
+            user_->reply(xcb_xkb_get_state_reply, xcb_xkb_get_state(user_->get(), XCB_XKB_ID_USE_CORE_KBD));
         const auto controls = user_->reply(xcb_xkb_get_controls_reply,
                                            xcb_xkb_get_controls(user_->get(), XCB_XKB_ID_USE_CORE_KBD));
         return {state->baseMods, state->latchedMods,        state->lockedMods,
@@ -119,10 +121,9 @@ class X11ChordTest : public XDesktopTest {
 };
 
 TEST_F(X11ChordTest, IsControlAndTheLetterInEveryLayout) {
-    for (const char* layout :
-         {"us", "us -option ctrl:swapcaps", "us -option ctrl:swap_lalt_lctl", "us -option ctrl:nocaps",
-          "us -option ctrl:rctrl_ralt", "es", "de", "fr", "us -variant dvorak", "de -variant neo",
-          "fr -variant bepo", "es,ru"}) {
+    for (const char* layout : {"us", "us -option ctrl:swapcaps", "us -option ctrl:swap_lalt_lctl",
+                               "us -option ctrl:nocaps", "us -option ctrl:rctrl_ralt", "es", "de", "fr",
+                               "us -variant dvorak", "de -variant neo", "fr -variant bepo", "es,ru"}) {
         // Options add up.
         setLayout(std::string("-option '' ") + layout);
         EXPECT_EQ(struck(), "C v") << layout;

@@ -23,7 +23,7 @@ class X11HotKeyTest : public XDesktopTest {
 
     X11HotKeyTest() {
         registrar_->installEventHandler(
-            [this](HotKeyID id, std::uint32_t kind) { events_.emplace_back(id.id, kind); });
+            [this](HotKeyID id, std::uint32_t kind, double) { events_.emplace_back(id.id, kind); });
     }
 
     void grabAsOther(std::uint16_t modifiers) {

@@ -122,7 +122,7 @@ TEST_F(X11PasteTest, HeldModifiersDoNotMixInAndAreHeldAgainAfterwards) {
 TEST_F(X11PasteTest, ReachesTheApplicationWhileAHotKeyIsHeld) {
     X11HotKeyRegistrar registrar(*connection_, keyboard_, input_);
     std::vector<std::uint32_t> kinds;
-    registrar.installEventHandler([&](HotKeyID, std::uint32_t kind) { kinds.push_back(kind); });
+    registrar.installEventHandler([&](HotKeyID, std::uint32_t kind, double) { kinds.push_back(kind); });
     ASSERT_TRUE(registrar.registerHotKey(keycode::c, hotkeymodifier::option, {1, 1}));
     const auto editor = openApplication("mousepad", "Mousepad");
     userDown(keycode::leftOption);

@@ -43,7 +43,7 @@ class PushToTalkTest : public testing::Test {
     }
 
     ManualExecutor executor;
-    FakeKeyEventMonitors keyboard;
+    FakeKeyEventMonitors keyboard{executor};
     PushToTalkMonitor monitor{executor, keyboard, PushToTalkKey::rightOption};
     std::vector<std::string> calls;
     std::vector<PushToTalkMonitor::Phase> phases;
@@ -98,6 +98,48 @@ TEST_F(PushToTalkTest, EscapeCancelsAHoldAndIsSwallowedOnlyInOwnWindows) {
     EXPECT_TRUE(keyboard.send(KeyEventMask::keyDown, {keycode::escape, 0}, true));
     EXPECT_FALSE(keyboard.send(KeyEventMask::keyDown, {letter, 0}, true));
     EXPECT_FALSE(keyboard.keyDown(keycode::escape)) << "other applications keep their events";
+}
+
+TEST_F(PushToTalkTest, GoesByWhenKeysWereStruckHoweverLateThatIsTold) {
+    // A tap whose release waited: the hold was confirmed meanwhile.
+    hold();
+    keyboard.toldLate = 0.1;
+    release();
+    EXPECT_THAT(calls, ElementsAre("begin", "confirm", "cancel"));
+    calls.clear();
+    // So did the letter of a chord.
+    keyboard.toldLate = 0;
+    hold();
+    keyboard.toldLate = 0.2;
+    EXPECT_FALSE(keyboard.keyDown(letter));
+    EXPECT_THAT(calls, ElementsAre("begin", "confirm", "cancel"));
+    calls.clear();
+    // A hold of which nothing was told before it ended.
+    keyboard.toldLate = 5;
+    press();
+    keyboard.toldLate = 1;
+    release();
+    EXPECT_THAT(calls, ElementsAre("begin", "confirm", "end"));
+    calls.clear();
+    // A press that was told late is confirmed when it should be.
+    keyboard.toldLate = 0.2;
+    press();
+    executor.advanceBy(0.1);
+    EXPECT_THAT(calls, ElementsAre("begin", "confirm"));
+}
+
+TEST_F(PushToTalkTest, AHeldAltGrTypesItsCharacterUnlessTheUserTalks) {
+    bool spoken = true;
+    monitor.hasSpoken = [&] { return spoken; };
+    hold();
+    keyboard.keyDown(letter);
+    keyboard.holdKeyIsAltGr = true;
+    keyboard.keyDown(letter);
+    EXPECT_THAT(calls, ElementsAre("begin", "confirm"));
+    spoken = false;
+    EXPECT_FALSE(keyboard.keyDown(letter));
+    release();
+    EXPECT_THAT(calls, ElementsAre("begin", "confirm", "cancel"));
 }
 
 TEST_F(PushToTalkTest, StartingAgainKeepsFourMonitorsAndDoesWithoutARefusedOne) {

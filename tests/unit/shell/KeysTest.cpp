@@ -26,9 +26,9 @@ class KeysTest : public testing::Test, protected DictationBench {
     }
     bool escape() { return keyboard.send(KeyEventMask::keyDown, {keycode::escape, 0}, true); }
 
-    FakeKeyEventMonitors keyboard;
-    FakeHotKeyRegistrar hotKeys;
-    Keys keys{executor, keyboard, hotKeys, state, settings, permissions, controller};
+    FakeKeyEventMonitors keyboard{executor};
+    FakeHotKeyRegistrar hotKeys{executor};
+    Keys keys{executor, keyboard, hotKeys, state, settings, permissions, speech, controller};
     Toasts toasts{state, settings, controller};
 };
 
@@ -86,6 +86,67 @@ TEST_F(KeysTest, PausingEndsAPressAndKeepsTheMicrophoneShut) {
     release();
     press();
     EXPECT_TRUE(speech.isOn);
+}
+
+TEST_F(KeysTest, ANewHoldKeyEndsThePressOfTheOldOne) {
+    listen();
+    press();
+    executor.advanceBy(0.5);
+    settings.pushToTalkKey.set(PushToTalkKey::rightControl);
+    EXPECT_FALSE(speech.isOn);
+    EXPECT_EQ(state.hud.get(), HUDPhase::hidden());
+    release();
+    keyboard.flags(keycode::rightControl, modifier::control | modifier::deviceRightControl);
+    EXPECT_TRUE(speech.isOn);
+}
+
+TEST_F(KeysTest, EscapeIsTheRecordingsWhileOneIsShown) {
+    listen();
+    press();
+    EXPECT_FALSE(keyboard.withheld()) << "it may be a chord yet";
+    executor.advanceBy(0.3);
+    EXPECT_EQ(keyboard.withheld(), keycode::escape);
+    keyboard.keyDown(keycode::escape);
+    EXPECT_FALSE(keyboard.withheld());
+    release();
+
+    hotKey(dictationKey, HotKeyRegistrar::eventPressed);
+    hotKey(dictationKey, HotKeyRegistrar::eventReleased);
+    EXPECT_EQ(keyboard.withheld(), keycode::escape) << "hands-free";
+    hotKey(dictationKey, HotKeyRegistrar::eventPressed);
+    EXPECT_FALSE(keyboard.withheld()) << "what was said is on its way";
+}
+
+TEST_F(KeysTest, AnAltGrChordLeavesNothingBehindAndSpeechIsNotLostToOne) {
+    listen();
+    keyboard.holdKeyIsAltGr = true;
+    const auto holdAndType = [this](const auto& speak) {
+        press();
+        executor.advanceBy(0.5);
+        speak();
+        keyboard.keyDown(0);
+        return speech.isOn;
+    };
+    EXPECT_FALSE(holdAndType([&] { speech.level.set(0.6F); })) << "the click of a key";
+    EXPECT_EQ(state.hud.get(), HUDPhase::hidden());
+    release();
+    EXPECT_EQ(state.hud.get(), HUDPhase::hidden());
+    EXPECT_TRUE(holdAndType([&] {
+        for (const float level : {0.5F, 0.6F, 0.7F, 0.6F}) speech.level.set(level);
+    }));
+    release();
+    executor.advanceBy(10);
+    EXPECT_TRUE(holdAndType([&] { speech.partial.set("hola"); }));
+}
+
+TEST_F(KeysTest, AHotKeyIsHeldForAsLongAsItWasHoweverLateThatIsTold) {
+    listen();
+    hotKeys.send(dictationKey, HotKeyRegistrar::eventPressed, 0.5);
+    executor.runPosted();
+    EXPECT_TRUE(speech.isOn);
+    hotKey(dictationKey, HotKeyRegistrar::eventReleased);
+    EXPECT_FALSE(state.handsFree.get());
+    EXPECT_EQ(state.hud.get(), HUDPhase::processing());
 }
 
 TEST_F(KeysTest, AGrantThatComesWithAPressDoesNotLoseThePress) {
