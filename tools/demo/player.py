@@ -47,6 +47,10 @@ class Player:
     def key(self, chord: str) -> None:
         self._user.press(*chord.split())
 
+    def layout(self, arguments: str) -> None:
+        if self._desktop.spawn(["setxkbmap", "-option", "", *arguments.split()]).wait() != 0:
+            raise DemoError("there is no such layout")
+
     def restart(self) -> list[str]:
         known = self._dorix.history()
         self._dorix.restart()

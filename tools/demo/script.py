@@ -18,6 +18,7 @@ STEPS = {
     "expect": "WHAT VALUE",
     "hold": "",
     "key": "CHORD...",
+    "layout": "ARGUMENTS",
     "open-panel": "",
     "reinsert": "",
     "reinsert-by-key": "",

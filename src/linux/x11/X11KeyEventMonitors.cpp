@@ -67,12 +67,12 @@ Subscription X11KeyEventMonitors::withhold(std::uint16_t keyCode) {
 
 /// When the stroke is not a tap: any other stroke that comes sooner has come between already.
 void X11KeyEventMonitors::spoilMenu(const KeyStroke& stroke) {
-    if (!keyboard_.opensMenus(stroke.key)) return;
     // With other modifiers it may be a chord for changing the layout, which a key in between would spoil.
     if (!isOnlyModifierHeld(stroke.key)) return;
     const double waited = connection_.executor().now() - stroke.time;
-    hold_.once(menuTapLimit - waited, [this] {
-        if (!monitors_.isEmpty()) input_.spoilMenuActivation();
+    // By then the layout of the keyboard that the key is on is known, if it is not the one typed on before.
+    hold_.once(menuTapLimit - waited, [this, key = stroke.key] {
+        if (!monitors_.isEmpty() && keyboard_.opensMenus(key)) input_.spoilMenuActivation();
     });
 }
 
