@@ -10,6 +10,7 @@ the next start are not those of before, or when a process stays that is not a ke
 """
 
 import argparse
+import contextlib
 import ctypes
 import json
 import os
@@ -42,7 +43,7 @@ SETTINGS = {"appLanguage": "en", "language": "en-US", "onboardingDone": True, "h
 KEY = "Alt_R"
 LEAD = 0.4  # seconds from the key to the words
 AFTER = 1.5  # from the last word to the end of it all
-END_TIMEOUT = 5.0
+END_TIMEOUT = 20.0
 
 
 class Victim:
@@ -80,8 +81,7 @@ class Victim:
         holds = self._clipboard()
         if holds not in ("the user's", "the dictation"):
             amiss.append(f"the clipboard: {holds}")
-        self._end_watchdog()
-        if left := [pid for pid in processes_in(self._desktop.runtime) if self._is_ours(pid) and not keeps(pid)]:
+        if left := self._end_the_rest():
             amiss.append(f"processes stay: {[command(pid) for pid in left]}")
         amiss += self._stores(known)
         return holds, amiss
@@ -115,13 +115,18 @@ class Victim:
         self._keyboard.release(KEY)
         released.set()
 
-    def _end_watchdog(self) -> None:
-        """Before it starts the program anew; what it has written of a start that it will not make is taken back."""
-        for pid in processes_in(self._desktop.runtime):
-            if self._is_ours(pid) and not keeps(pid):
-                os.kill(pid, signal.SIGTERM)
-        wait_until(lambda: not any(self._is_ours(pid) and not keeps(pid) for pid in processes_in(self._desktop.runtime)),
-                   END_TIMEOUT)
+    def _end_the_rest(self) -> list[int]:
+        """Ends the watchdog, and on a busy machine what it has started anew by then; gives what does not end."""
+        deadline = time.monotonic() + END_TIMEOUT
+        while (left := self._left()) and time.monotonic() < deadline:
+            for pid in left:
+                with contextlib.suppress(ProcessLookupError):
+                    os.kill(pid, signal.SIGTERM)
+            wait_until(lambda: not self._left(), 1.0)
+        return left
+
+    def _left(self) -> list[int]:
+        return [pid for pid in processes_in(self._desktop.runtime) if self._is_ours(pid) and not keeps(pid)]
 
     def _is_ours(self, pid: int) -> bool:
         try:

@@ -5,7 +5,7 @@ the keyboard for itself and the screen is locked and unlocked.
     bench/random_presses.py [--binary PATH] [--minutes N] [--seed N]
 
 Fails when DORIX ends, when a key is down at the end that nobody holds, when the processor is not at rest then, when the
-memory that is the program's own has grown by more than MAY_GROW since the first minute, or when holding the key does not
+memory that is the program's own has grown by more than MAY_GROW since the first quarter, or when holding the key does not
 bring up the HUD any more.
 """
 
@@ -35,6 +35,7 @@ KEYS = ("Alt_R", "Alt_R", "Alt_R", "Alt_L", "Control_L", "Control_R", "Shift_L",
 LOCKERS = (["xtrlock"], ["i3lock", "--nofork"])
 MAY_GROW = 8.0  # MiB
 REST = 30.0  # seconds
+QUARTERS = 4
 SETTINGS = {"appLanguage": "en", "language": "en-US", "onboardingDone": True, "hintShownCount": 9}
 
 
@@ -139,6 +140,20 @@ def ticks(pid: int) -> int:
     return int(fields[11]) + int(fields[12])
 
 
+def phases(dorix: Dorix) -> list[str]:
+    return [event["hud"] for event in dorix.events() if "hud" in event]
+
+
+def come_to_rest(desktop: VirtualDesktop, dorix: Dorix) -> None:
+    """Ends what the presses have begun, such as a dictation without a key held."""
+    for _ in range(3):
+        desktop.spawn(["xdotool", "key", "Escape"]).wait()
+        time.sleep(1)
+    if not wait_until(lambda: phases(dorix)[-1:] in ([], ["hidden"]), 20):
+        print(f"the HUD shows {phases(dorix)[-1]}")
+    time.sleep(5)
+
+
 def hears(desktop: VirtualDesktop, dorix: Dorix) -> bool:
     since = len(dorix.events())
     keyboard = Keyboard(desktop.env["DISPLAY"])
@@ -157,24 +172,25 @@ def press_on(directory: Path, options: argparse.Namespace) -> int:
         Editor(desktop)
         dorix = Dorix(desktop, options.binary, desktop.log("dorix"), SETTINGS)
         chance = Chance(desktop, dorix, options.seed)
-        began = time.monotonic()
-        first = 0.0
-        while (age := time.monotonic() - began) < options.minutes * 60:
-            chance.act()
-            dorix.check_running()
-            if not first and age > min(60, options.minutes * 30):
-                first = own_memory(dorix.pid)
+        memory = []
+        for _ in range(QUARTERS):
+            until = time.monotonic() + options.minutes * 60 / QUARTERS
+            while time.monotonic() < until:
+                chance.act()
+                dorix.check_running()
+            memory.append(own_memory(dorix.pid))
         chance.let_all_go()
-        time.sleep(5)  # what was said comes to its end
+        come_to_rest(desktop, dorix)
         down = KeyState(desktop.env["DISPLAY"]).down()
         again = hears(desktop, dorix)
-        time.sleep(5)
+        come_to_rest(desktop, dorix)
         before = ticks(dorix.pid)
         time.sleep(REST)
-        spent, grown = ticks(dorix.pid) - before, own_memory(dorix.pid) - first
+        spent, grown = ticks(dorix.pid) - before, own_memory(dorix.pid) - memory[0]
         dorix.check_running()
         print(f"did {chance.done}\nkeys down at the end: {down or 'none'}\nthe hold key is heard: {again}\n"
-              f"own memory: {first:.1f} MiB after a minute, grown by {grown:.1f}\n"
+              f"own memory after each quarter: {', '.join(f'{amount:.1f}' for amount in memory)} MiB, "
+              f"grown by {grown:.1f} since the first\n"
               f"ticks of the processor in {REST:.0f} s of rest: {spent}\nlog:\n{dorix.log()}", end="")
         return 1 if down or not again or grown > MAY_GROW or spent > 2 else 0
 

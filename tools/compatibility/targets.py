@@ -149,7 +149,7 @@ class Nothing:
 class Vim(Writes):
     def __init__(self, desktop: VirtualDesktop, inserting: bool):
         write = "autocmd TextChanged,TextChangedI * silent! call writefile(getline(1, '$'), '{}', 'b')"
-        super().__init__(desktop, "gvim", ["gvim", "-f", "--clean", "-c", write,
+        super().__init__(desktop, "gvim", ["gvim", "-f", "-n", "--clean", "-c", write,
                                            *(["-c", "startinsert"] if inserting else [])])
 
 
