@@ -130,9 +130,9 @@ class Chance:
 
 
 def own_memory(pid: int) -> float:
+    """In MiB; without the pages of files, which are its own or not as other programs read them too."""
     rollup = Path(f"/proc/{pid}/smaps_rollup").read_text()
-    fields = dict(line.split(":", 1) for line in rollup.splitlines()[1:])
-    return sum(int(fields[name].split()[0]) for name in ("Private_Clean", "Private_Dirty")) / 1024
+    return next(int(line.split()[1]) for line in rollup.splitlines() if line.startswith("Private_Dirty:")) / 1024
 
 
 def ticks(pid: int) -> int:

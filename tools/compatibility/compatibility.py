@@ -289,7 +289,8 @@ What was tried, and what was seen, on {release}, in desktops without a screen. M
     tools/compatibility/compatibility.py --install
 
 where it says how. "Delivered" compares what the application got with what was to be typed, sign for sign; "clipboard"
-compares an image and a list of files that were there, byte for byte, with what is there two seconds later.
+compares an image and a list of files that were there, byte for byte, with what is there two seconds later. What the HUD
+said is in the words of the trace, which names the paste chord ⌘V.
 """
 
 

@@ -130,12 +130,13 @@ void BusConnection::leave() {
     bus_ = unopened();
     isJoined.set(false);
     if (onClosed_) return std::exchange(onClosed_, nullptr)();
+    // One that greets and goes at once is not to keep us busy.
+    if (main_.now() - joinedAt_ > longestDelay) delay_ = firstDelay;
     rejoinLater();
 }
 
-/// One that greets and goes at once is not to keep us busy.
+/// Ever more seldom: a bus that is not there may never come.
 void BusConnection::rejoinLater() {
-    if (main_.now() - joinedAt_ > longestDelay) delay_ = firstDelay;
     rejoin_.once(delay_, [this] { joinOrTryLater(); });
     delay_ = std::min(delay_ * 2, longestDelay);
 }
