@@ -57,7 +57,6 @@ class Cell:
     window_manager: list[str] | None = None  # in place of the desktop's own; [] for none
     keyboard: list[str] | None = None
     beside: list[str] = field(default_factory=list)  # runs from before the clipboard is filled
-    keeps_image: bool = True
 
 
 APPLICATIONS = [

@@ -157,7 +157,7 @@ def emacs(desktop: VirtualDesktop) -> Target:
     keep = "(add-hook 'after-change-functions (lambda (&rest _) (write-region nil nil \"{}\" nil 'silent)))"
     return Writes(desktop, "emacs", ["emacs", "-Q", "--eval", "(switch-to-buffer \"field\")", "--eval",
                                      "(set-buffer-file-coding-system 'utf-8)", "--eval",
-                                     f"(setq coding-system-for-write 'utf-8)", "--eval", keep])
+                                     "(setq coding-system-for-write 'utf-8)", "--eval", keep])
 
 
 def tk(desktop: VirtualDesktop) -> Target:
