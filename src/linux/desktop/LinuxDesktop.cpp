@@ -126,8 +126,7 @@ struct LinuxDesktop::Adapters {
     PulseAudioEngineFactory audio;
     PocketsphinxRecognition recognition;
     LinuxPrivacyGrants grants{
-        {.hasSoundInput = [this] { return audio.makeEngine()->inputFormat().channelCount > 0; },
-         .hasRecogniser = [this] { return recognition.supportedLocale("en-US").has_value(); },
+        {.hasRecogniser = [this] { return recognition.supportedLocale("en-US").has_value(); },
          .canUseOtherApplications = [this] { return hasDisplay() && accessibility.isAvailable(); },
          .canCaptureScreen = [this] { return hasDisplay(); }}};
     PulseSystemSounds sounds{audio.connection()};

@@ -7,12 +7,12 @@
 namespace dorix {
 
 /// A Linux desktop has no grants to give: what is there may be used. So each answer tells whether the means
-/// is there, a request changes nothing, and there is no settings page to open.
+/// is there, a request changes nothing, and there is no settings page to open. Only the microphone comes and
+/// goes while the program runs: that there is none now is no refusal, and shows when one is to be opened.
 class LinuxPrivacyGrants final : public PrivacyGrants {
  public:
     /// Each is asked on the main executor whenever the grant is read, and answers at once.
     struct Means {
-        std::function<bool()> hasSoundInput;
         std::function<bool()> hasRecogniser;
         /// Other applications can be looked into and typed into.
         std::function<bool()> canUseOtherApplications;
@@ -21,9 +21,7 @@ class LinuxPrivacyGrants final : public PrivacyGrants {
 
     explicit LinuxPrivacyGrants(Means means) : means_(std::move(means)) {}
 
-    AuthorizationStatus microphoneStatus() const override {
-        return means_.hasSoundInput() ? AuthorizationStatus::authorized : AuthorizationStatus::denied;
-    }
+    AuthorizationStatus microphoneStatus() const override { return AuthorizationStatus::authorized; }
     SpeechAuthorizationStatus speechStatus() const override {
         return means_.hasRecogniser() ? SpeechAuthorizationStatus::authorized
                                       : SpeechAuthorizationStatus::denied;
