@@ -1,6 +1,8 @@
 #include "app/WatchdogProcess.h"
+#include "base/Error.h"
 #include "base/Log.h"
 #include "base/async/TaskScope.h"
+#include "base/async/Timeout.h"
 #include "linux/dbus/DBusSingleInstance.h"
 #include "linux/desktop/LinuxDesktop.h"
 #include "linux/log/JournalLog.h"
@@ -22,6 +24,7 @@
 #include <QCoreApplication>
 #include <csignal>
 #include <cstdlib>
+#include <exception>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -33,6 +36,10 @@
 namespace {
 
 using namespace dorix;
+
+// Seconds. Each part has bounds of its own; these are for when one of them fails.
+constexpr double longestSettling = 20;
+constexpr double longestHandOver = 3;
 
 /// The program's main loop, as the core may end it.
 class MainApplication final : public Application {
@@ -54,9 +61,17 @@ class MainApplication final : public Application {
 
  private:
     Task<void> quit() {
-        if (settled) co_await settled();
-        co_await desktop_.handOverClipboard();
+        if (settled) co_await atMost(longestSettling, settled());
+        co_await atMost(longestHandOver, desktop_.handOverClipboard());
         QCoreApplication::quit();
+    }
+    /// Neither a failure nor a service that does not answer keeps the program from ending.
+    static Task<void> atMost(double seconds, Task<void> work) {
+        try {
+            co_await withTimeout(std::move(work), seconds);
+        } catch (...) {
+            logLine("al terminar: " + localizedDescription(std::current_exception()));
+        }
     }
 
     LinuxDesktop& desktop_;
