@@ -27,10 +27,7 @@ Composer::Composer(Executor& executor, AppState& state, SettingsStore& settings,
 void Composer::send(AppContext target) {
     const std::string text(text::trim(state_.composerText.get()));
     if (text.empty() || assistant_ == nullptr) return;
-    if (state_.composerRecording.get()) {
-        forgetRecording();
-        speech_.cancel();
-    }
+    dropRecording();
     if (state_.composerScreen.get() && !permissions_.screen.get()) {
         permissions_.requestScreen();
         permissions_.refresh();
@@ -43,14 +40,16 @@ void Composer::send(AppContext target) {
 }
 
 void Composer::startRecording() {
-    yieldMicrophone();
     state_.composerRecording.set(true);
+    speech_.onAudioLost = [this] { audioLost(); };
     tasks_.spawn(record(++take_));
 }
 
 Task<void> Composer::record(int take) {
     try {
         co_await speech_.start(settings_.language.get());
+    } catch (const Cancelled&) {
+        throw;
     } catch (...) {
         if (take != take_) co_return;
         state_.composerRecording.set(false);
@@ -58,35 +57,34 @@ Task<void> Composer::record(int take) {
     }
 }
 
-void Composer::finishRecording() {
-    state_.composerRecording.set(false);
-    finishing_ = true;
-    tasks_.spawn(takeTranscript(take_));
-}
-
-Task<void> Composer::takeTranscript(int take) {
-    const std::string transcript = co_await speech_.stop();
-    if (take != take_) co_return;
-    finishing_ = false;
-    append(transcript);
-    state_.focusRequest.set(AppState::FocusTarget::composer);
-}
+void Composer::finishRecording() { endRecording(Then::focus); }
 
 void Composer::yieldMicrophone() {
-    if (!state_.composerRecording.get() && !finishing_) return;
-    const std::string understood = speech_.partial.get();
-    forgetRecording();
-    append(understood);
+    if (state_.composerRecording.get()) endRecording(Then::nothing);
 }
 
-void Composer::forgetRecording() {
+void Composer::endRecording(Then then) {
     state_.composerRecording.set(false);
-    finishing_ = false;
     ++take_;
+    tasks_.spawn(takeWords(speech_.stop(), then));
 }
 
-void Composer::append(const std::string& transcript) {
+void Composer::audioLost() {
+    yieldMicrophone();
+    hud_.flashNoSound();
+}
+
+Task<void> Composer::takeWords(Task<std::string> words, Then then) {
+    const std::string transcript = co_await std::move(words);
     if (!transcript.empty()) state_.composerText.set(join(state_.composerText.get(), transcript));
+    if (then == Then::focus) state_.focusRequest.set(AppState::FocusTarget::composer);
+}
+
+void Composer::dropRecording() {
+    if (!state_.composerRecording.get()) return;
+    state_.composerRecording.set(false);
+    ++take_;
+    speech_.cancel();
 }
 
 }  // namespace dorix

@@ -4,6 +4,8 @@
 #include "context/AppContext.h"
 #include "dictation/HUDFlash.h"
 
+#include <string>
+
 namespace dorix {
 
 class Assistant;
@@ -23,18 +25,25 @@ class Composer {
     /// or when it cannot be asked yet.
     void send(AppContext target);
 
-    /// What is said from now on will join the text.
+    /// What is said from now on will join the text. No other recording runs.
     void startRecording();
+    /// What was said joins the text, which gets the keyboard.
     void finishRecording();
 
-    /// Another recording takes the microphone: what was understood so far joins the text.
+    // Nothing happens without a recording:
+
+    /// The microphone is wanted elsewhere: what was said so far joins the text.
     void yieldMicrophone();
+    /// Ends it without a word, and without its words.
+    void dropRecording();
 
  private:
+    enum class Then { nothing, focus };
+
     Task<void> record(int take);
-    Task<void> takeTranscript(int take);
-    void forgetRecording();
-    void append(const std::string& transcript);
+    void endRecording(Then then);
+    void audioLost();
+    Task<void> takeWords(Task<std::string> words, Then then);
 
     AppState& state_;
     SettingsStore& settings_;
@@ -42,8 +51,7 @@ class Composer {
     SpeechInput& speech_;
     HUDFlash& hud_;
     Assistant* const assistant_;
-    int take_ = 0;            // the last recording; what is left of an earlier one comes too late
-    bool finishing_ = false;  // it was ended, its last words are still to come
+    int take_ = 0;  // the newest recording
     TaskScope tasks_;
 };
 

@@ -2,13 +2,17 @@
 
 #include "base/Error.h"
 #include "base/Log.h"
+#include "base/async/Timeout.h"
+#include "base/text/Text.h"
 #include "dictation/Composer.h"
 #include "dictation/UtteranceRoads.h"
 #include "dictation/WrittenText.h"
 #include "localdata/Language.h"
 #include "localdata/SettingsStore.h"
 #include "permissions/Permissions.h"
+#include "platform/SessionState.h"
 #include "platform/SystemSounds.h"
+#include "speech/SpeechInput.h"
 
 #include <utility>
 
@@ -17,16 +21,27 @@ namespace dorix {
 namespace {
 constexpr double soundVolume = 0.25;
 constexpr double tapLimit = 0.4;
+
+/// How many utterances may be in the works when another recording begins: one is processed, two wait. Nobody
+/// speaks further ahead than that without looking.
+constexpr int mostInWorks = 3;
+
+// Seconds that the program's end waits for the utterances, then for those that were told to hurry, and for an
+// insertion.
+constexpr double endPatience = 3.0;
+constexpr double hurryPatience = 0.5;
+constexpr double insertionPatience = 2.0;
 }  // namespace
 
 DictationController::DictationController(Executor& executor, AppState& state, SettingsStore& settings,
                                          Permissions& permissions, SpeechInput& speech, SystemSounds& sounds,
                                          Recorder& recorder, UtteranceRoads& roads, WrittenText& written,
-                                         Composer& composer, HUDFlash& hud)
+                                         Composer& composer, HUDFlash& hud, const SessionState& session)
     : executor_(executor),
       state_(state),
       settings_(settings),
       permissions_(permissions),
+      speech_(speech),
       sounds_(sounds),
       recorder_(recorder),
       roads_(roads),
@@ -35,12 +50,16 @@ DictationController::DictationController(Executor& executor, AppState& state, Se
       hud_(hud),
       handsFree_(executor, state, speech,
                  {.nothingHeard = [this] { nothingHeard(); }, .finished = [this] { stopAndProcess(); }}),
+      session_(session),
+      lockObserver_(session.locked.subscribe([this](bool locked) { lockedChanged(locked); })),
       tasks_(executor) {
     recorder_.onAudioLost = [this] { audioLost(); };
+    recorder_.onFailure = [this] { startFailed(); };
 }
 
 DictationController::~DictationController() {
     recorder_.onAudioLost = [] {};
+    recorder_.onFailure = [] {};
 }
 
 bool DictationController::isIdle() const {
@@ -60,7 +79,15 @@ bool DictationController::begin(Source source, Mode mode) {
 }
 
 bool DictationController::mayBegin(Mode mode) {
-    if (busy_.get() || isRecording() || settings_.paused.get() || !accountReady()) return false;
+    if (isRecording() || isEnding_ || session_.locked.get() || settings_.paused.get()) return false;
+    if (inWorks_ >= mostInWorks) {
+        flash(HUDPhase::info(tr("Aún estoy con lo que has dicho antes. Espera un momento y repítelo.")), 2.4);
+        return false;
+    }
+    return accountReady() && hasGrants(mode);
+}
+
+bool DictationController::hasGrants(Mode mode) {
     if (!recorder_.mayUseMicrophone()) {
         flash(HUDPhase::error(tr("DORIX necesita acceso al micrófono. Ábrelo desde Ajustes.")), 3.0);
         return false;
@@ -77,50 +104,80 @@ bool DictationController::mayBegin(Mode mode) {
     return true;
 }
 
-void DictationController::audioLost() {
-    if (!isRecording()) return;
-    cancelRecording();
-    flash(
-        HUDPhase::error(tr("No me llega sonido del micrófono. Si acabas de conectar unos auriculares, prueba "
-                           "otra vez.")),
-        4.0);
-}
-
 void DictationController::showListening() {
+    if (recorder_.failure()) return tellFailure();
     if (state_.panelOpen.get()) {
         // Unless another application has come in front of the panel meanwhile.
         if (!recorder_.context().app) recorder_.setContext(panelTarget);
         closePanel();
     }
     recorder_.show();
-    hud_.cancel();
-    state_.asking.set(mode_ == Mode::ask);
     state_.hidesWords.set(recorder_.context().hasSecretFocus);
-    state_.hud.set(HUDPhase::listening());
+    hud_.showListening(mode_ == Mode::ask);
     if (mode_ == Mode::write) written_.prepare();
     playSound("Tink");
+}
+
+/// What might still be a tap has not been shown, and neither is what went wrong with it.
+void DictationController::startFailed() {
+    if (hud_.isListening()) tellFailure();
+}
+
+/// Nobody is left talking to a microphone that never opened.
+void DictationController::tellFailure() {
+    const auto failure = recorder_.failure();
+    cancelRecording();
+    flash(HUDPhase::error(localizedDescription(failure)), 3.5);
+}
+
+void DictationController::audioLost() {
+    if (!isRecording()) return;
+    auto ended = endRecording();
+    hud_.hideListening();
+    hud_.flashNoSound();
+    process(std::move(ended), Fate::keepHalf);
 }
 
 void DictationController::cancelRecording() {
     handsFree_.end();
     // Without a recording, what the speech engine may be busy with is the composer's or already said.
     if (recorder_.cancel()) written_.forgetPrepared();
-    if (state_.hud.get() == HUDPhase::listening()) state_.hud.set(HUDPhase::hidden());
+    hud_.hideListening();
 }
 
 void DictationController::stopAndProcess() {
     if (!isRecording()) return;
+    auto ended = endRecording();
+    hud_.showProcessing();
+    playSound("Pop");
+    const auto fate = ended.isWhole ? Fate::carry : Fate::keepHalf;
+    process(std::move(ended), fate);
+}
+
+Recorder::Ended DictationController::endRecording() {
     handsFree_.end();
     auto ended = recorder_.end();
+    ++inWorks_;
     busy_.set(true);
-    state_.hud.set(HUDPhase::processing());
-    playSound("Pop");
-    tasks_.spawn(process(std::move(ended), mode_));
+    return ended;
 }
 
 void DictationController::nothingHeard() {
     cancelRecording();
     flash(HUDPhase::info(tr("No te he oído. Pulsa ⌥ Espacio y habla.")), 2.4);
+}
+
+/// Whoever speaks before a locked screen may not be the user, and keys would go to the one who locked it.
+void DictationController::lockedChanged(bool locked) {
+    if (locked) {
+        cancelRecording();
+        composer_.yieldMicrophone();
+        shortcutPressedAt_.reset();  // its release goes to the lock
+    } else if (std::exchange(keptWhileLocked_, false)) {
+        flash(HUDPhase::info(
+                  tr("Con la pantalla bloqueada no escribo: lo que has dictado está en el historial.")),
+              4.0);
+    }
 }
 
 void DictationController::playSound(std::string_view name) {
@@ -151,53 +208,106 @@ void DictationController::shortcutReleased(std::optional<double> at) {
 
 // From the transcript to the text at the cursor
 
-/// However an utterance ends, the next one must not be refused.
+/// An utterance on its way. However that ends, also when the whole flow does, words that have not arrived are
+/// in the history, and the next ones have their turn.
 struct DictationController::Processing {
     DictationController& flow;
-    ShotTask shot;
+    Recording recording;
+    std::string words;  // that have not arrived, as far as they are known
 
     ~Processing() {
-        flow.written_.forgetPrepared();
-        shot.cancel();
-        flow.busy_.set(false);
+        if (!words.empty()) flow.written_.keep(words, recording);
+        recording.shot.cancel();
+        // What is prepared by now may be for the recording that runs.
+        if (!flow.isRecording()) flow.written_.forgetPrepared();
+        const bool more = --flow.inWorks_ > 0;
+        flow.hud_.setProcessing(more);
+        flow.busy_.set(more);
     }
 };
 
-Task<void> DictationController::process(Recorder::Ended ended, Mode mode) {
-    const Processing processing{*this, ended.recording.shot};
-    std::string transcript;
+void DictationController::process(Recorder::Ended ended, Fate fate) {
+    std::erase_if(utterances_, [](const auto& utterance) { return utterance.isDone(); });
+    std::optional<TaskHandle<void>> before;
+    if (!utterances_.empty()) before = utterances_.back();
+    utterances_.push_back(tasks_.spawn(carryThrough(std::move(ended), mode_, fate, before)));
+}
+
+Task<void> DictationController::carryThrough(Recorder::Ended ended, Mode mode, Fate fate,
+                                             std::optional<TaskHandle<void>> before) {
+    Processing utterance{*this, ended.recording, ended.partial};
     try {
-        transcript = co_await recorder_.transcript(ended.startTask);
-        co_await carry(transcript, mode, ended.recording);
-    } catch (const Cancelled&) {
+        co_await ended.startTask;
+        utterance.words = text::trim(co_await std::move(ended.words));
+        if (before) co_await *before;
+        if (co_await carry(utterance.words, mode, fate, ended.recording)) utterance.words.clear();
+    } catch (const Cancelled&) {  // NOLINT(bugprone-empty-catch)
         // Whoever cancelled what this waited for has told the user what there is to tell.
-        if (state_.hud.get() == HUDPhase::processing()) state_.hud.set(HUDPhase::hidden());
     } catch (...) {
-        failed(std::current_exception(), transcript, ended.recording);
+        failed(std::current_exception(), !utterance.words.empty());
     }
 }
 
-Task<void> DictationController::carry(std::string transcript, Mode mode, Recording recording) {
+/// False when the words did not get anywhere.
+Task<bool> DictationController::carry(std::string transcript, Mode mode, Fate fate, Recording recording) {
+    if (fate == Fate::keep) co_return false;
+    if (fate == Fate::keepHalf) {
+        if (transcript.empty()) {
+            hud_.flashNoSound();
+        } else {
+            flash(
+                HUDPhase::error(tr("Me he quedado sin micrófono a mitad de frase. Lo que he oído está en el "
+                                   "historial.")),
+                4.0);
+        }
+        co_return false;
+    }
     if (transcript.empty()) {
         flash(HUDPhase::info(tr("No te he oído. Mantén pulsado ⌥ Espacio mientras hablas.")), 2.4);
-    } else if (mode == Mode::write) {
+        co_return true;
+    }
+    if (session_.locked.get()) keptWhileLocked_ = true;
+    if (session_.locked.get() || isLate_) co_return false;
+    if (mode == Mode::write) {
         co_await roads_.write(std::move(transcript), std::move(recording));
     } else {
         co_await roads_.ask(std::move(transcript), std::move(recording));
     }
+    co_return true;
 }
 
-void DictationController::failed(const std::exception_ptr& error, const std::string& transcript,
-                                 const Recording& recording) {
+void DictationController::failed(const std::exception_ptr& error, bool hasWords) {
     const std::string description = localizedDescription(error);
     flash(HUDPhase::error(description), 3.5);
-    if (transcript.empty()) {
-        recorder_.abandon();
-    } else {
-        // None of the collaborators may fail here; when one does all the same, the words are not lost.
-        logLine("no se pudo completar lo dictado: " + description);
-        written_.keep(transcript, recording);
+    // None of the collaborators may fail with the words; when one does all the same, they are kept.
+    if (hasWords) logLine("no se pudo completar lo dictado: " + description);
+}
+
+// The end
+
+Task<void> DictationController::idle() {
+    // Each waits for the one before, so that the last to begin is the last to end.
+    while (!utterances_.empty() && !utterances_.back().isDone()) {
+        const auto last = utterances_.back();
+        co_await last;
     }
+}
+
+Task<void> DictationController::settled() {
+    isEnding_ = true;
+    composer_.yieldMicrophone();
+    if (isRecording()) {
+        auto ended = endRecording();
+        hud_.hideListening();
+        process(std::move(ended), Fate::keep);
+    }
+    if (!co_await withTimeout(idle(), endPatience)) {
+        isLate_ = true;
+        speech_.hurry();
+        for (const auto& utterance : utterances_) utterance.cancel();
+        co_await withTimeout(idle(), hurryPatience);
+    }
+    co_await withTimeout(written_.settled(), insertionPatience);
 }
 
 // The panel
@@ -213,10 +323,12 @@ void DictationController::sendComposer() { composer_.send(panelTarget); }
 void DictationController::toggleComposerMic() {
     if (state_.composerRecording.get()) {
         composer_.finishRecording();
-    } else if (!settings_.paused.get() && !isRecording() && !busy_.get() && recorder_.mayUseMicrophone()) {
-        // While busy the recogniser may still owe the last words of the dictation.
+    } else if (!settings_.paused.get() && !isRecording() && !isEnding_ && !session_.locked.get() &&
+               recorder_.mayUseMicrophone()) {
         composer_.startRecording();
     }
 }
+
+void DictationController::dropComposerRecording() { composer_.dropRecording(); }
 
 }  // namespace dorix

@@ -11,18 +11,22 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace dorix {
 
 class Composer;
 class SystemSounds;
+struct SessionState;
 class UtteranceRoads;
 class WrittenText;
 struct HistoryItem;
 
 /// The heart of a dictation: from the signals of the keys through a recording to the text at the cursor, with
-/// all that is timed, shown and saved around it. One recording and one utterance at a time. Main executor;
-/// what it is given outlives it.
+/// all that is timed, shown and saved around it. One recording at a time, and one utterance: while it is
+/// processed the next may be recorded, and waits for its turn, so that texts come in the order of speech.
+/// Words that are not typed, for whatever reason, are in the history. Main executor; what it is given
+/// outlives it.
 class DictationController {
  public:
     enum class Mode { write, ask };
@@ -31,7 +35,7 @@ class DictationController {
     DictationController(Executor& executor, AppState& state, SettingsStore& settings,
                         Permissions& permissions, SpeechInput& speech, SystemSounds& sounds,
                         Recorder& recorder, UtteranceRoads& roads, WrittenText& written, Composer& composer,
-                        HUDFlash& hud);
+                        HUDFlash& hud, const SessionState& session);
     ~DictationController();
     DictationController(const DictationController&) = delete;
     DictationController& operator=(const DictationController&) = delete;
@@ -64,6 +68,13 @@ class DictationController {
     void sendComposer();
     void toggleComposerMic();
 
+    /// The panel closes.
+    void dropComposerRecording();
+
+    /// Nothing begins any more. Returns when all that was said is typed or in the history, and no insertion
+    /// is under way; what takes longer than a few seconds goes to the history.
+    Task<void> settled();
+
     bool isRecording() const { return recorder_.isRecording(); }
     /// Whose recording runs; absent when none does.
     std::optional<Source> source() const { return recorder_.source(); }
@@ -80,20 +91,36 @@ class DictationController {
     std::function<bool()> accountReady = [] { return true; };
 
  private:
+    /// What becomes of the words of a recording that has ended.
+    enum class Fate {
+        carry,     // they go where they belong
+        keepHalf,  // to the history, since some may be missing
+        keep,      // to the history, without a word
+    };
+    struct Processing;
+
     bool mayBegin(Mode mode);
+    bool hasGrants(Mode mode);
+    void startFailed();
+    void tellFailure();
     void audioLost();
     void nothingHeard();
+    void lockedChanged(bool locked);
     void playSound(std::string_view name);
 
-    struct Processing;
-    Task<void> process(Recorder::Ended ended, Mode mode);
-    Task<void> carry(std::string transcript, Mode mode, Recording recording);
-    void failed(const std::exception_ptr& error, const std::string& transcript, const Recording& recording);
+    Recorder::Ended endRecording();
+    void process(Recorder::Ended ended, Fate fate);
+    Task<void> carryThrough(Recorder::Ended ended, Mode mode, Fate fate,
+                            std::optional<TaskHandle<void>> before);
+    Task<bool> carry(std::string transcript, Mode mode, Fate fate, Recording recording);
+    void failed(const std::exception_ptr& error, bool hasWords);
+    Task<void> idle();
 
     Executor& executor_;
     AppState& state_;
     SettingsStore& settings_;
     Permissions& permissions_;
+    SpeechInput& speech_;
     SystemSounds& sounds_;
     Recorder& recorder_;
     UtteranceRoads& roads_;
@@ -103,7 +130,14 @@ class DictationController {
     HandsFree handsFree_;
     Mode mode_ = Mode::write;
     Observable<bool> busy_;
+    int inWorks_ = 0;                           // utterances that are not through
+    std::vector<TaskHandle<void>> utterances_;  // they, in the order of speech, and some that are through
+    bool isEnding_ = false;                     // the program ends
+    bool isLate_ = false;                       // and cannot wait any longer
+    bool keptWhileLocked_ = false;              // words of which nobody has been told where they are
     std::optional<double> shortcutPressedAt_;
+    const SessionState& session_;
+    const Subscription lockObserver_;
     TaskScope tasks_;
 };
 

@@ -33,6 +33,8 @@ void HandsFree::end() {
 void HandsFree::watch() {
     if (!state_.handsFree.get()) return;
     const double now = executor_.now();
+    // As long as no words can come, their absence is no silence.
+    if (speech_.isBehind()) start_ = lastChange_ = now;
     if (speech_.partial.get() != partial_) {
         partial_ = speech_.partial.get();
         lastChange_ = now;

@@ -1,6 +1,5 @@
 #include "dictation/Recorder.h"
 
-#include "base/text/Text.h"
 #include "localdata/SettingsStore.h"
 #include "permissions/Permissions.h"
 #include "platform/Accessibility.h"
@@ -20,9 +19,7 @@ Recorder::Recorder(Executor& executor, SettingsStore& settings, Permissions& per
       workspace_(workspace),
       accessibility_(accessibility),
       screen_(screen),
-      tasks_(executor) {
-    speech_.onAudioLost = [this] { onAudioLost(); };
-}
+      tasks_(executor) {}
 
 Recorder::~Recorder() { speech_.onAudioLost = nullptr; }
 
@@ -33,6 +30,8 @@ bool Recorder::mayUseMicrophone() {
 
 void Recorder::begin(Source source) {
     source_ = source;
+    failure_ = nullptr;
+    speech_.onAudioLost = [this] { onAudioLost(); };
     const double startedAt = executor_.date();
     // The microphone first: an application that is slow to tell of itself must not cost the first word.
     startTask_ = tasks_.spawn(speech_.start(settings_.language.get()));
@@ -40,17 +39,30 @@ void Recorder::begin(Source source) {
         .context = captureAppContext(workspace_, accessibility_), .startedAt = startedAt, .shot = {}};
     if (screen_ != nullptr && permissions_.screen.get())
         recording_.shot = ShotTask(tasks_, *screen_, recording_.context.app);
+    tasks_.spawn(watchStart(*startTask_, ++number_));
+}
+
+Task<void> Recorder::watchStart(TaskHandle<void> startTask, int number) {
+    try {
+        co_await startTask;
+    } catch (const Cancelled&) {
+        throw;
+    } catch (...) {
+        if (number != number_ || !isRecording()) co_return;
+        failure_ = std::current_exception();
+        onFailure();
+    }
 }
 
 Recorder::Ended Recorder::end() {
     source_.reset();
     shown_.set(false);
-    return {*std::exchange(startTask_, std::nullopt), std::move(recording_)};
-}
-
-Task<std::string> Recorder::transcript(TaskHandle<void> startTask) {
-    co_await startTask;
-    co_return std::string(text::trim(co_await speech_.stop()));
+    const bool isWhole = !speech_.lacksSound();
+    return {.startTask = *std::exchange(startTask_, std::nullopt),
+            .words = speech_.stop(),
+            .partial = speech_.partial.get(),
+            .recording = std::move(recording_),
+            .isWhole = isWhole};
 }
 
 bool Recorder::cancel() {
@@ -63,7 +75,5 @@ bool Recorder::cancel() {
     speech_.cancel();
     return true;
 }
-
-void Recorder::abandon() { speech_.cancel(); }
 
 }  // namespace dorix

@@ -5,6 +5,7 @@
 #include "context/AppContext.h"
 #include "context/ScreenCapture.h"
 
+#include <exception>
 #include <functional>
 #include <optional>
 #include <string>
@@ -55,25 +56,30 @@ class Recorder {
     /// The text goes elsewhere than to what is in front.
     void setContext(AppContext context) { recording_.context = std::move(context); }
 
-    /// A recording whose microphone may still be opening.
+    /// A recording that is over; its microphone may still have been about to open.
     struct Ended {
-        TaskHandle<void> startTask;
+        TaskHandle<void> startTask;  // throws what kept the microphone from opening
+        Task<std::string> words;     // as SpeechInput::stop() gives them
+        std::string partial;         // what was understood by the end
         Recording recording;
+        bool isWhole = true;  // no sound was missing from it
     };
-    /// No sound is wanted any more; what was said is to be had by transcript(). Only while one runs.
+    /// Closes the microphone. Only while one runs.
     Ended end();
-    /// Waits for the microphone to have opened and then for the last words; throws what kept it from opening.
-    Task<std::string> transcript(TaskHandle<void> startTask);
 
     /// Drops the recording and its picture; false when none runs.
     bool cancel();
-    /// Drops what is left of a recording that could not be ended well.
-    void abandon();
 
-    /// Called when no sound arrives any more.
+    /// What kept the microphone of the recording that runs from opening; null while nothing did.
+    std::exception_ptr failure() const { return failure_; }
+
+    /// Called when the recording that runs gets no sound any more, or cannot begin.
     std::function<void()> onAudioLost = [] {};
+    std::function<void()> onFailure = [] {};
 
  private:
+    Task<void> watchStart(TaskHandle<void> startTask, int number);
+
     Executor& executor_;
     SettingsStore& settings_;
     Permissions& permissions_;
@@ -85,6 +91,8 @@ class Recorder {
     std::optional<Source> source_;
     std::optional<TaskHandle<void>> startTask_;
     Observable<bool> shown_;
+    std::exception_ptr failure_;
+    int number_ = 0;  // of the newest recording
     TaskScope tasks_;
 };
 

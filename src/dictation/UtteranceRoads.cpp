@@ -6,6 +6,7 @@
 #include "context/SelectionProbe.h"
 #include "dictation/FrontDocument.h"
 #include "learning/Teaching.h"
+#include "localdata/Language.h"
 #include "localdata/SettingsStore.h"
 #include "meeting/Meeting.h"
 #include "routing/IntentRules.h"
@@ -41,11 +42,9 @@ bool mayHaveCursor(const AppContext& context) { return context.hasEditableFocus 
 
 }  // namespace
 
-UtteranceRoads::UtteranceRoads(AppState& state, Writer& writer, SelectionProbe& selection,
-                               Accessibility& accessibility, WrittenText& written, HUDFlash& hud,
-                               const Destinations& destinations)
-    : state_(state),
-      writer_(writer),
+UtteranceRoads::UtteranceRoads(Writer& writer, SelectionProbe& selection, Accessibility& accessibility,
+                               WrittenText& written, HUDFlash& hud, const Destinations& destinations)
+    : writer_(writer),
       selection_(selection),
       accessibility_(accessibility),
       written_(written),
@@ -56,11 +55,9 @@ void UtteranceRoads::announce(const AppContext& context) {
     if (!writer_.usesCloudEngine()) writer_.prewarm(written_.request(context, ""));
 }
 
-void UtteranceRoads::hideHUD() const { state_.hud.set(HUDPhase::hidden()); }
-
 void UtteranceRoads::handOver(Route route) const {
     onRoute(route);
-    hideHUD();
+    hud_.setProcessing(false);
 }
 
 Task<void> UtteranceRoads::write(std::string transcript, Recording recording) {
@@ -199,7 +196,7 @@ Task<void> UtteranceRoads::writeOrAsk(Spoken spoken) {
         co_await plain(std::move(spoken));
         co_return;
     }
-    state_.asking.set(true);
+    hud_.setAsking();
     co_await ask(std::move(spoken.transcript), std::move(spoken.recording));
 }
 
@@ -219,7 +216,10 @@ Task<void> UtteranceRoads::ask(std::string transcript, Recording recording) {
         spoken.recording.shot.cancel();
     } else if (to_.assistant == nullptr) {
         spoken.recording.shot.cancel();
-        hideHUD();
+        hud_.flash(HUDPhase::info(
+                       tr("Todavía no hay asistente que responda. Lo que has dicho está en el historial.")),
+                   4.0);
+        written_.keep(spoken.transcript, spoken.recording);
     } else {
         co_await answer(std::move(spoken));
     }

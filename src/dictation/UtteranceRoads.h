@@ -72,7 +72,7 @@ struct Destinations {
 /// executor; what it is given outlives it and its tasks.
 class UtteranceRoads {
  public:
-    UtteranceRoads(AppState& state, Writer& writer, SelectionProbe& selection, Accessibility& accessibility,
+    UtteranceRoads(Writer& writer, SelectionProbe& selection, Accessibility& accessibility,
                    WrittenText& written, HUDFlash& hud, const Destinations& destinations);
 
     /// Called when it is decided where an utterance goes, before it goes there.
@@ -84,8 +84,8 @@ class UtteranceRoads {
     /// An utterance that is to be written, unless its words tell otherwise.
     Task<void> write(std::string transcript, Recording recording);
 
-    /// A question about what the user sees. A command is obeyed here too; with nobody to answer, nothing
-    /// happens.
+    /// A question about what the user sees. A command is obeyed here too; with nobody to answer, the HUD says
+    /// so and the words are in the history.
     Task<void> ask(std::string transcript, Recording recording);
 
  private:
@@ -111,9 +111,7 @@ class UtteranceRoads {
 
     /// Somebody else goes on with it and shows what there is to see.
     void handOver(Route route) const;
-    void hideHUD() const;
 
-    AppState& state_;
     Writer& writer_;
     SelectionProbe& selection_;
     Accessibility& accessibility_;

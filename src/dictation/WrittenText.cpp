@@ -56,6 +56,8 @@ void WrittenText::prepare() { clipboard_.prepare(); }
 
 void WrittenText::forgetPrepared() { clipboard_.forget(); }
 
+Task<void> WrittenText::settled() const { return clipboard_.settled(); }
+
 Tone WrittenText::toneFor(const AppContext& context) const {
     return settings_.adaptTone.get() ? context.tone : Tone::neutral;
 }

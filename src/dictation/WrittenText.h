@@ -43,6 +43,9 @@ class WrittenText {
     /// What was said but could not be carried to its end stays in the history.
     void keep(const std::string& transcript, const Recording& recording) const;
 
+    /// Returns when no insertion is under way.
+    Task<void> settled() const;
+
     /// The answer of a history item, once more, into `target`.
     Task<void> typeAgain(AppContext target, std::string answer);
 

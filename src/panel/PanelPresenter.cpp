@@ -37,10 +37,7 @@ void PanelPresenter::captureTarget() {
 
 void PanelPresenter::close() {
     if (!state_.panelOpen.get()) return;
-    if (state_.composerRecording.get()) {
-        state_.composerRecording.set(false);
-        steps_.cancelSpeech();
-    }
+    steps_.dropRecording();
     state_.panelOpen.set(false);
     steps_.watchOutsideClicks(false);
     hide_.once(fade, [this] { windows_.panel->hide(); });

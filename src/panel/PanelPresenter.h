@@ -16,7 +16,7 @@ class PanelPresenter {
         /// The application in front.
         std::function<AppContext()> capture;
         /// Ends the recording of the composer without a word.
-        std::function<void()> cancelSpeech;
+        std::function<void()> dropRecording;
         /// Whether clicks elsewhere are to be reported, which close the panel.
         std::function<void(bool)> watchOutsideClicks;
     };

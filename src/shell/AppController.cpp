@@ -2,12 +2,17 @@
 
 #include "base/Error.h"
 #include "base/Log.h"
+#include "base/async/Timeout.h"
 #include "localdata/Language.h"
 #include "overlay/Icon.h"
 #include "platform/Processes.h"
 #include "platform/StatusItem.h"
 
 namespace dorix {
+
+namespace {
+constexpr double exportPatience = 10;  // seconds; an export that takes longer leaves the file as it was
+}
 
 AppController::AppController(const Platform& platform)
     : platform_(platform),
@@ -23,13 +28,13 @@ AppController::AppController(const Platform& platform)
       recorder_(platform.executor, settings_, permissions_, speech_, platform.workspace,
                 platform.accessibility, nullptr),
       written_(platform.executor, settings_, history_, clipboard_, inserter_, platform.workspace, hud_),
-      roads_(state_, writer_, selection_, platform.accessibility, written_, hud_, {}),
+      roads_(writer_, selection_, platform.accessibility, written_, hud_, {}),
       composer_(platform.executor, state_, settings_, permissions_, speech_, hud_, nullptr),
       dictation_(platform.executor, state_, settings_, permissions_, speech_, platform.sounds, recorder_,
-                 roads_, written_, composer_, hud_),
+                 roads_, written_, composer_, hud_, platform.session),
       exporter_(platform.executor, exports_, platform.savePanel, platform.files, database_),
       panel_(platform.executor, state_, speech_, history_, platform.pasteboard, platform.urls, exporter_),
-      panelHost_(platform, state_, windows, panel_, dictation_, speech_),
+      panelHost_(platform, state_, windows, panel_, dictation_),
       firstRunHint_(platform.executor, platform.defaults, state_),
       toasts_(state_, settings_, dictation_),
       keys_(platform.executor, platform.keyEvents, platform.hotKeys, state_, settings_, permissions_, speech_,
@@ -47,8 +52,8 @@ void AppController::applicationDidFinishLaunching() {
 }
 
 Task<void> AppController::settled() {
-    co_await exporter_.settled();
-    co_await clipboard_.settled();
+    co_await dictation_.settled();
+    co_await withTimeout(exporter_.settled(), exportPatience);
 }
 
 void AppController::traceTo(const std::filesystem::path& file) {

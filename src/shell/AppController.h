@@ -49,7 +49,8 @@ class AppController {
     /// Writes what happens from now on to `file`, for whoever looks for a fault.
     void traceTo(const std::filesystem::path& file);
 
-    /// Returns when nothing of the user's is under way: the program may end.
+    /// Nothing begins any more. Returns when nothing of the user's is under way, or at least all that was
+    /// said is in the history: the program may end. Takes some seconds at most, with an export some more.
     Task<void> settled();
 
     void iconClicked() { panelHost_.toggle(); }

@@ -2,7 +2,6 @@
 
 #include "base/async/Sleep.h"
 #include "dictation/DictationController.h"
-#include "speech/SpeechInput.h"
 
 namespace dorix {
 
@@ -12,13 +11,12 @@ constexpr double clickLasts = 0.5;  // seconds, from the button going down to wh
 }  // namespace
 
 PanelHost::PanelHost(const Platform& platform, AppState& state, const AppWindows& windows,
-                     HistoryPanel& panel, DictationController& dictation, SpeechInput& speech)
+                     HistoryPanel& panel, DictationController& dictation)
     : platform_(platform),
       state_(state),
       windows_(windows),
       panel_(panel),
       dictation_(dictation),
-      speech_(speech),
       presenter_(platform.executor, state, windows, dictation.panelTarget, steps()),
       tasks_(platform.executor) {
     wirePanel();
@@ -26,7 +24,7 @@ PanelHost::PanelHost(const Platform& platform, AppState& state, const AppWindows
 
 PanelPresenter::Steps PanelHost::steps() {
     return {.capture = [this] { return captureAppContext(platform_.workspace, platform_.accessibility); },
-            .cancelSpeech = [this] { speech_.cancel(); },
+            .dropRecording = [this] { dictation_.dropComposerRecording(); },
             .watchOutsideClicks = [this](bool on) { watchOutsideClicks(on); }};
 }
 

@@ -10,14 +10,13 @@
 namespace dorix {
 
 class DictationController;
-class SpeechInput;
 
 /// When the panel opens and closes, and what it asks of the rest of the program. Main executor; what it is
 /// given outlives it.
 class PanelHost {
  public:
     PanelHost(const Platform& platform, AppState& state, const AppWindows& windows, HistoryPanel& panel,
-              DictationController& dictation, SpeechInput& speech);
+              DictationController& dictation);
     PanelHost(const PanelHost&) = delete;
     PanelHost& operator=(const PanelHost&) = delete;
 
@@ -37,7 +36,6 @@ class PanelHost {
     const AppWindows& windows_;
     HistoryPanel& panel_;
     DictationController& dictation_;
-    SpeechInput& speech_;
     PanelPresenter presenter_;
     Subscription outsideClickMonitor_;  // while the panel is up
     double closedByClickAt_ = -1;       // by the executor's clock

@@ -1,20 +1,14 @@
 #include "speech/SpeechEngine.h"
 
-#include "base/Log.h"
-#include "base/Uuid.h"
 #include "localdata/Language.h"
-#include "speech/Join.h"
 
-#include <algorithm>
 #include <exception>
 #include <utility>
 
 namespace dorix {
 
 namespace {
-// A recogniser at work tells something every now and then. The second bound is for one that talks without
-// end: it leaves a slow one the time that the recording took once more.
-constexpr double resultPatience = 10;
+Task<std::string> wordsOf(Completion<std::string> words) { co_return co_await words; }
 
 /// Stops a task with the frame that waits for it, so that cancelling the one cancels the other.
 struct StopTogether {
@@ -43,10 +37,9 @@ SpeechEngine::SpeechEngine(Executor& main, AudioEngineFactory& audioFactory, Spe
       recognition_(recognition),
       clock_(main.now()),
       healthTimer_(main),
-      patience_(main),
       scope_(main) {}
 
-SpeechEngine::~SpeechEngine() { cancel(); }
+SpeechEngine::~SpeechEngine() { closeAudio(KeepHealth::no); }
 
 // The work runs in the engine's own scope, so that nothing of it is left when the engine goes; the frames
 // here, which belong to the callers, do not touch the engine after their wait.
@@ -69,40 +62,47 @@ Task<void> SpeechEngine::runPrepare(std::string language) {
 }
 
 Task<void> SpeechEngine::runStart(std::string language) {
-    if (isRunning_) cancel();
-    const auto session = makeUuid();
-    beginSession(session);
+    cancel();
+    const auto session = beginSession();
     try {
         // Known to work: listening begins before the rest is ready, and no word is lost.
-        if (prepared_ && prepared_->id == language) openAudio(prepared_->format, *continuation_);
+        if (prepared_ && prepared_->id == language) listen(*session, prepared_->format);
         const auto locale = localeFor(language);
         co_await installAssets(locale);
-        if (session_ != session) co_return;
+        if (session->isOver()) co_return;
         const auto format = co_await usableFormat(locale);
-        if (session_ != session) co_return;
-        if (!tapTarget_ || tapTarget_->format != format) {
-            closeAudio(KeepHealth::no);
-            continuation_.emplace();  // what was heard so far is in the wrong format
-            openAudio(format, *continuation_);
-        }
+        if (session->isOver()) co_return;
+        listen(*session, format);
         prepared_ = Prepared{language, format};
-        co_await startAnalyzer(locale, session);
+        std::shared_ptr<SpeechAnalyzer> analyzer = recognition_.makeAnalyzer(locale);
+        if (!analyzer) throw EngineError::noAudioFormat();
+        co_await session->transcribe(std::move(analyzer));
     } catch (...) {
-        if (session_ == session) cancel();
+        abandon(*session);
         throw;
     }
 }
 
-void SpeechEngine::beginSession(const std::string& session) {
-    session_ = session;
-    isRunning_ = true;
-    startedAt_ = main_.now();
-    audioLost_ = false;
-    finalized_.clear();
-    volatile_.clear();
-    continuation_.emplace();
+std::shared_ptr<SpeechSession> SpeechEngine::beginSession() {
+    std::erase_if(sessions_, [](const auto& session) { return session->isOver(); });
+    std::optional<Completion<std::string>> before;
+    if (!sessions_.empty()) before = sessions_.back()->words();
+    const auto number = ++begun_;
+    session_ = std::make_shared<SpeechSession>(main_, before, [this, number](const std::string& text) {
+        if (number == begun_) partial.set(text);
+    });
+    sessions_.push_back(session_);
+    audioLost_ = hasHeard_ = hasGap_ = false;
+    openedAt_ = main_.now();
+    clock_.set(openedAt_);
     partial.set("");
     level.set(0);
+    return session_;
+}
+
+void SpeechEngine::abandon(SpeechSession& session) {
+    if (&session == session_.get()) cancel();
+    session.cancel();
 }
 
 std::string SpeechEngine::localeFor(const std::string& language) const {
@@ -140,108 +140,29 @@ Task<AudioFormat> SpeechEngine::usableFormat(std::string locale) {
     co_return *format;
 }
 
-Task<void> SpeechEngine::startAnalyzer(std::string locale, std::string session) {
-    const std::shared_ptr<SpeechAnalyzer> analyzer = recognition_.makeAnalyzer(locale);
-    if (!analyzer) throw EngineError::noAudioFormat();
-    analyzer_ = analyzer;
-    resultsTask_ = scope_.spawn(readResults(analyzer, std::move(session)));
-    co_await analyzer->start(*continuation_);
-}
-
-Task<void> SpeechEngine::readResults(std::shared_ptr<SpeechAnalyzer> analyzer, std::string session) {
-    const auto results = analyzer->results();
-    try {
-        while (const auto result = co_await results.next()) {
-            if (session_ != session) co_return;
-            takeResult(*result);
-        }
-    } catch (const Cancelled&) {
-        throw;
-    } catch (...) {
-        if (session_ != session) co_return;
-        logLine("error de transcripción: " + localizedDescription(std::current_exception()));
-    }
-}
-
-void SpeechEngine::takeResult(const TranscriptionResult& result) {
-    if (result.isFinal) {
-        finalized_ = join(finalized_, result.text);
-        volatile_.clear();
-    } else {
-        volatile_ = result.text;
-    }
-    if (stopping_) awaitNextResult();
-    partial.set(transcript());
-}
-
 Task<std::string> SpeechEngine::stop() {
-    if (!isRunning_) co_return transcript();
-    if (!stopping_) beginStop();
-    // Without anything to wait for it is over already.
-    if (!stopping_) co_return transcript();
-    const auto transcript = stopping_->transcript;
-    co_return co_await transcript;
-}
-
-void SpeechEngine::beginStop() {
-    closeAudio(KeepHealth::no);
-    finishInput();
-    const double recorded = main_.now() - startedAt_;
-    stopping_ = Stopping{.transcript = {}, .deadline = main_.now() + recorded + resultPatience, .task = {}};
-    awaitNextResult();
-    const auto task = scope_.spawn(finish(analyzer_, resultsTask_, *session_));
-    if (stopping_) stopping_->task = task;
-}
-
-Task<void> SpeechEngine::finish(std::shared_ptr<SpeechAnalyzer> analyzer,
-                                std::optional<TaskHandle<void>> results, std::string session) {
-    try {
-        if (analyzer) co_await analyzer->finalizeAndFinishThroughEndOfInput();
-    } catch (const Cancelled&) {
-        throw;
-    } catch (...) {  // NOLINT(bugprone-empty-catch)
-        // Nothing to do about it: what was recognised until here is the transcript.
+    if (!session_) {
+        const Completion<std::string> nothing;
+        nothing.complete();
+        return wordsOf(nothing);
     }
-    if (results) co_await *results;
-    if (session_ == session) endStop();
-}
-
-void SpeechEngine::awaitNextResult() {
-    const double left = stopping_->deadline - main_.now();
-    patience_.once(std::min(resultPatience, left), [this] { endStop(); });
-}
-
-void SpeechEngine::endStop() {
-    const auto stopped = std::exchange(stopping_, std::nullopt);
-    patience_.stop();
-    if (stopped->task) stopped->task->cancel();
-    if (resultsTask_) resultsTask_->cancel();
-    clear();
-    stopped->transcript.complete(transcript());
+    if (isRunning()) {
+        closeAudio(KeepHealth::no);
+        session_->finish();
+    }
+    return wordsOf(session_->words());
 }
 
 void SpeechEngine::cancel() {
+    if (!isRunning()) return;
     closeAudio(KeepHealth::no);
-    finishInput();
-    if (resultsTask_) resultsTask_->cancel();
-    patience_.stop();
-    const auto stopped = std::exchange(stopping_, std::nullopt);
-    if (stopped && stopped->task) stopped->task->cancel();
-    clear();
-    if (stopped) stopped->transcript.complete();
+    session_->cancel();
 }
 
-void SpeechEngine::finishInput() {
-    if (auto input = std::exchange(continuation_, std::nullopt)) input->finish();
+void SpeechEngine::hurry() {
+    for (const auto& session : sessions_) {
+        if (!session->isListening()) session->giveUp();
+    }
 }
-
-void SpeechEngine::clear() {
-    analyzer_.reset();
-    resultsTask_.reset();
-    session_.reset();
-    isRunning_ = false;
-}
-
-std::string SpeechEngine::transcript() const { return join(finalized_, volatile_); }
 
 }  // namespace dorix

@@ -2,8 +2,6 @@
 
 #include "base/Error.h"
 #include "base/Observable.h"
-#include "base/async/AsyncStream.h"
-#include "base/async/Completion.h"
 #include "base/async/Executor.h"
 #include "base/async/TaskScope.h"
 #include "base/async/Timer.h"
@@ -11,12 +9,13 @@
 #include "platform/SpeechRecognition.h"
 #include "speech/BufferClock.h"
 #include "speech/SpeechInput.h"
+#include "speech/SpeechSession.h"
 
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace dorix {
 
@@ -40,19 +39,20 @@ class SpeechEngine final : public SpeechInput {
     /// Begins a recording; one that is running is cancelled. Returns when the recogniser listens, or early
     /// and without a word when the recording was cancelled or replaced meanwhile. Throws EngineError, or what
     /// the platform throws; the recording is cancelled then. Cancelling the waiting task cancels the
-    /// recording.
+    /// recording. The recogniser gets to it when it is through with those before; see SpeechSession.
     Task<void> start(std::string language) override;
 
-    /// Ends the recording and gives its transcript once the recogniser is through with the sound. A
-    /// recogniser that falls silent for 10 s, or needs 10 s more than the recording lasted, is not waited for
-    /// any longer: what is known by then is given. The empty string when the recording is cancelled
-    /// meanwhile. Never throws but Cancelled, when the waiting task is; the recording ends all the same.
+    /// Ends the recording and gives its transcript once the recogniser is through with the sound, or has made
+    /// one wait too long. Never throws but Cancelled, when the waiting task is; the recording ends all the
+    /// same. Without a recording it gives the transcript of the last one.
     Task<std::string> stop() override;
 
-    /// Ends the recording and drops it. Nothing to do when none runs.
     void cancel() override;
+    void hurry() override;
+    bool lacksSound() const override;
+    bool isBehind() const override { return isRunning() && session_->isBehind(); }
 
-    bool isRunning() const { return isRunning_; }
+    bool isRunning() const { return session_ && session_->isListening(); }
 
     /// 0 to 1 while a model is being downloaded.
     Observable<std::optional<double>> downloadProgress;
@@ -62,47 +62,33 @@ class SpeechEngine final : public SpeechInput {
  private:
     enum class KeepHealth { no, yes };
 
-    using Input = AsyncStream<AnalyzerInput>;
-
     struct TapTarget {
         AudioFormat format;
-        Input continuation;
+        SpeechSession::Input continuation;
     };
     struct Prepared {
         std::string id;
         AudioFormat format;
     };
-    struct Stopping {
-        Completion<std::string> transcript;
-        double deadline = 0;
-        std::optional<TaskHandle<void>> task;
-    };
 
     // The session: SpeechEngine.cpp
     Task<void> runPrepare(std::string language);
     Task<void> runStart(std::string language);
-    void beginSession(const std::string& session);
+    std::shared_ptr<SpeechSession> beginSession();
+    void abandon(SpeechSession& session);
     std::string localeFor(const std::string& language) const;
     Task<void> installAssets(std::string locale);
     Task<AudioFormat> usableFormat(std::string locale);
-    Task<void> startAnalyzer(std::string locale, std::string session);
-    Task<void> readResults(std::shared_ptr<SpeechAnalyzer> analyzer, std::string session);
-    void takeResult(const TranscriptionResult& result);
-    void beginStop();
-    Task<void> finish(std::shared_ptr<SpeechAnalyzer> analyzer, std::optional<TaskHandle<void>> results,
-                      std::string session);
-    void awaitNextResult();
-    void endStop();
-    void finishInput();
-    void clear();
-    std::string transcript() const;
 
     // The microphone: SpeechEngineAudio.cpp
-    void openAudio(AudioFormat format, Input continuation);
-    void installTap(AudioFormat format, const Input& continuation);
+    void listen(SpeechSession& session, AudioFormat format);
+    void openAudio(AudioFormat format, SpeechSession::Input continuation);
+    void installTap(AudioFormat format, const SpeechSession::Input& continuation);
     void closeAudio(KeepHealth keepHealth);
     void reopen(std::string_view reason);
     void checkHealth();
+    double soundAge() const { return main_.now() - clock_.value(); }
+    bool hasHeard() const { return hasHeard_ || clock_.value() > openedAt_; }
 
     Executor& main_;
     AudioEngineFactory& audioFactory_;
@@ -115,18 +101,15 @@ class SpeechEngine final : public SpeechInput {
     Timer healthTimer_;
     int restarts_ = 0;
     bool audioLost_ = false;
+    double openedAt_ = 0;
+    bool hasHeard_ = false;  // sound, in this recording, before the last opening
+    bool hasGap_ = false;    // sound had arrived, stayed away and came again
 
-    std::shared_ptr<SpeechAnalyzer> analyzer_;  // shared with the tasks that wait in it
-    std::optional<Input> continuation_;
-    std::optional<TaskHandle<void>> resultsTask_;
-    std::string finalized_;
-    std::string volatile_;
-    bool isRunning_ = false;
-    std::optional<std::string> session_;
-    double startedAt_ = 0;
+    std::shared_ptr<SpeechSession> session_;  // the newest
+    std::vector<std::shared_ptr<SpeechSession>>
+        sessions_;  // in their order; those that are over go with the next
+    int begun_ = 0;
     std::optional<Prepared> prepared_;
-    std::optional<Stopping> stopping_;
-    Timer patience_;
     TaskScope scope_;
 };
 

@@ -13,15 +13,28 @@ constexpr double healthInterval = 0.25;  // seconds, as those below
 constexpr double silentAge = 0.3;
 constexpr double reopenAge = 1.5;
 constexpr double lostAge = 3.0;
+constexpr double gapAge = 1.0;  // no server keeps sound back as long as that, and no busy machine
 constexpr int maximumRestarts = 2;
 }  // namespace
 
-void SpeechEngine::openAudio(AudioFormat format, Input continuation) {
+/// Has the recording's sound delivered in `format`.
+void SpeechEngine::listen(SpeechSession& session, AudioFormat format) {
+    if (session.soundFormat == format) return;
+    if (session.soundFormat) session.dropSound();
+    if (!session.isListening()) return;
+    if (session.soundFormat) closeAudio(KeepHealth::no);
+    session.soundFormat = format;
+    openAudio(format, session.input());
+}
+
+void SpeechEngine::openAudio(AudioFormat format, SpeechSession::Input continuation) {
+    hasHeard_ = hasHeard();
     audio_ = audioFactory_.makeEngine();
     installTap(format, continuation);
     tapTarget_ = TapTarget{format, std::move(continuation)};
     audio_->onConfigurationChange([this] { reopen("cambio de micrófono"); });
-    clock_.set(main_.now());
+    openedAt_ = main_.now();
+    clock_.set(openedAt_);
     try {
         audio_->start();
     } catch (...) {
@@ -32,7 +45,7 @@ void SpeechEngine::openAudio(AudioFormat format, Input continuation) {
         healthTimer_.repeat(healthInterval, [this] { checkHealth(); });
 }
 
-void SpeechEngine::installTap(AudioFormat format, const Input& continuation) {
+void SpeechEngine::installTap(AudioFormat format, const SpeechSession::Input& continuation) {
     const auto input = audio_->inputFormat();
     if (input.sampleRate <= 0 || input.channelCount <= 0) throw EngineError::microphoneUnavailable();
     opening_ = std::make_shared<bool>(true);
@@ -61,7 +74,8 @@ void SpeechEngine::closeAudio(KeepHealth keepHealth) {
 }
 
 void SpeechEngine::reopen(std::string_view reason) {
-    if (!isRunning_ || !tapTarget_) return;
+    if (!isRunning() || !tapTarget_) return;
+    if (hasHeard() && soundAge() > gapAge) hasGap_ = true;
     logLine("reabriendo el micrófono (" + std::string(reason) + ")");
     const auto target = *tapTarget_;
     closeAudio(KeepHealth::yes);
@@ -72,9 +86,14 @@ void SpeechEngine::reopen(std::string_view reason) {
     }
 }
 
+bool SpeechEngine::lacksSound() const {
+    if (!isRunning() || !hasHeard()) return false;
+    return hasGap_ || !audio_->isRunning() || soundAge() > gapAge;
+}
+
 void SpeechEngine::checkHealth() {
-    if (!isRunning_) return;
-    const double age = main_.now() - clock_.value();
+    if (!isRunning()) return;
+    const double age = soundAge();
     if (age > silentAge) level.set(0);
     if (age > reopenAge && restarts_ < maximumRestarts) {
         ++restarts_;

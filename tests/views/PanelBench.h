@@ -15,7 +15,8 @@ namespace dorix::testing {
 /// What the windows show: the panel's part of the program, with nothing around it.
 struct PanelBench {
     PanelBench(Executor& executor, UserDefaults& defaults)
-        : settings(defaults, loginItem, SystemLanguages{}),
+        : speech(executor),
+          settings(defaults, loginItem, SystemLanguages{}),
           exporter(executor, executor, savePanel, files, folder.path() / "dorix.sqlite"),
           panel(executor, state, speech, history, pasteboard, urls, exporter) {
         panel.actions.close = [] {};

@@ -20,6 +20,7 @@
 #include "localdata/SettingsStore.h"
 #include "permissions/Permissions.h"
 #include "platform/KeyCodes.h"
+#include "platform/SessionState.h"
 
 #include <functional>
 #include <optional>
@@ -78,7 +79,7 @@ class DictationBench {
                        bench.accessibility, &bench.screen),
               written(bench.executor, bench.settings, bench.history, bench.clipboard, bench.inserter,
                       bench.workspace, hud),
-              roads(bench.state, bench.writer, bench.selection, bench.accessibility, written, hud,
+              roads(bench.writer, bench.selection, bench.accessibility, written, hud,
                     {.assistant = assistant,
                      .meeting = have.meeting ? &bench.meeting : nullptr,
                      .actions = have.actions ? &bench.actions : nullptr,
@@ -87,7 +88,7 @@ class DictationBench {
               composer(bench.executor, bench.state, bench.settings, bench.permissions, bench.speech, hud,
                        assistant),
               controller(bench.executor, bench.state, bench.settings, bench.permissions, bench.speech,
-                         bench.sounds, recorder, roads, written, composer, hud) {}
+                         bench.sounds, recorder, roads, written, composer, hud, bench.session) {}
 
         Assistant* assistant;
         HUDFlash hud;
@@ -103,9 +104,10 @@ class DictationBench {
     FakeLoginItem loginItem;
     SettingsStore settings{defaults, loginItem, {}};
     AppState state;
+    SessionState session;
     FakePrivacyGrants grants;
     Permissions permissions{executor, grants};
-    FakeSpeechInput speech;
+    FakeSpeechInput speech{executor};
     RecordingWriter writer;
     TemporaryFolder folder;
     HistoryStore history{folder.path() / "history.sqlite"};

@@ -120,6 +120,7 @@ class RecordingWriter final : public Writer {
  public:
     Task<PolishResult> polish(PolishRequest request) override {
         requests.push_back(request);
+        if (duration > 0) co_await sleep(duration);
         if (breaks) throw std::runtime_error("the writer broke");
         co_return polisher_.polished(request.transcript);
     }
@@ -134,6 +135,7 @@ class RecordingWriter final : public Writer {
     enum class Judgement { write, ask };
 
     bool cloud = false;
+    double duration = 0;  // seconds that a text takes
     bool breaks = false;  // it fails, which no writer may
     Judgement judgement = Judgement::write;
     std::vector<PolishRequest> judged;

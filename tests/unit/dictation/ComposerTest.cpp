@@ -45,7 +45,7 @@ TEST_F(ComposerTest, ItsMicrophoneAddsToTheText) {
 TEST_F(ComposerTest, WhoTakesTheMicrophoneDoesNotTakeTheWords) {
     const auto speak = [this](std::string words) {
         flow.toggleComposerMic();
-        bench.speech.partial.set(std::move(words));
+        bench.speech.transcript = std::move(words);
     };
     bench.speech.lastWords = 1;
     speak("busca");
@@ -58,12 +58,17 @@ TEST_F(ComposerTest, WhoTakesTheMicrophoneDoesNotTakeTheWords) {
     flow.begin(holdKey, write);
     flow.cancelRecording();
     speak("contrato");
-    flow.toggleComposerMic();
-    flow.toggleComposerMic();
+    bench.speech.onAudioLost();
+    EXPECT_FALSE(bench.state.composerRecording.get());
+    EXPECT_EQ(bench.state.hud.get().kind, HUDPhase::Kind::error);
     bench.executor.advanceBy(5);
     EXPECT_EQ(text(), "busca el contrato");
-    EXPECT_TRUE(bench.state.composerRecording.get());
-    EXPECT_EQ(bench.state.focusRequest.get(), std::nullopt);
+
+    flow.toggleComposerMic();
+    flow.dropComposerRecording();
+    EXPECT_FALSE(bench.speech.isOn);
+    bench.executor.advanceBy(5);
+    EXPECT_EQ(text(), "busca el contrato");
 }
 
 TEST_F(ComposerTest, AMicrophoneThatFailsTooLateDisturbsNobody) {
@@ -86,12 +91,13 @@ TEST_F(ComposerTest, TheMicrophoneIsRefusedWhileADictationHasIt) {
     bench.settings.paused.set(false);
     flow.begin(holdKey, write);
     flow.toggleComposerMic();
+    EXPECT_FALSE(bench.state.composerRecording.get());
+    EXPECT_THAT(bench.speech.log, ElementsAre("start es-ES"));
     bench.speech.lastWords = 1;
     flow.stopAndProcess();
     flow.toggleComposerMic();
-    EXPECT_FALSE(bench.state.composerRecording.get());
+    EXPECT_TRUE(bench.state.composerRecording.get());
     bench.executor.advanceBy(5);
-    EXPECT_THAT(bench.speech.log, ElementsAre("start es-ES", "stop"));
     EXPECT_EQ(bench.history.items().at(0).query, "qué hora es") << "its last words were still to come";
 }
 

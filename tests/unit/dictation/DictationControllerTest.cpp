@@ -46,7 +46,6 @@ TEST_F(DictationControllerTest, AHoldEndsInTextAtTheCursorAndInTheHistory) {
     flow.stopAndProcess();
     EXPECT_EQ(hud(), HUDPhase::processing());
     EXPECT_TRUE(flow.busy().get());
-    EXPECT_FALSE(flow.begin(holdKey, write)) << "one utterance at a time";
     bench.executor.advanceBy(0.45);
     EXPECT_EQ(bench.inserted, "Mañana te llamo.");
     EXPECT_EQ(hud(), HUDPhase::done("Escrito en TextEdit"));
@@ -147,19 +146,51 @@ TEST_F(DictationControllerTest, FailuresOfSpeechEndInAMessageAndFreeTheFlow) {
     EXPECT_EQ(hud(), HUDPhase::error("No hay micrófono disponible."));
     EXPECT_FALSE(flow.busy().get());
     EXPECT_EQ(bench.inserted, std::nullopt);
+    flow.shortcutPressed(write);
+    flow.shortcutReleased();
+    EXPECT_EQ(hud(), HUDPhase::error("No hay micrófono disponible.")) << "nobody is left talking to it";
+    EXPECT_FALSE(flow.isRecording() || bench.state.handsFree.get());
+    bench.executor.advanceBy(4);
+    flow.begin(holdKey, write);
+    flow.cancelRecording();
+    EXPECT_EQ(hud(), HUDPhase::hidden()) << "a tap shows nothing";
     bench.speech.startError.clear();
     dictate(" \n ");
     EXPECT_EQ(hud(), HUDPhase::info("No te he oído. Mantén pulsado ⌥ Espacio mientras hablas."));
+}
 
+TEST_F(DictationControllerTest, HalfASentenceIsNotTypedButKept) {
+    const std::string silence =
+        "No me llega sonido del micrófono. Si acabas de conectar unos auriculares, prueba otra vez.";
+    const std::string half =
+        "Me he quedado sin micrófono a mitad de frase. Lo que he oído está en el historial.";
+    bench.speech.transcript = "no le digas";
+    bench.speech.lastWords = 0.5;
     flow.begin(holdKey, write);
     flow.showListening();
     bench.speech.onAudioLost();
-    EXPECT_EQ(hud().text,
-              "No me llega sonido del micrófono. Si acabas de conectar unos auriculares, prueba otra vez.");
-    EXPECT_FALSE(flow.isRecording());
-    bench.speech.onAudioLost();
+    EXPECT_EQ(hud(), HUDPhase::error(silence));
+    EXPECT_FALSE(flow.isRecording() || bench.speech.isOn);
+    bench.executor.advanceBy(0.5);
+    EXPECT_EQ(hud(), HUDPhase::error(half));
     bench.executor.advanceBy(4);
     EXPECT_EQ(hud(), HUDPhase::hidden());
+
+    flow.begin(holdKey, write);
+    flow.showListening();
+    bench.speech.hasGap = true;
+    flow.stopAndProcess();
+    bench.executor.advanceBy(0.5);
+    EXPECT_EQ(hud(), HUDPhase::error(half));
+    EXPECT_EQ(bench.inserted, std::nullopt);
+    ASSERT_EQ(bench.history.items().size(), 2U);
+    EXPECT_EQ(bench.history.items()[0].answer, "no le digas");
+
+    bench.speech.transcript.clear();
+    flow.begin(holdKey, write);
+    bench.speech.onAudioLost();
+    bench.executor.advanceBy(1);
+    EXPECT_EQ(hud(), HUDPhase::error(silence));
 }
 
 TEST_F(DictationControllerTest, AfterTheReleaseItIsSeenThroughHoweverSlowlyTheEngineStartsAndStops) {
@@ -254,6 +285,73 @@ TEST_F(DictationControllerTest, TheRequestTellsTheWriterWhereTheTextGoes) {
     dictate("hola");
     EXPECT_EQ(bench.writer.requests[1].tone, Tone::neutral);
     EXPECT_EQ(bench.history.items()[0].meta.tone, "Natural");
+}
+
+TEST_F(DictationControllerTest, WhatIsSaidWhileTheLastTextIsOnItsWayComesAfterIt) {
+    bench.speech.lastWords = 3;
+    std::vector<std::string> typed;
+    bench.onInserted = [&] { typed.push_back(*bench.inserted); };
+    for (const auto* words : {"uno", "dos", "tres"}) {
+        bench.speech.transcript = words;
+        ASSERT_TRUE(flow.begin(holdKey, write));
+        flow.showListening();
+        EXPECT_TRUE(bench.speech.isOn) << "heard from the first word on";
+        bench.executor.advanceBy(0.5);
+        flow.stopAndProcess();
+    }
+    EXPECT_FALSE(flow.begin(holdKey, write));
+    EXPECT_EQ(hud(), HUDPhase::info("Aún estoy con lo que has dicho antes. Espera un momento y repítelo."));
+    bench.executor.advanceBy(2.5);
+    EXPECT_EQ(hud(), HUDPhase::done("Escrito en TextEdit"));
+    bench.executor.advanceBy(1.6);
+    EXPECT_EQ(hud(), HUDPhase::processing()) << "the next one is still to come";
+    bench.executor.advanceBy(10);
+    EXPECT_THAT(typed, ElementsAre("Uno", "Dos", "Tres"));
+    EXPECT_TRUE(flow.isIdle());
+}
+
+TEST_F(DictationControllerTest, NoMessageTakesTheHUDFromARecording) {
+    flow.begin(holdKey, write);
+    flow.showListening();
+    flow.flash(HUDPhase::done("Historial guardado"), 4);
+    bench.executor.advanceBy(1);
+    EXPECT_EQ(hud(), HUDPhase::listening());
+    flow.cancelRecording();
+    EXPECT_EQ(hud(), HUDPhase::done("Historial guardado"));
+    bench.executor.advanceBy(3);
+    EXPECT_EQ(hud(), HUDPhase::hidden()) << "what is left of its time";
+
+    flow.begin(holdKey, write);
+    flow.showListening();
+    flow.flash(HUDPhase::error("roto"), 2);
+    flow.flash(HUDPhase::done("bien"), 2);
+    bench.executor.advanceBy(60);
+    flow.cancelRecording();
+    EXPECT_EQ(hud(), HUDPhase::error("roto")) << "what went wrong has to be seen";
+    bench.executor.advanceBy(2);
+    EXPECT_EQ(hud(), HUDPhase::hidden());
+}
+
+TEST_F(DictationControllerTest, BeforeALockedScreenNothingIsHeardOrTyped) {
+    const auto lock = [this](bool locked) { bench.session.locked.set(locked); };
+    bench.speech.transcript = "uno";
+    bench.speech.lastWords = 1;
+    flow.begin(holdKey, write);
+    flow.showListening();
+    flow.stopAndProcess();
+    flow.shortcutPressed(write);
+    lock(true);
+    EXPECT_FALSE(flow.isRecording() || bench.speech.isOn);
+    EXPECT_FALSE(flow.begin(holdKey, write));
+    bench.executor.advanceBy(5);
+    EXPECT_EQ(bench.inserted, std::nullopt);
+    ASSERT_EQ(bench.history.items().size(), 1U);
+    EXPECT_EQ(bench.history.items()[0].answer, "uno");
+    EXPECT_EQ(hud(), HUDPhase::hidden());
+    lock(false);
+    EXPECT_EQ(hud().kind, HUDPhase::Kind::info) << "the user is told where it is";
+    flow.shortcutPressed(write);
+    EXPECT_TRUE(flow.isRecording());
 }
 
 TEST_F(DictationControllerTest, MessagesLastTheirFullTime) {

@@ -3,9 +3,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <random>
+#include <string>
+#include <string_view>
 #include <vector>
 
 namespace dorix {
@@ -70,47 +73,137 @@ TEST_F(FlowFaultsTest, MayBeDestroyedAtAnyMoment) {
     }
 }
 
-// Whatever is pressed whenever: once all keys are up, nothing runs any more and no microphone is left open.
-TEST_F(FlowFaultsTest, AnyOrderOfEventsComesToRest) {
-    bench.speech.lastWords = 0.3;
+TEST_F(FlowFaultsTest, AtTheEndOfTheProgramEveryWordIsTypedOrKept) {
+    struct Case {
+        const char* what;
+        double lastWords, writing, longest;
+        bool stopped;
+        std::vector<std::string> kept;
+    };
+    for (const auto& [what, lastWords, writing, longest, stopped, kept] : {
+             Case{"nothing is slow", 0.5, 0, 1, true, {"Una frase larga."}},
+             Case{"it is still being said", 0.5, 0, 1, false, {"una frase larga"}},
+             Case{"the recogniser is slow: what it knows", 60, 0, 3.6, true, {"una frase"}},
+             Case{"the writer is slow", 0.5, 60, 3.6, true, {"una frase larga"}},
+         }) {
+        SCOPED_TRACE(what);
+        DictationBench own;
+        own.speech.lastWords = lastWords;
+        own.writer.duration = writing;
+        own.speech.transcript = "una frase larga";
+        own.controller.begin(holdKey, write);
+        own.controller.showListening();
+        own.speech.partial.set("una frase");
+        own.executor.advanceBy(1);
+        if (stopped) own.controller.stopAndProcess();
+        TaskScope scope(own.executor);
+        const auto end = scope.spawn(own.controller.settled());
+        EXPECT_FALSE(own.controller.begin(holdKey, write));
+        own.executor.advanceBy(longest);
+        EXPECT_TRUE(end.isDone());
+        EXPECT_FALSE(own.speech.isOn);
+        std::vector<std::string> answers;
+        for (const auto& item : own.history.items()) answers.push_back(item.answer);
+        EXPECT_EQ(answers, kept);
+    }
+}
+
+constexpr std::string_view digits = "bcdfghjklmnpqrstvwxz";
+
+/// What is said is numbered, so that what comes of it can be counted and its order told.
+class FlowSoak : public FlowFaultsTest {
+ protected:
+    /// A number in letters, which no rule of writing changes; and back.
+    static std::string sentence(int number) {
+        std::string letters;
+        for (int place = 0; place < 5; ++place, number /= 20)
+            letters.insert(letters.begin(), digits[static_cast<std::size_t>(number % 20)]);
+        return "palabra a" + letters;
+    }
+    static int numberIn(std::string_view letters) {
+        int number = 0;
+        for (const char letter : letters) number = number * 20 + static_cast<int>(digits.find(letter));
+        return number;
+    }
+    /// The numbers of all that stands in `text`, in that order.
+    static std::vector<int> numbersIn(const std::string& text) {
+        constexpr std::string_view before = "palabra a";
+        std::vector<int> numbers;
+        for (auto at = text.find(before); at != std::string::npos; at = text.find(before, at + 1))
+            numbers.push_back(numberIn(text.substr(at + before.size(), 5)));
+        return numbers;
+    }
+    int upTo(int most) { return std::uniform_int_distribution(0, most)(random); }
+    bool rarely() { return upTo(20) == 0; }
+
+    std::mt19937 random{1};
+    int next = 0;  // the number of the next thing to be said
+};
+
+// Whatever is pressed and whatever breaks whenever, for two hours.
+TEST_F(FlowSoak, NoWordIsLostAndNothingIsLeftRunning) {
     flow.closePanel = [this] { bench.state.panelOpen.set(false); };
-    std::mt19937 random(1);
-    const auto upTo = [&](int most) { return std::uniform_int_distribution(0, most)(random); };
+    bench.speech.onStop = [this] { bench.speech.transcript = sentence(next++); };
     const auto held = [&] { return flow.source() == holdKey; };
     const std::vector<std::function<void()>> events{
-        [&] { flow.shortcutPressed(upTo(1) != 0 ? write : ask); },
+        [&] { flow.shortcutPressed(upTo(3) != 0 ? write : ask); },
         [&] { flow.shortcutReleased(); },
         [&] { flow.begin(holdKey, write); },
         [&] { held() ? flow.showListening() : void(); },
         [&] { held() ? flow.stopAndProcess() : void(); },
-        [&] { flow.cancelRecording(); },
+        [&] { rarely() ? flow.cancelRecording() : void(); },
         [&] { flow.toggleComposerMic(); },
         [&] { flow.sendComposer(); },
+        [&] { flow.dropComposerRecording(); },
         [&] { flow.reinsert({.answer = "otra vez"}); },
+        [&] { flow.flash(HUDPhase::done("Historial guardado"), 4); },
         [&] { bench.state.panelOpen.set(!bench.state.panelOpen.get()); },
-        [&] { bench.state.composerScreen.set(upTo(1) != 0); },
-        [&] { bench.speech.onAudioLost ? bench.speech.onAudioLost() : void(); },
-        [&] { bench.speech.partial.set(upTo(1) != 0 ? "hola" : "hola a todos"); },
+        [&] { rarely() && bench.speech.isOn ? bench.speech.onAudioLost() : void(); },
+        [&] { rarely() ? void(bench.speech.hasGap = true) : void(); },
+        [&] { bench.session.locked.set(rarely()); },
+        [&] { bench.speech.isOn ? bench.speech.partial.set("palabra") : void(); },
         [&] { bench.speech.level.set(upTo(1) != 0 ? 0.5F : 0.0F); },
-        [&] { bench.speech.transcript = upTo(1) != 0 ? "qué dice este correo" : "dile que sí"; },
-        [&] { bench.speech.startError = upTo(3) != 0 ? "" : "roto"; },
-        [&] { bench.writer.breaks = upTo(3) == 0; },
+        [&] { bench.speech.startError = rarely() ? "roto" : ""; },
+        [&] { bench.speech.lastWords = 0.1 * upTo(rarely() ? 100 : 10); },
+        [&] { bench.writer.duration = 0.1 * upTo(rarely() ? 100 : 10); },
+        [&] { bench.writer.breaks = rarely(); },
     };
-    for (int round = 0; round < 300; ++round) {
-        for (int step = 0; step < 40; ++step) {
+    while (bench.executor.now() < 2 * 3600) {
+        for (int step = 0; step < 100; ++step) {
             events[static_cast<std::size_t>(upTo(static_cast<int>(events.size()) - 1))]();
             bench.executor.advanceBy(0.05 * upTo(12));
-            EXPECT_FALSE(flow.busy().get() && flow.isRecording());
+            EXPECT_FALSE(flow.isRecording() && bench.state.composerRecording.get());
+            EXPECT_TRUE(!bench.speech.isOn || flow.isRecording() || bench.state.composerRecording.get());
             EXPECT_FALSE(bench.state.handsFree.get() && !flow.isRecording());
+            EXPECT_EQ(bench.state.hud.get() == HUDPhase::listening(), bench.flow.hud.isListening());
+            EXPECT_FALSE(bench.flow.hud.isListening() && !flow.isRecording());
         }
+        bench.session.locked.set(false);
         flow.shortcutReleased();
         flow.cancelRecording();
-        if (bench.state.composerRecording.get()) flow.toggleComposerMic();
-        bench.executor.advanceBy(10);
-        ASSERT_TRUE(flow.isIdle()) << "round " << round;
-        ASSERT_FALSE(bench.speech.isOn) << "round " << round;
-        ASSERT_FALSE(bench.executor.hasTimers()) << "round " << round;
+        flow.dropComposerRecording();
+        for (int second = 0; second < 90 && bench.executor.hasTimers(); ++second) bench.executor.advanceBy(1);
+        ASSERT_TRUE(flow.isIdle()) << bench.executor.now();
+        ASSERT_FALSE(bench.speech.isOn || bench.executor.hasTimers()) << bench.executor.now();
     }
+    std::string written;
+    std::string asked;
+    std::string composed;
+    for (const auto& item : bench.history.items()) written.insert(0, item.query + "\n");
+    for (const auto& request : bench.assistant.asked) asked += request.question + "\n";
+    for (const auto& question : bench.assistant.log) composed += question + "\n";
+    composed += bench.state.composerText.get();
+    std::vector<int> arrived;
+    for (const auto& words : {written, asked, composed}) {
+        const auto numbers = numbersIn(words);
+        EXPECT_TRUE(std::ranges::is_sorted(numbers)) << "in the order of speech";
+        arrived.insert(arrived.end(), numbers.begin(), numbers.end());
+    }
+    std::ranges::sort(arrived);
+    std::vector<int> said(static_cast<std::size_t>(next));
+    std::ranges::generate(said, [number = 0]() mutable { return number++; });
+    EXPECT_GT(next, 500);
+    EXPECT_EQ(arrived, said) << "each once";
 }
 
 }  // namespace

@@ -251,7 +251,7 @@ class PanelPresenterTest : public testing::Test {
                  log.emplace_back(state.panelOpen.get() ? "late" : "capture");
                  return inFront;
              },
-         .cancelSpeech = [this] { log.emplace_back("cancel"); },
+         .dropRecording = [this] { log.emplace_back("drop"); },
          .watchOutsideClicks = [this](bool on) { log.emplace_back(on ? "watch" : "unwatch"); }}};
 };
 
@@ -263,14 +263,13 @@ TEST_F(PanelPresenterTest, OpensAndClosesInOrder) {
     EXPECT_FALSE(state.showFirstRunHint.get());
     EXPECT_TRUE(state.panelOpen.get() && state.panelAnchorRight.get());
     log.clear();
-    state.composerRecording.set(true);
     presenter.toggle();
     presenter.close();
-    EXPECT_FALSE(state.panelOpen.get() || state.composerRecording.get());
+    EXPECT_FALSE(state.panelOpen.get());
     executor.advanceBy(0.19);
-    EXPECT_THAT(log, ElementsAre("cancel", "unwatch"));
+    EXPECT_THAT(log, ElementsAre("drop", "unwatch"));
     executor.advanceBy(0.02);
-    EXPECT_THAT(log, ElementsAre("cancel", "unwatch", "hide"));
+    EXPECT_THAT(log, ElementsAre("drop", "unwatch", "hide"));
 }
 
 TEST_F(PanelPresenterTest, OpenedAgainWhileItFadesItStaysAndKeepsItsTarget) {

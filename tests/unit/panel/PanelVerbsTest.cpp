@@ -44,7 +44,7 @@ class PanelVerbsTest : public testing::Test {
     TemporaryFolder folder;
     ManualExecutor executor;
     AppState state;
-    FakeSpeechInput speech;
+    FakeSpeechInput speech{executor};
     HistoryStore history{folder.path() / "dorix.sqlite"};
     FakePasteboard pasteboard;
     FakeUrlOpener urls;

@@ -47,14 +47,56 @@ TEST_F(SpeechEngineTest, StopTakesTheWordsThatComeWhileTheRecogniserFinishes) {
     executor.runPosted();
     EXPECT_EQ(outcome(first), "late words");
     EXPECT_EQ(outcome(second), "late words");
-    start();
-    EXPECT_EQ(engine->partial.get(), "");
-    recognition.current().sayFinal("words");
-    executor.runPosted();
-    const auto cancelled = stop();
-    engine->cancel();
-    EXPECT_EQ(outcome(cancelled), "");
     EXPECT_FALSE(executor.hasTimers());
+}
+
+TEST_F(SpeechEngineTest, TheNextRecordingIsHeardWhileTheOneBeforeIsStillMadeOut) {
+    recognition.atFinish = FakeSpeechRecognition::AtFinish::stayOpen;
+    start();
+    hear(1);
+    const auto first = stop();
+    start();
+    EXPECT_TRUE(engine->isBehind());
+    hear(1);
+    recognition.transcriptions[0]->say("first");
+    executor.runPosted();
+    EXPECT_EQ(engine->partial.get(), "") << "that was the one before";
+    const auto second = stop();
+    const auto third = start();
+    engine->cancel();
+    executor.advanceBy(9.5);
+    EXPECT_EQ(outcome(second), "pending");
+    recognition.transcriptions[0]->sayFinal("first words");
+    recognition.transcriptions[0]->end();
+    executor.advanceBy(9.5);
+    EXPECT_EQ(outcome(first), "first words");
+    EXPECT_EQ(outcome(second), "pending") << "its time began with its turn";
+    recognition.transcriptions[1]->say("second");
+    executor.runPosted();
+    engine->hurry();
+    EXPECT_EQ(outcome(second), "second");
+    EXPECT_EQ(outcome(third), "done");
+    EXPECT_FALSE(executor.hasTimers());
+}
+
+TEST_F(SpeechEngineTest, StoppedBeforeTheRecogniserWasReadyItGivesWhatWasHeard) {
+    recognition.atFinish = FakeSpeechRecognition::AtFinish::stayOpen;
+    prepare();
+    recognition.formatGate.emplace();
+    const auto first = start();
+    hear(1);
+    const auto words = stop();
+    EXPECT_FALSE(audio.isRunning()) << "the user has ended it";
+    start("es");
+    recognition.formatGate->complete();
+    EXPECT_EQ(outcome(first), "done");
+    ASSERT_EQ(recognition.transcriptions.size(), 2U);
+    EXPECT_EQ(recognition.transcriptions[0]->locale, "en-US");
+    recognition.transcriptions[0]->sayFinal("at once");
+    recognition.transcriptions[0]->end();
+    executor.runPosted();
+    EXPECT_EQ(outcome(words), "at once");
+    EXPECT_TRUE(audio.isRunning());
 }
 
 TEST_F(SpeechEngineTest, StopGivesUpOnARecogniserThatFallsSilentButNotOnASlowOne) {

@@ -96,6 +96,27 @@ TEST_F(SpeechMicrophoneTest, SoundThatComesBackIsNoLoss) {
     EXPECT_EQ(lost, 0);
 }
 
+TEST_F(SpeechMicrophoneTest, ItTellsWhetherSoundIsMissing) {
+    start();
+    executor.advanceBy(1.4);
+    EXPECT_FALSE(engine->lacksSound()) << "a device that takes its time to begin has missed nothing";
+    hear(1);
+    audio.changeConfiguration();
+    EXPECT_FALSE(engine->lacksSound()) << "another device goes on";
+    hear(1);
+    executor.advanceBy(1.2);
+    EXPECT_TRUE(engine->lacksSound());
+    executor.advanceBy(0.8);
+    hear(1);
+    EXPECT_TRUE(engine->lacksSound()) << "it came back, but not what was said meanwhile";
+    start();
+    hear(1);
+    EXPECT_FALSE(engine->lacksSound());
+    audio.format = {0, 0};
+    audio.changeConfiguration();
+    EXPECT_TRUE(engine->lacksSound()) << "no device is left";
+}
+
 TEST_F(SpeechMicrophoneTest, FailedReopeningIsLoggedAndEndsInTheReport) {
     start();
     audio.format = {0, 0};

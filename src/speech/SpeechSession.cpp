@@ -1,0 +1,115 @@
+#include "speech/SpeechSession.h"
+
+#include "base/Error.h"
+#include "base/Log.h"
+#include "speech/Join.h"
+
+#include <algorithm>
+#include <exception>
+#include <utility>
+
+namespace dorix {
+
+namespace {
+// A recogniser at work tells something every now and then. The second bound is for one that talks without
+// end: it leaves a slow one the time that the recording took once more.
+constexpr double resultPatience = 10;
+}  // namespace
+
+SpeechSession::SpeechSession(Executor& main, std::optional<Completion<std::string>> before,
+                             std::function<void(const std::string&)> onText)
+    : main_(main), before_(std::move(before)), onText_(std::move(onText)), patience_(main), tasks_(main) {}
+
+SpeechSession::~SpeechSession() { cancel(); }
+
+void SpeechSession::dropSound() {
+    input_.finish();
+    input_ = Input();
+    if (!isListening()) input_.finish();
+}
+
+Task<void> SpeechSession::transcribe(std::shared_ptr<SpeechAnalyzer> analyzer) {
+    analyzer_ = analyzer;
+    results_ = tasks_.spawn(readResults(analyzer));
+    co_await analyzer->start(input_);
+    isTranscribing_.complete();
+}
+
+Task<void> SpeechSession::readResults(std::shared_ptr<SpeechAnalyzer> analyzer) {
+    const auto results = analyzer->results();
+    try {
+        while (const auto result = co_await results.next()) {
+            if (isOver()) co_return;
+            takeResult(*result);
+        }
+    } catch (const Cancelled&) {
+        throw;
+    } catch (...) {
+        if (isOver()) co_return;
+        logLine("error de transcripción: " + localizedDescription(std::current_exception()));
+    }
+}
+
+void SpeechSession::takeResult(const TranscriptionResult& result) {
+    if (result.isFinal) {
+        finalized_ = join(finalized_, result.text);
+        volatile_.clear();
+    } else {
+        volatile_ = result.text;
+    }
+    if (deadline_) awaitNextResult();
+    onText_(understood());
+}
+
+void SpeechSession::finish() {
+    if (!isListening()) return;
+    isFinishing_ = true;
+    recorded_ = main_.now() - startedAt_;
+    input_.finish();
+    finish_ = tasks_.spawn(runFinish());
+}
+
+Task<void> SpeechSession::runFinish() {
+    co_await isTranscribing_;
+    if (before_) co_await *before_;
+    deadline_ = main_.now() + recorded_ + resultPatience;
+    awaitNextResult();
+    const auto analyzer = analyzer_;
+    try {
+        co_await analyzer->finalizeAndFinishThroughEndOfInput();
+    } catch (const Cancelled&) {
+        throw;
+    } catch (...) {  // NOLINT(bugprone-empty-catch)
+        // Nothing to do about it: what was recognised until here is the transcript.
+    }
+    const auto results = *results_;
+    co_await results;
+    end(understood());
+}
+
+void SpeechSession::awaitNextResult() {
+    const double left = *deadline_ - main_.now();
+    patience_.once(std::min(resultPatience, left), [this] { giveUp(); });
+}
+
+void SpeechSession::giveUp() {
+    input_.finish();
+    end(understood());
+}
+
+void SpeechSession::cancel() {
+    input_.finish();
+    end({});
+}
+
+void SpeechSession::end(const std::string& words) {
+    if (!words_.complete(words)) return;
+    patience_.stop();
+    if (results_) results_->cancel();
+    if (finish_) finish_->cancel();
+    analyzer_.reset();
+}
+
+std::string SpeechSession::understood() const { return join(finalized_, volatile_); }
+
+}  // namespace dorix
