@@ -58,6 +58,10 @@ DictationController::DictationController(Executor& executor, AppState& state, Se
 }
 
 DictationController::~DictationController() {
+    if (isRecording()) {
+        const auto ended = recorder_.end();
+        if (!ended.partial.empty()) written_.keep(ended.partial, ended.recording);
+    }
     recorder_.onAudioLost = [] {};
     recorder_.onFailure = [] {};
 }
@@ -251,8 +255,9 @@ Task<void> DictationController::carryThrough(Recorder::Ended ended, Mode mode, F
 /// False when the words did not get anywhere.
 Task<bool> DictationController::carry(std::string transcript, Mode mode, Fate fate, Recording recording) {
     if (fate == Fate::keep) co_return false;
+    const bool isSecret = recording.context.hasSecretFocus;  // and kept nowhere
     if (fate == Fate::keepHalf) {
-        if (transcript.empty()) {
+        if (transcript.empty() || isSecret) {
             hud_.flashNoSound();
         } else {
             flash(
@@ -266,7 +271,7 @@ Task<bool> DictationController::carry(std::string transcript, Mode mode, Fate fa
         flash(HUDPhase::info(tr("No te he oído. Mantén pulsado ⌥ Espacio mientras hablas.")), 2.4);
         co_return true;
     }
-    if (session_.locked.get()) keptWhileLocked_ = true;
+    if (session_.locked.get() && !isSecret) keptWhileLocked_ = true;
     if (session_.locked.get() || isLate_) co_return false;
     if (mode == Mode::write) {
         co_await roads_.write(std::move(transcript), std::move(recording));

@@ -216,9 +216,11 @@ Task<void> UtteranceRoads::ask(std::string transcript, Recording recording) {
         spoken.recording.shot.cancel();
     } else if (to_.assistant == nullptr) {
         spoken.recording.shot.cancel();
-        hud_.flash(HUDPhase::info(
-                       tr("Todavía no hay asistente que responda. Lo que has dicho está en el historial.")),
-                   4.0);
+        const bool isKept = !spoken.context().hasSecretFocus;
+        const std::string words =
+            isKept ? tr("Todavía no hay asistente que responda. Lo que has dicho está en el historial.")
+                   : tr("Todavía no hay asistente que responda.");
+        hud_.flash(HUDPhase::info(words), 4.0);
         written_.keep(spoken.transcript, spoken.recording);
     } else {
         co_await answer(std::move(spoken));

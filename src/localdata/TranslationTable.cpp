@@ -528,6 +528,7 @@ constexpr auto kTable = std::to_array<Translation>({
     {"Enviar", "Send"},
     {"Todavía no hay asistente que responda. Tu texto se queda aquí.",
      "There is no assistant to answer yet. Your text stays here."},
+    {"Todavía no hay asistente que responda.", "There is no assistant to answer yet."},
     {"Todavía no hay asistente que responda. Lo que has dicho está en el historial.",
      "There is no assistant to answer yet. What you said is in the history."},
     {"Aún estoy con lo que has dicho antes. Espera un momento y repítelo.",

@@ -6,6 +6,7 @@
 #include "localdata/Language.h"
 #include "overlay/Icon.h"
 #include "platform/Processes.h"
+#include "platform/SessionState.h"
 #include "platform/StatusItem.h"
 
 namespace dorix {
@@ -39,7 +40,9 @@ AppController::AppController(const Platform& platform)
       toasts_(state_, settings_, dictation_),
       keys_(platform.executor, platform.keyEvents, platform.hotKeys, state_, settings_, permissions_, speech_,
             dictation_),
-      tasks_(platform.executor) {}
+      tasks_(platform.executor) {
+    inserter_.mayType = [this] { return !platform_.session.locked.get(); };
+}
 
 void AppController::applicationDidFinishLaunching() {
     keys_.install();

@@ -1,5 +1,6 @@
 """Plays the steps of a script as a user would, and checks each."""
 
+import json
 import time
 from pathlib import Path
 from typing import Callable
@@ -70,7 +71,10 @@ class Player:
     def ask(self, question: str) -> list[str]:
         words = self._synthesise(question)
         self._stage.observe(lambda: self._until_processed(lambda: self._user.hold_and_speak(ASK_CHORD, words)))
-        return self._told_untyped()
+        outcome = self._stage.outcome
+        if outcome.typed or [json.loads(item["meta"])["inserted"] for item in outcome.remembered] != [False]:
+            raise self._stage.failure("a question should have been remembered, and not typed")
+        return outcome.lines()
 
     def silent(self) -> list[str]:
         self._stage.observe(lambda: self._until_processed(lambda: self._user.hold(HOLD_KEY, SILENCE)))
