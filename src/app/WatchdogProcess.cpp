@@ -1,18 +1,26 @@
 #include "app/WatchdogProcess.h"
 
 #include "base/Log.h"
+#include "linux/keeper/ClipboardKeeper.h"
 #include "linux/log/JournalLog.h"
 #include "linux/loop/PollLoop.h"
 #include "linux/process/BlockedSignals.h"
+#include "linux/process/ChildProcesses.h"
 #include "linux/process/LinuxProcesses.h"
+#include "linux/x11/X11ClipboardHeir.h"
 #include "linux/xdg/Environment.h"
 #include "linux/xdg/JsonUserDefaults.h"
 #include "watchdog/RelaunchLimiter.h"
 #include "watchdog/Watchdog.h"
 
+#include <sys/stat.h>
+
 #include <csignal>
+#include <functional>
+#include <optional>
 #include <semaphore>
 #include <string>
+#include <utility>
 
 namespace dorix {
 
@@ -31,16 +39,62 @@ bool mayRelaunch(Executor& executor) {
     return RelaunchLimiter(kept).hasCounted(date);
 }
 
+/// What the program left open for us; asked before anything else is opened, which would get the number.
+FileDescriptor inheritedSocket() {
+    struct stat status{};
+    const bool isThere = ::fstat(inheritedDescriptor, &status) == 0 && S_ISSOCK(status.st_mode);
+    return FileDescriptor(isThere ? inheritedDescriptor : -1);
+}
+
+/// The program's clipboard, which goes to the watchdog when the program dies.
+class Inheritance {
+ public:
+    Inheritance(PollLoop& loop, FileDescriptor end)
+        : loop_(loop),
+          kept_(std::move(end)),
+          incoming_(kept_.descriptor() < 0 ? Subscription()
+                                           : loop.watchReadable(kept_.descriptor(), [this] { receive(); })) {}
+
+    void programDied() {
+        receive();
+        const auto item = kept_.item();
+        if (item) heir_.emplace(loop_, loop_, *item, [this] { used(); });
+    }
+
+    /// Calls back as soon as nothing is offered, at once if nothing is.
+    void whenUsed(std::function<void()> callback) {
+        onUsed_ = std::move(callback);
+        if (!heir_) onUsed_();
+    }
+
+ private:
+    void receive() {
+        if (!kept_.receive()) incoming_.reset();
+    }
+    void used() {
+        heir_.reset();
+        onUsed_();
+    }
+
+    PollLoop& loop_;
+    KeptClipboard kept_;
+    std::optional<X11ClipboardHeir> heir_;
+    std::function<void()> onUsed_ = [] {};
+    Subscription incoming_;
+};
+
 }  // namespace
 
 int runWatchdog(std::span<const std::string_view> arguments) {
     const auto told = parseWatchdogArguments(arguments);
     if (!told) return 0;
+    auto inherited = inheritedSocket();
     const auto termination = blockedSignals({SIGTERM});
     logToStderrAndJournal();
     PollLoop loop;
     LinuxProcesses processes(loop);
     std::counting_semaphore<> ended(0);
+    std::optional<Inheritance> inheritance;
     Watchdog watchdog({.executor = loop,
                        .processes = processes,
                        .mayRelaunch =
@@ -51,9 +105,11 @@ int runWatchdog(std::span<const std::string_view> arguments) {
                                return may;
                            },
                        .open = [&processes](const std::string& path) { processes.open(path); },
-                       .exit = [&ended] { ended.release(); }});
+                       .parentExited = [&inheritance] { inheritance->programDied(); },
+                       .exit = [&] { inheritance->whenUsed([&ended] { ended.release(); }); }});
     Subscription terminated;
     loop.post([&] {
+        inheritance.emplace(loop, std::move(inherited));
         terminated = loop.watchReadable(termination.get(), [&] {
             terminated.reset();
             ended.release();
@@ -62,6 +118,7 @@ int runWatchdog(std::span<const std::string_view> arguments) {
     });
     ended.acquire();
     loop.stop();
+    inheritance.reset();
     return 0;
 }
 

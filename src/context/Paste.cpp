@@ -23,10 +23,17 @@ constexpr double grace = 0.2;
 constexpr double patience = 4.0;
 /// How long our own windows may take to give the keyboard back.
 constexpr double keyboardReturns = 0.6;
-constexpr double betweenLooks = 0.01;
+/// Whoever takes the clipboard before the text was fetched is what would be pasted until it is taken back.
+constexpr double betweenLooks = 0.002;
 
 /// How often the clipboard is taken anew from whoever takes it before the application has fetched the text.
 constexpr int maxOffers = 8;
+
+bool holds(const Pasteboard::Reading& reading, const std::string& text) {
+    return std::ranges::any_of(reading.items, [&](const Pasteboard::Item& item) {
+        return std::ranges::any_of(item, [&](const auto& entry) { return entry.second == text; });
+    });
+}
 
 }  // namespace
 
@@ -90,14 +97,11 @@ Task<Paste::Delivery> Paste::paste(RunningApplication target) {
 /// the clipboard is not to be had.
 Task<bool> Paste::take() {
     const bool isAgain = ours_.has_value();
+    auto reading = co_await means_.clipboard.read();
+    // What the user has only just copied is not taken away for a text that may not even be pasted.
+    if (isAgain && reading.state == Pasteboard::Reading::State::unreadable) co_return false;
     // A clipboard manager may have taken the text itself over.
-    const bool isText = isAgain && co_await means_.pasteboard.string() == insertion_.text;
-    if (!isText) {
-        auto reading = co_await means_.clipboard.read();
-        // What the user has only just copied is not taken away for a text that may not even be pasted.
-        if (isAgain && reading.state == Pasteboard::Reading::State::unreadable) co_return false;
-        before_ = std::move(reading);
-    }
+    if (!isAgain || !holds(reading, insertion_.text)) before_ = std::move(reading);
     offer(true);
     co_return true;
 }

@@ -84,10 +84,10 @@ class Paste {
     const EventPoster::Condition mayType_;
     Pasteboard::Reading before_;
     Delivery delivery_ = Delivery::refused;
-    bool stays_ = false;                 // the text, on the clipboard
-    std::optional<std::int64_t> ours_;   // the clipboard's count since the text is there
-    std::optional<double> struckAt_;     // by the executor's clock
-    std::optional<double> lastFetch_;    // the same, by the target
+    bool stays_ = false;                // the text, on the clipboard
+    std::optional<std::int64_t> ours_;  // the clipboard's count since the text is there
+    std::optional<double> struckAt_;    // by the executor's clock
+    std::optional<double> lastFetch_;   // the same, by the target
 };
 
 }  // namespace dorix

@@ -9,8 +9,8 @@
 
 namespace dorix {
 
-/// The clipboard as the user's, which others here borrow in turns and give back. Main executor; the pasteboard
-/// outlives it.
+/// The clipboard as the user's, which others here borrow in turns and give back. Main executor; the
+/// pasteboard outlives it.
 class UserClipboard {
  public:
     using Reading = Pasteboard::Reading;
@@ -24,7 +24,8 @@ class UserClipboard {
     Task<void> settled() { co_await borrow(); }
 
     /// Begins to read ahead of an insertion that is likely to come, so that a slow application that holds the
-    /// clipboard costs no time then. One that did not tell everything is asked again until forget() or read().
+    /// clipboard costs no time then. One that did not tell everything is asked again until forget() or
+    /// read().
     void prepare();
 
     /// Lets go of what prepare() read.

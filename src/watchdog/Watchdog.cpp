@@ -19,6 +19,7 @@ void Watchdog::start(const WatchdogArguments& arguments) {
 }
 
 void Watchdog::parentExited(const std::string& bundlePath) {
+    env_.parentExited();
     relaunch_.once(relaunchDelay, [this, bundlePath] {
         if (env_.mayRelaunch()) env_.open(bundlePath);
         env_.exit();

@@ -20,6 +20,8 @@ class Watchdog {
         std::function<bool()> mayRelaunch;
         /// Starts the application at that path.
         std::function<void(const std::string& bundlePath)> open;
+        /// The program has ended, one way or another.
+        std::function<void()> parentExited;
         /// Ends the watchdog's process, with success whatever has happened.
         std::function<void()> exit;
     };

@@ -39,8 +39,12 @@ namespace {
 /// An X display, and the ports that it can fill: each is made when it is chosen, as not all of them may be.
 class X11Session {
  public:
-    X11Session(Executor& main, std::unique_ptr<X11Connection> opened, X11Settings::Changed changed)
-        : connection(std::move(opened)), entries(main), settings(*connection, std::move(changed)) {}
+    X11Session(Executor& main, std::unique_ptr<X11Connection> opened, X11Settings::Changed changed,
+               ClipboardKeeper& clipboardKeeper)
+        : connection(std::move(opened)),
+          entries(main),
+          settings(*connection, std::move(changed)),
+          keeper(clipboardKeeper) {}
 
     std::unique_ptr<KeyEventMonitors> keyEvents() {
         return std::make_unique<X11KeyEventMonitors>(*connection, keyboard, input, windows);
@@ -52,7 +56,7 @@ class X11Session {
         return std::make_unique<X11HotKeyRegistrar>(*connection, keyboard, input);
     }
     std::unique_ptr<Pasteboard> pasteboard() {
-        auto made = std::make_unique<X11Pasteboard>(*connection);
+        auto made = std::make_unique<X11Pasteboard>(*connection, &keeper);
         clipboard = made.get();
         return made;
     }
@@ -68,6 +72,7 @@ class X11Session {
     X11Windows windows{*connection};
     DesktopEntries entries;
     X11Settings settings;
+    ClipboardKeeper& keeper;
     X11Pasteboard* clipboard = nullptr;  // where that of this display was chosen
 };
 
@@ -94,13 +99,15 @@ struct LinuxDesktop::Adapters {
           notifications(main, *bus),
           statusItem(main, *bus, std::move(words)),
           appearance(*bus, watcher, xdgConfigHome()),
-          x11(openX11(watcher)) {}
+          x11(openX11(watcher)) {
+        processes.passOn(keeper.otherEnd());
+    }
 
     std::unique_ptr<X11Session> openX11(FdWatcher& watcher) {
         auto connection = X11Connection::open(executor, watcher);
         if (!connection) return nullptr;
         const auto changed = [this](const XSettings& settings) { appearance.setDisplaySettings(settings); };
-        return std::make_unique<X11Session>(executor, std::move(connection), changed);
+        return std::make_unique<X11Session>(executor, std::move(connection), changed, keeper);
     }
 
     template <typename Port>
@@ -130,6 +137,7 @@ struct LinuxDesktop::Adapters {
          .canUseOtherApplications = [this] { return hasDisplay() && accessibility.isAvailable(); },
          .canCaptureScreen = [this] { return hasDisplay(); }}};
     PulseSystemSounds sounds{audio.connection()};
+    ClipboardKeeper keeper;
     LinuxProcesses processes;
     XdgUrlOpener urls;
     AtomicFileReplacer files;

@@ -43,14 +43,15 @@ class Attributes {
     posix_spawnattr_t attributes_{};
 };
 
-/// The null device, and nothing else.
+/// The null device, what is to be inherited, and nothing else.
 class Files {
  public:
-    Files() {
+    explicit Files(int inherited) {
         posix_spawn_file_actions_init(&actions_);
         for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
             posix_spawn_file_actions_addopen(&actions_, fd, "/dev/null", O_RDWR, 0);
-        posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1);
+        if (inherited >= 0) posix_spawn_file_actions_adddup2(&actions_, inherited, inheritedDescriptor);
+        posix_spawn_file_actions_addclosefrom_np(&actions_, inheritedDescriptor + (inherited >= 0 ? 1 : 0));
     }
     ~Files() { posix_spawn_file_actions_destroy(&actions_); }
     Files(const Files&) = delete;
@@ -64,7 +65,7 @@ class Files {
 
 }  // namespace
 
-std::optional<pid_t> spawn(const std::vector<std::string>& command, SpawnAs as) {
+std::optional<pid_t> spawn(const std::vector<std::string>& command, SpawnAs as, int inherited) {
     if (command.empty() || command.front().empty()) return std::nullopt;
     auto texts = command;
     std::vector<char*> arguments;
@@ -72,7 +73,7 @@ std::optional<pid_t> spawn(const std::vector<std::string>& command, SpawnAs as) 
     for (auto& text : texts) arguments.push_back(text.data());
     arguments.push_back(nullptr);
     pid_t process = -1;
-    const int error = posix_spawnp(&process, arguments.front(), Files().get(), Attributes(as).get(),
+    const int error = posix_spawnp(&process, arguments.front(), Files(inherited).get(), Attributes(as).get(),
                                    arguments.data(), environ);
     if (error != 0) return std::nullopt;
     return process;

@@ -21,10 +21,12 @@ enum class SpawnAs {
 };
 
 /// Starts `command`, looked up in the path when it has no slash, with our environment, the null device for
-/// input and output, no other open file, and signals as a program expects them. Blocks until the program is
-/// running or cannot be started: then nothing. The process is a child, and wants to be waited for. Any
-/// thread.
-std::optional<pid_t> spawn(const std::vector<std::string>& command, SpawnAs as);
+/// input and output, no other open file but `inherited` as inheritedDescriptor, and signals as a program
+/// expects them. Blocks until the program is running or cannot be started: then nothing. The process is a
+/// child, and wants to be waited for. Any thread.
+std::optional<pid_t> spawn(const std::vector<std::string>& command, SpawnAs as, int inherited = -1);
+
+inline constexpr int inheritedDescriptor = 3;
 
 /// A descriptor that stands for a process, also when its id has been given to another one since; it can be
 /// read once the process has ended. None when there is no such process or the kernel has no such descriptors.

@@ -52,7 +52,7 @@ std::string LinuxProcesses::bundlePath() const {
 Processes::Terminate LinuxProcesses::launchSelf(const std::vector<std::string>& arguments) {
     std::vector<std::string> command{executable_.string()};
     command.insert(command.end(), arguments.begin(), arguments.end());
-    const auto child = spawn(command, SpawnAs::helper);
+    const auto child = spawn(command, SpawnAs::helper, passedOn_);
     if (!child) return nullptr;
     auto process = openProcess(*child);
     children_.add(*child);

@@ -19,6 +19,9 @@ class LinuxProcesses final : public Processes {
     explicit LinuxProcesses(FdWatcher& watcher);
     LinuxProcesses(FdWatcher& watcher, std::filesystem::path executable);
 
+    /// What launchSelf() leaves open for the other process, as inheritedDescriptor; stays the caller's.
+    void passOn(int descriptor) { passedOn_ = descriptor; }
+
     std::int32_t ownProcessIdentifier() const override;
     std::string bundlePath() const override;
     Terminate launchSelf(const std::vector<std::string>& arguments) override;
@@ -28,6 +31,7 @@ class LinuxProcesses final : public Processes {
  private:
     FdWatcher& watcher_;
     const std::filesystem::path executable_;
+    int passedOn_ = -1;
     ReapedChildren children_;
 };
 

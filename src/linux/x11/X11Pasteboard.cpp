@@ -53,8 +53,9 @@ bool isContents(std::string_view target) {
 
 }  // namespace
 
-X11Pasteboard::X11Pasteboard(X11Connection& connection)
+X11Pasteboard::X11Pasteboard(X11Connection& connection, ClipboardKeeper* keeper)
     : connection_(connection),
+      keeper_(keeper),
       window_(connection.createHiddenWindow(XCB_EVENT_MASK_NO_EVENT)),
       clipboard_(connection.atom("CLIPBOARD")),
       windows_(connection),
@@ -98,6 +99,7 @@ void X11Pasteboard::noteForeignChange() {
     ownerAnswers_ = false;
     ownerFailed_ = false;
     loseClipboard();
+    if (keeper_ != nullptr) keeper_->forget();
     // What an owner that is gone was asked for will not come; from the next one it would be something else.
     for (auto* read : reads_) read->abandon();
 }
@@ -134,6 +136,7 @@ void X11Pasteboard::commit() {
     } else {
         offered_ = owner_.take(clipboard_, contents_);
     }
+    if (!isPassing()) keepContents();
     settle(empty ? xcb_window_t{XCB_WINDOW_NONE} : owner_.window());
 }
 
@@ -356,7 +359,18 @@ void X11Pasteboard::endPrimary() {
     owner_.replaceIfOwned(XCB_ATOM_PRIMARY, primaryBefore_);
 }
 
-void X11Pasteboard::keepThroughCrash(const std::vector<Item>&) {}
+void X11Pasteboard::keepThroughCrash(const std::vector<Item>& items) {
+    if (keeper_ == nullptr) return;
+    ClipboardKeeper::Entries entries;
+    for (const auto& item : items) entries.insert(entries.end(), item.begin(), item.end());
+    keeper_->keep(entries);
+}
+
+void X11Pasteboard::keepContents() {
+    if (keeper_ == nullptr) return;
+    if (contents_.entries().empty()) return keeper_->forget();
+    keepThroughCrash({ownItem()});
+}
 
 bool X11Pasteboard::isPassing() const {
     return std::ranges::any_of(passingMarkers, [this](const Marker& marker) {

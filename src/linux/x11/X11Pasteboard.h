@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/async/Timer.h"
+#include "linux/keeper/ClipboardKeeper.h"
 #include "linux/x11/SelectionContents.h"
 #include "linux/x11/X11Connection.h"
 #include "linux/x11/X11SelectionOwner.h"
@@ -21,7 +22,8 @@ namespace dorix {
 /// one that has yet to answer, or was silent at the last target, a fraction of one.
 class X11Pasteboard final : public Pasteboard {
  public:
-    explicit X11Pasteboard(X11Connection& connection);
+    /// `keeper` gets what is to outlive the program; null for none.
+    explicit X11Pasteboard(X11Connection& connection, ClipboardKeeper* keeper = nullptr);
     ~X11Pasteboard() override;
 
     std::int64_t changeCount() const override { return changeCount_; }
@@ -63,6 +65,7 @@ class X11Pasteboard final : public Pasteboard {
     Task<void> keepPrimary();
     void endPrimary();
     bool isPassing() const;
+    void keepContents();
     void put(std::string_view target, std::string_view type, std::uint8_t format, std::string bytes);
     struct Budget {
         double deadline;  // in the executor's time
@@ -80,6 +83,7 @@ class X11Pasteboard final : public Pasteboard {
     Item ownItem();
 
     X11Connection& connection_;
+    ClipboardKeeper* const keeper_;
     const xcb_window_t window_;
     const xcb_atom_t clipboard_;
     X11Windows windows_;

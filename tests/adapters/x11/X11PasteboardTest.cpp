@@ -1,5 +1,7 @@
 #include "adapters/harness/XDesktop.h"
+#include "linux/keeper/ClipboardKeeper.h"
 #include "linux/x11/SelectionContents.h"
+#include "linux/x11/X11ClipboardHeir.h"
 #include "linux/x11/X11Pasteboard.h"
 #include "linux/x11/X11SelectionRead.h"
 
@@ -384,6 +386,40 @@ TEST_F(X11PasteboardTest, AReadUnderWayMayBeDestroyed) {
     }
     settle();
     EXPECT_FALSE(connection_->isLost());
+}
+
+TEST_F(X11PasteboardTest, WhatTheUserHadOutlivesAProgramThatDies) {
+    const auto image = patternOf(2'000'000);
+    copyWithXclip(image, "image/png");
+    ClipboardKeeper keeper;
+    KeptClipboard kept{FileDescriptor(::dup(keeper.otherEnd()))};
+    const auto survivors = [&] {
+        EXPECT_TRUE(kept.receive());
+        return kept.item().value_or(Pasteboard::Item());
+    };
+    std::optional<X11Pasteboard> dying(std::in_place, *connection_, &keeper);
+    const auto before = result(dying->pasteboardItems()).items;
+    dying->keepThroughCrash(before);
+    dying->clearContents();
+    dying->setString("dictado");
+    dying->setData({}, Pasteboard::transientType);
+    ASSERT_TRUE(dying->holdsOwnContents());
+    const auto item = survivors();
+    EXPECT_EQ(item, before.front());
+    dying.reset();
+
+    bool isOver = false;
+    const X11ClipboardHeir heir(loop_.main, loop_.main, item, [&] { isOver = true; });
+    ASSERT_TRUE(waitFor([&] { return selectionOwner(*connection_, "CLIPBOARD") != XCB_WINDOW_NONE; }));
+    EXPECT_TRUE(pasteWithXclip("image/png") == image);
+    EXPECT_FALSE(isOver);
+    X11Pasteboard next(*connection_, &keeper);
+    next.clearContents();
+    next.setString("otro");
+    EXPECT_TRUE(waitFor([&] { return isOver; }));
+    EXPECT_THAT(survivors(), Contains(Pair("UTF8_STRING", "otro")));
+    copyWithXclip("suyo", "UTF8_STRING");
+    EXPECT_THAT(survivors(), IsEmpty()) << "its owner keeps it";
 }
 
 TEST_F(X11PasteboardTest, HandsItsContentsOverToTheClipboardManager) {
