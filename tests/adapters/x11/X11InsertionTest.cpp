@@ -24,7 +24,7 @@ using Delivery = InsertionReceipt::Delivery;
 /// How many insertions are tried: a few of them in every run, and as many as the environment says.
 int insertionCount() {
     const char* const told = std::getenv("DORIX_INSERTIONS");  // NOLINT(concurrency-mt-unsafe)
-    return told == nullptr ? 15 : std::atoi(told);             // NOLINT(bugprone-unchecked-string-to-number-conversion)
+    return told == nullptr ? 15 : std::atoi(told);  // NOLINT(bugprone-unchecked-string-to-number-conversion)
 }
 
 /// Another program that holds the clipboard: what is on it, and how it answers.
@@ -35,7 +35,8 @@ class Owner {
     Owner(EventLoop& loop, Kind kind, int number)
         : kind(kind), connection_(connectTo(loop)), server_(*connection_, [](const auto&) {}) {
         const std::string text = "lo que tenía " + std::to_string(number);
-        if (kind == Kind::image) put("image/png", std::string(20'000'000, static_cast<char>('a' + number % 26)));
+        if (kind == Kind::image)
+            put("image/png", std::string(20'000'000, static_cast<char>('a' + number % 26)));
         if (kind == Kind::files) put("text/uri-list", "file:///" + std::to_string(number) + "\r\n");
         if (kind != Kind::none && kind != Kind::image) put("UTF8_STRING", text);
         if (kind == Kind::none) {
@@ -67,7 +68,10 @@ class Owner {
 class Manager {
  public:
     explicit Manager(EventLoop& loop)
-        : loop_(loop), connection_(connectTo(loop)), server_(*connection_, [](const auto&) {}), tasks_(loop.main) {
+        : loop_(loop),
+          connection_(connectTo(loop)),
+          server_(*connection_, [](const auto&) {}),
+          tasks_(loop.main) {
         clipboard_ = connection_->atom("CLIPBOARD");
         xcb_xfixes_select_selection_input(connection_->get(), connection_->root(), clipboard_,
                                           XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
@@ -201,8 +205,9 @@ TEST_F(X11InsertionTest, WhateverHappensNothingElseIsPastedNothingIsLostAndTheTr
         if (pasting_) pasting_->cancel();
     }
     std::cout << count << " insertions: " << tally.delivered << " delivered, " << tally.wrongPastes
-              << " wrong pastes, " << tally.falselyTold << " told to be written that were not, " << tally.untold
-              << " written that were not told, " << tally.lostClipboards << " clipboards lost\n";
+              << " wrong pastes, " << tally.falselyTold << " told to be written that were not, "
+              << tally.untold << " written that were not told, " << tally.lostClipboards
+              << " clipboards lost\n";
     EXPECT_EQ(tally.wrongPastes, 0);
     EXPECT_EQ(tally.falselyTold, 0);
     EXPECT_EQ(tally.lostClipboards, 0);
