@@ -14,6 +14,9 @@ enum class CommandChord {
     insert,
     /// Shift-Insert, which pastes PRIMARY; no chord copies.
     insertPrimary,
+    /// No chord does the same in all of its modes: editors where the letters are commands. What Ctrl and V
+    /// begin there waits for more keys.
+    none,
 };
 
 /// By WM_CLASS, either of whose halves may be the one that is known; in any case of letters.

@@ -89,6 +89,8 @@ X11EventPoster::Chord X11EventPoster::commandChord(std::uint16_t keyCode) {
             return keysOf({control, shift, letter});
         case CommandChord::insert:
             return keysOf({paste ? shift : control, insert});
+        case CommandChord::none:
+            return {};
         case CommandChord::insertPrimary:
             break;
     }
