@@ -166,7 +166,8 @@ bool X11Pasteboard::holdsPrimary() { return servesPrimary_ && ownerOf(XCB_ATOM_P
 
 void X11Pasteboard::noteDelivery(const X11SelectionServer::Delivery& delivery, double at) {
     const auto current = delivery.selection == clipboard_ ? offered_ : offeredPrimary_;
-    if (delivery.offer != current) return;
+    // Some browsers look at the marks whenever they are told to paste, whether there is a field or not.
+    if (delivery.offer != current || isMark(delivery.target)) return;
     RunningApplication by;
     by.windowNumber = delivery.requestor;
     by.processIdentifier = windows_.processIdentifier(delivery.requestor).value_or(0);
@@ -372,10 +373,13 @@ void X11Pasteboard::keepContents() {
     keepThroughCrash({ownItem()});
 }
 
-bool X11Pasteboard::isPassing() const {
-    return std::ranges::any_of(passingMarkers, [this](const Marker& marker) {
-        return contents_.find(connection_.atom(marker.target)) != nullptr;
-    });
+bool X11Pasteboard::isMark(xcb_atom_t target) {
+    return std::ranges::find(passingMarkers, connection_.atomName(target), &Marker::target) !=
+           passingMarkers.end();
+}
+
+bool X11Pasteboard::isPassing() {
+    return std::ranges::any_of(contents_.entries(), [this](const auto& entry) { return isMark(entry.first); });
 }
 
 Task<bool> X11Pasteboard::handOver() {

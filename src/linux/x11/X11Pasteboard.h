@@ -64,7 +64,8 @@ class X11Pasteboard final : public Pasteboard {
     void scheduleCommit();
     Task<void> keepPrimary();
     void endPrimary();
-    bool isPassing() const;
+    bool isMark(xcb_atom_t target);
+    bool isPassing();
     void keepContents();
     void put(std::string_view target, std::string_view type, std::uint8_t format, std::string bytes);
     struct Budget {

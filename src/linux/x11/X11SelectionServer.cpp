@@ -135,7 +135,7 @@ bool X11SelectionServer::convert(const Offer& offer, xcb_atom_t target, const De
     }
     const auto data = offer.contents.find(target);
     if (!data) return false;
-    send(offer, data, to);
+    send({to.window, offer.selection, target, offer.number}, data, to);
     return true;
 }
 
@@ -165,9 +165,8 @@ bool X11SelectionServer::convertMultiple(const Offer& offer, const Destination& 
     return true;
 }
 
-void X11SelectionServer::send(const Offer& offer, const std::shared_ptr<const SelectionData>& data,
+void X11SelectionServer::send(const Delivery& delivery, const std::shared_ptr<const SelectionData>& data,
                               const Destination& to) {
-    const auto delivery = offer.deliveryTo(to.window);
     if (data->bytes.size() > pieceSize_) return startTransfer(data, delivery, to);
     setProperty(to, data->type, data->format, data->bytes);
     delivered_(delivery);

@@ -16,13 +16,14 @@ namespace dorix {
 /// asking or whose window goes is forgotten.
 class X11SelectionServer {
  public:
-    /// Told of each requestor that has been given a value whole, with the selection and the number of what
-    /// was taken then. On the connection's executor.
+    /// What a requestor has been given whole.
     struct Delivery {
         xcb_window_t requestor = XCB_WINDOW_NONE;
         xcb_atom_t selection = XCB_ATOM_NONE;
-        std::uint64_t offer = 0;
+        xcb_atom_t target = XCB_ATOM_NONE;
+        std::uint64_t offer = 0;  // the number that take() gave
     };
+    /// Called on the connection's executor.
     using Delivered = std::function<void(const Delivery&)>;
 
     X11SelectionServer(X11Connection& connection, Delivered delivered);
@@ -50,8 +51,6 @@ class X11SelectionServer {
         xcb_atom_t selection = XCB_ATOM_NONE;
         std::uint64_t number = 0;
         xcb_timestamp_t time = XCB_CURRENT_TIME;
-
-        Delivery deliveryTo(xcb_window_t requestor) const { return {requestor, selection, number}; }
     };
     struct Destination {
         xcb_window_t window;
@@ -76,7 +75,8 @@ class X11SelectionServer {
     bool convert(const Offer& offer, xcb_atom_t target, const Destination& to);
     bool convertMultiple(const Offer& offer, const Destination& to);
     void sendTargets(const Offer& offer, const Destination& to);
-    void send(const Offer& offer, const std::shared_ptr<const SelectionData>& data, const Destination& to);
+    void send(const Delivery& delivery, const std::shared_ptr<const SelectionData>& data,
+              const Destination& to);
     void startTransfer(std::shared_ptr<const SelectionData> data, const Delivery& delivery,
                        const Destination& to);
     void continueTransfer(const Destination& to);
