@@ -32,9 +32,10 @@ class Processes {
     /// started.
     virtual bool open(const std::string& bundlePath) = 0;
 
-    /// Calls `onExit` once when the process has ended, however it did, never inside this call; letting go of
-    /// the watch ends it, also inside the call. Empty when there is no such process, or it cannot be watched.
-    virtual Subscription watchExit(std::int32_t processIdentifier, std::function<void()> onExit) = 0;
+    /// Calls `onExit` once when the process that started this one has ended, however it did, never inside
+    /// this call; letting go of the watch ends it, also inside the call. Empty when `parent` is not that
+    /// process, or no more, or cannot be watched.
+    virtual Subscription watchParentExit(std::int32_t parent, std::function<void()> onExit) = 0;
 };
 
 /// Opens addresses in the application that the user has chosen for them. Main executor; returns at once.

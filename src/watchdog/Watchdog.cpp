@@ -12,9 +12,10 @@ constexpr double relaunchDelay = 2.0;
 Watchdog::Watchdog(Environment environment) : env_(std::move(environment)), relaunch_(env_.executor) {}
 
 void Watchdog::start(const WatchdogArguments& arguments) {
-    watch_ = env_.processes.watchExit(arguments.parent,
-                                      [this, path = arguments.bundlePath] { parentExited(path); });
-    // Nobody to watch: whether the program crashed or was quit cannot be told any more.
+    watch_ = env_.processes.watchParentExit(arguments.parent,
+                                            [this, path = arguments.bundlePath] { parentExited(path); });
+    // It has gone, and whether it crashed or was quit cannot be told any more; or it is a stranger, whose end
+    // says nothing of the program.
     if (!watch_) env_.exit();
 }
 

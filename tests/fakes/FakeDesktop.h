@@ -69,7 +69,7 @@ class FakeProcesses final : public Processes {
     std::string bundlePath() const override { return "/opt/dorix"; }
     Terminate launchSelf(const std::vector<std::string>&) override { return nullptr; }
     bool open(const std::string&) override { return false; }
-    Subscription watchExit(std::int32_t, std::function<void()>) override { return {}; }
+    Subscription watchParentExit(std::int32_t, std::function<void()>) override { return {}; }
 };
 
 /// Grants as the test sets them; everything is granted at first.

@@ -68,9 +68,10 @@ bool LinuxProcesses::open(const std::string& bundlePath) {
     return child.has_value();
 }
 
-Subscription LinuxProcesses::watchExit(std::int32_t processIdentifier, std::function<void()> onExit) {
-    auto process = openProcess(processIdentifier);
-    if (!process) return {};
+Subscription LinuxProcesses::watchParentExit(std::int32_t parent, std::function<void()> onExit) {
+    auto process = openProcess(parent);
+    // In this order: as long as it is our parent, no other process gets its number.
+    if (!process || ::getppid() != parent) return {};
     const auto watch = std::make_shared<ExitWatch>(std::move(process), std::move(onExit));
     watch->readable = watcher_.watchReadable(watch->process.get(), [weak = std::weak_ptr(watch)] {
         const auto self = weak.lock();

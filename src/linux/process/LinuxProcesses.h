@@ -26,7 +26,7 @@ class LinuxProcesses final : public Processes {
     std::string bundlePath() const override;
     Terminate launchSelf(const std::vector<std::string>& arguments) override;
     bool open(const std::string& bundlePath) override;
-    Subscription watchExit(std::int32_t processIdentifier, std::function<void()> onExit) override;
+    Subscription watchParentExit(std::int32_t parent, std::function<void()> onExit) override;
 
  private:
     FdWatcher& watcher_;

@@ -54,6 +54,15 @@ std::error_code writeTemporary(std::string& path, const FileReplacer::Source& so
     return error;
 }
 
+/// What is there and no regular file, or nothing is.
+std::error_code whyNotRead(const std::filesystem::path& file) {
+    struct stat status{};
+    if (::stat(file.c_str(), &status) != 0) return lastError();
+    if (S_ISREG(status.st_mode)) return {};
+    return std::make_error_code(S_ISDIR(status.st_mode) ? std::errc::is_a_directory
+                                                        : std::errc::not_supported);
+}
+
 void syncFolder(const std::filesystem::path& folder) {
     const FileDescriptor fd(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (fd) ::fsync(fd.get());
@@ -61,19 +70,20 @@ void syncFolder(const std::filesystem::path& folder) {
 
 }  // namespace
 
-std::optional<std::string> readFile(const std::filesystem::path& file) {
-    std::error_code error;
-    if (!std::filesystem::is_regular_file(file, error)) return std::nullopt;
+std::expected<std::string, std::error_code> readFile(const std::filesystem::path& file, std::size_t limit) {
+    if (const auto error = whyNotRead(file)) return std::unexpected(error);
     const FileDescriptor fd(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (!fd) return std::unexpected(lastError());
     std::string contents;
     std::array<char, 16384> piece{};
-    while (fd) {
+    while (true) {
         const auto count = ::read(fd.get(), piece.data(), piece.size());
         if (count == 0) return contents;
-        if (count < 0 && errno != EINTR) break;
-        if (count > 0) contents.append(piece.data(), static_cast<std::size_t>(count));
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return std::unexpected(lastError());
+        contents.append(piece.data(), static_cast<std::size_t>(count));
+        if (contents.size() > limit) return std::unexpected(std::make_error_code(std::errc::file_too_large));
     }
-    return std::nullopt;
 }
 
 std::error_code replaceFile(const std::filesystem::path& file, std::string_view contents) {

@@ -3,17 +3,21 @@
 #include "linux/loop/FileDescriptor.h"
 #include "platform/UserFiles.h"
 
+#include <cstddef>
+#include <cstdint>
+#include <expected>
 #include <filesystem>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <system_error>
 
 namespace dorix {
 
-/// The contents of a regular file; none when it cannot be read or is something else, which is not even
-/// opened: a pipe would wait for a writer. Blocks on the disk. Any thread.
-std::optional<std::string> readFile(const std::filesystem::path& file);
+/// The contents of a regular file of up to `limit` bytes, file_too_large for a longer one. Something else is
+/// not even opened, as a pipe would wait for a writer: is_a_directory, or not_supported. Blocks on the disk.
+/// Any thread.
+std::expected<std::string, std::error_code> readFile(const std::filesystem::path& file,
+                                                     std::size_t limit = SIZE_MAX);
 
 /// Makes `file` hold exactly `contents`, readable by the user only. After a crash or a power cut at any
 /// moment the file is the old one or the new one, whole. Folders on the way are made. A symbolic link is

@@ -10,6 +10,26 @@ namespace dorix {
 
 namespace {
 
+/// Far more than settings come to. JSON takes many times its size once it is read.
+constexpr std::size_t largestFile = 4UZ * 1024 * 1024;
+constexpr int deepestNesting = 64;
+
+/// Whether arrays and objects lie in each other so deeply that what goes through them runs out of stack.
+bool isTooDeep(std::string_view json) {
+    int depth = 0;
+    bool inString = false;
+    for (std::size_t i = 0; i < json.size(); ++i) {
+        const char c = json[i];
+        if (inString && c == '\\') ++i;
+        if (c == '"') inString = !inString;
+        if (inString) continue;
+        if (c == '[' || c == '{') ++depth;
+        if (c == ']' || c == '}') --depth;
+        if (depth > deepestNesting) return true;
+    }
+    return false;
+}
+
 void applyChanges(const std::map<std::string, std::optional<Json>, std::less<>>& changes, Json& values) {
     for (const auto& [key, value] : changes) {
         if (value) {
@@ -32,19 +52,27 @@ std::filesystem::path folderOf(const std::filesystem::path& file) {
 
 JsonUserDefaults::JsonUserDefaults(Executor& main, std::filesystem::path file)
     : main_(main), file_(std::move(file)) {
-    values_ = read().value_or(Json::object());
+    auto held = read();
+    if (held && *held) values_ = std::move(**held);
+    if (held) return;
+    logLine("no se puede leer el archivo de ajustes; se deja como está: " + held.error().message());
 }
 
 JsonUserDefaults::~JsonUserDefaults() = default;
 
-/// What the file holds; none when there is no file, or not any more because it was damaged.
-std::optional<Json> JsonUserDefaults::read() {
-    std::error_code error;
-    if (!std::filesystem::exists(file_, error) && !error) return std::nullopt;
-    const auto text = readFile(file_);
-    Json parsed = text ? Json::parse(*text, nullptr, /*allow_exceptions=*/false) : Json();
+/// What the file holds; none when there is no file, or not any more because it was damaged. The error is that
+/// of a file that may well be whole.
+std::expected<std::optional<Json>, std::error_code> JsonUserDefaults::read() {
+    const auto text = readFile(file_, largestFile);
+    if (!text && text.error() == std::errc::no_such_file_or_directory) return std::nullopt;
+    if (!text && text.error() == std::errc::file_too_large) {
+        setAside("es demasiado grande");
+        return std::nullopt;
+    }
+    if (!text) return std::unexpected(text.error());
+    Json parsed = isTooDeep(*text) ? Json() : Json::parse(*text, nullptr, /*allow_exceptions=*/false);
     if (parsed.is_object()) return parsed;
-    setAside(text ? "está dañado" : "no se puede leer");
+    setAside("está dañado");
     return std::nullopt;
 }
 
@@ -106,26 +134,32 @@ void JsonUserDefaults::write() {
         writeQueued_ = false;
         changes.swap(pending_);
     }
-    writeMerged(changes);
+    const auto error = writeMerged(changes);
+    if (error && !failureLogged_) logLine("no se pudieron guardar los ajustes: " + error.message());
+    failureLogged_ = static_cast<bool>(error);
+    if (!error) return;
+    std::scoped_lock lock(mutex_);
+    for (const auto& change : changes) pending_.insert(change);  // unless it has been set anew since
 }
 
-void JsonUserDefaults::writeMerged(const Changes& changes) {
+std::error_code JsonUserDefaults::writeMerged(const Changes& changes) {
     const auto alone = lockFolder(folderOf(file_));
-    auto merged = read();
+    auto held = read();
+    if (!held) return held.error();
+    auto merged = std::move(*held);
     {
         std::scoped_lock lock(mutex_);
-        if (!mayWrite_) return;
+        if (!mayWrite_) return {};
         // Without a file to go by, all that is known goes into a new one.
         if (!merged) merged = values_;
     }
     applyChanges(changes, *merged);
     const auto text = merged->dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+    // It would be set aside at the next start, with all that is in it.
+    if (text.size() > largestFile) return std::make_error_code(std::errc::file_too_large);
     const auto error = replaceFile(file_, text);
-    if (error && !failureLogged_) logLine("no se pudieron guardar los ajustes: " + error.message());
-    failureLogged_ = static_cast<bool>(error);
-    if (!error) return adopt(*merged);
-    std::scoped_lock lock(mutex_);
-    for (const auto& change : changes) pending_.insert(change);  // unless it has been set anew since
+    if (!error) adopt(*merged);
+    return error;
 }
 
 /// What other processes have written becomes ours as well, but for what has been set here meanwhile.

@@ -3,20 +3,24 @@
 #include "base/async/SerialExecutor.h"
 #include "platform/UserDefaults.h"
 
+#include <expected>
 #include <filesystem>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <system_error>
 
 namespace dorix {
 
 /// User defaults in one JSON file, an object by key. Every change is written soon after, on a thread of its
 /// own, by replacing the file as a whole, so that a crash leaves the old or the new one. Several processes
 /// may use one file: only the keys that were set here are written over what the file holds by then, and what
-/// others wrote is taken over on that occasion. A file that cannot be understood is set aside under another
-/// name and the program starts with none of it; where even that fails, nothing is written in this run.
+/// others wrote is taken over on that occasion. A file that cannot be understood, or is larger or more deeply
+/// nested than any that was written here, is set aside under another name and the program starts with none of
+/// it; where even that fails, nothing is written in this run. One that cannot be read is left as it is: what
+/// is set is kept in memory, and written at the next change that finds it readable.
 class JsonUserDefaults final : public UserDefaults {
  public:
     /// Reads the file, which need not exist. Observers are called on `main`, which must outlive this.
@@ -34,12 +38,12 @@ class JsonUserDefaults final : public UserDefaults {
     /// By key the new value, or none for a key that was removed.
     using Changes = std::map<std::string, std::optional<Json>, std::less<>>;
 
-    std::optional<Json> read();
+    std::expected<std::optional<Json>, std::error_code> read();
     void setAside(const std::string& reason);
     void change(std::string_view key, std::optional<Json> value);
     void notify(const std::string& key);
     void write();
-    void writeMerged(const Changes& changes);
+    std::error_code writeMerged(const Changes& changes);
     void adopt(const Json& written);
 
     Executor& main_;

@@ -196,7 +196,10 @@ TEST_F(WatchdogProcessTest, AProgramThatCrashesComesBackButNotForEver) {
 TEST_F(WatchdogProcessTest, WithoutAnybodyToWatchItEndsAtOnce) {
     const auto dead = start({"--watchdog"});
     EXPECT_EQ(wait(dead), 0);
+    const OtherProgram stranger({"sleep", "60"});
     const std::vector<std::vector<std::string>> commands{
+        {"--watchdog", std::to_string(stranger.pid()), DORIX_BINARY},
+        {"--watchdog", "1", DORIX_BINARY},
         {"--watchdog", std::to_string(dead), DORIX_BINARY},
         {"--watchdog", std::to_string(getpid())},
         {"--watchdog", "", DORIX_BINARY},

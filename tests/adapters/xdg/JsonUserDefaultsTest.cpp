@@ -83,18 +83,46 @@ TEST_F(XdgTest, SetsADamagedFileAside) {
         EXPECT_EQ(defaults.value("a"), std::nullopt);
         defaults.set("b", 1);
     };
-    for (const std::string_view damaged : {"{\"a\":", "[1]", "\xFF\xFE", ""}) {
+    const auto deep = "{\"a\":\"[{\\\"\",\"b\":" + std::string(1'000'000, '[');
+    for (const std::string_view damaged : {"{\"a\":", "[1]", "\xFF\xFE", "", deep.c_str()}) {
         write(file, damaged);
         isReplaced();
     }
-    fs::remove(file);
-    fs::create_directories(file / "a folder");
-    isReplaced();
-    fs::remove(file);
-    ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0);
+    fs::resize_file(file, 100'000'000);
     isReplaced();
     EXPECT_EQ(filesBeside(), 6) << "each under a name of its own";
     EXPECT_EQ(JsonUserDefaults(main, file).value("b"), 1);
+}
+
+TEST_F(XdgTest, WhatCannotBeReadIsLeftAsItIs) {
+    const auto isLeft = [this] {
+        const auto type = fs::symlink_status(file).type();
+        testing::internal::CaptureStderr();
+        {
+            JsonUserDefaults defaults(main, file);
+            defaults.set("b", 1);
+            EXPECT_EQ(defaults.value("b"), 1);
+        }
+        EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::HasSubstr("DORIX: "));
+        EXPECT_EQ(fs::symlink_status(file).type(), type);
+        EXPECT_EQ(filesBeside(), 0);
+        fs::remove(file);
+    };
+    fs::create_directories(file);
+    isLeft();
+    ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0);
+    isLeft();
+    fs::create_symlink("/proc/self/mem", file);  // fails to read as a broken disk does
+    isLeft();
+
+    fs::create_symlink("/proc/self/mem", file);
+    JsonUserDefaults defaults(main, file);
+    defaults.set("a", 1);
+    write(folder / "whole", "{\"kept\": 2}");
+    fs::rename(folder / "whole", file);
+    defaults.set("b", 1);
+    ASSERT_TRUE(eventually([&] { return Json::parse(read(file), nullptr, false).contains("b"); }));
+    EXPECT_EQ(Json::parse(read(file)), Json::parse(R"({"a": 1, "b": 1, "kept": 2})"));
 }
 
 TEST_F(XdgTest, AHomeThatCannotBeWrittenCostsOnlyTheSaving) {
