@@ -564,6 +564,11 @@ constexpr auto kTable = std::to_array<Translation>({
     {"%@ · del portapapeles solo ha vuelto una parte", "%@ · only part of the clipboard could be put back"},
     {"%@ · no se ha podido devolver lo que había en el portapapeles",
      "%@ · what was on the clipboard could not be put back"},
+    {"DORIX no llega a todas las ventanas", "DORIX can’t reach every window"},
+    {"Las teclas de DORIX y lo que escribe solo llegan a las aplicaciones que usan X11. En las demás no "
+     "oye sus teclas; lo que dictes queda en tu historial y puedes copiarlo desde ahí.",
+     "DORIX’s keys and what it types only reach apps that use X11. In the others it can’t hear its keys; what "
+     "you dictate stays in your history, and you can copy it from there."},
 });
 // clang-format on
 

@@ -40,6 +40,12 @@ class WindowSystem {
     /// Called when windows of other programs have been stacked anew, perhaps above ours.
     std::function<void()> onRestacked = [] {};
 
+    /// Called when a window has begun to fill a screen, or ceased to.
+    std::function<void()> onFullScreenChanged = [] {};
+
+    /// Whether the window, shown or not, stands on a screen that one of another program fills.
+    virtual bool isOverFullScreen(Window window) = 0;
+
     /// Says what the window is, for compositors; before it is first shown.
     virtual void dress(Window window, Kind kind) = 0;
 
@@ -62,6 +68,7 @@ class WindowSystem {
 /// Where windows are drawn on nothing that we know: they are what the toolkit makes of them.
 class UnavailableWindowSystem final : public WindowSystem {
  public:
+    bool isOverFullScreen(Window) override { return false; }
     void dress(Window, Kind) override {}
     void setFrameExtents(Window, const Margins&) override {}
     void setShape(Window, const std::optional<Region>&) override {}

@@ -38,6 +38,7 @@ AppController::AppController(const Platform& platform)
       panelHost_(platform, state_, windows, panel_, dictation_),
       firstRunHint_(platform.executor, platform.defaults, state_),
       toasts_(state_, settings_, dictation_),
+      sessionNotice_(platform.session, platform.defaults, platform.notifications, dictation_),
       keys_(platform.executor, platform.keyEvents, platform.hotKeys, state_, settings_, permissions_, speech_,
             dictation_),
       tasks_(platform.executor) {
@@ -52,6 +53,7 @@ void AppController::applicationDidFinishLaunching() {
     keys_.listen();
     tasks_.spawn(prepareSpeech());
     firstRunHint_.show(FirstRunHint::Forced::no);
+    tasks_.spawn(sessionNotice_.tell());
 }
 
 Task<void> AppController::settled() {

@@ -99,6 +99,7 @@ class AppController {
     PanelHost panelHost_;
     FirstRunHint firstRunHint_;
     Toasts toasts_;
+    LimitedSessionNotice sessionNotice_;
     Keys keys_;
     const IconVerbs iconVerbs_ = iconVerbs();
     std::optional<EventTrace> trace_;

@@ -1,7 +1,9 @@
 #include "shell/Notices.h"
 
 #include "dictation/DictationController.h"
+#include "localdata/Language.h"
 #include "localdata/SettingsStore.h"
+#include "platform/Notifications.h"
 
 namespace dorix {
 
@@ -9,6 +11,8 @@ namespace {
 constexpr const char* countKey = "hintShownCount";
 constexpr double timesShown = 3;
 constexpr double secondsShown = 6.0;
+constexpr const char* limitsToldKey = "limitedSessionTold";
+constexpr double secondsToRead = 12.0;
 }  // namespace
 
 bool Toasts::show(const std::string& text) {
@@ -24,6 +28,23 @@ void FirstRunHint::show(Forced forced) {
     defaults_.set(countKey, static_cast<std::int64_t>(count) + 1);
     state_.showFirstRunHint.set(true);
     hideTimer_.once(secondsShown, [this] { state_.showFirstRunHint.set(false); });
+}
+
+Task<void> LimitedSessionNotice::tell() {
+    if (session_.reachesAllWindows || defaults_.boolean(limitsToldKey).value_or(false)) co_return;
+    const auto text = tr(
+        "Las teclas de DORIX y lo que escribe solo llegan a las aplicaciones que usan X11. En las demás no "
+        "oye sus teclas; lo que dictes queda en tu historial y puedes copiarlo desde ahí.");
+    if (co_await notifications_.requestAuthorization()) {
+        notifications_.post({.identifier = "dorix-session",
+                             .title = tr("DORIX no llega a todas las ventanas"),
+                             .body = text,
+                             .actions = {},
+                             .userInfo = {}});
+    } else {
+        dictation_.flash(HUDPhase::info(text), secondsToRead);
+    }
+    defaults_.set(limitsToldKey, true);
 }
 
 }  // namespace dorix

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "base/async/Task.h"
 #include "base/async/Timer.h"
 #include "dictation/AppState.h"
+#include "platform/SessionState.h"
 #include "platform/UserDefaults.h"
 
 #include <string>
@@ -9,6 +11,7 @@
 namespace dorix {
 
 class DictationController;
+class Notifications;
 class SettingsStore;
 
 /// Short messages about what the program has learned, which nobody waits for. Main executor; what it is given
@@ -44,6 +47,23 @@ class FirstRunHint {
     UserDefaults& defaults_;
     AppState& state_;
     Timer hideTimer_;
+};
+
+/// Tells the user, once and for all, that the program does not reach every window where that is so: as a
+/// notification or, where there are none, in the HUD. Main executor; what it is given outlives it.
+class LimitedSessionNotice {
+ public:
+    LimitedSessionNotice(const SessionState& session, UserDefaults& defaults, Notifications& notifications,
+                         DictationController& dictation)
+        : session_(session), defaults_(defaults), notifications_(notifications), dictation_(dictation) {}
+
+    Task<void> tell();
+
+ private:
+    const SessionState& session_;
+    UserDefaults& defaults_;
+    Notifications& notifications_;
+    DictationController& dictation_;
 };
 
 }  // namespace dorix

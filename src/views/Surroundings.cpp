@@ -22,6 +22,7 @@ Surroundings::Surroundings(Executor& executor, UserDefaults& defaults, DesktopAp
 
 Surroundings::~Surroundings() {
     context_.windowSystem.onRestacked = [] {};
+    context_.windowSystem.onFullScreenChanged = [] {};
 }
 
 void Surroundings::watchAppearance(DesktopAppearance& appearance) {
@@ -39,6 +40,7 @@ void Surroundings::watchWindowSystem(WindowSystem& windowSystem) {
         onCompositorChanged();
     }));
     windowSystem.onRestacked = [this] { onRestacked(); };
+    windowSystem.onFullScreenChanged = [this] { onFullScreenChanged(); };
 }
 
 void Surroundings::watchScreens() {

@@ -30,6 +30,8 @@ class Surroundings {
     std::function<void()> onCompositorChanged = [] {};
     /// Windows of other programs may stand above ours.
     std::function<void()> onRestacked = [] {};
+    /// A window of another program began or ceased to fill a screen.
+    std::function<void()> onFullScreenChanged = [] {};
     /// Screens came, went or changed in size or scale; once for all that changes together.
     std::function<void()> onScreensChanged = [] {};
 

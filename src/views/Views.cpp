@@ -13,6 +13,7 @@ Views::Views(Surroundings& surroundings, AppState& state, SettingsStore& setting
         panel_.reshape();
     };
     surroundings.onRestacked = [this] { icon_.raise(); };
+    surroundings.onFullScreenChanged = [this] { icon_.keepOutOfTheWay(); };
     surroundings.onScreensChanged = [this] {
         icon_.screensChanged();
         panel_.screensChanged();

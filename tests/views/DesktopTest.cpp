@@ -61,6 +61,20 @@ class Client {
         xcb_destroy_window(connection_, window);
         xcb_flush(connection_);
     }
+    /// Asks the window manager for it.
+    void setFullScreen(xcb_window_t window, bool fills) {
+        xcb_client_message_event_t message{};
+        message.response_type = XCB_CLIENT_MESSAGE;
+        message.format = 32;
+        message.window = window;
+        message.type = atom("_NET_WM_STATE");
+        message.data.data32[0] = fills ? 1 : 0;
+        message.data.data32[1] = atom("_NET_WM_STATE_FULLSCREEN");
+        xcb_send_event(connection_, 0, root_,
+                       XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                       reinterpret_cast<const char*>(&message));
+        xcb_flush(connection_);
+    }
     void own(const char* selection, xcb_window_t window) {
         xcb_set_selection_owner(connection_, window, atom(selection), XCB_CURRENT_TIME);
         xcb_flush(connection_);
@@ -349,6 +363,25 @@ TEST_F(ViewsDesktopTest, NeitherTakesTheFocusAndBothStayOnTop) {
     const auto big = other_->open({0, 0, 1280, 800});
     EXPECT_TRUE(runUntil([&] { return other_->focus() == big; }));
     EXPECT_TRUE(runUntil([&] { return other_->topmost() == hud()->winId(); }));
+}
+
+TEST_F(ViewsDesktopTest, TheIconIsNotOnAFilmButTheHUDIs) {
+    const auto film = other_->open({0, 0, 1280, 800});
+    ASSERT_TRUE(runUntil([&] { return other_->focus() == film; }));
+    for (const bool fills : {true, false}) {
+        other_->setFullScreen(film, fills);
+        EXPECT_TRUE(runUntil([&] { return icon().isVisible() != fills; }));
+    }
+    other_->setFullScreen(film, true);
+    EXPECT_TRUE(runUntil([&] { return !icon().isVisible(); }));
+    showHUD(HUDPhase::listening());
+    EXPECT_TRUE(runUntil([&] { return other_->topmost() == hud()->winId(); }));
+    openPanel();  // above it, and so beside the icon
+    EXPECT_TRUE(icon().isVisible());
+    closePanel();
+    EXPECT_TRUE(runUntil([&] { return !icon().isVisible(); }));
+    other_->close(film);
+    EXPECT_TRUE(runUntil([&] { return icon().isVisible(); }));
 }
 
 TEST_F(ViewsDesktopTest, ACompositorMayComeAndGo) {

@@ -101,6 +101,7 @@ struct LinuxDesktop::Adapters {
           appearance(*bus, watcher, xdgConfigHome()),
           x11(openX11(watcher)) {
         processes.passOn(keeper.otherEnd());
+        session.reachesAllWindows = !isWaylandSession();
     }
 
     std::unique_ptr<X11Session> openX11(FdWatcher& watcher) {

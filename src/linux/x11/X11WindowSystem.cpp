@@ -33,6 +33,7 @@ X11WindowSystem::X11WindowSystem(X11Connection& connection, X11Windows& windows,
     : connection_(connection), windows_(windows), finishToolkitRequests_(std::move(finishToolkitRequests)) {
     watchCompositor();
     watchStacking();
+    watchFullScreen();
 }
 
 void X11WindowSystem::watchCompositor() {
@@ -61,6 +62,59 @@ void X11WindowSystem::watchStacking() {
     });
     connection_.selectRootEvents(XCB_EVENT_MASK_PROPERTY_CHANGE);
     connection_.flush();
+}
+
+void X11WindowSystem::watchFullScreen() {
+    const xcb_atom_t active = connection_.atom("_NET_ACTIVE_WINDOW");
+    const xcb_atom_t state = connection_.atom("_NET_WM_STATE");
+    fullScreenChanges_.push_back(connection_.listen(XCB_PROPERTY_NOTIFY, [=, this](const auto& event) {
+        const auto& change = reinterpret_cast<const xcb_property_notify_event_t&>(event);
+        const bool isFront = change.window == connection_.root() && change.atom == active;
+        const bool isState = change.window == front_ || change.window == fullScreen_;
+        if (isFront || (isState && change.atom == state)) updateFullScreen();
+    }));
+    fullScreenChanges_.push_back(connection_.listen(XCB_UNMAP_NOTIFY, [this](const auto& event) {
+        const auto& change = reinterpret_cast<const xcb_unmap_notify_event_t&>(event);
+        if (change.window == fullScreen_) updateFullScreen();
+    }));
+    fullScreenChanges_.push_back(connection_.listen(XCB_DESTROY_NOTIFY, [this](const auto& event) {
+        const auto& change = reinterpret_cast<const xcb_destroy_notify_event_t&>(event);
+        if (change.window == fullScreen_) updateFullScreen();
+    }));
+    updateFullScreen();
+}
+
+void X11WindowSystem::updateFullScreen() {
+    front_ = windows_.frontWindow();
+    if (front_ != XCB_WINDOW_NONE) {
+        const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+        xcb_change_window_attributes(connection_.get(), front_, XCB_CW_EVENT_MASK, &mask);
+    }
+    const auto before = fullScreen_;
+    if (windows_.isFullScreen(front_)) {
+        fullScreen_ = front_;
+    } else if (!stillFillsScreen(fullScreen_)) {
+        fullScreen_ = XCB_WINDOW_NONE;
+    }
+    if (fullScreen_ != before) onFullScreenChanged();
+}
+
+/// With the keyboard elsewhere it still does, as long as that is on another screen.
+bool X11WindowSystem::stillFillsScreen(xcb_window_t window) {
+    return windows_.isFullScreen(window) && windows_.isViewable(window) && !overlap(window, front_);
+}
+
+bool X11WindowSystem::overlap(xcb_window_t one, xcb_window_t other) {
+    const auto a = windows_.frame(one);
+    const auto b = windows_.frame(other);
+    return a && b && a->x < b->x + b->width && b->x < a->x + a->width && a->y < b->y + b->height &&
+           b->y < a->y + a->height;
+}
+
+bool X11WindowSystem::isOverFullScreen(Window window) {
+    if (fullScreen_ == XCB_WINDOW_NONE) return false;
+    finishToolkitRequests_();
+    return overlap(xcbWindow(window), fullScreen_);
 }
 
 void X11WindowSystem::setProperty(Window window, const char* name, xcb_atom_t type,

@@ -4,6 +4,7 @@
 #include "platform/WindowSystem.h"
 
 #include <functional>
+#include <vector>
 
 namespace dorix {
 
@@ -16,6 +17,7 @@ class X11WindowSystem final : public WindowSystem {
     X11WindowSystem(X11Connection& connection, X11Windows& windows,
                     std::function<void()> finishToolkitRequests);
 
+    bool isOverFullScreen(Window window) override;
     void dress(Window window, Kind kind) override;
     void setFrameExtents(Window window, const Margins& extents) override;
     void setShape(Window window, const std::optional<Region>& region) override;
@@ -27,6 +29,10 @@ class X11WindowSystem final : public WindowSystem {
  private:
     void watchCompositor();
     void watchStacking();
+    void watchFullScreen();
+    void updateFullScreen();
+    bool stillFillsScreen(xcb_window_t window);
+    bool overlap(xcb_window_t one, xcb_window_t other);
     void setProperty(Window window, const char* name, xcb_atom_t type,
                      const std::vector<std::uint32_t>& values);
     void applyShape(Window window, std::uint8_t kind, const std::optional<Region>& region);
@@ -36,6 +42,9 @@ class X11WindowSystem final : public WindowSystem {
     const std::function<void()> finishToolkitRequests_;
     Subscription compositorChanges_;
     Subscription stackingChanges_;
+    xcb_window_t front_ = XCB_WINDOW_NONE;
+    xcb_window_t fullScreen_ = XCB_WINDOW_NONE;  // the last in front that filled a screen, as long as it does
+    std::vector<Subscription> fullScreenChanges_;
 };
 
 }  // namespace dorix

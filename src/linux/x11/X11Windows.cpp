@@ -5,7 +5,9 @@
 #include <unistd.h>
 #include <xcb/res.h>
 
+#include <algorithm>
 #include <cstring>
+#include <span>
 
 namespace dorix {
 
@@ -129,6 +131,32 @@ bool X11Windows::isPartOfDesktop(xcb_window_t window) {
     const auto type = number(window, connection_.atom("_NET_WM_WINDOW_TYPE"), XCB_ATOM_ATOM);
     return type == connection_.atom("_NET_WM_WINDOW_TYPE_DOCK") ||
            type == connection_.atom("_NET_WM_WINDOW_TYPE_DESKTOP");
+}
+
+bool X11Windows::isFullScreen(xcb_window_t window) {
+    if (window == XCB_WINDOW_NONE) return false;
+    const auto reply = property(window, connection_.atom("_NET_WM_STATE"), XCB_ATOM_ATOM);
+    if (!reply || reply->format != 32) return false;
+    const auto* states = static_cast<const xcb_atom_t*>(xcb_get_property_value(reply.get()));
+    const std::span all(states, reply->value_len);
+    return std::ranges::find(all, connection_.atom("_NET_WM_STATE_FULLSCREEN")) != all.end();
+}
+
+bool X11Windows::isViewable(xcb_window_t window) {
+    const auto reply = connection_.reply(xcb_get_window_attributes_reply,
+                                         xcb_get_window_attributes(connection_.get(), window));
+    return reply && reply->map_state == XCB_MAP_STATE_VIEWABLE;
+}
+
+std::optional<xcb_rectangle_t> X11Windows::frame(xcb_window_t window) {
+    if (window == XCB_WINDOW_NONE) return std::nullopt;
+    const auto size = connection_.reply(xcb_get_geometry_reply, xcb_get_geometry(connection_.get(), window));
+    const auto place =
+        connection_.reply(xcb_translate_coordinates_reply,
+                          xcb_translate_coordinates(connection_.get(), window, connection_.root(), 0, 0));
+    if (!size || !place) return std::nullopt;
+    return xcb_rectangle_t{
+        .x = place->dst_x, .y = place->dst_y, .width = size->width, .height = size->height};
 }
 
 void X11Windows::activate(xcb_window_t window) {

@@ -42,6 +42,13 @@ class X11Windows {
     /// Whether it says that it is the desktop itself or a bar at its edge.
     bool isPartOfDesktop(xcb_window_t window);
 
+    /// Whether it fills a screen, by what its window manager says.
+    bool isFullScreen(xcb_window_t window);
+    /// Whether it is on the screen, not minimised or on another desktop.
+    bool isViewable(xcb_window_t window);
+    /// Its contents, from the top left of the root window.
+    std::optional<xcb_rectangle_t> frame(xcb_window_t window);
+
     /// Asks for the window to come to the front with the focus.
     void activate(xcb_window_t window);
     /// The same, but that without a window manager it stays where it is in the stack.

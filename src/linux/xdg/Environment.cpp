@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <initializer_list>
+#include <string_view>
 #include <system_error>
 
 namespace dorix {
@@ -40,6 +41,14 @@ std::vector<std::filesystem::path> xdgDataFolders() {
         if (path.starts_with('/')) folders.emplace_back(path);
     }
     return folders;
+}
+
+bool isWaylandSession() {
+    const auto variable = [](const char* name) {
+        const char* value = std::getenv(name);
+        return std::string_view(value != nullptr ? value : "");
+    };
+    return variable("XDG_SESSION_TYPE") == "wayland" || !variable("WAYLAND_DISPLAY").empty();
 }
 // NOLINTEND(concurrency-mt-unsafe)
 

@@ -22,6 +22,9 @@ std::vector<std::filesystem::path> xdgDataFolders();
 /// Where the user keeps documents: what the desktop's file of user folders says, or else the home folder.
 std::filesystem::path xdgDocuments();
 
+/// Whether the desktop is one where X11 reaches only the windows of programs that use it.
+bool isWaylandSession();
+
 /// The languages that the locale variables name (LANGUAGE, LC_ALL, LC_MESSAGES, LANG, as gettext reads them).
 /// The C locale, and none at all, is American English. `variable` gives a variable's value, nothing when it
 /// is unset or empty.

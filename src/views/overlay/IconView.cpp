@@ -82,6 +82,23 @@ bool IconView::place() {
     return false;
 }
 
+void IconView::show() {
+    isOut_ = true;
+    keepOutOfTheWay();
+}
+
+void IconView::hide() {
+    isOut_ = false;
+    icon_.orderOut();
+}
+
+void IconView::keepOutOfTheWay() {
+    if (!isOut_) return;
+    if (!context_.windowSystem.isOverFullScreen(icon_.winId())) return icon_.orderFrontRegardless();
+    icon_.closeMenu();
+    icon_.orderOut();
+}
+
 void IconView::placeHUD() { hud().place(icon_.frame(), screenmap::current()); }
 
 void IconView::screensChanged() {
@@ -89,6 +106,7 @@ void IconView::screensChanged() {
     if (hud_ && !presenter_.isOrderedIn.get()) hud_.reset();
     if (hud_) hud_->rescale();
     icon_.place();
+    keepOutOfTheWay();
     if (presenter_.isOrderedIn.get()) placeHUD();
 }
 

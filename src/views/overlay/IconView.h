@@ -15,8 +15,8 @@
 
 namespace dorix {
 
-/// The icon and the HUD beside it, as the state has them. The icon does not leave the screen and never has
-/// the keyboard. Main thread.
+/// The icon and the HUD beside it, as the state has them. The icon leaves the screen only while a window of
+/// another program fills that, and never has the keyboard. Main thread.
 class IconView final : public AppWindow {
  public:
     /// What the user can ask for.
@@ -32,14 +32,16 @@ class IconView final : public AppWindow {
              Verbs verbs);
 
     bool place() override;
-    void show() override { icon_.orderFrontRegardless(); }
-    void hide() override { icon_.orderOut(); }
+    void show() override;
+    void hide() override;
     void takeKeyboard() override {}
     void clickedOutside() override {}
 
     /// Of the icon's window.
     Rect frame() const { return icon_.frame(); }
 
+    /// Goes from above a window that fills the screen, and comes back after it. The HUD shows all the same.
+    void keepOutOfTheWay();
     void screensChanged();
     void raise();
     void reshape();
@@ -60,6 +62,7 @@ class IconView final : public AppWindow {
     HUDPresenter presenter_;
     LevelFeed level_;
     FloatingIconWindow icon_;
+    bool isOut_ = false;              // shown, unless it is in the way
     std::unique_ptr<HUDWindow> hud_;  // made when first shown
     std::vector<Subscription> subscriptions_;
 };

@@ -111,6 +111,16 @@ TEST_F(AppControllerTest, TheMenuPausesRestartsAndQuits) {
     EXPECT_EQ(application.terminations, 1);
 }
 
+TEST_F(AppControllerTest, WhatTheSessionDoesNotLetItReachIsToldOnce) {
+    session.reachesAllWindows = false;
+    for (const bool isFirst : {true, false}) {
+        launch();
+        EXPECT_EQ(app->state().hud.get().kind == HUDPhase::Kind::info, isFirst);
+        log();
+        app.reset();
+    }
+}
+
 TEST_F(AppControllerTest, WithoutItsHotKeysOrItsModelItGoesOn) {
     hotKeys.refuseWith = 10;
     recognition.locales.clear();
