@@ -379,7 +379,8 @@ bool X11Pasteboard::isMark(xcb_atom_t target) {
 }
 
 bool X11Pasteboard::isPassing() {
-    return std::ranges::any_of(contents_.entries(), [this](const auto& entry) { return isMark(entry.first); });
+    return std::ranges::any_of(contents_.entries(),
+                               [this](const auto& entry) { return isMark(entry.first); });
 }
 
 Task<bool> X11Pasteboard::handOver() {
