@@ -6,10 +6,10 @@
 
 namespace dorix {
 
-Task<InsertionReceipt> TextInserter::insertText(Insertion insertion) {
+Completion<InsertionReceipt> TextInserter::insertText(Insertion insertion) {
     Completion<InsertionReceipt> receipt;
     tasks_.spawn(insert(std::move(insertion), receipt));
-    co_return co_await receipt.throughStop();
+    return receipt;
 }
 
 Task<void> TextInserter::insert(Insertion insertion, Completion<InsertionReceipt> receipt) {

@@ -11,11 +11,11 @@ class TextInserter {
  public:
     explicit TextInserter(const Paste::Means& means) : means_(means), tasks_(means.executor) {}
 
-    /// Types the text at the cursor of its application, once those before it are through. Returns as soon as
-    /// it is known what became of it, at the latest some seconds after the stroke; the clipboard is given
-    /// back after that. Never fails. A stop request does not cut it short: from the first look at the
-    /// clipboard on, an insertion is seen through, even when the task that asked for it is destroyed.
-    Task<InsertionReceipt> insertText(Insertion insertion);
+    /// Types the text at the cursor of its application, inside this call if nothing has to be waited for:
+    /// those before it, a slow holder of the clipboard, our own windows. What became of it is known at the
+    /// latest some seconds after the stroke; the clipboard is given back after that. Never fails, and is seen
+    /// through whoever waits for it.
+    Completion<InsertionReceipt> insertText(Insertion insertion);
 
     /// Whether keys may be struck at all; asked before each stroke.
     std::function<bool()> mayType = [] { return true; };

@@ -107,14 +107,14 @@ Task<void> WrittenText::write(HistoryItem item, Recording recording, DoneTexts t
         co_return;
     }
     const bool isSecret = recording.context.hasSecretFocus;
-    // Before anything is struck: whatever happens to the program, the words are kept.
     item.meta.inserted = true;
+    const auto insertion = inserter_.insertText({.text = item.answer,
+                                                 .target = recording.context.app,
+                                                 .hasCursor = recording.context.hasEditableFocus != false,
+                                                 .isSecret = isSecret});
+    // At once, whatever becomes of the program, but the stroke does not wait for the disk.
     if (!isSecret) remember(item, recording);
-    const auto receipt =
-        co_await inserter_.insertText({.text = item.answer,
-                                       .target = recording.context.app,
-                                       .hasCursor = recording.context.hasEditableFocus != false,
-                                       .isSecret = isSecret});
+    const auto receipt = co_await insertion.throughStop();
     tell(receipt, recording.context, texts);
     if (isSecret || receipt.delivery == InsertionReceipt::Delivery::delivered) co_return;
     item.meta.inserted = false;
@@ -124,9 +124,12 @@ Task<void> WrittenText::write(HistoryItem item, Recording recording, DoneTexts t
 void WrittenText::tell(const InsertionReceipt& receipt, const AppContext& context, const DoneTexts& texts) {
     using enum InsertionReceipt::Delivery;
     using enum Pasteboard::Reading::State;
-    if (receipt.delivery != delivered && !receipt.isOnClipboard)
-        return hud_.flash(HUDPhase::error(tr("No se ha podido escribir · el texto está en tu historial")),
-                          4.0);
+    if (receipt.delivery != delivered && !receipt.isOnClipboard) {
+        const std::string words = context.hasSecretFocus
+                                      ? tr("No se ha podido escribir.")
+                                      : tr("No se ha podido escribir · el texto está en tu historial");
+        return hud_.flash(HUDPhase::error(words), 4.0);
+    }
     switch (receipt.delivery) {
         case delivered:
             break;
@@ -181,7 +184,7 @@ Task<void> WrittenText::typeAgain(AppContext target, std::string answer) {
     }
     const std::string plain = text::replaceAll(text::replaceAll(answer, "**", ""), "`", "");
     if (plain.empty()) co_return;
-    const auto receipt = co_await inserter_.insertText({.text = plain, .target = target.app});
+    const auto receipt = co_await inserter_.insertText({.text = plain, .target = target.app}).throughStop();
     tell(receipt, target, {"Escrito en %@", "Escrito en %@"});
 }
 

@@ -554,6 +554,7 @@ constexpr auto kTable = std::to_array<Translation>({
     {"Ese archivo es el propio historial de DORIX. Elige otro.",
      "That file is the DORIX history itself. Choose another one."},
     {"No había nada que escribir.", "There was nothing to write."},
+    {"No se ha podido escribir.", "Couldn’t type it."},
     {"No se ha podido escribir · el texto está en tu historial", "Couldn’t type it · the text is in your history"},
     {"Has cambiado de ventana · el texto está en el portapapeles (⌘V)",
      "You switched windows · the text is on the clipboard (⌘V)"},

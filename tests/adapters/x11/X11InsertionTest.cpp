@@ -135,7 +135,8 @@ class X11InsertionTest : public XDesktopTest {
     InsertionReceipt insert(const std::string& text) {
         Insertion insertion{.text = text};
         insertion.target = workspace_.frontmostApplication();
-        auto receipt = result(inserter_.insertText(std::move(insertion)));
+        const auto insert = [](auto receipt) -> Task<InsertionReceipt> { co_return co_await receipt; };
+        auto receipt = result(insert(inserter_.insertText(std::move(insertion))));
         bool isSettled = false;
         tasks_.spawn([](UserClipboard& clipboard, bool& settled) -> Task<void> {
             co_await clipboard.settled();
