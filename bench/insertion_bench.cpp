@@ -1,6 +1,7 @@
-// How long the program itself takes from a transcript to the stroke of the paste chord, while an image of 20 MB
-// and a list of files are on the clipboard: the text is polished and put there, what is in front is compared,
-// the chord struck. Beside it: a key struck by a bare client of the display. In $DISPLAY, with a window manager.
+// How long the program itself takes from a transcript to the stroke of the paste chord, while an image of 20
+// MB and a list of files are on the clipboard: the text is polished and put there, what is in front is
+// compared, the chord struck. Beside it: a key struck by a bare client of the display. In $DISPLAY, with a
+// window manager.
 
 #include "adapters/harness/XDesktop.h"
 #include "context/TextInsertion.h"
@@ -68,7 +69,8 @@ struct Desktop {
         loop.runFor(0.3);  // while the user talks
         editor.forgetKeys();
         const double start = loop.main.now();
-        Insertion insertion{.text = polisher.polished("bueno nos vemos mañana a las diez este en la oficina").text};
+        Insertion insertion{
+            .text = polisher.polished("bueno nos vemos mañana a las diez este en la oficina").text};
         insertion.target = workspace.frontmostApplication();
         insertion.hasCursor = false;  // nobody pastes here, which is not waited for
         inserter.insertText(std::move(insertion));

@@ -13,7 +13,9 @@
 #include "watchdog/RelaunchLimiter.h"
 #include "watchdog/Watchdog.h"
 
+#include <sys/signalfd.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <functional>
@@ -55,11 +57,14 @@ class Inheritance {
           incoming_(kept_.descriptor() < 0 ? Subscription()
                                            : loop.watchReadable(kept_.descriptor(), [this] { receive(); })) {}
 
-    void programDied() {
+    /// Offers what the program had, if it was to be kept.
+    void programEnded() {
         receive();
         const auto item = kept_.item();
         if (item) heir_.emplace(loop_, loop_, *item, [this] { used(); });
     }
+
+    bool isOffered() const { return heir_.has_value(); }
 
     /// Calls back as soon as nothing is offered, at once if nothing is.
     void whenUsed(std::function<void()> callback) {
@@ -105,14 +110,19 @@ int runWatchdog(std::span<const std::string_view> arguments) {
                                return may;
                            },
                        .open = [&processes](const std::string& path) { processes.open(path); },
-                       .parentExited = [&inheritance] { inheritance->programDied(); },
+                       .parentExited = [&inheritance] { inheritance->programEnded(); },
                        .exit = [&] { inheritance->whenUsed([&ended] { ended.release(); }); }});
     Subscription terminated;
     loop.post([&] {
         inheritance.emplace(loop, std::move(inherited));
         terminated = loop.watchReadable(termination.get(), [&] {
-            terminated.reset();
-            ended.release();
+            signalfd_siginfo signal{};
+            const bool isRead = ::read(termination.get(), &signal, sizeof signal) == sizeof signal;
+            if (!isRead || inheritance->isOffered()) return ended.release();
+            // The program ends well; what the user had on the clipboard is not to end with it.
+            watchdog.stop();
+            inheritance->programEnded();
+            inheritance->whenUsed([&ended] { ended.release(); });
         });
         watchdog.start(*told);
     });

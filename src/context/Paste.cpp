@@ -48,7 +48,8 @@ Task<InsertionReceipt> Paste::deliver() {
     }
     stays_ = delivery_ != Delivery::refused && (delivery_ != Delivery::delivered || !insertion_.hasCursor);
     // What the user has copied meanwhile is worth more than a text that is in the history as well.
-    if (stays_ && ours_ && !co_await isStillOurs()) stays_ = false;
+    if (delivery_ != Delivery::delivered && (userCopied_ || (ours_ && !co_await isStillOurs())))
+        stays_ = false;
     if (stays_ && delivery_ != Delivery::delivered) offer(false);
     co_return InsertionReceipt{delivery_, stays_, before_.state};
 }
@@ -101,7 +102,10 @@ Task<bool> Paste::take() {
     // What the user has only just copied is not taken away for a text that may not even be pasted.
     if (isAgain && reading.state == Pasteboard::Reading::State::unreadable) co_return false;
     // A clipboard manager may have taken the text itself over.
-    if (!isAgain || !holds(reading, insertion_.text)) before_ = std::move(reading);
+    if (!isAgain || !holds(reading, insertion_.text)) {
+        before_ = std::move(reading);
+        userCopied_ = isAgain;
+    }
     offer(true);
     co_return true;
 }
@@ -149,7 +153,8 @@ Task<void> Paste::giveBack() {
 /// Whether nobody else has put anything on the clipboard, but for a clipboard manager that took the text
 /// over.
 Task<bool> Paste::isStillOurs() {
-    if (means_.pasteboard.changeCount() == ours_) co_return true;
+    // Asked of the system: we may yet have to hear of what the user has just copied.
+    if (means_.pasteboard.holdsOwnContents() && means_.pasteboard.changeCount() == ours_) co_return true;
     co_return co_await means_.pasteboard.string() == insertion_.text;
 }
 

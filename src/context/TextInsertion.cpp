@@ -1,7 +1,10 @@
 #include "context/TextInsertion.h"
 
+#include "base/Log.h"
 #include "context/UserClipboard.h"
 
+#include <exception>
+#include <string>
 #include <utility>
 
 namespace dorix {
@@ -19,8 +22,14 @@ Task<void> TextInserter::insert(Insertion insertion, Completion<InsertionReceipt
         co_return;
     }
     Paste paste(means_, std::move(insertion), [this] { return mayType(); });
-    receipt.complete(co_await paste.deliver());
-    co_await paste.giveBack();
+    try {
+        receipt.complete(co_await paste.deliver());
+        co_await paste.giveBack();
+    } catch (const std::exception& error) {
+        // Out of memory, with the clipboard of others: whoever waits goes on all the same.
+        logLine(std::string("no se pudo completar la inserción: ") + error.what());
+        receipt.complete();
+    }
 }
 
 }  // namespace dorix

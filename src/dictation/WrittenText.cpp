@@ -11,6 +11,7 @@
 #include "localdata/SettingsStore.h"
 #include "platform/Workspace.h"
 
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -117,6 +118,8 @@ Task<void> WrittenText::write(HistoryItem item, Recording recording, DoneTexts t
     const auto receipt = co_await insertion.throughStop();
     tell(receipt, recording.context, texts);
     if (isSecret || receipt.delivery == InsertionReceipt::Delivery::delivered) co_return;
+    // Unless the user has deleted it meanwhile.
+    if (std::ranges::find(history_.items(), item.id, &HistoryItem::id) == history_.items().end()) co_return;
     item.meta.inserted = false;
     history_.add(item, HistoryStore::Persist::yes);
 }

@@ -19,6 +19,11 @@ void Watchdog::start(const WatchdogArguments& arguments) {
     if (!watch_) env_.exit();
 }
 
+void Watchdog::stop() {
+    watch_.reset();
+    relaunch_.stop();
+}
+
 void Watchdog::parentExited(const std::string& bundlePath) {
     env_.parentExited();
     relaunch_.once(relaunchDelay, [this, bundlePath] {

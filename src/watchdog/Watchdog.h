@@ -30,6 +30,8 @@ class Watchdog {
 
     /// Begins to watch; exits at once when there is nobody to be watched.
     void start(const WatchdogArguments& arguments);
+    /// What becomes of the program from now on is meant.
+    void stop();
 
  private:
     void parentExited(const std::string& bundlePath);

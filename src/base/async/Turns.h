@@ -8,8 +8,8 @@
 
 namespace dorix {
 
-/// Lets tasks use something one at a time, in the order in which they ask. For the tasks of one scope, which
-/// end together: one that is destroyed while it waits lets the next one in early. Executor's thread only.
+/// Lets tasks use something one at a time, in the order in which they ask. A task that is destroyed while it
+/// waits lets the next one in early. Executor's thread only.
 class Turns {
  public:
     /// Held for as long as it is one's turn.

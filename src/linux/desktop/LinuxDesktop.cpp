@@ -100,7 +100,7 @@ struct LinuxDesktop::Adapters {
           statusItem(main, *bus, std::move(words)),
           appearance(*bus, watcher, xdgConfigHome()),
           x11(openX11(watcher)) {
-        processes.passOn(keeper.otherEnd());
+        processes.passOn(keeper.takeOtherEnd());
         session.reachesAllWindows = !isWaylandSession();
     }
 

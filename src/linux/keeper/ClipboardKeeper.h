@@ -19,8 +19,8 @@ class ClipboardKeeper {
 
     ClipboardKeeper();
 
-    /// The end of the process that keeps, for it to inherit; open for as long as this object.
-    int otherEnd() const { return theirs_.get(); }
+    /// The end of the process that keeps, for it to inherit and for nobody else to hold. Once.
+    FileDescriptor takeOtherEnd() { return std::move(theirs_); }
 
     /// In place of what was kept before. Copies the bytes once, and does not wait for the other process.
     /// Without one, nothing is kept.
@@ -37,7 +37,7 @@ class ClipboardKeeper {
 /// What the other process was given to keep. Blocks for nothing.
 class KeptClipboard {
  public:
-    /// `end` is that of otherEnd(), inherited.
+    /// `end` is that of takeOtherEnd(), inherited.
     explicit KeptClipboard(FileDescriptor end) : end_(std::move(end)) {}
 
     int descriptor() const { return end_.get(); }

@@ -52,7 +52,8 @@ std::string LinuxProcesses::bundlePath() const {
 Processes::Terminate LinuxProcesses::launchSelf(const std::vector<std::string>& arguments) {
     std::vector<std::string> command{executable_.string()};
     command.insert(command.end(), arguments.begin(), arguments.end());
-    const auto child = spawn(command, SpawnAs::helper, passedOn_);
+    const auto passedOn = std::move(passedOn_);
+    const auto child = spawn(command, SpawnAs::helper, passedOn.get());
     if (!child) return nullptr;
     auto process = openProcess(*child);
     children_.add(*child);

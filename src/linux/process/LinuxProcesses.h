@@ -19,8 +19,8 @@ class LinuxProcesses final : public Processes {
     explicit LinuxProcesses(FdWatcher& watcher);
     LinuxProcesses(FdWatcher& watcher, std::filesystem::path executable);
 
-    /// What launchSelf() leaves open for the other process, as inheritedDescriptor; stays the caller's.
-    void passOn(int descriptor) { passedOn_ = descriptor; }
+    /// What the next launchSelf() gives to the other process, as inheritedDescriptor.
+    void passOn(FileDescriptor descriptor) { passedOn_ = std::move(descriptor); }
 
     std::int32_t ownProcessIdentifier() const override;
     std::string bundlePath() const override;
@@ -31,7 +31,7 @@ class LinuxProcesses final : public Processes {
  private:
     FdWatcher& watcher_;
     const std::filesystem::path executable_;
-    int passedOn_ = -1;
+    FileDescriptor passedOn_;
     ReapedChildren children_;
 };
 

@@ -46,6 +46,8 @@ Task<bool> X11EventPoster::postCommandKey(std::uint16_t keyCode, Condition still
 }
 
 bool X11EventPoster::strike(const Chord& chord, const Condition& still) {
+    // That waits for another connection of ours.
+    if (pasteboard_) pasteboard_->commit();
     const ServerGrab grab(connection_);
     if (!still()) return false;
     if (chord.pastesPrimary && pasteboard_ && !pasteboard_->holdsPrimary()) return false;

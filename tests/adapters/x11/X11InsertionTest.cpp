@@ -174,6 +174,7 @@ TEST_F(X11InsertionTest, WhateverHappensNothingElseIsPastedNothingIsLostAndTheTr
     std::optional<Manager> manager;
     for (int i = 0; i < count; ++i) {
         if (i == count / 2) manager.emplace(loop_);
+        loop_.runFor(0.02);  // the manager puts back what the last owner had
         std::optional<Owner> owner(std::in_place, loop_, static_cast<Owner::Kind>(i % 6), i);
         const auto kind = owner->kind;
         const auto expected = owner->data;

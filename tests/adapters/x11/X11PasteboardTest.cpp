@@ -392,7 +392,7 @@ TEST_F(X11PasteboardTest, WhatTheUserHadOutlivesAProgramThatDies) {
     const auto image = patternOf(2'000'000);
     copyWithXclip(image, "image/png");
     ClipboardKeeper keeper;
-    KeptClipboard kept{FileDescriptor(::dup(keeper.otherEnd()))};
+    KeptClipboard kept{keeper.takeOtherEnd()};
     const auto survivors = [&] {
         EXPECT_TRUE(kept.receive());
         return kept.item().value_or(Pasteboard::Item());

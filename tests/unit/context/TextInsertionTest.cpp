@@ -192,6 +192,15 @@ TEST_F(Inserting, WhatTheUserCopiesMeanwhileIsNotPastedAndNotLost) {
     }
     EXPECT_THAT(pasted, ElementsAre("Hola.", "Hola."));
 
+    // When it never fetches the text.
+    poster.onPost = [](std::uint16_t) {};
+    const auto untaken = insert(text("Hola."));
+    executor.advanceBy(0.1);
+    pasteboard.copyElsewhere("suyo");
+    EXPECT_EQ(receiptOf(untaken), (InsertionReceipt{Delivery::untaken, false, State::complete}));
+    EXPECT_EQ(textOn(pasteboard), "suyo");
+    Inserting::SetUp();
+
     // Just before the stroke.
     pasteboard.onHoldsAsked = [this] { pasteboard.copyElsewhere("otro"); };
     EXPECT_EQ(receiptOf(insert(text("Hola."))).delivery, Delivery::delivered);
