@@ -143,7 +143,6 @@ void X11HotKeyRegistrar::release(Ref ref, double time) {
     found->second.isDown = false;
     // The chord's key being ours, the application in front sees its Alt or Super alone.
     if ((input_.modifierFlags() & (modifier::option | modifier::command)) != 0) input_.spoilMenuActivation();
-    connection_.flush();
     regrabAll();
     if (handler_) handler_(id, eventReleased, time);
 }

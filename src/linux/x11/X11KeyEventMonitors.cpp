@@ -73,7 +73,6 @@ void X11KeyEventMonitors::spoilMenu(const KeyStroke& stroke) {
     // By then the layout of the keyboard that the key is on is known, if it is not the one typed on before.
     hold_.once(menuTapLimit - waited, [this, key = stroke.key] {
         if (!monitors_.isEmpty() && keyboard_.opensMenus(key)) input_.spoilMenuActivation();
-        connection_.flush();
     });
 }
 

@@ -86,6 +86,7 @@ void X11KeyInput::spoilMenuActivation() {
     if (!key) return;
     fake({*key, KeyStroke::Direction::down});
     fake({*key, KeyStroke::Direction::up});
+    connection_.flush();
 }
 
 void X11KeyInput::handleDevice(const xcb_generic_event_t& event, KeyStroke::Direction direction) {
