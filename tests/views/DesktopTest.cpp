@@ -377,7 +377,7 @@ TEST_F(ViewsDesktopTest, TheIconIsNotOnAFilmButTheHUDIs) {
     showHUD(HUDPhase::listening());
     EXPECT_TRUE(runUntil([&] { return other_->topmost() == hud()->winId(); }));
     openPanel();  // above it, and so beside the icon
-    EXPECT_TRUE(icon().isVisible());
+    EXPECT_TRUE(runUntil([&] { return icon().isVisible(); }));
     closePanel();
     EXPECT_TRUE(runUntil([&] { return !icon().isVisible(); }));
     other_->close(film);

@@ -97,7 +97,7 @@ Item {
         PanelLink {
             required property var modelData
 
-            words: words
+            passage: words
             target: modelData
             list: block.ListView.view
             onReached: block.reached(block.y + y, height)

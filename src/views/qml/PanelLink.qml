@@ -4,7 +4,7 @@ import QtQuick
 Item {
     id: link
 
-    required property TextEdit words
+    required property TextEdit passage
     required property var target  // as PanelScene.linksIn() gives it
     required property Item list  // that the text is in
 
@@ -15,12 +15,12 @@ Item {
 
     // What it names moves when the text is laid out in another width.
     function at(position) {
-        return words.contentHeight >= 0 && words.width >= 0 ? words.positionToRectangle(position) : Qt.rect(0, 0, 0, 0)
+        return passage.contentHeight >= 0 && passage.width >= 0 ? passage.positionToRectangle(position) : Qt.rect(0, 0, 0, 0)
     }
 
-    x: words.x + first.x
-    y: words.y + first.y
-    width: first.y === last.y ? last.x - first.x : words.width - first.x
+    x: passage.x + first.x
+    y: passage.y + first.y
+    width: first.y === last.y ? last.x - first.x : passage.width - first.x
     height: first.height
     activeFocusOnTab: true
     // A list goes on giving the keyboard to what had it last.
