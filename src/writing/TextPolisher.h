@@ -72,9 +72,4 @@ std::string rewriteInstructions(const PolishRequest& request);
 /// The first seven words of the text, or the word for a dictation where it has none. Any thread.
 std::string titleFrom(std::string_view text);
 
-/// How much of the vocabulary of `produced` was dictated, from 0 to 1: of its words of four letters and more,
-/// greetings and closings aside, the share whose first five letters begin a word of `dictated`. A cheap guard
-/// against invented text; it says nothing about meaning. Pure; any thread.
-double faithfulnessScore(std::string_view produced, std::string_view dictated);
-
 }  // namespace dorix

@@ -1,4 +1,5 @@
 #include "base/text/Text.h"
+#include "base/writing/Faithfulness.h"
 #include "writing/BasicPolisher.h"
 
 #include <cstddef>

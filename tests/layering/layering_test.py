@@ -51,6 +51,9 @@ ADAPTER_ROWS = [
 ]
 ADAPTER_RANK = {room: rank for rank, row in enumerate(ADAPTER_ROWS) for room in row}
 MAINS = "app"
+# A program of its own, which shares the bottom with the desktop's.
+SERVICE = "service"
+SERVICE_KNOWS = {"base"}
 TOOLKIT_ROOMS = {ADAPTERS, "views", MAINS}
 
 LIBRARIES = {
@@ -75,6 +78,8 @@ def arrow_complaint(own: str, other: str) -> str | None:
         return None
     if own == ADAPTERS:
         return None if other in ADAPTERS_KNOW else f"{own} knows the ports only"
+    if own == SERVICE:
+        return None if other in SERVICE_KNOWS else f"{own} shares {', '.join(sorted(SERVICE_KNOWS))} alone"
     if other not in RANK or own not in RANK:
         return f"{other if other not in RANK else own} has no place in the order of rooms"
     return None if RANK[other] < RANK[own] else f"{other} is not below {own}"
@@ -200,6 +205,8 @@ def check_itself(targets: Targets) -> None:
     assert arrow_complaint("localdata", "routing")
     assert arrow_complaint("views", "shell")
     assert arrow_complaint("linux", "dictation")
+    assert arrow_complaint("service", "writing")
+    assert arrow_complaint("cloud", "service")
     assert room_complaint("linux/dbus", "linux/desktop")
     assert room_complaint("linux/x11", "linux/pulse")
     for header in ("unistd.h", "QString", "X11/Xlib.h", "unicode/regex.h"):

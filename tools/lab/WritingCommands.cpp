@@ -1,4 +1,5 @@
 #include "Command.h"
+#include "base/writing/Faithfulness.h"
 #include "writing/BasicPolisher.h"
 
 namespace dorix::lab {

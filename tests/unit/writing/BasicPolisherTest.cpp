@@ -1,3 +1,4 @@
+#include "base/writing/Faithfulness.h"
 #include "writing/BasicPolisher.h"
 
 #include <gtest/gtest.h>
