@@ -57,28 +57,6 @@ struct HttpResponse : HttpHead {
     std::string body;
 };
 
-/// The body of an answer while it arrives. Letting go of it ends the transfer at once. What nobody takes is
-/// left with the server, but for some megabytes.
-class HttpBody {
- public:
-    virtual ~HttpBody() = default;
-
-    /// All that has come since the last call, waiting for it while there is nothing; nothing after the end.
-    /// One task at a time. Throws HttpError when the end did not come.
-    virtual Task<std::optional<std::string>> next() = 0;
-};
-
-struct HttpStream : HttpHead {
-    std::unique_ptr<HttpBody> body;
-};
-
-/// A file that an answer goes to.
-struct HttpDownload {
-    std::filesystem::path file;
-    /// The bytes that the file has, and how many it is to have, where the server says so. Where the task runs.
-    std::function<void(std::uint64_t held, std::optional<std::uint64_t> whole)> onProgress = nullptr;
-};
-
 /// An exchange that came to no end, told in the system's or the library's words, which hold nothing of what
 /// was sent but the server's name.
 class HttpError : public MessageError {
@@ -100,10 +78,36 @@ class HttpError : public MessageError {
     Kind kind_;
 };
 
+/// The body of an answer while it arrives. Letting go of it ends the transfer at once. What nobody takes is
+/// left with the server, but for some megabytes.
+class HttpBody {
+ public:
+    virtual ~HttpBody() = default;
+
+    /// All that has come since the last call, waiting for it while there is nothing; nothing after the end.
+    /// One task at a time. Throws HttpError when the end did not come.
+    virtual Task<std::optional<std::string>> next() = 0;
+};
+
+/// All of a body that is no longer than `largest`; the body must outlive the task. Throws HttpError.
+Task<std::string> wholeBody(HttpBody& body, std::size_t largest);
+
+struct HttpStream : HttpHead {
+    std::unique_ptr<HttpBody> body;
+};
+
+/// A file that an answer goes to.
+struct HttpDownload {
+    std::filesystem::path file;
+    /// The bytes that the file has, and how many it is to have, where the server says so. Where the task
+    /// runs.
+    std::function<void(std::uint64_t held, std::optional<std::uint64_t> whole)> onProgress = nullptr;
+};
+
 /// The web, for the whole program: connections are kept and shared, servers must prove who they are, and the
 /// proxies of the session are used, but not for this computer. Any thread; the tasks run on their own
-/// executor and never block it, and what they are cancelled or destroyed before ends at once. Any status is an
-/// answer; what is none throws HttpError. It must outlive what it has given.
+/// executor and never block it, and what they are cancelled or destroyed before ends at once. Any status is
+/// an answer; what is none throws HttpError. It must outlive what it has given.
 class HttpClient {
  public:
     virtual ~HttpClient() = default;

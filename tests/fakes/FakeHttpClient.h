@@ -72,7 +72,9 @@ class FakeHttpClient final : public HttpClient {
         auto head = co_await body->exchange.head_;
         co_return HttpStream{std::move(head), std::move(body)};
     }
-    Task<HttpResponse> download(HttpRequest request, HttpDownload) override { return send(std::move(request)); }
+    Task<HttpResponse> download(HttpRequest request, HttpDownload) override {
+        return send(std::move(request));
+    }
 
  private:
     struct Body final : HttpBody {

@@ -30,6 +30,7 @@ struct Command {
 };
 
 /// The commands by subsystem.
+std::vector<Command> cloudCommands();
 std::vector<Command> writingCommands();
 std::vector<Command> languageCommands();
 std::vector<Command> contextCommands();

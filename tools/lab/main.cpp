@@ -14,8 +14,9 @@ using dorix::lab::Command;
 std::vector<Command> allCommands() {
     std::vector<Command> all;
     for (const auto& group :
-         {dorix::lab::writingCommands(), dorix::lab::languageCommands(), dorix::lab::contextCommands(),
-          dorix::lab::dictationCommands(), dorix::lab::routingCommands(), dorix::lab::routeCommands()}) {
+         {dorix::lab::cloudCommands(), dorix::lab::writingCommands(), dorix::lab::languageCommands(),
+          dorix::lab::contextCommands(), dorix::lab::dictationCommands(), dorix::lab::routingCommands(),
+          dorix::lab::routeCommands()}) {
         all.insert(all.end(), group.begin(), group.end());
     }
     return all;

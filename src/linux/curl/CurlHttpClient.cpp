@@ -28,17 +28,6 @@ std::optional<std::uint64_t> startOf(const HttpHead& head) {
     return numberAt(range->substr(unit.size()));
 }
 
-Task<std::string> wholeBody(HttpBody& body, std::size_t largest) {
-    std::string whole;
-    while (auto bytes = co_await body.next()) {
-        if (bytes->size() > largest - whole.size()) {
-            throw HttpError(HttpError::Kind::tooLarge, "the answer is too long");
-        }
-        whole += *bytes;
-    }
-    co_return whole;
-}
-
 }  // namespace
 
 /// A transfer for as long as somebody waits for it.

@@ -36,18 +36,23 @@ curl_socket_t openSocket(void*, curlsocktype, curl_sockaddr* address) {
 
 Kind kindOf(CURLcode result) {
     switch (result) {
-        case CURLE_OPERATION_TIMEDOUT: return Kind::timedOut;
+        case CURLE_OPERATION_TIMEDOUT:
+            return Kind::timedOut;
         case CURLE_PEER_FAILED_VERIFICATION:
         case CURLE_SSL_CERTPROBLEM:
         case CURLE_SSL_CACERT_BADFILE:
-        case CURLE_SSL_ISSUER_ERROR: return Kind::untrusted;
+        case CURLE_SSL_ISSUER_ERROR:
+            return Kind::untrusted;
         case CURLE_COULDNT_RESOLVE_PROXY:
         case CURLE_COULDNT_RESOLVE_HOST:
         case CURLE_COULDNT_CONNECT:
-        case CURLE_SSL_CONNECT_ERROR: return Kind::unreachable;
+        case CURLE_SSL_CONNECT_ERROR:
+            return Kind::unreachable;
         case CURLE_URL_MALFORMAT:
-        case CURLE_UNSUPPORTED_PROTOCOL: return Kind::badRequest;
-        default: return Kind::broken;
+        case CURLE_UNSUPPORTED_PROTOCOL:
+            return Kind::badRequest;
+        default:
+            return Kind::broken;
     }
 }
 
@@ -136,7 +141,8 @@ void CurlTransfer::setOptions() {
     curl_easy_setopt(curl, CURLOPT_MAXREDIRS, mostRedirects);
 }
 
-/// The library's own patience would end connecting sooner than the request allows, so it gets none of its own.
+/// The library's own patience would end connecting sooner than the request allows, so it gets none of its
+/// own.
 void CurlTransfer::setTrust() {
     auto* curl = handle();
     const bool isSecure = request_.url.starts_with("https:");

@@ -29,7 +29,7 @@ class BodyBuffer {
     struct Taken {
         std::string bytes;
         bool isEnd = false;
-        bool madeRoom = false;          // bytes were refused before
+        bool madeRoom = false;                 // bytes were refused before
         std::optional<Completion<void>> news;  // completed when there is more, where there is nothing yet
     };
     /// Throws what the body ended with, if there is nothing before that.

@@ -1,0 +1,86 @@
+#pragma once
+
+#include "base/Json.h"
+#include "base/async/Executor.h"
+#include "base/async/Task.h"
+#include "cloud/APIError.h"
+#include "cloud/EventStreamReader.h"
+#include "cloud/WireCoding.h"
+#include "platform/HttpClient.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace dorix {
+
+class Keychain;
+class UserDefaults;
+
+/// The one door to the cloud service. Main executor, which no call blocks; several may be under way at once.
+/// Calls fail with APIError, or with DecodingError when the answer is not what was asked for. None is tried
+/// again.
+class DorixAPI {
+ public:
+    /// The account that the session's token is kept under.
+    static constexpr const char* tokenAccount = "session-token";
+    /// Where the service answers when nobody names another place.
+    static constexpr std::string_view developmentURL = "http://127.0.0.1:8787";
+
+    enum class Session { none, required };
+    using OnText = EventStreamReader::OnText;
+    using OnFailure = std::function<void(const APIError&)>;
+
+    /// All but the address must outlive it. An address that is none gives `developmentURL`.
+    DorixAPI(const Executor& executor, HttpClient& http, Keychain& keychain, std::optional<std::string> address);
+    DorixAPI(const DorixAPI&) = delete;
+    DorixAPI& operator=(const DorixAPI&) = delete;
+
+    const std::string& baseURL() const { return baseURL_; }
+    /// The page of instructions, in the app language.
+    std::string manualURL() const;
+
+    /// Called when the session turns out to be none, before the call fails.
+    OnFailure onFailure = [](const APIError&) {};
+
+    /// `timeout` is in seconds, for all of the exchange.
+    template <Decodable T>
+    Task<T> post(std::string path, Json body, Session session, double timeout) {
+        const auto answer = co_await call(postRequest(path, body, timeout), session);
+        co_return decoded<T>(answer, decoder());
+    }
+
+    /// With a session always.
+    template <Decodable T>
+    Task<T> get(std::string path) {
+        const auto answer = co_await call(getRequest(path), Session::required);
+        co_return decoded<T>(answer, decoder());
+    }
+
+    /// The whole of a text that arrives piece by piece, with a session always; `onText` gets all that has come
+    /// so far each time. What breaks the connection on the way is thrown as HttpError.
+    Task<std::string> stream(std::string path, Json body, OnText onText = nullptr);
+
+    /// To read records with that were stored as the service sent them.
+    Decoder decoder() const { return {executor_.date()}; }
+
+ private:
+    HttpRequest getRequest(std::string_view path) const;
+    HttpRequest postRequest(std::string_view path, const Json& body, double timeout) const;
+    Task<std::string> call(HttpRequest request, Session session);
+    Task<std::string> token();
+    Task<APIError> refusal(int status, std::string body, std::string usedToken);
+
+    const Executor& executor_;
+    HttpClient& http_;
+    Keychain& keychain_;
+    const std::string baseURL_;
+};
+
+/// The service's address by the key "DORIXServerURL": the user's, or else that of the package's
+/// configuration.
+std::optional<std::string> configuredServer(const UserDefaults& defaults, const Json& packaged);
+
+}  // namespace dorix
