@@ -84,7 +84,7 @@ class Paste {
     const EventPoster::Condition mayType_;
     Pasteboard::Reading before_;
     Delivery delivery_ = Delivery::refused;
-    bool userCopied_ = false;           // something else, since the text was offered
+    bool userCopied_ = false;           // something else, since this began
     bool stays_ = false;                // the text, on the clipboard
     std::optional<std::int64_t> ours_;  // the clipboard's count since the text is there
     std::optional<double> struckAt_;    // by the executor's clock

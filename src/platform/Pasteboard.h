@@ -53,6 +53,10 @@ class Pasteboard {
     /// Grows with every change, whoever makes it. Own writes count at once.
     virtual std::int64_t changeCount() const = 0;
 
+    /// The same, with all that others have done until now, of which changeCount may yet have to hear. Asks
+    /// the system. A stop request does not cut it short.
+    virtual Task<std::int64_t> currentChangeCount() = 0;
+
     /// Everything on the clipboard.
     virtual Task<Reading> pasteboardItems() = 0;
 
@@ -84,6 +88,7 @@ class Pasteboard {
 class UnavailablePasteboard final : public Pasteboard {
  public:
     std::int64_t changeCount() const override { return 0; }
+    Task<std::int64_t> currentChangeCount() override { co_return 0; }
     Task<Reading> pasteboardItems() override { co_return Reading{}; }
     Task<std::optional<std::string>> string() override { co_return std::nullopt; }
     void clearContents() override {}

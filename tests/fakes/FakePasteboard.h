@@ -28,6 +28,12 @@ class FakePasteboard final : public Pasteboard {
     }
 
     std::int64_t changeCount() const override { return changeCount_; }
+    Task<std::int64_t> currentChangeCount() override {
+        if (const auto asked = std::exchange(onCountAsked, nullptr)) asked();
+        co_return changeCount_;
+    }
+    /// Called once, just before the answer.
+    std::function<void()> onCountAsked;
     Task<Reading> pasteboardItems() override {
         log.emplace_back("read");
         Reading read{items.empty() ? Reading::State::empty : readable, items};

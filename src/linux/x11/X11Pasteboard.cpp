@@ -156,6 +156,15 @@ xcb_window_t X11Pasteboard::ownerOf(xcb_atom_t selection) {
     return reply ? reply->owner : xcb_window_t{XCB_WINDOW_NONE};
 }
 
+// The events of what happened before an answer come in with it, and are delivered in the next turn.
+Task<std::int64_t> X11Pasteboard::currentChangeCount() {
+    ownerOf(clipboard_);
+    const Completion<void> isHeard;
+    connection_.executor().post([isHeard] { isHeard.complete(); });
+    co_await isHeard.throughStop();
+    co_return changeCount_;
+}
+
 bool X11Pasteboard::holdsOwnContents() {
     commit();
     if (owns_ && !contents_.entries().empty()) settle(owner_.window());

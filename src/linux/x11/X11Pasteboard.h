@@ -27,6 +27,7 @@ class X11Pasteboard final : public Pasteboard {
     ~X11Pasteboard() override;
 
     std::int64_t changeCount() const override { return changeCount_; }
+    Task<std::int64_t> currentChangeCount() override;
     Task<Reading> pasteboardItems() override;
     Task<std::optional<std::string>> string() override;
     void clearContents() override;

@@ -192,6 +192,22 @@ TEST_F(Inserting, WhatTheUserCopiesMeanwhileIsNotPastedAndNotLost) {
     }
     EXPECT_THAT(pasted, ElementsAre("Hola.", "Hola."));
 
+    // Just before the text takes its place, and before a text that nobody gets does.
+    clipboard.prepare();
+    executor.runPosted();
+    pasteboard.onCountAsked = [this] {
+        pasteboard.onCountAsked = [this] { pasteboard.copyElsewhere("nuevo"); };
+    };
+    EXPECT_EQ(receiptOf(insert(text("Hola."))).delivery, Delivery::delivered);
+    EXPECT_EQ(textOn(pasteboard), "nuevo");
+    workspace.frontmost = other;
+    pasteboard.onCountAsked = [this] {
+        pasteboard.onCountAsked = [this] { pasteboard.copyElsewhere("suyo"); };
+    };
+    EXPECT_EQ(receiptOf(insert(text("Hola."))), (InsertionReceipt{Delivery::elsewhere, false, State::empty}));
+    EXPECT_EQ(textOn(pasteboard), "suyo");
+    workspace.frontmost = editor;
+
     // When it never fetches the text.
     poster.onPost = [](std::uint16_t) {};
     const auto untaken = insert(text("Hola."));
