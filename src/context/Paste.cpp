@@ -41,16 +41,16 @@ Paste::Paste(const Means& means, Insertion insertion, EventPoster::Condition may
     : means_(means), insertion_(std::move(insertion)), mayType_(std::move(mayType)) {}
 
 Task<InsertionReceipt> Paste::deliver() {
-    const auto count = co_await means_.pasteboard.currentChangeCount();
+    known_ = co_await means_.pasteboard.currentChangeCount();
     if (const auto target = co_await placeInFront()) {
         delivery_ = co_await paste(*target);
     } else {
         delivery_ = insertion_.target ? Delivery::elsewhere : Delivery::nowhere;
-        userCopied_ = co_await means_.pasteboard.currentChangeCount() != count;
+        userCopied_ = co_await means_.pasteboard.currentChangeCount() != known_;
     }
     stays_ = delivery_ != Delivery::refused && (delivery_ != Delivery::delivered || !insertion_.hasCursor);
     // What the user has copied meanwhile is worth more than a text that is in the history as well.
-    if (delivery_ != Delivery::delivered && (userCopied_ || (ours_ && !co_await isStillOurs())))
+    if (delivery_ != Delivery::delivered && (userCopied_ || (isOffered_ && !co_await isStillOurs())))
         stays_ = false;
     if (stays_ && delivery_ != Delivery::delivered) offer(false);
     co_return InsertionReceipt{delivery_, stays_, before_.state};
@@ -99,14 +99,13 @@ Task<Paste::Delivery> Paste::paste(RunningApplication target) {
 /// Puts the text on the clipboard, and keeps what it takes the place of; false if that could not be kept, or
 /// the clipboard is not to be had.
 Task<bool> Paste::take() {
-    const bool isAgain = ours_.has_value();
     auto reading = co_await means_.clipboard.read();
     // What the user has only just copied is not taken away for a text that may not even be pasted.
-    if (isAgain && reading.state == Pasteboard::Reading::State::unreadable) co_return false;
+    if (isOffered_ && reading.state == Pasteboard::Reading::State::unreadable) co_return false;
     // A clipboard manager may have taken the text itself over.
-    if (!isAgain || !holds(reading, insertion_.text)) {
+    if (!isOffered_ || !holds(reading, insertion_.text)) {
         before_ = std::move(reading);
-        userCopied_ = isAgain;
+        userCopied_ = means_.pasteboard.changeCount() != known_;
     }
     offer(true);
     co_return true;
@@ -131,7 +130,7 @@ Paste::Delivery Paste::reasonAgainst(const RunningApplication& target) const {
 Task<std::optional<Paste::Delivery>> Paste::awaitFetch() {
     const double limit = insertion_.hasCursor ? patience : pasteWait;
     while (!lastFetch_) {
-        if (means_.pasteboard.changeCount() != ours_) co_return std::nullopt;
+        if (means_.pasteboard.changeCount() != known_) co_return std::nullopt;
         if (means_.executor.now() >= *struckAt_ + limit) co_return Delivery::untaken;
         co_await sleepThrough(betweenLooks);
     }
@@ -139,7 +138,7 @@ Task<std::optional<Paste::Delivery>> Paste::awaitFetch() {
 }
 
 Task<void> Paste::giveBack() {
-    if (!ours_) co_return;
+    if (!isOffered_) co_return;
     while (struckAt_ &&
            means_.executor.now() < std::max(*struckAt_ + pasteWait, lastFetch_.value_or(0) + grace))
         co_await sleepThrough(betweenLooks);
@@ -156,7 +155,7 @@ Task<void> Paste::giveBack() {
 /// over.
 Task<bool> Paste::isStillOurs() {
     // Asked of the system: we may yet have to hear of what the user has just copied.
-    if (means_.pasteboard.holdsOwnContents() && means_.pasteboard.changeCount() == ours_) co_return true;
+    if (means_.pasteboard.holdsOwnContents() && means_.pasteboard.changeCount() == known_) co_return true;
     co_return co_await means_.pasteboard.string() == insertion_.text;
 }
 
@@ -165,7 +164,8 @@ void Paste::offer(bool isPassing) {
     means_.pasteboard.clearContents();
     means_.pasteboard.setString(insertion_.text);
     if (isPassing || insertion_.isSecret) means_.pasteboard.setData({}, Pasteboard::transientType);
-    ours_ = means_.pasteboard.changeCount();
+    known_ = means_.pasteboard.changeCount();
+    isOffered_ = true;
 }
 
 }  // namespace dorix

@@ -84,11 +84,12 @@ class Paste {
     const EventPoster::Condition mayType_;
     Pasteboard::Reading before_;
     Delivery delivery_ = Delivery::refused;
-    bool userCopied_ = false;           // something else, since this began
-    bool stays_ = false;                // the text, on the clipboard
-    std::optional<std::int64_t> ours_;  // the clipboard's count since the text is there
-    std::optional<double> struckAt_;    // by the executor's clock
-    std::optional<double> lastFetch_;   // the same, by the target
+    std::int64_t known_ = 0;   // the clipboard's count when this began, and then since the text is there
+    bool isOffered_ = false;   // the text has been there
+    bool userCopied_ = false;  // something else, since this began
+    bool stays_ = false;       // the text, on the clipboard
+    std::optional<double> struckAt_;   // by the executor's clock
+    std::optional<double> lastFetch_;  // the same, by the target
 };
 
 }  // namespace dorix

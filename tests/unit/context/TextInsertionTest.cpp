@@ -192,6 +192,18 @@ TEST_F(Inserting, WhatTheUserCopiesMeanwhileIsNotPastedAndNotLost) {
     }
     EXPECT_THAT(pasted, ElementsAre("Hola.", "Hola."));
 
+    // While a slow owner is asked what there was.
+    pasteboard.readSeconds = 0.4;
+    workspace.frontmost = editor;
+    poster.onPost = [](std::uint16_t) {};
+    const auto slow = insert(text("Hola."));
+    executor.advanceBy(0.1);
+    pasteboard.copyElsewhere("suyo");
+    EXPECT_EQ(receiptOf(slow), (InsertionReceipt{Delivery::untaken, false, State::complete}));
+    EXPECT_EQ(textOn(pasteboard), "suyo");
+    pasteboard.readSeconds = 0;
+    Inserting::SetUp();
+
     // Just before the text takes its place, and before a text that nobody gets does.
     clipboard.prepare();
     executor.runPosted();
