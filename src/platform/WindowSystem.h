@@ -22,6 +22,8 @@ class WindowSystem {
         int y = 0;
         int width = 0;
         int height = 0;
+
+        bool operator==(const Rectangle&) const = default;
     };
     using Region = std::vector<Rectangle>;
 
@@ -57,6 +59,9 @@ class WindowSystem {
     /// Where the window takes the pointer; elsewhere it goes to what lies below.
     virtual void setInputShape(Window window, const Region& region) = 0;
 
+    /// What the bars at its edges leave of a screen.
+    virtual Rectangle freeOfBars(const Rectangle& screen) = 0;
+
     virtual bool hasWindowManager() = 0;
     /// The window that has the keyboard; 0 for none.
     virtual Window frontWindow() = 0;
@@ -73,6 +78,7 @@ class UnavailableWindowSystem final : public WindowSystem {
     void setFrameExtents(Window, const Margins&) override {}
     void setShape(Window, const std::optional<Region>&) override {}
     void setInputShape(Window, const Region&) override {}
+    Rectangle freeOfBars(const Rectangle& screen) override { return screen; }
     bool hasWindowManager() override { return false; }
     Window frontWindow() override { return 0; }
     void bringToFront(Window) override {}

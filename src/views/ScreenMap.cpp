@@ -16,14 +16,27 @@ QPointF zero() {
     return {static_cast<double>(frame.x()), static_cast<double>(frame.y() + frame.height())};
 }
 
+/// Not every window manager tells the toolkit what its bars take.
+QRect visibleGeometry(const QScreen& screen, WindowSystem& windowSystem) {
+    const QRect all = screen.geometry();
+    const double scale = screen.devicePixelRatio();
+    const auto pixels = [scale](int points) { return qRound(points * scale); };
+    const auto points = [scale](int count) { return qRound(count / scale); };
+    // The toolkit scales a screen's size and leaves its corner where it is.
+    const auto free = windowSystem.freeOfBars({all.x(), all.y(), pixels(all.width()), pixels(all.height())});
+    const QRect left(all.x() + points(free.x - all.x()), all.y() + points(free.y - all.y()),
+                     points(free.width), points(free.height));
+    return screen.availableGeometry().intersected(left);
+}
+
 }  // namespace
 
-Screens current() {
+Screens current(WindowSystem& windowSystem) {
     Screens screens;
     const QScreen* main = QGuiApplication::primaryScreen();
     for (const QScreen* screen : QGuiApplication::screens()) {
         const Screen found{.frame = fromQt(screen->geometry()),
-                           .visibleFrame = fromQt(screen->availableGeometry())};
+                           .visibleFrame = fromQt(visibleGeometry(*screen, windowSystem))};
         screens.insert(screen == main ? screens.begin() : screens.end(), found);
     }
     // Between two screens, as when a laptop's lid closes, there may be none for a moment.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "overlay/Placement.h"
+#include "platform/WindowSystem.h"
 
 #include <QPointF>
 #include <QRect>
@@ -10,7 +11,7 @@
 namespace dorix::screenmap {
 
 /// The screens that are there now.
-Screens current();
+Screens current(WindowSystem& windowSystem);
 
 Point fromQt(QPointF point);
 Rect fromQt(const QRect& rect);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "linux/x11/X11Bars.h"
 #include "linux/x11/X11Windows.h"
 #include "platform/WindowSystem.h"
 
@@ -22,6 +23,9 @@ class X11WindowSystem final : public WindowSystem {
     void setFrameExtents(Window window, const Margins& extents) override;
     void setShape(Window window, const std::optional<Region>& region) override;
     void setInputShape(Window window, const Region& region) override;
+    Rectangle freeOfBars(const Rectangle& screen) override {
+        return dorix::freeOfBars(connection_, windows_, screen);
+    }
     bool hasWindowManager() override { return windows_.hasWindowManager(); }
     Window frontWindow() override { return windows_.keyboardWindow(); }
     void bringToFront(Window window) override;

@@ -159,6 +159,16 @@ std::optional<xcb_rectangle_t> X11Windows::frame(xcb_window_t window) {
         .x = place->dst_x, .y = place->dst_y, .width = size->width, .height = size->height};
 }
 
+std::vector<std::uint32_t> X11Windows::reservedAtEdges(xcb_window_t window) {
+    for (const auto& [name, count] : {std::pair{"_NET_WM_STRUT_PARTIAL", 12U}, {"_NET_WM_STRUT", 4U}}) {
+        const auto reply = property(window, connection_.atom(name), XCB_ATOM_CARDINAL);
+        if (!reply || reply->format != 32 || reply->value_len < count) continue;
+        const auto* numbers = static_cast<const std::uint32_t*>(xcb_get_property_value(reply.get()));
+        return {numbers, numbers + count};
+    }
+    return {};
+}
+
 void X11Windows::activate(xcb_window_t window) {
     if (!hasWindowManager()) {
         const std::uint32_t above = XCB_STACK_MODE_ABOVE;

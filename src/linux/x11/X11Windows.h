@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace dorix {
 
@@ -48,6 +49,9 @@ class X11Windows {
     bool isViewable(xcb_window_t window);
     /// Its contents, from the top left of the root window.
     std::optional<xcb_rectangle_t> frame(xcb_window_t window);
+
+    /// The numbers of _NET_WM_STRUT_PARTIAL (12) or _NET_WM_STRUT (4); none where it has neither.
+    std::vector<std::uint32_t> reservedAtEdges(xcb_window_t window);
 
     /// Asks for the window to come to the front with the focus.
     void activate(xcb_window_t window);

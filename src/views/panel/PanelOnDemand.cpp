@@ -28,7 +28,9 @@ PanelWindow& PanelOnDemand::window() {
     return *window_;
 }
 
-bool PanelOnDemand::place() { return window().place(iconFrame_(), screenmap::current()); }
+bool PanelOnDemand::place() {
+    return window().place(iconFrame_(), screenmap::current(context_.windowSystem));
+}
 
 void PanelOnDemand::show() { window().open(); }
 
@@ -48,7 +50,7 @@ void PanelOnDemand::clickedOutside() {
 
 void PanelOnDemand::screensChanged() {
     if (window_ && !window_->isVisible()) window_.reset();
-    if (window_) window_->placeAnew(iconFrame_(), screenmap::current());
+    if (window_) window_->placeAnew(iconFrame_(), screenmap::current(context_.windowSystem));
 }
 
 void PanelOnDemand::reshape() {

@@ -18,6 +18,7 @@ namespace {
 constexpr int reach = tokens::shadowReach;
 constexpr QMargins shadow{reach, reach, reach, reach};
 constexpr double restBeforeSaving = 0.5;  // seconds
+constexpr double opens = 1;               // the same; later it is the user who moves it
 
 /// Keys with which people go from one thing to another.
 bool movesFocus(int key) {
@@ -35,7 +36,8 @@ PanelWindow::PanelWindow(const ViewContext& context, AppState& state, SettingsSt
       state_(state),
       panel_(panel),
       scene_(state, settings, panel, view()),
-      saveSize_(context.executor) {
+      saveSize_(context.executor),
+      opening_(context.executor) {
     wireScene();
     load("Panel", {{"verbs", QVariant::fromValue(&scene_)}});
     onCancel = [this] { perform(panel_, "close"); };
@@ -49,7 +51,7 @@ PanelWindow::~PanelWindow() { panel_.windowNumber = 0; }
 void PanelWindow::wireScene() {
     connect(&scene_, &PanelScene::menuWanted, this,
             [this](QPointF at, VerbPlace menu) { popUp(panelMenu(panel_, menu), at); });
-    connect(&scene_, &PanelScene::moveWanted, this, [this] { startSystemMove(); });
+    connect(&scene_, &PanelScene::moveWanted, this, &PanelWindow::moveByUser);
     connect(&scene_, &PanelScene::resizeWanted, this, [this](Qt::Edges edges) { resizeFrom(edges); });
 }
 
@@ -61,6 +63,8 @@ bool PanelWindow::place(const Rect& icon, const Screens& screens) {
     userResizes_ = false;
     setMinimumSize(least.boundedTo(frame.size()).grownBy(shadow));
     setGeometry(frame.marginsAdded(shadow));
+    place_ = position();
+    opening_.once(opens, [this] { place_.reset(); });
     const int pixels = qRound(reach * devicePixelRatio());
     context().windowSystem.setFrameExtents(winId(), {pixels, pixels, pixels, pixels});
     reshape();
@@ -134,7 +138,22 @@ bool PanelWindow::event(QEvent* event) {
     return OverlayPanel::event(event);
 }
 
-void PanelWindow::resizeFrom(Qt::Edges edges) { userResizes_ = startSystemResize(edges); }
+/// Some window managers leave room for a title bar that they do not draw, unless they are asked again.
+void PanelWindow::moveEvent(QMoveEvent* event) {
+    OverlayPanel::moveEvent(event);
+    if (!isVisible() || !place_ || event->pos() == *place_) return;
+    setPosition(*std::exchange(place_, std::nullopt));
+}
+
+void PanelWindow::moveByUser() {
+    place_.reset();
+    startSystemMove();
+}
+
+void PanelWindow::resizeFrom(Qt::Edges edges) {
+    place_.reset();
+    userResizes_ = startSystemResize(edges);
+}
 
 void PanelWindow::resizeEvent(QResizeEvent* event) {
     panel_.layout.setWidth(width() - 2 * reach);

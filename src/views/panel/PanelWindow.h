@@ -49,6 +49,7 @@ class PanelWindow final : public OverlayPanel {
 
  protected:
     bool event(QEvent* event) override;
+    void moveEvent(QMoveEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
  private:
@@ -56,6 +57,7 @@ class PanelWindow final : public OverlayPanel {
     void rememberFront();
     void focusWhereAsked();
     void popUp(Menu items, QPointF at);
+    void moveByUser();
     void resizeFrom(Qt::Edges edges);
 
     AppState& state_;
@@ -64,6 +66,8 @@ class PanelWindow final : public OverlayPanel {
     std::unique_ptr<MenuWindow> menu_;
     Timer saveSize_;
     bool userResizes_ = false;
+    std::optional<QPoint> place_;  // that it has asked for, while it opens
+    Timer opening_;
     bool clickTakesKeyboard_ = false;
     WindowSystem::Window before_ = 0;  // the window that had the keyboard
     Subscription focusRequests_;

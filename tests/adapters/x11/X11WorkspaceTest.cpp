@@ -1,4 +1,5 @@
 #include "adapters/harness/XDesktop.h"
+#include "linux/x11/X11Bars.h"
 #include "linux/x11/X11Pasteboard.h"
 #include "linux/x11/X11Workspace.h"
 
@@ -46,6 +47,34 @@ TEST_F(X11WorkspaceTest, BringsAWindowBackAndIgnoresOneThatIsGone) {
     EXPECT_EQ(windows_.windowClass(static_cast<xcb_window_t>(app->windowNumber)), WindowClass{});
     settle();
     EXPECT_FALSE(connection_->isLost());
+}
+
+TEST_F(X11WorkspaceTest, BarsLeaveTheRestOfTheirOwnScreen) {
+    const auto reserve = [this](const char* name, std::vector<std::uint32_t> numbers) {
+        auto bar = openApplication("bar", "Bar");
+        auto& connection = bar->connection();
+        xcb_change_property(connection.get(), XCB_PROP_MODE_REPLACE, bar->window(), connection.atom(name),
+                            XCB_ATOM_CARDINAL, 32, static_cast<std::uint32_t>(numbers.size()),
+                            numbers.data());
+        connection.reply(xcb_get_input_focus_reply, xcb_get_input_focus(connection.get()));
+        return bar;
+    };
+    const auto free = [this](WindowSystem::Rectangle screen) {
+        return freeOfBars(*connection_, windows_, screen);
+    };
+    const auto root = windows_.frame(connection_->root()).value();
+    const int half = root.width / 2;
+    const WindowSystem::Rectangle left{0, 0, half, root.height};
+    const WindowSystem::Rectangle right{half, 0, half, root.height};
+
+    const auto below = reserve("_NET_WM_STRUT_PARTIAL",
+                               {0, 0, 0, 30, 0, 0, 0, 0, 0, 0, 0, static_cast<std::uint32_t>(half - 1)});
+    const auto beside = reserve("_NET_WM_STRUT", {20, 0, 0, 0});
+    EXPECT_EQ(free(left), (WindowSystem::Rectangle{20, 0, half - 20, root.height - 30}));
+    EXPECT_EQ(free(right), right);
+
+    const auto broken = reserve("_NET_WM_STRUT", {0, 4'000'000'000, 0, 70'000});
+    EXPECT_EQ(free(right), right);
 }
 
 /// A display of the test's own, without a window manager.
