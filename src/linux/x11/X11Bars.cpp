@@ -40,8 +40,7 @@ Struts strutsFrom(std::span<const std::uint32_t> numbers) {
 }
 
 std::vector<xcb_window_t> childrenOf(X11Connection& connection, xcb_window_t window) {
-    const auto tree =
-        connection.reply(xcb_query_tree_reply, xcb_query_tree(connection.get(), window));
+    const auto tree = connection.reply(xcb_query_tree_reply, xcb_query_tree(connection.get(), window));
     if (!tree) return {};
     const std::span all(xcb_query_tree_children(tree.get()), tree->children_len);
     return {all.begin(), all.end()};

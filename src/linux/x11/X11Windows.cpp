@@ -177,12 +177,23 @@ void X11Windows::activate(xcb_window_t window) {
     giveKeyboard(window);
 }
 
+/// A window manager that sets the focus with the time of the last event it saw (i3) fails when the focus is
+/// newer. Adding nothing to a property tells it of this moment.
+void X11Windows::stampTime(xcb_window_t window) {
+    const auto userTime = connection_.atom("_NET_WM_USER_TIME");
+    if (!number(window, userTime, XCB_ATOM_CARDINAL)) return;
+    const std::uint32_t nothing = 0;
+    xcb_change_property(connection_.get(), XCB_PROP_MODE_APPEND, window, userTime, XCB_ATOM_CARDINAL, 32, 0,
+                        &nothing);
+}
+
 void X11Windows::giveKeyboard(xcb_window_t window) {
     if (!hasWindowManager()) {
         xcb_set_input_focus(connection_.get(), XCB_INPUT_FOCUS_PARENT, window, XCB_CURRENT_TIME);
         connection_.flush();
         return;
     }
+    stampTime(window);
     xcb_client_message_event_t message{};
     message.response_type = XCB_CLIENT_MESSAGE;
     message.format = 32;

@@ -62,6 +62,7 @@ class X11Windows {
     XcbPtr<xcb_get_property_reply_t> property(xcb_window_t window, xcb_atom_t name, xcb_atom_t type);
     std::optional<std::uint32_t> number(xcb_window_t window, xcb_atom_t name, xcb_atom_t type);
     std::string string(xcb_window_t window, xcb_atom_t name, xcb_atom_t type);
+    void stampTime(xcb_window_t window);
     xcb_window_t inputFocus();
     xcb_window_t windowAtPointer();
     xcb_window_t focusedClient();

@@ -18,7 +18,8 @@ namespace {
 constexpr int reach = tokens::shadowReach;
 constexpr QMargins shadow{reach, reach, reach, reach};
 constexpr double restBeforeSaving = 0.5;  // seconds
-constexpr double opens = 1;               // the same; later it is the user who moves it
+constexpr double settles = 1;             // the same; later it is the user who moves it
+constexpr double keyboardComes = 0.15;    // the same, from its opening
 
 /// Keys with which people go from one thing to another.
 bool movesFocus(int key) {
@@ -37,6 +38,7 @@ PanelWindow::PanelWindow(const ViewContext& context, AppState& state, SettingsSt
       panel_(panel),
       scene_(state, settings, panel, view()),
       saveSize_(context.executor),
+      settling_(context.executor),
       opening_(context.executor) {
     wireScene();
     load("Panel", {{"verbs", QVariant::fromValue(&scene_)}});
@@ -64,7 +66,7 @@ bool PanelWindow::place(const Rect& icon, const Screens& screens) {
     setMinimumSize(least.boundedTo(frame.size()).grownBy(shadow));
     setGeometry(frame.marginsAdded(shadow));
     place_ = position();
-    opening_.once(opens, [this] { place_.reset(); });
+    settling_.once(settles, [this] { place_.reset(); });
     const int pixels = qRound(reach * devicePixelRatio());
     context().windowSystem.setFrameExtents(winId(), {pixels, pixels, pixels, pixels});
     reshape();
@@ -87,6 +89,10 @@ void PanelWindow::open() {
     panel_.windowNumber = winId();
     orderFrontRegardless();
     takeKeyboard();
+    // A window manager that has only just met the window may not have been able to.
+    opening_.once(keyboardComes, [this] {
+        if (isVisible() && state_.panelOpen.get() && !isActive()) takeKeyboard();
+    });
     focusWhereAsked();
 }
 

@@ -67,6 +67,7 @@ class PanelWindow final : public OverlayPanel {
     Timer saveSize_;
     bool userResizes_ = false;
     std::optional<QPoint> place_;  // that it has asked for, while it opens
+    Timer settling_;
     Timer opening_;
     bool clickTakesKeyboard_ = false;
     WindowSystem::Window before_ = 0;  // the window that had the keyboard
