@@ -58,7 +58,7 @@ void setProperty(X11Connection& connection, xcb_window_t window, const char* nam
 xcb_window_t takeSelection(X11Connection& connection, const char* name) {
     const auto window = connection.createHiddenWindow(XCB_EVENT_MASK_NO_EVENT);
     xcb_set_selection_owner(connection.get(), window, connection.atom(name), XCB_CURRENT_TIME);
-    connection.flush();
+    selectionOwner(connection, name);  // by its answer it has been done, also for other connections
     return window;
 }
 

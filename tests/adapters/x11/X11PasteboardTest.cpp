@@ -45,6 +45,7 @@ class X11PasteboardTest : public XDesktopTest {
     void offer(const std::string& text) {
         pasteboard_.clearContents();
         pasteboard_.setString(text);
+        pasteboard_.commit();
     }
 
     /// The clipboard as another program sees it.

@@ -310,6 +310,23 @@ TEST_F(DictationControllerTest, WhatIsSaidWhileTheLastTextIsOnItsWayComesAfterIt
     EXPECT_TRUE(flow.isIdle());
 }
 
+TEST_F(DictationControllerTest, AShortSentenceDoesNotOvertakeALongOne) {
+    std::vector<std::string> typed;
+    bench.onInserted = [&] { typed.push_back(*bench.inserted); };
+    for (const auto& [words, seconds] : {std::pair{"uno", 3.0}, {"dos", 0.0}}) {
+        bench.writer.duration = seconds;
+        bench.speech.transcript = words;
+        flow.begin(holdKey, write);
+        flow.showListening();
+        bench.executor.advanceBy(0.5);
+        flow.stopAndProcess();
+        bench.executor.advanceBy(0.5);
+    }
+    EXPECT_THAT(typed, IsEmpty());
+    bench.executor.advanceBy(10);
+    EXPECT_THAT(typed, ElementsAre("Uno", "Dos"));
+}
+
 TEST_F(DictationControllerTest, NoMessageTakesTheHUDFromARecording) {
     flow.begin(holdKey, write);
     flow.showListening();
