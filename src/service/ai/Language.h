@@ -16,4 +16,7 @@ std::optional<Language> languageNamed(std::string_view tag);
 /// Looks at the beginning of a long text. Pure; any thread.
 std::optional<Language> languageOf(std::string_view text);
 
+/// Whether it is rather in another language whose small words are known here. Pure; any thread.
+bool isForeign(std::string_view text);
+
 }  // namespace dorix::service

@@ -1,10 +1,54 @@
 #include "service/ai/RuleWriter.h"
 
 #include "base/text/Text.h"
+#include "base/writing/Faithfulness.h"
+#include "service/ai/writing/AskRule.h"
+#include "service/ai/writing/Corrections.h"
+#include "service/ai/writing/Fillers.h"
+#include "service/ai/writing/Letter.h"
+#include "service/ai/writing/Lists.h"
+#include "service/ai/writing/Sentences.h"
+#include "service/ai/writing/SpokenMarks.h"
 
 namespace dorix::service {
 
+namespace {
+
+constexpr std::size_t titleWords = 6;
+constexpr double leastFaithfulness = 0.3;
+
+Tokens rewritten(Tokens tokens, const WriteRequest& request) {
+    const auto spoken = spokenIn(request.transcript);
+    tokens = withoutFillers(std::move(tokens), spoken);
+    if (spoken != Spoken{}) {
+        tokens = withSpokenMarks(withoutCorrected(tokens));
+        tokens = withLists(std::move(tokens));
+    }
+    if (request.tone == "profesional") frameLetter(tokens);
+    punctuate(tokens, request.tone == "tecnico" ? Register::technical : Register::prose);
+    return tokens;
+}
+
+/// The first words of what the text is about, which its greeting is not.
+std::string titleOf(const Tokens& tokens) {
+    std::vector<std::string_view> words;
+    for (const auto& token : tokens) {
+        if (token.gap == Gap::paragraph && words.size() < titleWords / 2) words.clear();
+        if (words.size() < titleWords) words.push_back(token.text);
+    }
+    const auto joined = text::join(words, " ");
+    return text::capitalizeFirst(text::trimAny(joined, ".,;:"));
+}
+
+}  // namespace
+
 WriteAnswer writeByRules(const WriteRequest& request) {
+    const auto said = tokensOf(request.transcript);
+    if (request.allowAsk && isForAssistant(request, said)) return {.accion = std::string(WriteAnswer::ask)};
+    const auto tokens = rewritten(said, request);
+    const auto text = textOf(tokens);
+    if (faithfulnessScore(text, request.transcript) >= leastFaithfulness && !text.empty())
+        return {.titulo = titleOf(tokens), .texto = text};
     return {.texto = text::capitalizeFirst(text::trim(request.transcript))};
 }
 

@@ -1,0 +1,85 @@
+#include "service/ai/writing/Letter.h"
+
+#include "service/ai/writing/WritingWords.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace dorix::service {
+
+namespace {
+
+constexpr std::size_t mostNameWords = 4;
+
+bool isCapital(const Token& token) {
+    const auto& text = token.text;
+    if (text.empty()) return false;
+    const auto lead = static_cast<unsigned char>(text.front());
+    return (lead >= 'A' && lead <= 'Z') || lead == 0xC3;
+}
+
+/// How many words of one of the phrases are said at `at`.
+template <typename Phrases>
+std::size_t phraseWordsAt(const Tokens& tokens, std::size_t at, const Phrases& phrases) {
+    for (const auto phrase : phrases) {
+        if (isPhraseAt(tokens, at, phrase)) return wordsIn(phrase);
+    }
+    return 0;
+}
+
+/// Where the greeting ends, with the name of whoever is greeted.
+std::optional<std::size_t> greetingEnd(const Tokens& tokens) {
+    const auto words = phraseWordsAt(tokens, 0, words::greetings());
+    if (words == 0) return std::nullopt;
+    auto end = words;
+    // "Hola, Ana," as well as "Hola Ana,".
+    const bool pauses = tokens[end - 1].closing == ",";
+    const auto limit = std::min(tokens.size(), words + mostNameWords);
+    if (tokens[end - 1].endsClause() && !pauses) return end;
+    while (end < limit && isCapital(tokens[end])) {
+        const auto& name = tokens[end++];
+        if (name.endsClause() && !isAbbreviation(name)) return end;
+    }
+    return end > words || pauses ? std::optional(end) : std::nullopt;
+}
+
+/// Where a farewell begins that nothing follows but a name.
+std::optional<std::size_t> farewellStart(const Tokens& tokens, std::size_t from) {
+    const auto farthest = tokens.size() > from + 8 ? tokens.size() - 8 : from;
+    for (auto at = farthest; at < tokens.size(); ++at) {
+        const auto words = phraseWordsAt(tokens, at, words::farewells());
+        if (words == 0 || at == 0 || !tokens[at - 1].endsClause()) continue;
+        const auto rest = tokens.begin() + static_cast<std::ptrdiff_t>(at + words);
+        const bool isName = tokens.end() - rest <= 3 && std::all_of(rest, tokens.end(), isCapital);
+        if (isName) return at;
+    }
+    return std::nullopt;
+}
+
+void endLine(Token& token, std::string_view mark) {
+    while (token.closing.ends_with(',') || token.closing.ends_with('.') || token.closing.ends_with(';'))
+        token.closing.pop_back();
+    if (token.closing.empty()) token.closing = mark;
+}
+
+}  // namespace
+
+void frameLetter(Tokens& tokens) {
+    std::size_t body = 0;
+    if (const auto end = greetingEnd(tokens); end && *end < tokens.size()) {
+        endLine(tokens[*end - 1], ",");
+        tokens[*end].gap = Gap::paragraph;
+        body = *end;
+    }
+    const auto start = farewellStart(tokens, body);
+    if (!start || *start == body) return;
+    endLine(tokens[*start - 1], ".");
+    tokens[*start].gap = Gap::paragraph;
+    const auto name = *start + phraseWordsAt(tokens, *start, words::farewells());
+    if (name >= tokens.size()) return;
+    endLine(tokens[name - 1], ",");
+    tokens[name].gap = Gap::line;
+    endLine(tokens.back(), "");
+}
+
+}  // namespace dorix::service

@@ -1,0 +1,153 @@
+#include "service/ai/writing/Sentences.h"
+
+#include "base/text/Text.h"
+#include "service/ai/writing/WritingWords.h"
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace dorix::service {
+
+namespace {
+
+constexpr std::size_t leastWordsForPeriod = 3;
+constexpr std::size_t leastWordsForTechnicalPeriod = 7;
+constexpr std::size_t longestQuestion = 15;  // words, where nobody said that it is one
+
+/// A sentence: the words from `begin` up to `end`.
+struct Range {
+    std::size_t begin = 0;
+    std::size_t end = 0;
+    std::size_t words() const { return end - begin; }
+};
+
+bool endsSentence(const Tokens& tokens, std::size_t at) {
+    if (at + 1 == tokens.size() || tokens[at + 1].gap != Gap::blank) return true;
+    return tokens[at].endsSentence() && !isAbbreviation(tokens[at]);
+}
+
+Range sentenceAt(const Tokens& tokens, std::size_t begin) {
+    std::size_t last = begin;
+    while (!endsSentence(tokens, last)) ++last;
+    return {.begin = begin, .end = last + 1};
+}
+
+/// The opening of a question, as it is spelled and as it is looked up.
+struct Opening {
+    std::vector<std::string_view> words;
+    std::string folded;
+};
+
+const std::vector<Opening>& spanishOpenings() {
+    static const std::vector<Opening> openings = [] {
+        std::vector<Opening> rows;
+        for (const auto phrase : words::spanishQuestions())
+            rows.push_back({.words = text::words(phrase), .folded = text::fold(phrase)});
+        return rows;
+    }();
+    return openings;
+}
+
+/// Accents count: "qué" asks, and "que" does not.
+bool opensSpanishQuestion(const Tokens& tokens, std::size_t at) {
+    const auto isSpelled = [&](const Opening& opening) {
+        if (!isPhraseAt(tokens, at, opening.folded)) return false;
+        auto spoken = at;
+        return std::ranges::all_of(
+            opening.words, [&](const auto word) { return text::lowercase(tokens[spoken++].text) == word; });
+    };
+    return std::ranges::any_of(spanishOpenings(), isSpelled);
+}
+
+bool opensEnglishQuestion(const Tokens& tokens, std::size_t at) {
+    const auto opens = [&](const auto phrase) { return isPhraseAt(tokens, at, phrase); };
+    return std::ranges::any_of(words::englishQuestions(), opens);
+}
+
+/// Where a question begins within its sentence: behind "Hola, Ana," and the like.
+std::size_t questionStart(const Tokens& tokens, Range sentence) {
+    for (std::size_t at = sentence.begin; at < sentence.end; ++at) {
+        const bool isClause = at == sentence.begin || tokens[at - 1].closing == ",";
+        if (isClause && opensSpanishQuestion(tokens, at)) return at;
+    }
+    return sentence.begin;
+}
+
+bool hasInside(const Tokens& tokens, Range range, std::string_view mark) {
+    return std::any_of(tokens.begin() + static_cast<std::ptrdiff_t>(range.begin),
+                       tokens.begin() + static_cast<std::ptrdiff_t>(range.end),
+                       [&](const Token& token) { return token.opening.find(mark) != std::string::npos; });
+}
+
+void endWith(Token& token, std::string_view mark) {
+    while (token.closing.ends_with(',') || token.closing.ends_with('.')) token.closing.pop_back();
+    token.closing += mark;
+}
+
+/// Puts the marks of a question where it was said as one.
+void markQuestion(Tokens& tokens, Range sentence, bool isSpanish) {
+    auto& last = tokens[sentence.end - 1];
+    const bool isMarked = last.closing.find('?') != std::string::npos;
+    const auto start = questionStart(tokens, sentence);
+    const bool spanish = opensSpanishQuestion(tokens, start);
+    const bool isSaid = spanish || opensEnglishQuestion(tokens, sentence.begin);
+    const bool isOpen = last.closing.empty() || last.closing == "." || last.closing == ",";
+    if (!isMarked) {
+        const bool begins = start == sentence.begin || sentence.words() <= longestQuestion;
+        if (!isSaid || !isOpen || !begins || sentence.words() > longestQuestion || sentence.words() < 2) return;
+        endWith(last, "?");
+    }
+    if ((isSpanish || spanish) && !hasInside(tokens, sentence, "¿")) tokens[start].opening += "¿";
+}
+
+bool isSpanish(const Tokens& tokens, Range sentence) {
+    static const WordSet english({"the", "is", "are", "do", "does", "did", "you", "can", "will", "what", "how", "of"});
+    return std::none_of(tokens.begin() + static_cast<std::ptrdiff_t>(sentence.begin),
+                        tokens.begin() + static_cast<std::ptrdiff_t>(sentence.end),
+                        [&](const Token& token) { return english.contains(token.key); });
+}
+
+/// Names of files, functions and commands keep their case.
+bool isCode(std::string_view word) { return word.find_first_of("_/\\.:=<>(){}#$@0123456789") != std::string::npos; }
+
+void capitalise(Token& token) {
+    if (!isCode(token.text)) token.text = text::capitalizeFirst(token.text);
+}
+
+/// Whether the last line is the name below a letter.
+bool isSigned(const Tokens& tokens) {
+    const auto line = std::ranges::find_if(tokens.rbegin(), tokens.rend(),
+                                           [](const Token& token) { return token.gap != Gap::blank; });
+    return line != tokens.rend() && line + 1 != tokens.rend() && line->gap == Gap::line &&
+           (line + 1)->closing == ",";
+}
+
+void endText(Tokens& tokens, std::size_t leastWords) {
+    auto& last = tokens.back();
+    const bool isItem = std::ranges::any_of(tokens, [](const auto& token) { return !token.marker.empty(); });
+    if (last.closing.ends_with(',')) last.closing.pop_back();
+    const bool isOpen = last.closing.empty() || last.closing == "\"" || last.closing == "»" || last.closing == ")";
+    if (isOpen && !isItem && !isSigned(tokens) && tokens.size() >= leastWords) last.closing += '.';
+}
+
+}  // namespace
+
+void punctuate(Tokens& tokens, Register manner) {
+    if (tokens.empty()) return;
+    const bool isProse = manner == Register::prose;
+    for (std::size_t at = 0; at < tokens.size();) {
+        const auto sentence = sentenceAt(tokens, at);
+        if (isProse) {
+            markQuestion(tokens, sentence, isSpanish(tokens, sentence));
+            capitalise(tokens[at]);
+        }
+        for (auto word = at; word < sentence.end; ++word) {
+            if (isProse && words::alwaysCapital().contains(tokens[word].key)) capitalise(tokens[word]);
+        }
+        at = sentence.end;
+    }
+    endText(tokens, isProse ? leastWordsForPeriod : leastWordsForTechnicalPeriod);
+}
+
+}  // namespace dorix::service

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "service/ai/writing/Dictation.h"
+
+#include <cstdint>
+
+namespace dorix::service {
+
+enum class Register : std::uint8_t {
+    prose,
+    technical,  // words keep their case, and a short line gets no full stop
+};
+
+/// The dictation with capitals, question marks and a full stop at the end where they belong. Words stay.
+void punctuate(Tokens& tokens, Register manner);
+
+}  // namespace dorix::service

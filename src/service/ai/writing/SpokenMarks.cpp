@@ -1,0 +1,120 @@
+#include "service/ai/writing/SpokenMarks.h"
+
+#include "base/text/Text.h"
+#include "service/ai/writing/WritingWords.h"
+
+#include <algorithm>
+
+namespace dorix::service {
+
+namespace {
+
+using Certainty = SpokenMark::Certainty;
+using Effect = SpokenMark::Effect;
+
+constexpr std::size_t subjunctiveReach = 4;  // words from "que" to its verb
+
+bool isAmong(std::span<const std::string_view> words, std::string_view word) {
+    return std::ranges::find(words, word) != words.end();
+}
+
+/// Marks at the end of a word, without those that close a bracket or a quotation.
+std::string withoutStops(std::string_view closing) {
+    static constexpr std::string_view ellipsis = "…";
+    while (!closing.empty()) {
+        if (std::string_view(",.;:?!").contains(closing.back())) {
+            closing.remove_suffix(1);
+        } else if (closing.ends_with(ellipsis)) {
+            closing.remove_suffix(ellipsis.size());
+        } else {
+            break;
+        }
+    }
+    return std::string(closing);
+}
+
+/// Walks a dictation, and knows at each word whether a mark is dictated there.
+class Marks {
+ public:
+    explicit Marks(const Tokens& tokens) : tokens_(tokens) { dictatesMarks_ = hasClearMark(); }
+
+    const SpokenMark* at(std::size_t at) const {
+        for (const auto& mark : spokenMarks()) {
+            if (isPhraseAt(tokens_, at, mark.phrase)) return isCommand(mark, at) ? &mark : nullptr;
+        }
+        return nullptr;
+    }
+
+ private:
+    bool hasClearMark() const {
+        for (std::size_t at = 0; at < tokens_.size(); ++at) {
+            const auto* mark = this->at(at);
+            if (mark != nullptr && mark->certainty == Certainty::clear) return true;
+        }
+        return false;
+    }
+
+    bool isCommand(const SpokenMark& mark, std::size_t at) const {
+        const std::size_t next = at + wordsIn(mark.phrase);
+        if (at == 0 && mark.effect != Effect::opening) return false;  // there is nothing that it could end
+        if (next >= tokens_.size() && mark.effect == Effect::opening) return false;
+        const auto last = at == 0 ? std::string_view() : std::string_view(tokens_[at - 1].key);
+        const auto following = next < tokens_.size() ? std::string_view(tokens_[next].key) : std::string_view();
+        const bool isApart = at > 0 && tokens_[at - 1].endsClause();
+        if (!isApart && (isAmong(mark.notAfter, last) || words::determiners().contains(last))) return false;
+        const bool goesOn = !tokens_[next - 1].endsClause();
+        if (goesOn && isAmong(mark.notBefore, following)) return false;
+        if (mark.certainty == Certainty::weak) return dictatesMarks_;
+        return mark.certainty == Certainty::clear || isLikely(mark, at, next);
+    }
+
+    bool isLikely(const SpokenMark& mark, std::size_t at, std::size_t next) const {
+        if (mark.phrase == "coma") return !followsQue(at) || dictatesMarks_;
+        if (mark.phrase != "period") return true;
+        const bool namesSomething = at >= 2 && words::determiners().contains(tokens_[at - 2].key);
+        return dictatesMarks_ || (next == tokens_.size() && !namesSomething);
+    }
+
+    /// In "que Juan coma" it is a verb.
+    bool followsQue(std::size_t at) const {
+        for (std::size_t back = 1; back <= subjunctiveReach && back <= at; ++back) {
+            const auto& token = tokens_[at - back];
+            if (token.endsClause()) return false;
+            if (token.key == "que" || token.key == "cuando") return true;
+        }
+        return false;
+    }
+
+    const Tokens& tokens_;
+    bool dictatesMarks_ = false;
+};
+
+}  // namespace
+
+Tokens withSpokenMarks(Tokens tokens) {
+    const Marks marks(tokens);
+    Tokens written;
+    Token waiting;  // what was dictated for the front of the next word
+    for (std::size_t at = 0; at < tokens.size();) {
+        const auto* mark = marks.at(at);
+        if (mark == nullptr) {
+            handOver(waiting, tokens[at]);
+            waiting = {};
+            written.push_back(tokens[at++]);
+            continue;
+        }
+        handOver(tokens[at], waiting);
+        if (mark->effect == Effect::opening) {
+            waiting.opening += mark->mark;
+        } else if (!mark->mark.empty() && !written.empty()) {
+            written.back().closing = withoutStops(written.back().closing) + std::string(mark->mark);
+        }
+        if (mark->effect == Effect::line) waiting.gap = std::max(waiting.gap, Gap::line);
+        if (mark->effect == Effect::paragraph) waiting.gap = Gap::paragraph;
+        at += wordsIn(mark->phrase);
+        if (!written.empty()) written.back().closing += withoutStops(tokens[at - 1].closing);
+    }
+    return written;
+}
+
+}  // namespace dorix::service

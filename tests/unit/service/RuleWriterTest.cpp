@@ -1,0 +1,253 @@
+#include "service/ai/RuleWriter.h"
+
+#include "base/text/Text.h"
+#include "base/writing/Faithfulness.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <random>
+#include <set>
+
+namespace dorix::service {
+
+namespace {
+
+std::string written(std::string_view transcript, std::string_view tone = "neutral") {
+    return writeByRules({.transcript = std::string(transcript), .tone = std::string(tone)}).texto;
+}
+
+struct Case {
+    std::string_view said;
+    std::string_view text;
+};
+
+}  // namespace
+
+TEST(RuleWriter, DropsFillersThatMeanNothing) {
+    for (const auto [said, text] : std::to_array<Case>({
+             {"eh, mañana te llamo", "Mañana te llamo."},
+             {"mañana eh te llamo ehm por la tarde", "Mañana te llamo por la tarde."},
+             {"Bueno, pues, quedamos el lunes, ¿vale?", "Quedamos el lunes."},
+             {"um I think uh we should go", "I think we should go."},
+             {"Well, you know, it works.", "It works."},
+             {"Ese informe está listo, este, y aquel también", "Ese informe está listo, y aquel también."},
+             {"Este informe está listo", "Este informe está listo."},
+             {"bueno es saberlo", "Bueno es saberlo."},
+             {"el el informe de de ventas", "El informe de ventas."},
+             {"mide 10 mm de largo", "Mide 10 mm de largo."},
+             {"¿eh?", "¿Eh?"},
+             {"eh", "Eh"},
+             {"Um acht Uhr will ich in das Büro", "Um acht Uhr will ich in das Büro."},
+             {"I like it, like, a lot", "I like it, a lot."},
+             {"I like it", "I like it."},
+             {"vale", "Vale"},
+         }))
+        EXPECT_EQ(written(said), text) << said;
+}
+
+TEST(RuleWriter, KeepsTheCorrectionOnlyWhereItIsOne) {
+    for (const auto [said, text] : std::to_array<Case>({
+             {"quedamos el martes, no, el miércoles", "Quedamos el miércoles."},
+             {"Let's meet Tuesday, no, Wednesday", "Let's meet Wednesday."},
+             {"Let's meet on Tuesday at three, sorry, Wednesday at four.", "Let's meet on Wednesday at four."},
+             {"llego a las tres y media, perdón, a las cuatro", "Llego a las cuatro."},
+             {"llego a las tres perdón a las cuatro en tren", "Llego a las cuatro en tren."},
+             {"nos vemos el lunes digo el jueves en la oficina", "Nos vemos el jueves en la oficina."},
+             {"cuesta 15 euros, no, 16 euros", "Cuesta 16 euros."},
+             {"es el 3 de mayo, mejor dicho, el 4 de junio", "Es el 4 de junio."},
+             {"Llama a Juan, perdón, a Pedro esta tarde", "Llama a Pedro esta tarde."},
+             {"Quedamos el martes. No, el miércoles.", "Quedamos el miércoles."},
+             {"el informe, perdón, el resumen está listo", "El resumen está listo."},
+             {"Mándalo el lunes, borra eso, mándalo el martes", "Mándalo el martes."},
+             {"Send it Monday, scratch that, send it on Friday", "Send it on Friday."},
+             {"paso por la mañana, no, no, por la tarde", "Paso por la tarde."},
+             // What was meant stays.
+             {"quedamos el martes, no el miércoles", "Quedamos el martes, no el miércoles."},
+             {"quedamos el martes no el miércoles", "Quedamos el martes no el miércoles."},
+             {"No puedo el martes, no, el miércoles sí", "No puedo el martes, no, el miércoles sí."},
+             {"me gusta el martes, no, el miércoles no puedo", "Me gusta el martes, no, el miércoles no puedo."},
+             {"cuesta 15 euros, no, 16", "Cuesta 15 euros, no, 16."},
+             {"Tuesday at three, no, Wednesday", "Tuesday at three, no, Wednesday."},
+             {"perdí el tren, perdón, el próximo sale a las cinco",
+              "Perdí el tren, perdón, el próximo sale a las cinco."},
+             {"te pido perdón el lunes", "Te pido perdón el lunes."},
+             {"I'm free Monday, sorry, Tuesday works better", "I'm free Monday, sorry, Tuesday works better."},
+             {"vino Juan Pérez, no, Pedro", "Vino Juan Pérez, no, Pedro."},
+             {"treinta y tres, no, treinta y cuatro", "Treinta y cuatro."},
+             {"el martes, no, mañana", "El martes, no, mañana."},
+         }))
+        EXPECT_EQ(written(said), text) << said;
+}
+
+TEST(RuleWriter, WritesMarksThatAreDictatedAndWordsThatAreNot) {
+    for (const auto [said, text] : std::to_array<Case>({
+             {"hola coma qué tal punto todo bien por aquí punto", "Hola, ¿qué tal? Todo bien por aquí."},
+             {"primera línea nueva línea segunda línea", "Primera línea\nSegunda línea."},
+             {"vienes mañana signo de interrogación", "¿Vienes mañana?"},
+             {"abre interrogación cómo estás cierra interrogación bien", "¿Cómo estás? Bien."},
+             {"acaba aquí punto y aparte empieza otra cosa", "Acaba aquí.\nEmpieza otra cosa."},
+             {"dear team comma new paragraph the build works period",
+              "Dear team,\n\nThe build works."},
+             {"is it ready question mark", "Is it ready?"},
+             {"nuevo párrafo", "Nuevo párrafo"},
+             {"trae dos puntos pan coma leche punto y coma y vino", "Trae: pan, leche; y vino."},
+             {"abre paréntesis ver anexo cierra paréntesis", "(Ver anexo)"},
+             // Content.
+             {"quiero que mi hijo coma verduras", "Quiero que mi hijo coma verduras."},
+             {"está en coma desde ayer", "Está en coma desde ayer."},
+             {"hasta cierto punto tienes razón", "Hasta cierto punto tienes razón."},
+             {"llega a las tres en punto", "Llega a las tres en punto."},
+             {"desde mi punto de vista es caro", "Desde mi punto de vista es caro."},
+             {"during the trial period it is free", "During the trial period it is free."},
+             {"add a question mark there", "Add a question mark there."},
+             {"una nueva línea de negocio", "Una nueva línea de negocio."},
+             {"ganamos por dos puntos en la final", "Ganamos por dos puntos en la final."},
+         }))
+        EXPECT_EQ(written(said), text) << said;
+}
+
+TEST(RuleWriter, PunctuatesQuestionsAndSentences) {
+    for (const auto [said, text] : std::to_array<Case>({
+             {"qué hora es", "¿Qué hora es?"},
+             {"Hola Ana, cómo estás", "Hola Ana, ¿cómo estás?"},
+             {"vienes mañana?", "¿Vienes mañana?"},
+             {"qué bonito es esto", "Qué bonito es esto."},
+             {"que vengas mañana dice", "Que vengas mañana dice."},
+             {"when you arrive call me", "When you arrive call me."},
+             {"can you call me when you arrive", "Can you call me when you arrive?"},
+             {"i think i'm late on tuesday", "I think I'm late on Tuesday."},
+             {"el Sr. García llega. mañana hablamos", "El Sr. García llega. Mañana hablamos."},
+             {"sí claro", "Sí claro"},
+             {"ya veremos…", "Ya veremos…"},
+         }))
+        EXPECT_EQ(written(said), text) << said;
+    EXPECT_EQ(written("git commit --amend", "tecnico"), "git commit --amend");
+    EXPECT_EQ(written("", "neutral"), "");
+}
+
+TEST(RuleWriter, MakesListsOfWhatIsCounted) {
+    for (const auto [said, text] : std::to_array<Case>({
+             {"hay que hacer varias cosas primero comprar pan segundo llamar a Ana y tercero pagar la luz",
+              "Hay que hacer varias cosas:\n1. Comprar pan\n2. Llamar a Ana\n3. Pagar la luz"},
+             {"Primero, comprar pan. Segundo, llamar a Ana.", "1. Comprar pan.\n2. Llamar a Ana."},
+             {"lista de la compra uno leche dos pan tres huevos",
+              "Lista de la compra:\n1. Leche\n2. Pan\n3. Huevos"},
+             {"first, open the door, second, close it, finally, lock it",
+              "1. Open the door\n2. Close it\n3. Lock it"},
+             {"bullet point milk bullet point bread bullet point eggs", "- Milk\n- Bread\n- Eggs"},
+             {"lo primero es comer y lo segundo dormir", "Lo primero es comer y lo segundo dormir."},
+             {"el primero de mayo y el segundo piso", "El primero de mayo y el segundo piso."},
+             {"uno dos tres", "Uno dos tres."},
+             {"primero fui a casa y segundo me da igual", "Primero fui a casa y segundo me da igual."},
+             {"one of the two or three", "One of the two or three."},
+         }))
+        EXPECT_EQ(written(said), text) << said;
+}
+
+TEST(RuleWriter, FramesAMailWithWhatWasDictatedAlone) {
+    EXPECT_EQ(written("Hola Ana, te mando el informe. Un saludo, Juan", "profesional"),
+              "Hola Ana,\n\nTe mando el informe.\n\nUn saludo,\nJuan");
+    EXPECT_EQ(written("Dear Mr. Smith, thanks for the call. Best regards.", "profesional"),
+              "Dear Mr. Smith,\n\nThanks for the call.\n\nBest regards.");
+    EXPECT_EQ(written("te mando el informe", "profesional"), "Te mando el informe.");
+    EXPECT_EQ(written("dale un saludo a Juan", "profesional"), "Dale un saludo a Juan.");
+    EXPECT_EQ(written("Hola Ana, te mando el informe. Un saludo, Juan", "cercano"),
+              "Hola Ana, te mando el informe. Un saludo, Juan.");
+    const auto answer = writeByRules({.transcript = "Hola Ana, te mando el informe de ventas del primer trimestre",
+                                      .tone = "profesional",
+                                      .signatureName = "Eva"});
+    EXPECT_EQ(answer.titulo, "Te mando el informe de ventas");
+    EXPECT_EQ(answer.texto.find("Eva"), std::string::npos);
+}
+
+TEST(RuleWriter, AsksOnlyWhereThereIsNothingToWriteTo) {
+    const auto action = [](std::string transcript, std::optional<bool> focus, bool allowAsk = true) {
+        return writeByRules({.transcript = std::move(transcript),
+                             .tone = "neutral",
+                             .allowAsk = allowAsk,
+                             .editableFocus = focus})
+            .accion;
+    };
+    EXPECT_EQ(action("qué pone en este correo", false), "preguntar");
+    EXPECT_EQ(action("summarize the document", false), "preguntar");
+    EXPECT_EQ(action("qué pone en este correo", true), "escribir");
+    EXPECT_EQ(action("qué pone en este correo", std::nullopt), "escribir");
+    EXPECT_EQ(action("qué pone en este correo", false, false), "escribir");
+    EXPECT_EQ(action("oye DORIX, cuánto es esto", std::nullopt), "preguntar");
+    EXPECT_EQ(action("mañana llego tarde", false), "escribir");
+}
+
+/// Utterances of words that the rules know and words that they do not, in no order that makes sense.
+class Babble {
+ public:
+    explicit Babble(unsigned seed) : random_(seed) {}
+
+    std::string next(std::size_t words) {
+        std::string text;
+        for (std::size_t i = 0; i < words; ++i) {
+            if (!text.empty()) text += random_() % 40 == 0 ? "\n" : " ";
+            text += pick(vocabulary) + pick(marks);
+        }
+        return text;
+    }
+
+ private:
+    template <typename Rows>
+    std::string pick(const Rows& rows) {
+        return std::string(rows[random_() % rows.size()]);
+    }
+
+    static constexpr auto vocabulary = std::to_array<std::string_view>({
+        "el",      "martes",   "miércoles", "no",     "perdón",  "digo",    "mejor",   "dicho",   "eh",
+        "este",    "bueno",    "coma",      "punto",  "y",       "aparte",  "nueva",   "línea",   "primero",
+        "segundo", "tercero",  "uno",       "dos",    "tres",    "qué",     "hora",    "es",      "informe",
+        "Ana",     "Pedro",    "llama",     "a",      "las",     "the",     "Tuesday", "Monday",  "sorry",
+        "i",       "mean",     "scratch",   "that",   "send",    "it",      "comma",   "period",  "question",
+        "mark",    "first",    "second",    "third",  "finally", "hola",    "gracias", "saludo",  "un",
+        "abre",    "cierra",   "paréntesis", "guion", "bullet",  "point",   "15",      "euros",   "presupuesto",
+        "vale",    "reunión",  "mañana",    "tarde",  "in",      "new",     "borra",   "eso",     "manda",
+    });
+    static constexpr auto marks =
+        std::to_array<std::string_view>({"", "", "", "", "", "", ",", ",", ".", "?", "…", " -", ":"});
+
+    std::mt19937 random_;
+};
+
+TEST(RuleWriter, PutsNoWordInThatWasNotSaid) {
+    Babble babble(7);
+    for (int round = 0; round < 3'000; ++round) {
+        const auto said = babble.next(1 + static_cast<std::size_t>(round) % 40);
+        const auto tone = round % 3 == 0 ? "profesional" : round % 3 == 1 ? "tecnico" : "neutral";
+        const auto text = written(said, tone);
+        ASSERT_GE(faithfulnessScore(text, said), 0.3) << said;
+        ASSERT_FALSE(text.empty()) << said;
+        const auto folded = text::fold(said);
+        const auto runs = text::letterRuns(folded);
+        const std::set<std::string_view> words(runs.begin(), runs.end());
+        const auto produced = text::fold(text);
+        for (const auto word : text::letterRuns(produced)) ASSERT_TRUE(words.contains(word)) << said << "\n" << text;
+    }
+}
+
+TEST(RuleWriter, TakesTimeInProportion) {
+    Babble babble(11);
+    std::vector<std::string> long_{babble.next(20'000)};
+    for (const auto piece : {"no ", "no, ", "perdón, ", "el ", "¿", "((", "uno ", "coma ", "y ", "eh ", "martes, no, ",
+                             "Ana ", "bullet point ", "\n", "qué, ", "tres y "}) {
+        std::string text;
+        while (text.size() < 100'000) text += piece;
+        long_.push_back(std::move(text));
+    }
+    for (const auto& said : long_) {
+        const auto start = std::chrono::steady_clock::now();
+        writeByRules({.transcript = said, .tone = "profesional"});
+        const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
+        RecordProperty("seconds", std::to_string(taken.count()));
+        // A tenth of a second when it is optimised and nothing else runs.
+        EXPECT_LT(taken.count(), 2.0) << said.substr(0, 40);
+        if (std::getenv("DORIX_SHOW_TIMES")) std::printf("%.3f s: %.20s\n", taken.count(), said.c_str());
+    }
+}
+
+}  // namespace dorix::service
