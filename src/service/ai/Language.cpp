@@ -14,23 +14,25 @@ constexpr std::size_t examinedBytes = 4'000;
 // Words that the other language does not have, or hardly.
 const WordSet& spanishWords() {
     static const WordSet set({
-        "al",     "ayer",  "bueno", "como",   "con",    "cual",  "cuando", "de",    "del",      "digo",  "donde",
-        "el",     "ella",  "en",    "es",     "esta",   "este",  "esto",   "gracias", "hay",    "hola",  "hoy",
-        "jueves", "la",    "las",   "le",     "lo",     "los",   "lunes",  "manana", "martes",  "mas",   "mi",
-        "miercoles", "muy", "para", "perdon", "pero",   "pon",   "por",    "porque", "pues",    "que",   "quien",
-        "resume", "se",    "si",    "sin",    "sobre",  "su",    "tambien", "te",   "tiene",    "tu",    "un",
-        "una",    "unos",  "vale",  "viernes", "y",     "ya",    "yo",
+        "al",      "ayer",  "bueno",  "como",   "con",     "cual",    "cuando",    "de",    "del",
+        "digo",    "donde", "el",     "ella",   "en",      "es",      "esta",      "este",  "esto",
+        "gracias", "hay",   "hola",   "hoy",    "jueves",  "la",      "las",       "le",    "lo",
+        "los",     "lunes", "manana", "martes", "mas",     "mi",      "miercoles", "muy",   "para",
+        "perdon",  "pero",  "pon",    "por",    "porque",  "pues",    "que",       "quien", "resume",
+        "se",      "si",    "sin",    "sobre",  "su",      "tambien", "te",        "tiene", "tu",
+        "un",      "una",   "unos",   "vale",   "viernes", "y",       "ya",        "yo",
     });
     return set;
 }
 
 const WordSet& englishWords() {
     static const WordSet set({
-        "about", "all",  "and",   "are",   "at",    "be",    "but",   "by",   "can",    "did",     "do",    "does",
-        "for",   "from", "have",  "hello", "hi",    "how",   "i",     "in",   "is",     "it",      "monday", "my",
-        "friday", "not", "of",    "on",    "or",    "our",   "please", "she", "sorry",  "thanks",  "that",  "the",
-        "their", "this", "thursday", "to", "tuesday", "was", "we",    "wednesday", "well", "were", "what",  "when",
-        "where", "which", "who",  "why",   "will",  "with",  "you",   "your",
+        "about",   "all",  "and",    "are",       "at",     "be",    "but",   "by",   "can",      "did",
+        "do",      "does", "for",    "from",      "have",   "hello", "hi",    "how",  "i",        "in",
+        "is",      "it",   "monday", "my",        "friday", "not",   "of",    "on",   "or",       "our",
+        "please",  "she",  "sorry",  "thanks",    "that",   "the",   "their", "this", "thursday", "to",
+        "tuesday", "was",  "we",     "wednesday", "well",   "were",  "what",  "when", "where",    "which",
+        "who",     "why",  "will",   "with",      "you",    "your",
     });
     return set;
 }
@@ -38,11 +40,11 @@ const WordSet& englishWords() {
 // Of the other languages that people dictate in.
 const WordSet& otherWords() {
     static const WordSet set({
-        "der",  "die",  "das",   "und",  "ich",  "ist",  "nicht", "wir",   "mit",   "auf",  "ein",   "eine",
-        "den",  "dem",  "fur",   "les",  "des",  "et",   "est",   "je",    "nous",  "vous", "pas",   "dans",
-        "pour", "avec", "une",   "il",   "che",  "di",   "non",   "sono",  "per",   "della", "gli",  "anche",
-        "nao",  "uma",  "voce",  "com",  "os",   "isso",  "het",   "een",  "van",   "niet",
-        "ik",   "els",  "amb",   "aixo", "seva", "ou",   "au",    "ce",    "qui",   "uhr",
+        "der",  "die",  "das",  "und", "ich", "ist",  "nicht", "wir",  "mit",  "auf",   "ein", "eine",
+        "den",  "dem",  "fur",  "les", "des", "et",   "est",   "je",   "nous", "vous",  "pas", "dans",
+        "pour", "avec", "une",  "il",  "che", "di",   "non",   "sono", "per",  "della", "gli", "anche",
+        "nao",  "uma",  "voce", "com", "os",  "isso", "het",   "een",  "van",  "niet",  "ik",  "els",
+        "amb",  "aixo", "seva", "ou",  "au",  "ce",   "qui",   "uhr",
     });
     return set;
 }
@@ -56,7 +58,8 @@ struct Counts {
 Counts countsOf(std::string_view text) {
     const auto beginning = text::lowercase(text.substr(0, examinedBytes));
     Counts counts;
-    const bool hasMarks = beginning.find("¿") != std::string::npos || beginning.find("¡") != std::string::npos;
+    const bool hasMarks =
+        beginning.find("¿") != std::string::npos || beginning.find("¡") != std::string::npos;
     counts.spanish = (hasMarks ? 2 : 0) + (beginning.find("ñ") != std::string::npos ? 1 : 0);
     const auto folded = text::fold(beginning);
     for (const auto word : text::letterRuns(folded)) {

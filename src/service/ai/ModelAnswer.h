@@ -9,8 +9,8 @@
 /// What a language model answered, read out of what it wrote. Pure; any thread.
 namespace dorix::service {
 
-/// The JSON object that was asked for, also within a code block or after a preamble. Nothing when there is none,
-/// when a member is missing or no string, or when there is no text to write.
+/// The JSON object that was asked for, also within a code block or after a preamble. Nothing when there is
+/// none, when a member is missing or no string, or when there is no text to write.
 std::optional<WriteAnswer> readWriteAnswer(std::string_view answer);
 
 /// The rewritten text, without a code block around it that `selection` did not have.

@@ -43,7 +43,8 @@ std::string filled(std::string_view text, std::string_view placeholder, std::str
 std::string told(const Sections& sections, const std::string& boundary) {
     std::string out;
     for (const auto& section : sections) {
-        out += "[" + boundary + " " + std::string(section.name) + "]\n" + section.text + "\n[" + boundary + " fin]\n";
+        out += "[" + boundary + " " + std::string(section.name) + "]\n" + section.text + "\n[" + boundary +
+               " fin]\n";
     }
     return out;
 }
@@ -91,7 +92,8 @@ Sections sectionsOf(const AskRequest& request) {
     Sections sections;
     add(sections, "aplicacion", request.appName);
     add(sections, "ventana", request.windowTitle);
-    if (request.document) add(sections, "documento", request.document->name + "\n\n" + request.document->text);
+    if (request.document)
+        add(sections, "documento", request.document->name + "\n\n" + request.document->text);
     for (const auto& hit : request.memory) add(sections, "fragmento", titled(hit));
     add(sections, "actividad", request.recap);
     add(sections, "reunion", request.meetingTitle);

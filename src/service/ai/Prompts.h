@@ -10,8 +10,8 @@
 /// system's message alone, and hold no text of anybody else. What was dictated, selected, opened or is on the
 /// screen comes in the user's message, each piece between two lines that hold a boundary.
 ///
-/// The caller makes `boundary` anew for every call, out of 128 random bits or more, in letters and digits; where
-/// a text should hold it all the same it is made longer until none does. Pure; any thread.
+/// The caller makes `boundary` anew for every call, out of 128 random bits or more, in letters and digits;
+/// where a text should hold it all the same it is made longer until none does. Pure; any thread.
 namespace dorix::service {
 
 enum class Pictures : std::uint8_t { leftOut, sent };

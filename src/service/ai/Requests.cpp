@@ -14,12 +14,13 @@ using enum RequestError::Problem;
 
 constexpr int deepest = 4;  // an object in an array in an object, and one to spare
 
-/// What is parsed of a body that holds nothing deeper than is allowed, whatever it claims: what lies deeper is
-/// never kept. None when it is no such object.
+/// What is parsed of a body that holds nothing deeper than is allowed, whatever it claims: what lies deeper
+/// is never kept. None when it is no such object.
 std::optional<Json> parsedObject(std::string_view body) {
     bool tooDeep = false;
     const auto keep = [&tooDeep](int depth, Json::parse_event_t event, const Json&) {
-        const bool opens = event == Json::parse_event_t::object_start || event == Json::parse_event_t::array_start;
+        const bool opens =
+            event == Json::parse_event_t::object_start || event == Json::parse_event_t::array_start;
         tooDeep |= opens && depth > deepest;
         return !tooDeep;
     };
@@ -31,8 +32,8 @@ std::optional<Json> parsedObject(std::string_view body) {
 /// What is longer than its bound: cut when it only tells of circumstances.
 enum class Longer : std::uint8_t { cut, refused };
 
-/// Reads the members of one object of a body. The first that is wrong is kept, and told at the end; the values
-/// read until then are of no use.
+/// Reads the members of one object of a body. The first that is wrong is kept, and told at the end; the
+/// values read until then are of no use.
 class Members {
  public:
     Members(const Json& object, std::string path, std::optional<RequestError>& error)

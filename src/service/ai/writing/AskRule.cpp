@@ -10,19 +10,19 @@ namespace {
 
 const WordSet& orders() {
     static const WordSet set({
-        "resume", "resumeme", "explica", "explicame", "dime", "busca", "buscame", "encuentra", "analiza", "traduce",
-        "traduceme", "calcula", "compara", "lista", "enumera", "cuentame", "muestrame", "ensename", "summarize",
-        "summarise", "explain", "tell", "find", "search", "analyze", "analyse", "translate", "calculate",
-        "compare", "list", "show",
+        "resume",    "resumeme", "explica",   "explicame", "dime",    "busca", "buscame", "encuentra",
+        "analiza",   "traduce",  "traduceme", "calcula",   "compara", "lista", "enumera", "cuentame",
+        "muestrame", "ensename", "summarize", "summarise", "explain", "tell",  "find",    "search",
+        "analyze",   "analyse",  "translate", "calculate", "compare", "list",  "show",
     });
     return set;
 }
 
 const WordSet& questionWords() {
     static const WordSet set({
-        "que", "cual", "cuales", "quien", "quienes", "como", "cuando", "donde", "cuanto", "cuantos", "cuanta",
-        "cuantas", "what", "which", "who", "whose", "how", "when", "where", "why", "is", "are", "does", "do", "did",
-        "can", "could",
+        "que",     "cual",   "cuales",  "quien", "quienes", "como", "cuando", "donde", "cuanto",
+        "cuantos", "cuanta", "cuantas", "what",  "which",   "who",  "whose",  "how",   "when",
+        "where",   "why",    "is",      "are",   "does",    "do",   "did",    "can",   "could",
     });
     return set;
 }

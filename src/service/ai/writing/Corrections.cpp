@@ -1,17 +1,17 @@
 #include "service/ai/writing/Corrections.h"
 
+#include "service/ai/writing/PhraseTable.h"
 #include "service/ai/writing/Phrases.h"
 #include "service/ai/writing/WritingWords.h"
 
 #include <algorithm>
 #include <optional>
-#include <span>
 
 namespace dorix::service {
 
 namespace {
 
-constexpr std::size_t reach = 12;             // words that a correction goes back at most
+constexpr std::size_t reach = 12;  // words that a correction goes back at most
 constexpr std::size_t longestStruckClause = 10;
 constexpr int mostCuesInARow = 4;
 
@@ -19,29 +19,19 @@ constexpr int mostCuesInARow = 4;
 struct Found {
     std::size_t end = 0;  // of its words
     bool isClear = false;
-    bool isApart = false;  // with a pause at either side
+    bool isApart = false;     // with a pause at either side
     bool isSentence = false;  // what was taken back ended in a full stop
 };
 
 bool isPause(const std::string& closing) { return closing == "," || closing == "..." || closing == "…"; }
 
-/// The longest of `rows` whose phrase is said at `at`; none if there is no such.
-template <typename Row>
-const Row* rowAt(const Tokens& tokens, std::size_t at, std::span<const Row> rows) {
-    const Row* longest = nullptr;
-    for (const auto& row : rows) {
-        const bool isLonger = longest == nullptr || row.phrase.size() > longest->phrase.size();
-        if (isLonger && isPhraseAt(tokens, at, row.phrase)) longest = &row;
-    }
-    return longest;
-}
-
 /// The cue at `at`; `written` is what was said before it.
 std::optional<Found> cueAt(const Tokens& tokens, std::size_t at, const Tokens& written) {
+    static const PhraseTable<words::Cue> cues(words::cues());
     Found found{.end = at};
     bool pauses = true;
     for (int row = 0; row < mostCuesInARow && found.end < tokens.size(); ++row) {
-        const auto* cue = rowAt(tokens, found.end, words::cues());
+        const auto* cue = cues.longestAt(tokens, found.end);
         if (cue == nullptr) break;
         found.end += wordsIn(cue->phrase);
         found.isClear |= cue->isClear;
@@ -71,7 +61,8 @@ std::size_t clauseStart(const Tokens& written) {
     return start;
 }
 
-bool hasSameWords(const Tokens& some, std::size_t at, const Tokens& others, std::size_t other, std::size_t count) {
+bool hasSameWords(const Tokens& some, std::size_t at, const Tokens& others, std::size_t other,
+                  std::size_t count) {
     if (at + count > some.size() || other + count > others.size()) return false;
     for (std::size_t i = 0; i < count; ++i) {
         if (some[at + i].key != others[other + i].key) return false;
@@ -79,8 +70,8 @@ bool hasSameWords(const Tokens& some, std::size_t at, const Tokens& others, std:
     return true;
 }
 
-/// Where a taken back phrase begins, given the one that takes its place: with the same small words, or without
-/// those that only one of them has.
+/// Where a taken back phrase begins, given the one that takes its place: with the same small words, or
+/// without those that only one of them has.
 std::optional<std::size_t> startOf(const Phrase& gone, const Tokens& written, const Phrase& next,
                                    const Tokens& tokens) {
     const auto leadsGone = gone.head - gone.begin;
@@ -122,8 +113,8 @@ std::optional<std::size_t> takenBackByKind(const Tokens& written, const Tokens& 
     return std::nullopt;
 }
 
-/// The same of things without a kind: one word behind the same small word, where the clause has said nothing else
-/// yet or ends with it.
+/// The same of things without a kind: one word behind the same small word, where the clause has said nothing
+/// else yet or ends with it.
 std::optional<std::size_t> takenBackByShape(const Tokens& written, const Tokens& tokens, const Found& cue) {
     if (!cue.isClear || !cue.isApart || cue.isSentence) return std::nullopt;
     if (written.size() < 2 || cue.end + 1 >= tokens.size()) return std::nullopt;
@@ -133,7 +124,8 @@ std::optional<std::size_t> takenBackByShape(const Tokens& written, const Tokens&
         return words::leadWords().contains(token.key) && !token.endsClause();
     };
     if (!leads(written[start]) || !hasSameWords(written, start, tokens, cue.end, 1)) return std::nullopt;
-    if (words::leadWords().contains(thing.key) || words::leadWords().contains(written.back().key)) return std::nullopt;
+    if (words::leadWords().contains(thing.key) || words::leadWords().contains(written.back().key))
+        return std::nullopt;
     const auto window = clauseStart(written);
     const bool fits = cue.end + 2 == tokens.size() || thing.endsClause() || beginsSentence(written, start);
     if (!fits || isNegated(written, window, written.size())) return std::nullopt;
@@ -143,7 +135,8 @@ std::optional<std::size_t> takenBackByShape(const Tokens& written, const Tokens&
 /// Where a whole clause begins that is struck and said anew from its first words on.
 std::optional<std::size_t> struckClause(const Tokens& written, const Tokens& tokens, std::size_t at,
                                         std::size_t& end) {
-    const auto* strike = rowAt(tokens, at, words::strikes());
+    static const PhraseTable<words::Strike> strikes(words::strikes());
+    const auto* strike = strikes.longestAt(tokens, at);
     if (strike == nullptr || !written.back().endsClause()) return std::nullopt;
     const auto words = wordsIn(strike->phrase);
     if (at + words >= tokens.size() || !tokens[at + words - 1].endsClause()) return std::nullopt;

@@ -29,7 +29,8 @@ std::string_view backMark(std::string_view word, const Marks& marks) {
 
 Token tokenOf(std::string_view word) {
     std::size_t start = 0;
-    for (auto mark = frontMark(word, openings); !mark.empty(); mark = frontMark(word.substr(start), openings)) {
+    for (auto mark = frontMark(word, openings); !mark.empty();
+         mark = frontMark(word.substr(start), openings)) {
         start += mark.size();
     }
     auto end = word.size();
@@ -59,9 +60,12 @@ Gap gapOf(std::string_view whiteSpace) {
 
 std::string_view separator(Gap gap) {
     switch (gap) {
-        case Gap::blank: return " ";
-        case Gap::line: return "\n";
-        case Gap::paragraph: return "\n\n";
+        case Gap::blank:
+            return " ";
+        case Gap::line:
+            return "\n";
+        case Gap::paragraph:
+            return "\n\n";
     }
     return " ";
 }

@@ -6,8 +6,8 @@
 #include <string_view>
 #include <vector>
 
-/// A dictation on its way to a text: its words one by one, with the punctuation at either side of each. Pure; any
-/// thread.
+/// A dictation on its way to a text: its words one by one, with the punctuation at either side of each. Pure;
+/// any thread.
 namespace dorix::service {
 
 /// What stands before a word.
@@ -39,8 +39,8 @@ bool beginsSentence(const Tokens& tokens, std::size_t at);
 /// Whether its full stop is its own, as in "Sr.".
 bool isAbbreviation(const Token& token);
 
-/// Whether the words from `at` on are those of `phrase`, folded and with single blanks, with no punctuation in
-/// between.
+/// Whether the words from `at` on are those of `phrase`, folded and with single blanks, with no punctuation
+/// in between.
 bool isPhraseAt(const Tokens& tokens, std::size_t at, std::string_view phrase);
 
 /// How many words a phrase has.

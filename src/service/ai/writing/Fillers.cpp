@@ -1,17 +1,16 @@
 #include "service/ai/writing/Fillers.h"
 
 #include "service/ai/Language.h"
+#include "service/ai/writing/PhraseTable.h"
 #include "service/ai/writing/WritingWords.h"
-
-#include <span>
 
 namespace dorix::service {
 
 namespace {
 
-using Phrases = std::span<const std::string_view>;
-
-bool isNumber(const Token& token) { return !token.text.empty() && token.text.back() >= '0' && token.text.back() <= '9'; }
+bool isNumber(const Token& token) {
+    return !token.text.empty() && token.text.back() >= '0' && token.text.back() <= '9';
+}
 
 /// Finds the fillers of one dictation.
 class Fillers {
@@ -26,9 +25,8 @@ class Fillers {
         if (!begins && tokens_[at].gap == Gap::blank) return 0;
         const bool opens = written.empty() || written.back().endsSentence();
         std::size_t words = 0;
-        if (spoken_.spanish) words = apart(at, words::spanishAsides(), opens ? words::spanishOpeners() : Phrases());
-        if (words == 0 && spoken_.english)
-            words = apart(at, words::englishAsides(), opens ? words::englishOpeners() : Phrases());
+        if (spoken_.spanish) words = aside(at, opens, spanish());
+        if (words == 0 && spoken_.english) words = aside(at, opens, english());
         return words > 0 ? words : closer(at, written);
     }
 
@@ -53,30 +51,46 @@ class Fillers {
                tokens_[at].opening.empty() && words::stutters().contains(tokens_[at].key);
     }
 
-    /// A phrase with a comma behind it, or an opening one with another filler behind it.
-    std::size_t apart(std::size_t at, Phrases asides, Phrases openers) const {
-        for (const auto phrases : {asides, openers}) {
-            for (const auto phrase : phrases) {
-                if (!isPhraseAt(tokens_, at, phrase)) continue;
-                const auto next = at + wordsIn(phrase);
-                if (next >= tokens_.size()) continue;
-                const auto& closing = tokens_[next - 1].closing;
-                if (closing == "," || closing == "..." || closing == "…") return wordsIn(phrase);
-                const bool meetsFiller = closing.empty() && isHesitation(next);
-                if (meetsFiller && phrases.data() == openers.data()) return wordsIn(phrase);
-            }
-        }
-        return 0;
+    /// The fillers of a language.
+    struct Table {
+        Phrases asides;
+        Phrases openers;
+    };
+
+    static const Table& spanish() {
+        static const Table table{Phrases(words::spanishAsides()), Phrases(words::spanishOpeners())};
+        return table;
+    }
+
+    static const Table& english() {
+        static const Table table{Phrases(words::englishAsides()), Phrases(words::englishOpeners())};
+        return table;
+    }
+
+    /// A phrase with a comma behind it, or one that opens the sentence with another filler behind it.
+    std::size_t aside(std::size_t at, bool opens, const Table& table) const {
+        if (const auto words = table.asides.wordsAt(tokens_, at); words > 0 && isCut(at + words))
+            return words;
+        const auto words = opens ? table.openers.wordsAt(tokens_, at) : 0;
+        const auto next = at + words;
+        if (words == 0 || next >= tokens_.size()) return 0;
+        const bool meetsFiller = tokens_[next - 1].closing.empty() && isHesitation(next);
+        return isCut(next) || meetsFiller ? words : 0;
+    }
+
+    /// Whether a pause separates the word at `next` from what is before it.
+    bool isCut(std::size_t next) const {
+        if (next >= tokens_.size()) return false;
+        const auto& closing = tokens_[next - 1].closing;
+        return closing == "," || closing == "..." || closing == "…";
     }
 
     /// "…, vale" at the very end.
     std::size_t closer(std::size_t at, const Tokens& written) const {
         if (written.empty() || !written.back().closing.ends_with(',')) return 0;
-        for (const auto phrase : words::closers()) {
-            const auto words = wordsIn(phrase);
-            if (at + words == tokens_.size() && isPhraseAt(tokens_, at, phrase)) return words;
-        }
-        return 0;
+        static const Phrases closers(words::closers());
+        const auto words = closers.wordsAt(tokens_, at);
+        return at + words == tokens_.size() ? words : 0;
     }
 
     const Tokens& tokens_;

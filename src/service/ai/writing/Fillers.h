@@ -15,8 +15,8 @@ struct Spoken {
 /// What a dictation is in; both where it does not say, neither where it is in another language.
 Spoken spokenIn(std::string_view transcript);
 
-/// The dictation without hesitations, fillers that stand apart and small words said twice. It keeps one word at
-/// least.
+/// The dictation without hesitations, fillers that stand apart and small words said twice. It keeps one word
+/// at least.
 Tokens withoutFillers(Tokens tokens, Spoken spoken);
 
 }  // namespace dorix::service

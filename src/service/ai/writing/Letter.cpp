@@ -1,5 +1,6 @@
 #include "service/ai/writing/Letter.h"
 
+#include "service/ai/writing/PhraseTable.h"
 #include "service/ai/writing/WritingWords.h"
 
 #include <algorithm>
@@ -18,18 +19,14 @@ bool isCapital(const Token& token) {
     return (lead >= 'A' && lead <= 'Z') || lead == 0xC3;
 }
 
-/// How many words of one of the phrases are said at `at`.
-template <typename Phrases>
-std::size_t phraseWordsAt(const Tokens& tokens, std::size_t at, const Phrases& phrases) {
-    for (const auto phrase : phrases) {
-        if (isPhraseAt(tokens, at, phrase)) return wordsIn(phrase);
-    }
-    return 0;
+const Phrases& farewells() {
+    static const Phrases table(words::farewells());
+    return table;
 }
 
 /// Where the greeting ends, with the name of whoever is greeted.
 std::optional<std::size_t> greetingEnd(const Tokens& tokens) {
-    const auto words = phraseWordsAt(tokens, 0, words::greetings());
+    const auto words = Phrases(words::greetings()).wordsAt(tokens, 0);
     if (words == 0) return std::nullopt;
     auto end = words;
     // "Hola, Ana," as well as "Hola Ana,".
@@ -47,7 +44,7 @@ std::optional<std::size_t> greetingEnd(const Tokens& tokens) {
 std::optional<std::size_t> farewellStart(const Tokens& tokens, std::size_t from) {
     const auto farthest = tokens.size() > from + 8 ? tokens.size() - 8 : from;
     for (auto at = farthest; at < tokens.size(); ++at) {
-        const auto words = phraseWordsAt(tokens, at, words::farewells());
+        const auto words = farewells().wordsAt(tokens, at);
         if (words == 0 || at == 0 || !tokens[at - 1].endsClause()) continue;
         const auto rest = tokens.begin() + static_cast<std::ptrdiff_t>(at + words);
         const bool isName = tokens.end() - rest <= 3 && std::all_of(rest, tokens.end(), isCapital);
@@ -75,7 +72,7 @@ void frameLetter(Tokens& tokens) {
     if (!start || *start == body) return;
     endLine(tokens[*start - 1], ".");
     tokens[*start].gap = Gap::paragraph;
-    const auto name = *start + phraseWordsAt(tokens, *start, words::farewells());
+    const auto name = *start + farewells().wordsAt(tokens, *start);
     if (name >= tokens.size()) return;
     endLine(tokens[name - 1], ",");
     tokens[name].gap = Gap::line;

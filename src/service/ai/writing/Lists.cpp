@@ -1,6 +1,7 @@
 #include "service/ai/writing/Lists.h"
 
 #include "service/ai/WordSet.h"
+#include "service/ai/writing/PhraseTable.h"
 #include "service/ai/writing/WritingWords.h"
 
 #include <algorithm>
@@ -26,25 +27,28 @@ using Markers = std::vector<Marker>;
 
 // Behind a marker they tell that it counts nothing: "primero de mayo", "one of them".
 const WordSet& notInFront() {
-    static const WordSet set({"de", "del", "que", "y", "o", "u", "or", "of", "and", "por", "mas", "and", "a"});
+    static const WordSet set(
+        {"de", "del", "que", "y", "o", "u", "or", "of", "and", "por", "mas", "and", "a"});
     return set;
 }
 
 // Before it they make it a part of the sentence: "lo primero", "en segundo lugar".
 const WordSet& notBehind() {
-    static const WordSet set({"lo", "en", "de", "del", "al", "por", "a", "o", "or", "at", "in", "of", "for", "un",
-                              "muy", "is", "es", "from", "hasta", "desde", "piso", "curso", "mayo", "not", "no"});
+    static const WordSet set({"lo",    "en",    "de",   "del",   "al",   "por", "a",  "o",  "or",
+                              "at",    "in",    "of",   "for",   "un",   "muy", "is", "es", "from",
+                              "hasta", "desde", "piso", "curso", "mayo", "not", "no"});
     return set;
 }
 
-bool isConjunction(const Token& token) { return (token.key == "y" || token.key == "and") && !token.endsClause(); }
+bool isConjunction(const Token& token) {
+    return (token.key == "y" || token.key == "and") && !token.endsClause();
+}
 
-/// A marker of `phrase` at `at`, with a conjunction before it taken along. None where the words belong to the
-/// sentence around them.
-std::optional<Marker> markerAt(const Tokens& tokens, std::size_t at, std::string_view phrase) {
-    if (!isPhraseAt(tokens, at, phrase)) return std::nullopt;
-    const std::size_t item = at + wordsIn(phrase);
-    if (item >= tokens.size() || tokens[item - 1].endsSentence()) return std::nullopt;
+/// A marker of so many words at `at`, with a conjunction before it taken along. None where the words belong
+/// to the sentence around them.
+std::optional<Marker> markerAt(const Tokens& tokens, std::size_t at, std::size_t words) {
+    const std::size_t item = at + words;
+    if (words == 0 || item >= tokens.size() || tokens[item - 1].endsSentence()) return std::nullopt;
     if (!tokens[item - 1].endsClause() && notInFront().contains(tokens[item].key)) return std::nullopt;
     std::size_t first = at;
     if (first > 0 && isConjunction(tokens[first - 1])) --first;
@@ -59,7 +63,8 @@ std::optional<Marker> markerAt(const Tokens& tokens, std::size_t at, std::string
 Markers markersOf(const Tokens& tokens, Row row) {
     Markers markers;
     for (std::size_t at = 0; at < tokens.size() && markers.size() < row.size(); ++at) {
-        const auto marker = markerAt(tokens, at, row[markers.size()]);
+        const auto phrase = row[markers.size()];
+        const auto marker = markerAt(tokens, at, isPhraseAt(tokens, at, phrase) ? wordsIn(phrase) : 0);
         if (!marker) continue;
         if (!markers.empty() && marker->first <= markers.back().item) return {};
         markers.push_back(*marker);
@@ -69,19 +74,19 @@ Markers markersOf(const Tokens& tokens, Row row) {
 }
 
 void addLast(const Tokens& tokens, Markers& markers) {
+    static const Phrases last(words::listLast());
     if (markers.size() < 2) return;
     for (std::size_t at = markers.back().item + 1; at < tokens.size(); ++at) {
-        for (const auto phrase : words::listLast()) {
-            const auto marker = markerAt(tokens, at, phrase);
-            if (!marker) continue;
-            markers.push_back(*marker);
-            return;
-        }
+        const auto marker = markerAt(tokens, at, last.wordsAt(tokens, at));
+        if (!marker) continue;
+        markers.push_back(*marker);
+        return;
     }
 }
 
 bool isSetApart(const Tokens& tokens, const Marker& marker) {
-    return marker.first == 0 || tokens[marker.first].gap != Gap::blank || tokens[marker.first - 1].endsClause();
+    return marker.first == 0 || tokens[marker.first].gap != Gap::blank ||
+           tokens[marker.first - 1].endsClause();
 }
 
 bool hasShortItems(const Markers& markers) {
@@ -126,15 +131,13 @@ Tokens listed(const Tokens& tokens, const Markers& markers, bool isNumbered) {
 
 /// Every "bullet point" at which something follows.
 Markers bulletsOf(const Tokens& tokens) {
+    static const Phrases bullets(words::bulletWords());
     Markers markers;
     for (std::size_t at = 0; at < tokens.size(); ++at) {
-        for (const auto phrase : words::bulletWords()) {
-            const auto marker = markerAt(tokens, at, phrase);
-            if (!marker || (!markers.empty() && marker->first <= markers.back().item)) continue;
-            markers.push_back(*marker);
-            at = marker->item - 1;
-            break;
-        }
+        const auto marker = markerAt(tokens, at, bullets.wordsAt(tokens, at));
+        if (!marker || (!markers.empty() && marker->first <= markers.back().item)) continue;
+        markers.push_back(*marker);
+        at = marker->item - 1;
     }
     return markers;
 }

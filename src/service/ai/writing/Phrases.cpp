@@ -13,16 +13,16 @@ namespace {
 constexpr std::size_t mostLeadWords = 3;
 constexpr std::size_t longestPhrase = 12;
 
-bool isDigits(std::string_view word) {
-    return !word.empty() && word.front() >= '0' && word.front() <= '9';
-}
+bool isDigits(std::string_view word) { return !word.empty() && word.front() >= '0' && word.front() <= '9'; }
 
 /// A capital where no sentence begins.
 bool isName(const Tokens& tokens, std::size_t at) {
     const auto& token = tokens[at];
-    if (token.text.empty() || beginsSentence(tokens, at) || words::alwaysCapital().contains(token.key)) return false;
+    if (token.text.empty() || beginsSentence(tokens, at) || words::alwaysCapital().contains(token.key))
+        return false;
     const auto lead = static_cast<unsigned char>(token.text.front());
-    const bool isAccented = token.text.size() > 1 && lead == 0xC3 && static_cast<unsigned char>(token.text[1]) < 0x9F;
+    const bool isAccented =
+        token.text.size() > 1 && lead == 0xC3 && static_cast<unsigned char>(token.text[1]) < 0x9F;
     return (lead >= 'A' && lead <= 'Z') || isAccented;
 }
 

@@ -21,8 +21,8 @@ struct Phrase {
     std::size_t words() const { return end - head; }
 };
 
-/// The phrases within [begin, end), which follow each other where nothing else is between. No phrase goes over
-/// punctuation.
+/// The phrases within [begin, end), which follow each other where nothing else is between. No phrase goes
+/// over punctuation.
 std::vector<Phrase> phrasesIn(const Tokens& tokens, std::size_t begin, std::size_t end);
 
 /// The same of the words from `begin` on alone, as long as one phrase follows another directly.

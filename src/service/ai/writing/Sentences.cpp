@@ -1,6 +1,7 @@
 #include "service/ai/writing/Sentences.h"
 
 #include "base/text/Text.h"
+#include "service/ai/writing/PhraseTable.h"
 #include "service/ai/writing/WritingWords.h"
 
 #include <algorithm>
@@ -36,14 +37,14 @@ Range sentenceAt(const Tokens& tokens, std::size_t begin) {
 /// The opening of a question, as it is spelled and as it is looked up.
 struct Opening {
     std::vector<std::string_view> words;
-    std::string folded;
+    std::string phrase;
 };
 
 const std::vector<Opening>& spanishOpenings() {
     static const std::vector<Opening> openings = [] {
         std::vector<Opening> rows;
         for (const auto phrase : words::spanishQuestions())
-            rows.push_back({.words = text::words(phrase), .folded = text::fold(phrase)});
+            rows.push_back({.words = text::words(phrase), .phrase = text::fold(phrase)});
         return rows;
     }();
     return openings;
@@ -51,18 +52,16 @@ const std::vector<Opening>& spanishOpenings() {
 
 /// Accents count: "qué" asks, and "que" does not.
 bool opensSpanishQuestion(const Tokens& tokens, std::size_t at) {
-    const auto isSpelled = [&](const Opening& opening) {
-        if (!isPhraseAt(tokens, at, opening.folded)) return false;
-        auto spoken = at;
-        return std::ranges::all_of(
-            opening.words, [&](const auto word) { return text::lowercase(tokens[spoken++].text) == word; });
-    };
-    return std::ranges::any_of(spanishOpenings(), isSpelled);
+    static const PhraseTable<Opening> table(spanishOpenings());
+    const auto* opening = table.longestAt(tokens, at);
+    if (opening == nullptr) return false;
+    const auto isSpelled = [&](const auto word) { return text::lowercase(tokens[at++].text) == word; };
+    return std::ranges::all_of(opening->words, isSpelled);
 }
 
 bool opensEnglishQuestion(const Tokens& tokens, std::size_t at) {
-    const auto opens = [&](const auto phrase) { return isPhraseAt(tokens, at, phrase); };
-    return std::ranges::any_of(words::englishQuestions(), opens);
+    static const Phrases table(words::englishQuestions());
+    return table.longestAt(tokens, at) != nullptr;
 }
 
 /// Where a question begins within its sentence: behind "Hola, Ana," and the like.
@@ -95,21 +94,25 @@ void markQuestion(Tokens& tokens, Range sentence, bool isSpanish) {
     const bool isOpen = last.closing.empty() || last.closing == "." || last.closing == ",";
     if (!isMarked) {
         const bool begins = start == sentence.begin || sentence.words() <= longestQuestion;
-        if (!isSaid || !isOpen || !begins || sentence.words() > longestQuestion || sentence.words() < 2) return;
+        if (!isSaid || !isOpen || !begins || sentence.words() > longestQuestion || sentence.words() < 2)
+            return;
         endWith(last, "?");
     }
     if ((isSpanish || spanish) && !hasInside(tokens, sentence, "¿")) tokens[start].opening += "¿";
 }
 
 bool isSpanish(const Tokens& tokens, Range sentence) {
-    static const WordSet english({"the", "is", "are", "do", "does", "did", "you", "can", "will", "what", "how", "of"});
+    static const WordSet english(
+        {"the", "is", "are", "do", "does", "did", "you", "can", "will", "what", "how", "of"});
     return std::none_of(tokens.begin() + static_cast<std::ptrdiff_t>(sentence.begin),
                         tokens.begin() + static_cast<std::ptrdiff_t>(sentence.end),
                         [&](const Token& token) { return english.contains(token.key); });
 }
 
 /// Names of files, functions and commands keep their case.
-bool isCode(std::string_view word) { return word.find_first_of("_/\\.:=<>(){}#$@0123456789") != std::string::npos; }
+bool isCode(std::string_view word) {
+    return word.find_first_of("_/\\.:=<>(){}#$@0123456789") != std::string::npos;
+}
 
 void capitalise(Token& token) {
     if (!isCode(token.text)) token.text = text::capitalizeFirst(token.text);
@@ -127,7 +130,8 @@ void endText(Tokens& tokens, std::size_t leastWords) {
     auto& last = tokens.back();
     const bool isItem = std::ranges::any_of(tokens, [](const auto& token) { return !token.marker.empty(); });
     if (last.closing.ends_with(',')) last.closing.pop_back();
-    const bool isOpen = last.closing.empty() || last.closing == "\"" || last.closing == "»" || last.closing == ")";
+    const bool isOpen =
+        last.closing.empty() || last.closing == "\"" || last.closing == "»" || last.closing == ")";
     if (isOpen && !isItem && !isSigned(tokens) && tokens.size() >= leastWords) last.closing += '.';
 }
 

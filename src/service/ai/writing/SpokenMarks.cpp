@@ -1,6 +1,6 @@
 #include "service/ai/writing/SpokenMarks.h"
 
-#include "base/text/Text.h"
+#include "service/ai/writing/PhraseTable.h"
 #include "service/ai/writing/WritingWords.h"
 
 #include <algorithm>
@@ -39,10 +39,9 @@ class Marks {
     explicit Marks(const Tokens& tokens) : tokens_(tokens) { dictatesMarks_ = hasClearMark(); }
 
     const SpokenMark* at(std::size_t at) const {
-        for (const auto& mark : spokenMarks()) {
-            if (isPhraseAt(tokens_, at, mark.phrase)) return isCommand(mark, at) ? &mark : nullptr;
-        }
-        return nullptr;
+        static const PhraseTable<SpokenMark> table(spokenMarks());
+        const auto* mark = table.longestAt(tokens_, at);
+        return mark != nullptr && isCommand(*mark, at) ? mark : nullptr;
     }
 
  private:
@@ -59,7 +58,8 @@ class Marks {
         if (at == 0 && mark.effect != Effect::opening) return false;  // there is nothing that it could end
         if (next >= tokens_.size() && mark.effect == Effect::opening) return false;
         const auto last = at == 0 ? std::string_view() : std::string_view(tokens_[at - 1].key);
-        const auto following = next < tokens_.size() ? std::string_view(tokens_[next].key) : std::string_view();
+        const auto following =
+            next < tokens_.size() ? std::string_view(tokens_[next].key) : std::string_view();
         const bool isApart = at > 0 && tokens_[at - 1].endsClause();
         if (!isApart && (isAmong(mark.notAfter, last) || words::determiners().contains(last))) return false;
         const bool goesOn = !tokens_[next - 1].endsClause();

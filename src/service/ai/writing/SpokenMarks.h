@@ -25,7 +25,6 @@ struct SpokenMark {
     std::span<const std::string_view> notBefore{};  // the same behind it
 };
 
-/// Longer phrases stand before those that they begin with.
 std::span<const SpokenMark> spokenMarks();
 
 /// Puts the marks that were dictated in the place of their names.

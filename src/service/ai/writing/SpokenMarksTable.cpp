@@ -11,40 +11,87 @@ using enum SpokenMark::Effect;
 using enum SpokenMark::Certainty;
 
 constexpr auto before = std::to_array<std::string_view>({
-    "pon", "poner", "ponen", "puso", "pone", "usa", "usar", "falta", "sin", "con", "entre", "add", "use",
-    "insert", "missing", "on", "in", "with", "without",
+    "pon",   "poner", "ponen", "puso",   "pone",    "usa", "usar", "falta", "sin",     "con",
+    "entre", "add",   "use",   "insert", "missing", "on",  "in",   "with",  "without",
 });
 constexpr auto behind = std::to_array<std::string_view>({"de", "del", "of", "a", "for"});
 
 constexpr auto beforeComa = std::to_array<std::string_view>({
-    "que", "se", "lo", "la", "le", "en", "el", "un", "una", "no", "me", "te", "ya", "cuando", "quien", "estado",
-    "del", "al", "de", "nos", "los", "las", "ojala", "mas", "poner", "pon", "falta", "sin", "con", "usted",
+    "que", "se",  "lo",    "la",     "le",    "en",     "el",    "un",  "una", "no",
+    "me",  "te",  "ya",    "cuando", "quien", "estado", "del",   "al",  "de",  "nos",
+    "los", "las", "ojala", "mas",    "poner", "pon",    "falta", "sin", "con", "usted",
 });
 constexpr auto behindComa = std::to_array<std::string_view>({
-    "algo", "mas", "menos", "bien", "mucho", "poco", "fruta", "frutas", "verdura", "verduras", "carne", "sano",
-    "inducido", "etilico", "profundo", "diabetico", "flotante",
+    "algo",
+    "mas",
+    "menos",
+    "bien",
+    "mucho",
+    "poco",
+    "fruta",
+    "frutas",
+    "verdura",
+    "verduras",
+    "carne",
+    "sano",
+    "inducido",
+    "etilico",
+    "profundo",
+    "diabetico",
+    "flotante",
 });
-constexpr auto behindComma = std::to_array<std::string_view>({"splice", "separated", "delimited", "operator"});
+constexpr auto behindComma =
+    std::to_array<std::string_view>({"splice", "separated", "delimited", "operator"});
 constexpr auto beforePunto = std::to_array<std::string_view>({
-    "el", "un", "al", "del", "en", "a", "de", "y", "ni", "que", "cada", "ese", "este", "aquel", "algun", "ningun",
-    "otro", "mismo", "cierto", "su", "mi", "tu", "nuestro", "vuestro", "buen", "mal", "mejor", "peor",
-    "gran", "unico", "primer", "segundo", "tercer", "tercero", "cuarto", "quinto", "ultimo", "siguiente", "medio",
-    "por", "con", "sin", "hasta", "lo", "buscar", "encontrar", "uno",
+    "el",     "un",      "al",     "del",    "en",     "a",         "de",      "y",
+    "ni",     "que",     "cada",   "ese",    "este",   "aquel",     "algun",   "ningun",
+    "otro",   "mismo",   "cierto", "su",     "mi",     "tu",        "nuestro", "vuestro",
+    "buen",   "mal",     "mejor",  "peor",   "gran",   "unico",     "primer",  "segundo",
+    "tercer", "tercero", "cuarto", "quinto", "ultimo", "siguiente", "medio",   "por",
+    "con",    "sin",     "hasta",  "lo",     "buscar", "encontrar", "uno",
 });
 constexpr auto behindPunto = std::to_array<std::string_view>({
-    "de", "del", "com", "es", "org", "net", "info", "clave", "fuerte", "debil", "muerto", "fijo", "medio",
-    "critico", "ciego", "comun", "limpio", "por", "a", "en", "que", "donde", "uno", "dos", "tres", "cuatro", "cinco",
+    "de",    "del",    "com",  "es",    "org",     "net",   "info",  "clave",  "fuerte",
+    "debil", "muerto", "fijo", "medio", "critico", "ciego", "comun", "limpio", "por",
+    "a",     "en",     "que",  "donde", "uno",     "dos",   "tres",  "cuatro", "cinco",
 });
 constexpr auto beforePeriod = std::to_array<std::string_view>({
-    "the", "a", "an", "this", "that", "each", "every", "trial", "time", "grace", "first", "second", "last", "next",
-    "same", "long", "short", "per", "my", "her", "late", "waiting", "notice", "cooling", "billing", "test",
+    "the",   "a",     "an",     "this",    "that",   "each",    "every",   "trial", "time",
+    "grace", "first", "second", "last",    "next",   "same",    "long",    "short", "per",
+    "my",    "her",   "late",   "waiting", "notice", "cooling", "billing", "test",
 });
 constexpr auto behindPeriod = std::to_array<std::string_view>({
-    "of", "from", "between", "for", "in", "piece", "drama", "when", "before", "after", "during", "is", "was", "ends",
+    "of",
+    "from",
+    "between",
+    "for",
+    "in",
+    "piece",
+    "drama",
+    "when",
+    "before",
+    "after",
+    "during",
+    "is",
+    "was",
+    "ends",
 });
 constexpr auto beforeStop = std::to_array<std::string_view>({"to", "came", "come", "comes", "coming", "at"});
 constexpr auto beforeDosPuntos = std::to_array<std::string_view>({
-    "por", "los", "estos", "esos", "hay", "tengo", "con", "en", "de", "unos", "otros", "gana", "ganamos", "son",
+    "por",
+    "los",
+    "estos",
+    "esos",
+    "hay",
+    "tengo",
+    "con",
+    "en",
+    "de",
+    "unos",
+    "otros",
+    "gana",
+    "ganamos",
+    "son",
 });
 
 // clang-format off
