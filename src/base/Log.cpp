@@ -19,6 +19,11 @@ LogSink& sink() {
     return current;
 }
 
+std::string& programName() {
+    static std::string name = "DORIX";
+    return name;
+}
+
 bool endsLinesOrControlsTerminals(UChar32 character) {
     const auto type = u_charType(character);
     return type == U_CONTROL_CHAR || type == U_LINE_SEPARATOR || type == U_PARAGRAPH_SEPARATOR;
@@ -48,10 +53,12 @@ std::string onOneLine(std::string_view text) {
 }  // namespace
 
 void logLine(std::string_view text, std::string_view component) {
-    std::string line = "DORIX";
+    std::string line = programName();
     if (!component.empty()) line.append(" ").append(component);
     sink()(line.append(": ").append(onOneLine(text)));
 }
+
+void setLogName(std::string_view name) { programName() = name; }
 
 void setLogSink(LogSink newSink) { sink() = std::move(newSink); }
 

@@ -51,7 +51,7 @@ ADAPTER_ROWS = [
 ]
 ADAPTER_RANK = {room: rank for rank, row in enumerate(ADAPTER_ROWS) for room in row}
 MAINS = "app"
-# A program of its own, which shares the bottom with the desktop's.
+# The companion service is a program of its own, which shares the bottom with the desktop's; its ai/ is portable.
 SERVICE = "service"
 SERVICE_KNOWS = {"base"}
 TOOLKIT_ROOMS = {ADAPTERS, "views", MAINS}
@@ -62,6 +62,13 @@ LIBRARIES = {
     "panel": r"md4c\.h",
     "routing": r"re2/re2\.h|unicode/u(char|tf8)\.h",
     "speech": r"samplerate\.h",
+    "service": r"boost/.*|(sys/.*|fcntl|poll|unistd)\.h",
+    "service/accounts": r"openssl/.*",
+    "service/api": r"boost/.*",
+    "service/http": r"boost/.*|sys/.*\.h",
+    "service/mail": r"curl/curl\.h|systemd/sd-bus\.h|(fcntl|unistd)\.h",
+    "service/model": r"boost/.*",
+    "service/storage": r"sqlite3\.h|libpq-fe\.h",
 }
 STANDARD_HEADER = re.compile(r"^[a-z_0-9]+$")
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.MULTILINE)
@@ -70,6 +77,12 @@ INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.MULTILINE)
 def room_of(path: str) -> str:
     """Of a path below src/."""
     return path.split("/")[0]
+
+
+def library_home_of(path: str) -> str:
+    """Whose libraries the file may use; the folders of the service have theirs each."""
+    folders = path.split("/")[:-1]
+    return "/".join(folders[:2]) if folders[0] == SERVICE else folders[0]
 
 
 def arrow_complaint(own: str, other: str) -> str | None:
@@ -193,7 +206,7 @@ def complaints_about(targets: Targets, name: str) -> list[str]:
             if bracket == '"':
                 wrong = include_complaint(targets, name, path, header, seen)
             else:
-                wrong = library_complaint(room_of(path[4:]), header) if path.startswith("src/") else None
+                wrong = library_complaint(library_home_of(path[4:]), header) if path.startswith("src/") else None
             if wrong:
                 complaints.append(f"{path}: {wrong}")
     return complaints
