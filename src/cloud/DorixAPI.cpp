@@ -15,12 +15,8 @@ namespace {
 constexpr double getTimeout = 15;
 constexpr double streamTimeout = 120;
 
-constexpr const char* serverKey = "DORIXServerURL";
-
-/// One that paths can be appended to.
-bool isAddress(const std::optional<std::string>& address) {
-    return address && isWebAddress(*address) && hostOf(*address) && !address->contains('?') &&
-           !address->contains('#');
+std::string addressOr(std::optional<std::string> address, std::string_view otherwise) {
+    return address && isServerAddress(*address) ? *std::move(address) : std::string(otherwise);
 }
 
 std::string appending(std::string url, std::string_view component) {
@@ -60,7 +56,11 @@ DorixAPI::DorixAPI(const Executor& executor, HttpClient& http, Keychain& keychai
     : executor_(executor),
       http_(http),
       keychain_(keychain),
-      baseURL_(isAddress(address) ? *std::move(address) : std::string(developmentURL)) {}
+      baseURL_(addressOr(std::move(address), developmentURL)) {}
+
+void DorixAPI::useServer(std::optional<std::string> address) {
+    baseURL_ = addressOr(std::move(address), developmentURL);
+}
 
 std::string DorixAPI::manualURL() const {
     auto url = appending(baseURL_, "manual");
@@ -130,9 +130,18 @@ Task<APIError> DorixAPI::refusal(int status, std::string body, std::string usedT
     co_return error;
 }
 
+bool isServerAddress(const std::string& address) {
+    return isWebAddress(address) && hostOf(address) && !address.contains('?') && !address.contains('#');
+}
+
+bool isOnThisComputer(const std::string& address) {
+    const auto host = hostOf(address);
+    return host == "127.0.0.1" || host == "localhost" || host == "::1";
+}
+
 std::optional<std::string> configuredServer(const UserDefaults& defaults, const Json& packaged) {
-    if (auto chosen = defaults.string(serverKey)) return chosen;
-    const auto* shipped = packaged.is_object() ? stringAt(packaged, serverKey) : nullptr;
+    if (auto chosen = defaults.string(DorixAPI::serverKey)) return chosen;
+    const auto* shipped = packaged.is_object() ? stringAt(packaged, DorixAPI::serverKey) : nullptr;
     if (shipped == nullptr) return std::nullopt;
     return *shipped;
 }

@@ -29,16 +29,22 @@ class DorixAPI {
     /// Where the service answers when nobody names another place.
     static constexpr std::string_view developmentURL = "http://127.0.0.1:8787";
 
+    /// The user's default that names another place.
+    static constexpr const char* serverKey = "DORIXServerURL";
+
     enum class Session { none, required };
     using OnText = EventStreamReader::OnText;
     using OnFailure = std::function<void(const APIError&)>;
 
     /// All but the address must outlive it. An address that is none gives `developmentURL`.
-    DorixAPI(const Executor& executor, HttpClient& http, Keychain& keychain, std::optional<std::string> address);
+    DorixAPI(const Executor& executor, HttpClient& http, Keychain& keychain,
+             std::optional<std::string> address);
     DorixAPI(const DorixAPI&) = delete;
     DorixAPI& operator=(const DorixAPI&) = delete;
 
     const std::string& baseURL() const { return baseURL_; }
+    /// Calls go there from now on. The session of another place must have ended before.
+    void useServer(std::optional<std::string> address);
     /// The page of instructions, in the app language.
     std::string manualURL() const;
 
@@ -59,8 +65,8 @@ class DorixAPI {
         co_return decoded<T>(answer, decoder());
     }
 
-    /// The whole of a text that arrives piece by piece, with a session always; `onText` gets all that has come
-    /// so far each time. What breaks the connection on the way is thrown as HttpError.
+    /// The whole of a text that arrives piece by piece, with a session always; `onText` gets all that has
+    /// come so far each time. What breaks the connection on the way is thrown as HttpError.
     Task<std::string> stream(std::string path, Json body, OnText onText = nullptr);
 
     /// To read records with that were stored as the service sent them.
@@ -76,8 +82,14 @@ class DorixAPI {
     const Executor& executor_;
     HttpClient& http_;
     Keychain& keychain_;
-    const std::string baseURL_;
+    std::string baseURL_;
 };
+
+/// Whether paths can be appended to it: an address of the web with a host, and neither query nor fragment.
+bool isServerAddress(const std::string& address);
+
+/// Whether what is sent there does not leave this computer.
+bool isOnThisComputer(const std::string& address);
 
 /// The service's address by the key "DORIXServerURL": the user's, or else that of the package's
 /// configuration.

@@ -31,7 +31,7 @@ class Exhibit {
 
  public:
     explicit Exhibit(const Style& style);
-    ~Exhibit();
+    virtual ~Exhibit();
     Exhibit(const Exhibit&) = delete;
     Exhibit& operator=(const Exhibit&) = delete;
 
@@ -74,6 +74,8 @@ struct Picture {
 /// The states of the icon, the HUD beside it, the tooltip and the menu.
 std::vector<Picture> iconPictures();
 std::vector<Picture> panelPictures();
+/// The states of the account's window.
+std::vector<Picture> accountPictures();
 /// The panel on a display on which everything is twice as large.
 std::vector<Picture> largePanelPictures();
 

@@ -41,6 +41,7 @@ std::vector<Picture> allPictures() {
     if (qGuiApp->devicePixelRatio() == 2) return largePanelPictures();
     auto pictures = iconPictures();
     for (auto& picture : panelPictures()) pictures.push_back(std::move(picture));
+    for (auto& picture : accountPictures()) pictures.push_back(std::move(picture));
     return pictures;
 }
 

@@ -1,0 +1,136 @@
+#include "cloud/AccountForm.h"
+
+#include "base/Error.h"
+#include "base/text/Text.h"
+#include "cloud/AccountStore.h"
+#include "cloud/DorixAPI.h"
+#include "cloud/OwnService.h"
+#include "localdata/Language.h"
+#include "platform/UserDefaults.h"
+
+#include <algorithm>
+#include <exception>
+#include <utility>
+
+namespace dorix {
+
+namespace {
+
+constexpr std::size_t codeLength = 6;
+
+/// As it was sent, from a text that it was copied out of with blanks.
+std::optional<std::string> codeIn(const std::string& text) {
+    std::string code;
+    for (const char c : text::replaceAll(text, "\u00a0", "")) {
+        if (c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '-') continue;
+        code += c;
+    }
+    const bool isCode =
+        code.size() == codeLength && std::ranges::all_of(code, [](char c) { return c >= '0' && c <= '9'; });
+    return isCode ? std::optional(code) : std::nullopt;
+}
+
+/// A token is not sent over a network in the clear.
+bool isSafeServer(const std::string& address) {
+    return isServerAddress(address) && (address.starts_with("https://") || isOnThisComputer(address));
+}
+
+}  // namespace
+
+AccountForm::AccountForm(Executor& executor, DorixAPI& api, AccountStore& account, OwnService& own,
+                         UserDefaults& defaults)
+    : api_(api), account_(account), own_(own), defaults_(defaults), tasks_(executor) {
+    subscriptions_.push_back(account.loggedIn.subscribe([this](bool) {
+        if (!busy.get() && step.get() != Step::server) begin();
+    }));
+    subscriptions_.push_back(account.profile.subscribe([this](const auto& profile) {
+        if (profile) email.set(profile->email);
+    }));
+}
+
+std::string AccountForm::server() const {
+    return api_.baseURL() == DorixAPI::developmentURL ? std::string() : api_.baseURL();
+}
+
+AccountForm::Step AccountForm::firstStep() const {
+    if (own_.isInUse()) return Step::thisComputer;
+    return account_.loggedIn.get() ? Step::signedIn : Step::email;
+}
+
+void AccountForm::begin() {
+    error.set("");
+    const auto& profile = account_.profile.get();
+    email.set(profile ? profile->email : "");
+    step.set(firstStep());
+}
+
+void AccountForm::begin(Task<void> work, std::optional<Step> after) {
+    if (busy.get()) return;
+    busy.set(true);
+    error.set("");
+    tasks_.spawn(attempt(std::move(work), after));
+}
+
+/// Without a step it is the one that there is to begin with.
+Task<void> AccountForm::attempt(Task<void> work, std::optional<Step> after) {
+    std::string words;
+    try {
+        co_await std::move(work);
+    } catch (const Error& failure) {
+        words = failure.localizedDescription();
+    }
+    busy.set(false);
+    error.set(words);
+    if (words.empty()) step.set(after.value_or(firstStep()));
+}
+
+void AccountForm::sendCode(const std::string& to) {
+    const std::string address(text::trim(to));
+    const auto at = address.find('@');
+    if (at == std::string::npos || at == 0 || at + 1 == address.size())
+        return error.set(tr("Escribe una dirección de email."));
+    email.set(address);
+    begin(account_.requestCode(address), Step::code);
+}
+
+void AccountForm::resendCode() { begin(account_.requestCode(email.get()), Step::code); }
+
+void AccountForm::verify(const std::string& text) {
+    const auto code = codeIn(text);
+    if (!code) return error.set(tr("El código tiene 6 cifras."));
+    begin(account_.verify(email.get(), *code), Step::signedIn);
+}
+
+void AccountForm::changeEmail() {
+    error.set("");
+    step.set(Step::email);
+}
+
+void AccountForm::signOut() { begin(account_.logout(), Step::email); }
+
+void AccountForm::chooseServer() {
+    error.set("");
+    step.set(Step::server);
+}
+
+void AccountForm::useServer(const std::string& address) {
+    const std::string url(text::trim(address));
+    if (!isSafeServer(url)) return error.set(tr("Escribe la dirección entera, con https://"));
+    begin(goOverTo(url), std::nullopt);
+}
+
+void AccountForm::useThisComputer() { begin(goOverTo(std::nullopt), std::nullopt); }
+
+Task<void> AccountForm::goOverTo(std::optional<std::string> address) {
+    if (account_.loggedIn.get()) co_await account_.logout();
+    if (address) {
+        defaults_.set(DorixAPI::serverKey, *address);
+    } else {
+        defaults_.remove(DorixAPI::serverKey);
+    }
+    api_.useServer(std::move(address));
+    own_.start();
+    co_await own_.settled();
+}
+
+}  // namespace dorix

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "base/async/Completion.h"
+#include "base/async/TaskScope.h"
+#include "base/async/Timer.h"
+#include "platform/CompanionService.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace dorix {
+
+class AccountStore;
+class APIError;
+class DorixAPI;
+class HttpClient;
+
+/// For whoever uses DORIX alone: where the service's address is this computer's and nobody answers there, the
+/// service is run as a child of the program and signed in to, over the ordinary wire, without the user. Starts
+/// it again when it dies, each time after a longer wait. Main executor.
+class OwnService {
+ public:
+    /// The account that only the program which started the service may begin a session of.
+    static constexpr std::string_view email = "local@dorix.localhost";
+
+    /// All must outlive it.
+    OwnService(Executor& executor, HttpClient& http, CompanionService& service, DorixAPI& api,
+               AccountStore& account);
+    OwnService(const OwnService&) = delete;
+    OwnService& operator=(const OwnService&) = delete;
+
+    /// Sees to it that the address in force is answered; to be called once at start-up, and when the address
+    /// has changed: what ran for an earlier one ends.
+    void start();
+
+    /// Done when it is known who answers, and the session with the own service has begun or failed to.
+    Completion<void> settled() const { return settled_; }
+
+    /// Whether the session in force is, or is about to be, with the service that runs here.
+    bool isInUse() const { return secret_.has_value(); }
+
+    /// A session that has ended is begun anew, and the user need not hear of it: then true.
+    bool mends(const APIError& error);
+
+ private:
+    Task<void> startWhereNobodyAnswers(std::string address);
+    Task<bool> isAnswered();
+    Task<void> signIn(std::string secret);
+    Task<void> launch(std::string address);
+    void ended(const std::string& address);
+
+    HttpClient& http_;
+    CompanionService& service_;
+    DorixAPI& api_;
+    AccountStore& account_;
+    std::optional<std::string> secret_;  // while the service runs
+    double startedAt_ = 0;
+    double pause_ = 0;  // seconds before it is started once more
+    Timer restart_;
+    Completion<void> settled_;
+    std::optional<TaskHandle<void>> work_;
+    TaskScope tasks_;
+};
+
+}  // namespace dorix

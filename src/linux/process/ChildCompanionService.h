@@ -1,0 +1,35 @@
+#pragma once
+
+#include "linux/loop/FdWatcher.h"
+#include "linux/process/ChildProcesses.h"
+#include "platform/CompanionService.h"
+
+#include <filesystem>
+
+namespace dorix {
+
+/// Starts dorix-service with a secret of 256 random bits, which it reads from a pipe: so that is in no
+/// environment and no list of arguments. The service ends when the pipe's other end, here, is closed. The
+/// thread of `watcher`, which must outlive it.
+class ChildCompanionService final : public CompanionService {
+ public:
+    ChildCompanionService(FdWatcher& watcher, std::filesystem::path executable)
+        : watcher_(watcher), executable_(std::move(executable)), children_(watcher) {}
+    ~ChildCompanionService() override { ChildCompanionService::end(); }
+
+    std::optional<std::string> start(const std::string& address, std::function<void()> onEnd) override;
+    void end() override;
+
+ private:
+    FdWatcher& watcher_;
+    const std::filesystem::path executable_;
+    ReapedChildren children_;
+    FileDescriptor lifeline_;
+    FileDescriptor process_;
+    Subscription ended_;  // goes before the descriptor
+};
+
+/// The service's executable: beside this program's, or in the folder that a build leaves it in.
+std::filesystem::path companionServiceBeside(const std::filesystem::path& executable);
+
+}  // namespace dorix
