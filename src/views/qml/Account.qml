@@ -14,7 +14,6 @@ Item {
         const item = step === "email" ? email : step === "code" ? code : step === "server" ? server
                    : step === "signedIn" ? signOut : close
         item.forceActiveFocus(Qt.OtherFocusReason)
-        if (item.selectAll) item.selectAll()
     }
     function layOut() {
         buttons.forceLayout()

@@ -11,10 +11,6 @@ FocusScope {
 
     signal accepted
 
-    function selectAll() {
-        input.selectAll()
-    }
-
     implicitHeight: label.height + theme.space + frame.height
 
     Label {
