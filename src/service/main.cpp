@@ -8,6 +8,7 @@
 #include "service/mail/Mailer.h"
 #include "service/metrics/Metrics.h"
 #include "service/model/ModelClient.h"
+#include "service/model/ModelUrl.h"
 #include "service/settings/Settings.h"
 
 #include <sys/resource.h>
@@ -206,6 +207,14 @@ class Program {
     asio::signal_set signals_;
 };
 
+std::vector<std::string> faultsOf(const Settings& settings) {
+    auto faults = faultsOnThisMachine(settings);
+    if (!settings.modelUrl.empty() && !parseModelUrl(settings.modelUrl)) {
+        faults.emplace_back("DORIX_SERVICE_MODEL_URL: must be http://HOST:PORT/PATH, or https://");
+    }
+    return faults;
+}
+
 int tell(const std::vector<std::string>& faults) {
     for (const auto& fault : faults) std::fprintf(stderr, "%s\n", fault.c_str());
     return badSettings;
@@ -237,7 +246,7 @@ int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN);
     const auto settings = readSettings(fromEnvironment, options->config);
     if (!settings) return tell(settings.error());
-    if (const auto faults = faultsOnThisMachine(*settings); !faults.empty()) return tell(faults);
+    if (const auto faults = faultsOf(*settings); !faults.empty()) return tell(faults);
     if (options->isCheck) {
         std::puts("nothing is wrong with the settings");
         return 0;

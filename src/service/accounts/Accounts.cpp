@@ -91,10 +91,14 @@ OrRefusal<std::optional<CodeToSend>> Accounts::requestCode(Database& database, s
         !countWithin(database, codesToEmail, *clean, now)) {
         return std::unexpected(Refusal::tooManyCodes);
     }
+    // Kept for those who may not have an account, too: the time that an answer takes is an answer.
     CodeToSend code{.email = *clean, .code = randomCode()};
-    if (*clean == localEmail || !rules_.mayHaveAccount(*clean)) return std::nullopt;
     keepCode(database, code, now);
-    return code;
+    return isAllowed(*clean) ? std::optional(std::move(code)) : std::nullopt;
+}
+
+bool Accounts::isAllowed(std::string_view email) const {
+    return email == localEmail ? !rules_.localSecret.empty() : rules_.mayHaveAccount(email);
 }
 
 bool Accounts::isLocalSecret(std::string_view email, std::string_view code) const {
@@ -113,7 +117,7 @@ OrRefusal<SignedIn> Accounts::verify(Database& database, std::string_view email,
         return std::unexpected(Refusal::tooManyTries);
     }
     const auto hash = tryCode(database, *clean, text::trim(code), now);
-    if (!hash) return std::unexpected(Refusal::codeRefused);
+    if (!hash || !isAllowed(*clean)) return std::unexpected(Refusal::codeRefused);
     OrRefusal<SignedIn> outcome = std::unexpected(Refusal::codeRefused);
     database.transaction(Database::Turn::beside, [&] {
         const auto used =
@@ -148,7 +152,8 @@ OrRefusal<Session> Accounts::authenticate(Database& database, std::string_view t
     if (rows.empty()) return std::unexpected(Refusal::noSession);
     const auto& row = rows.front();
     const auto used = std::stoll(row.at(4));
-    if (!isSameSecret(row.at(0), hash) || used < now - rules_.sessionSeconds) {
+    const bool isOver = used < now - rules_.sessionSeconds;
+    if (!isSameSecret(row.at(0), hash) || isOver || !isAllowed(row.at(3))) {
         return std::unexpected(Refusal::noSession);
     }
     if (used < now - hour) {

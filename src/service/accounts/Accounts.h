@@ -91,6 +91,8 @@ class Accounts {
  private:
     SignedIn signIn(Database& database, const std::string& email, std::string_view device,
                     std::int64_t now) const;
+    /// Who is not allowed any more loses the sessions, too.
+    bool isAllowed(std::string_view email) const;
     bool isLocalSecret(std::string_view email, std::string_view code) const;
 
     Rules rules_;

@@ -151,6 +151,8 @@ class HttpConnection final : public Connection, public Exchange, public EventSin
     Awaitable<void> write(Buffers buffers);
     void takeHead();
     Response refusal(const HttpError& error) const;
+    /// HTTP/1.0 knows no chunks: there the end of the connection ends the answer.
+    bool isChunked() const { return parser_->get().version() >= 11; }
     bool staysOpen() const { return parser_->get().keep_alive() && !context_.isStopping; }
     void conclude(unsigned status);
 
@@ -280,9 +282,9 @@ Awaitable<bool> HttpConnection<Stream>::answerWith(const Work& work) {
     }
     if (worked.response) co_return co_await respond(std::move(*worked.response));
     if (!hasSentEvents_) co_await send("");
-    co_await write(http::make_chunk_last());
+    if (isChunked()) co_await write(http::make_chunk_last());
     conclude(200);
-    co_return staysOpen();
+    co_return isChunked() && staysOpen();
 }
 
 /// Ends when the client is gone. What it sends meanwhile is the next request.
@@ -331,15 +333,20 @@ Awaitable<void> HttpConnection<Stream>::send(std::string events) {
         http::response<http::empty_body> head(http::status::ok, 11);
         head.set(http::field::content_type, "text/event-stream; charset=utf-8");
         head.set(http::field::cache_control, "no-store");
-        head.keep_alive(staysOpen());
-        head.chunked(true);
+        head.keep_alive(isChunked() && staysOpen());
+        head.chunked(isChunked());
         http::response_serializer<http::empty_body> serializer(head);
         error_code error;
         lowest().expires_after(writeTime);
         co_await http::async_write_header(stream_, serializer, redirect_error(use_awaitable, error));
         if (error) throw ClientGone();
     }
-    if (!events.empty()) co_await write(http::make_chunk(asio::buffer(events)));
+    if (events.empty()) co_return;
+    if (isChunked()) {
+        co_await write(http::make_chunk(asio::buffer(events)));
+    } else {
+        co_await write(asio::buffer(events));
+    }
 }
 
 template <typename Stream>

@@ -86,7 +86,10 @@ bool canBeRead(const std::filesystem::path& file) { return static_cast<bool>(std
 std::optional<std::string> folderFault(const std::filesystem::path& folder) {
     if (folder.empty()) return std::nullopt;  // the one that the service is started in
     std::error_code error;
-    std::filesystem::create_directories(folder, error);
+    if (std::filesystem::create_directories(folder, error)) {
+        // What is in it, and when it came, is nobody else's business.
+        std::filesystem::permissions(folder, std::filesystem::perms::owner_all, error);
+    }
     if (!error && std::filesystem::is_directory(folder, error)) return std::nullopt;
     return "the folder " + folder.string() + " cannot be made" + (error ? ": " + error.message() : "");
 }

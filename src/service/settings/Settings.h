@@ -56,7 +56,8 @@ using SettingsOrFaults = std::expected<Settings, std::vector<std::string>>;
 SettingsOrFaults readSettings(const Environment& environment,
                               const std::optional<std::filesystem::path>& file);
 
-/// What only shows when the machine is looked at: files that are missing or cannot be read. A sentence each.
+/// What only shows when the machine is looked at: files that cannot be read, and folders that are missing and
+/// cannot be made; those that can, are. A sentence each.
 std::vector<std::string> faultsOnThisMachine(const Settings& settings);
 
 /// Every setting with its default and what it means, a paragraph each, for --help.

@@ -7,6 +7,7 @@ import os
 import re
 import signal
 import socket
+import ssl
 import subprocess
 import tempfile
 import threading
@@ -41,7 +42,7 @@ def database_for(folder: Path) -> str:
 class Service:
     """One process. The log is kept, to look for what must not be in it."""
 
-    def __init__(self, binary: str, folder: Path | None = None, options=(), pass_fds=(), **settings: str):
+    def __init__(self, binary: str, folder: Path | None = None, options=(), pass_fds=(), extra=None, **settings: str):
         self.holder = None if folder else tempfile.TemporaryDirectory()
         self.folder = Path(folder or self.holder.name)
         self.log_path = self.folder / f"log-{time.monotonic_ns()}"
@@ -49,7 +50,10 @@ class Service:
                        "DORIX_SERVICE_DATABASE": database_for(self.folder),
                        "DORIX_SERVICE_MAIL": f"outbox:{self.folder}/outbox"}
         environment |= {key: value for key, value in os.environ.items() if key.endswith("SAN_OPTIONS")}
-        environment |= {f"DORIX_SERVICE_{name}": value for name, value in settings.items()}
+        environment |= {f"DORIX_SERVICE_{name}": value for name, value in settings.items()} | (extra or {})
+        self.tls = None
+        if certificate := settings.get("TLS_CERTIFICATE"):
+            self.tls = ssl.create_default_context(cafile=certificate)
         with self.log_path.open("w") as log:
             self.process = subprocess.Popen([binary, *options], env=environment, stderr=log, pass_fds=pass_fds)
         self.port = int(wait_until(self._listening, "listening").group(1))
@@ -71,9 +75,14 @@ class Service:
             self.holder.cleanup()
         return status
 
+    def connect(self) -> http.client.HTTPConnection:
+        if self.tls:
+            return http.client.HTTPSConnection("localhost", self.port, timeout=BOUND, context=self.tls)
+        return http.client.HTTPConnection("127.0.0.1", self.port, timeout=BOUND)
+
     def call(self, method: str, path: str, body=None, token: str = "", headers=None):
         """The status, and the body as JSON where it is some."""
-        connection = http.client.HTTPConnection("127.0.0.1", self.port, timeout=BOUND)
+        connection = self.connect()
         fields = {"authorization": f"Bearer {token}"} if token else {}
         payload = None if body is None else body if isinstance(body, (bytes, str)) else json.dumps(body)
         try:
@@ -122,13 +131,24 @@ class Service:
         return [json.loads(line[6:]) for line in text.splitlines() if line.startswith("data: ")]
 
 
+def make_certificate(folder: Path) -> dict[str, str]:
+    """Of localhost, trusted by nobody else; as the settings name it."""
+    files = {"TLS_CERTIFICATE": str(folder / "certificate.pem"), "TLS_KEY": str(folder / "key.pem")}
+    subprocess.run(["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes",
+                    "-keyout", files["TLS_KEY"], "-out", files["TLS_CERTIFICATE"], "-days", "2", "-subj",
+                    "/CN=localhost", "-addext", "subjectAltName=DNS:localhost"], check=True, capture_output=True)
+    return files
+
+
 class Model(ThreadingHTTPServer):
     """An OpenAI-compatible upstream. `script` answers a request; what was asked and how it ended is kept."""
 
     daemon_threads = True
 
-    def __init__(self, script):
+    def __init__(self, script, tls: ssl.SSLContext | None = None):
         super().__init__(("127.0.0.1", 0), ModelHandler)
+        if tls:
+            self.socket = tls.wrap_socket(self.socket, server_side=True)
         self.script = script
         self.requests: list[dict] = []
         self.broken = threading.Event()  # a caller went away

@@ -9,16 +9,18 @@ import os
 import secrets
 import signal
 import socket
+import ssl
 import subprocess
 import sys
 import tempfile
 import threading
 import time
 import unittest
+from pathlib import Path
 
 sys.dont_write_bytecode = True
 
-from harness import BOUND, POSTGRESQL, Model, Service, wait_until  # noqa: E402
+from harness import BOUND, POSTGRESQL, Model, Service, make_certificate, wait_until  # noqa: E402
 
 BINARY = sys.argv.pop(1)
 QUESTION = {"question": "¿Cuándo es la reunión?", "appName": "Editor"}
@@ -228,6 +230,31 @@ class Upstream(Started):
             self.assertTrue(self.model.broken.wait(BOUND))
         wait_until(lambda: "dorix_service_streams 0" in self.service.call("GET", "/metrics")[1], "no stream is left")
 
+    def test_a_reader_that_does_not_read_holds_nobody_else_up(self):
+        piece = "x" * 60000
+
+        def script(handler, number):
+            handler.begin_stream()
+            for _ in range(10000 if number == 1 else 3):
+                handler.text(piece)
+            handler.done()
+
+        self.script = script
+        with self.open_stream():
+            wait_until(lambda: self.model.requests, "the first is under way")
+            time.sleep(0.5)
+            memory = self.resident()
+            started = time.monotonic()
+            for _ in range(5):
+                self.assertEqual(len(self.service.events(QUESTION, self.token)), 3)
+            self.assertLess(time.monotonic() - started, 5)
+            self.assertLess(self.resident() - memory, 300_000)  # a sanitizer keeps what was freed
+
+    def resident(self) -> int:
+        """In KiB."""
+        with open(f"/proc/{self.service.process.pid}/statm") as file:
+            return int(file.read().split()[1]) * 4
+
     def test_what_fails_before_the_first_byte_is_tried_again_and_nothing_after_it(self):
         def patchy(handler, number):
             if number < 3:
@@ -293,6 +320,82 @@ class Upstream(Started):
         self.assertEqual(self.service.process.wait(BOUND), 0)
 
 
+    def test_what_takes_longer_than_it_may_is_cut_at_the_end(self):
+        def script(handler, _):
+            handler.begin_stream()
+            while not self.model.broken.is_set():
+                handler.text("x")
+                time.sleep(0.01)
+
+        self.script = script
+        service = self.start(STOP_SECONDS="0", MODEL_URL=self.model.url, MODEL="small")
+        self.service, self.token = service, service.sign_in()
+        with self.open_stream() as connection:
+            while b"data: " not in connection.recv(65536):
+                pass
+            self.assertEqual(service.stop(), 0)
+            seen = b""
+            while piece := connection.recv(65536):
+                seen += piece
+        self.assertFalse(seen.endswith(b"0\r\n\r\n"), "a cut answer looks whole")
+
+
+class Tls(unittest.TestCase):
+    def setUp(self):
+        holder = tempfile.TemporaryDirectory()
+        self.addCleanup(holder.cleanup)
+        self.certificate = make_certificate(Path(holder.name))
+        self.script = lambda handler, _: handler.whole(json.dumps({"accion": "x", "titulo": "", "texto": "Hola."}))
+
+    def model(self, tls=None) -> Model:
+        model = Model(lambda handler, number: self.script(handler, number), tls)
+        self.addCleanup(model.server_close)
+        self.addCleanup(model.shutdown)
+        return model
+
+    def test_it_answers_over_tls_and_keeps_the_connection_while_it_watches_it(self):
+        model = self.model()
+        service = Service(BINARY, MODEL_URL=model.url, MODEL="small", **self.certificate)
+        self.addCleanup(service.stop)
+        token = service.sign_in()
+        write = json.dumps({"transcript": "hola", "appName": "x", "tone": "neutral", "allowAsk": False})
+        connection = service.connect()
+        sockets = set()
+        for _ in range(20):
+            connection.request("POST", "/v1/ai/write", write, {"authorization": f"Bearer {token}"})
+            answer = connection.getresponse()
+            self.assertEqual((answer.status, json.loads(answer.read())["texto"]), (200, "Hola."))
+            sockets.add(connection.sock.fileno() if connection.sock else None)
+        self.assertEqual(len(sockets - {None}), 1)
+
+        def endless(handler, _):
+            handler.begin_stream()
+            while not model.broken.is_set():
+                handler.text("x")
+                time.sleep(0.01)
+
+        self.script = endless
+        connection.request("POST", "/v1/ai/ask", json.dumps(QUESTION), {"authorization": f"Bearer {token}"})
+        answer = connection.getresponse()
+        self.assertTrue(answer.read(6).startswith(b"data: "))
+        answer.close()
+        connection.close()
+        self.assertTrue(model.broken.wait(BOUND))
+        self.assertEqual(service.call("GET", "/healthz")[0], 200)
+
+    def test_a_model_that_nobody_vouches_for_is_told_nothing(self):
+        context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
+        context.load_cert_chain(self.certificate["TLS_CERTIFICATE"], self.certificate["TLS_KEY"])
+        model = self.model(context)
+        address = model.url.replace("http://127.0.0.1", "https://localhost")
+        for extra, status, asked in (({}, 502, 0), ({"SSL_CERT_FILE": self.certificate["TLS_CERTIFICATE"]}, 200, 1)):
+            service = Service(BINARY, MODEL_URL=address, MODEL="small", extra=extra)
+            write = {"transcript": "hola", "appName": "x", "tone": "neutral", "allowAsk": False}
+            answer = service.call("POST", "/v1/ai/write", write, service.sign_in())
+            service.stop()
+            self.assertEqual((answer[0], len(model.requests)), (status, asked))
+
+
 class Hostile(Started):
     def status(self, answer: bytes) -> bytes:
         return answer.split(b"\r\n")[0]
@@ -354,6 +457,10 @@ class Hostile(Started):
         request = b"GET /healthz HTTP/1.1\r\nhost: x\r\n\r\n"
         answer = self.service.raw(request * 3)
         self.assertEqual(answer.count(b'{"ok":true}'), 3)
+        token = self.service.sign_in().encode()
+        old = self.service.raw(b"POST /v1/ai/ask HTTP/1.0\r\nauthorization: Bearer " + token +
+                               b"\r\ncontent-length: 34\r\n\r\n" + b'{"question":"Hola?","appName":"x"} ', until=b"}\n\n")
+        self.assertRegex(old, rb"(?s)^HTTP/1.1 200 OK\r\n.*\r\n\r\ndata: \{[^\n]*\}\n\n$")
         large = b'{"question": "x", "appName": "' + b"y" * 3_000_000 + b'"}'
         status, _ = self.service.call("POST", "/v1/ai/ask", large, self.service.sign_in(), {"Expect": "100-continue"})
         self.assertEqual(status, 200)

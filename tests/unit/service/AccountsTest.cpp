@@ -75,7 +75,23 @@ TEST_F(AccountsTest, LimitsHoldForAQuarterOfAnHour) {
     for (int i = 0; i < 15; ++i) EXPECT_EQ(verify("x", start + 900).error(), Refusal::codeRefused);
     EXPECT_EQ(verify(codeAt(start + 901), start + 901).error(), Refusal::tooManyTries);
     EXPECT_TRUE(verify(codeAt(start + 1800), start + 1800).has_value());
+}
+
+TEST_F(AccountsTest, WhoMayNotHaveAnAccountHasNoSessionEither) {
     EXPECT_FALSE(accounts_.requestCode(*database_, "eve@example.org", "10.0.0.3", start).value().has_value());
+    EXPECT_FALSE(accounts_.requestCode(*database_, localEmail, "10.0.0.3", start).value().has_value());
+    const Accounts open(
+        {.mayHaveAccount = [](auto) { return true; }, .sessionSeconds = day, .localSecret = "secret"});
+    const auto code = open.requestCode(*database_, "eve@example.org", "10.0.0.3", start).value().value().code;
+    EXPECT_EQ(verify(code, start, "eve@example.org").error(), Refusal::codeRefused);
+    const auto again =
+        open.requestCode(*database_, "eve@example.org", "10.0.0.3", start).value().value().code;
+    const auto eve = open.verify(*database_, "eve@example.org", again, "pc", "10.0.0.3", start).value().token;
+    const auto local = open.verify(*database_, localEmail, "secret", "pc", "127.0.0.1", start).value().token;
+    for (const auto& token : {eve, local}) {
+        EXPECT_TRUE(open.authenticate(*database_, token, start).has_value());
+        EXPECT_FALSE(isKnown(token, start));
+    }
 }
 
 TEST_F(AccountsTest, ASessionEndsWhenItIsLongUnused) {

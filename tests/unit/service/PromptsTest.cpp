@@ -1,8 +1,7 @@
-#include "service/ai/Prompts.h"
-
 #include "base/text/Text.h"
 #include "base/writing/Tones.h"
 #include "service/ai/ModelAnswer.h"
+#include "service/ai/Prompts.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -98,7 +97,8 @@ TEST(Prompts, KeepOrdersAndMaterialApartWhateverAStrangerWrote) {
         expectTwoRoles(messages);
         EXPECT_EQ(withoutBoundary(messages), system);
         EXPECT_EQ(sectionsOf(messages).size(), 9U);
-        for (const auto* name : {"pregunta", "aplicacion", "ventana", "seleccion", "actividad", "transcripcion"}) {
+        for (const auto* name :
+             {"pregunta", "aplicacion", "ventana", "seleccion", "actividad", "transcripcion"}) {
             EXPECT_EQ(section(messages, name), text) << name;
         }
 
@@ -134,7 +134,8 @@ TEST(Prompts, TellWhatIsAskedFor) {
     EXPECT_TRUE(writeMessages(request, boundary, Pictures::leftOut)[1]["content"].is_string());
 
     AskRequest ask{.question = "q", .mode = "meeting_summary"};
-    EXPECT_THAT(systemOf(askMessages(ask, Language::english, boundary, Pictures::sent)), HasSubstr("Decisiones"));
+    EXPECT_THAT(systemOf(askMessages(ask, Language::english, boundary, Pictures::sent)),
+                HasSubstr("Decisiones"));
     ask.mode = "meeting_live";
     const auto live = systemOf(askMessages(ask, Language::english, boundary, Pictures::sent));
     EXPECT_THAT(live, HasSubstr("«—»"));
@@ -143,16 +144,19 @@ TEST(Prompts, TellWhatIsAskedFor) {
 }
 
 TEST(ModelAnswer, IsFoundInWhatAModelWrites) {
-    const WriteAnswer expected{.accion = "escribir", .titulo = "Cita", .texto = "Quedamos el {martes}.\n\"Sí\""};
+    const WriteAnswer expected{
+        .accion = "escribir", .titulo = "Cita", .texto = "Quedamos el {martes}.\n\"Sí\""};
     const auto plain = toJson(expected).dump();
     for (const auto& answer :
          {plain, "```json\n" + plain + "\n```", "Claro, aquí está:\n" + plain + "\nEspero que sirva.",
-          "<think>{no} {\"accion\": 1}</think>" + plain, toJson({.texto = "borrador"}).dump() + "\n" + plain}) {
+          "<think>{no} {\"accion\": 1}</think>" + plain,
+          toJson({.texto = "borrador"}).dump() + "\n" + plain}) {
         EXPECT_EQ(readWriteAnswer(answer), expected) << answer;
     }
     for (const auto* answer :
          {"", "Quedamos el martes.", "{", "{\"accion\":\"escribir\",\"titulo\":\"\",\"texto\":\" \"}",
-          "{\"accion\":\"escribir\",\"texto\":\"a\"}", "{\"accion\":\"escribir\",\"titulo\":\"\",\"texto\":7}"}) {
+          "{\"accion\":\"escribir\",\"texto\":\"a\"}",
+          "{\"accion\":\"escribir\",\"titulo\":\"\",\"texto\":7}"}) {
         EXPECT_FALSE(readWriteAnswer(answer)) << answer;
     }
     EXPECT_EQ(readWriteAnswer(R"({"accion":"preguntar","titulo":"","texto":""})")->accion, WriteAnswer::ask);

@@ -1,6 +1,5 @@
-#include "service/ai/Requests.h"
-
 #include "base/Json.h"
+#include "service/ai/Requests.h"
 
 #include <gtest/gtest.h>
 
@@ -80,7 +79,8 @@ TEST(Requests, AreRefusedWithTheNameOfWhatIsWrong) {
     EXPECT_EQ(writeError({{"transcript", 7}}), error(wrongType, "transcript"));
     EXPECT_EQ(writeError({{"tone", "sarcastico"}}), error(unknown, "tone"));
     EXPECT_EQ(writeError({{"allowAsk", "true"}}), error(wrongType, "allowAsk"));
-    EXPECT_EQ(writeError({{"style", {{"notes", ""}, {"examples", {1}}}}}), error(wrongType, "style.examples"));
+    EXPECT_EQ(writeError({{"style", {{"notes", ""}, {"examples", {1}}}}}),
+              error(wrongType, "style.examples"));
     EXPECT_EQ(writeError({{"transcript", std::string(200'001, 'x')}}), error(tooLong, "transcript"));
     for (const auto* picture : {"", "aG9sYQ==", "not base64!", "/9j/", "iVBORw0KGgo="}) {
         EXPECT_EQ(writeError({{"screenshot", picture}}), error(notPicture, "screenshot")) << picture;
