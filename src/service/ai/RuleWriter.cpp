@@ -19,9 +19,9 @@ constexpr double leastFaithfulness = 0.3;
 
 Tokens rewritten(Tokens tokens, const WriteRequest& request) {
     const auto spoken = spokenIn(request.transcript);
-    tokens = withoutFillers(std::move(tokens), spoken);
     if (spoken != Spoken{}) {
-        tokens = withSpokenMarks(withoutCorrected(tokens));
+        tokens = withoutCorrected(withoutHesitations(std::move(tokens), spoken));
+        tokens = withSpokenMarks(withoutAsides(std::move(tokens), spoken));
         tokens = withLists(std::move(tokens));
     }
     if (request.tone == "profesional") frameLetter(tokens);
@@ -29,12 +29,13 @@ Tokens rewritten(Tokens tokens, const WriteRequest& request) {
     return tokens;
 }
 
-/// The first words of what the text is about, which its greeting is not.
+/// The first words of the line that tells what the text is about, which its greeting does not.
 std::string titleOf(const Tokens& tokens) {
     std::vector<std::string_view> words;
     for (const auto& token : tokens) {
         if (token.gap == Gap::paragraph && words.size() < titleWords / 2) words.clear();
-        if (words.size() < titleWords) words.push_back(token.text);
+        if (words.size() == titleWords || (token.gap != Gap::blank && !words.empty())) break;
+        words.push_back(token.text);
     }
     const auto joined = text::join(words, " ");
     return text::capitalizeFirst(text::trimAny(joined, ".,;:"));

@@ -30,7 +30,7 @@ TEST(RuleWriter, DropsFillersThatMeanNothing) {
              {"Bueno, pues, quedamos el lunes, ¿vale?", "Quedamos el lunes."},
              {"um I think uh we should go", "I think we should go."},
              {"Well, you know, it works.", "It works."},
-             {"Ese informe está listo, este, y aquel también", "Ese informe está listo, y aquel también."},
+             {"Ese informe está listo, este, y aquel también", "Ese informe está listo y aquel también."},
              {"Este informe está listo", "Este informe está listo."},
              {"bueno es saberlo", "Bueno es saberlo."},
              {"el el informe de de ventas", "El informe de ventas."},
@@ -38,8 +38,10 @@ TEST(RuleWriter, DropsFillersThatMeanNothing) {
              {"¿eh?", "¿Eh?"},
              {"eh", "Eh"},
              {"Um acht Uhr will ich in das Büro", "Um acht Uhr will ich in das Büro."},
-             {"I like it, like, a lot", "I like it, a lot."},
+             {"I like it, like, a lot", "I like it a lot."},
              {"I like it", "I like it."},
+             {"Hola Ana, eh, te llamo luego", "Hola Ana, te llamo luego."},
+             {"bueno pues eh mira lo que dice", "Mira lo que dice."},
              {"vale", "Vale"},
          }))
         EXPECT_EQ(written(said), text) << said;
@@ -62,6 +64,8 @@ TEST(RuleWriter, KeepsTheCorrectionOnlyWhereItIsOne) {
              {"Mándalo el lunes, borra eso, mándalo el martes", "Mándalo el martes."},
              {"Send it Monday, scratch that, send it on Friday", "Send it on Friday."},
              {"paso por la mañana, no, no, por la tarde", "Paso por la tarde."},
+             {"send it to Mark, I mean, to Mike", "Send it to Mike."},
+             {"quedamos el martes, eh, no, el miércoles", "Quedamos el miércoles."},
              // What was meant stays.
              {"quedamos el martes, no el miércoles", "Quedamos el martes, no el miércoles."},
              {"quedamos el martes no el miércoles", "Quedamos el martes no el miércoles."},
@@ -90,6 +94,8 @@ TEST(RuleWriter, WritesMarksThatAreDictatedAndWordsThatAreNot) {
              {"abre interrogación cómo estás cierra interrogación bien", "¿Cómo estás? Bien."},
              {"acaba aquí punto y aparte empieza otra cosa", "Acaba aquí.\nEmpieza otra cosa."},
              {"dear team comma new paragraph the build works period", "Dear team,\n\nThe build works."},
+             {"hello John comma thanks for the update period talk to you soon period",
+              "Hello John, thanks for the update. Talk to you soon."},
              {"is it ready question mark", "Is it ready?"},
              {"nuevo párrafo", "Nuevo párrafo"},
              {"trae dos puntos pan coma leche punto y coma y vino", "Trae: pan, leche; y vino."},

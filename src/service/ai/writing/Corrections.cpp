@@ -23,8 +23,6 @@ struct Found {
     bool isSentence = false;  // what was taken back ended in a full stop
 };
 
-bool isPause(const std::string& closing) { return closing == "," || closing == "..." || closing == "…"; }
-
 /// The cue at `at`; `written` is what was said before it.
 std::optional<Found> cueAt(const Tokens& tokens, std::size_t at, const Tokens& written) {
     static const PhraseTable<words::Cue> cues(words::cues());
@@ -35,15 +33,15 @@ std::optional<Found> cueAt(const Tokens& tokens, std::size_t at, const Tokens& w
         if (cue == nullptr) break;
         found.end += wordsIn(cue->phrase);
         found.isClear |= cue->isClear;
-        const auto& closing = tokens[found.end - 1].closing;
-        if (!closing.empty() && !isPause(closing)) return std::nullopt;
-        pauses = isPause(closing);
+        const auto& last = tokens[found.end - 1];
+        if (last.endsClause() && !isPause(last)) return std::nullopt;
+        pauses = isPause(last);
     }
     if (found.end == at || found.end == tokens.size() || tokens[at].gap != Gap::blank) return std::nullopt;
-    const auto& before = written.back().closing;
-    found.isSentence = before == ".";
+    const auto& before = written.back();
+    found.isSentence = before.closing == ".";
     found.isApart = pauses && (isPause(before) || found.isSentence);
-    if (!found.isApart && (!before.empty() || !found.isClear)) return std::nullopt;
+    if (!found.isApart && (before.endsClause() || !found.isClear)) return std::nullopt;
     return found;
 }
 

@@ -108,6 +108,10 @@ bool beginsSentence(const Tokens& tokens, std::size_t at) {
     return at == 0 || tokens[at].gap != Gap::blank || tokens[at - 1].endsSentence();
 }
 
+bool isPause(const Token& token) {
+    return token.closing == "," || token.closing == "..." || token.closing == "…";
+}
+
 bool isAbbreviation(const Token& token) {
     return token.closing == "." && words::abbreviations().contains(token.key);
 }

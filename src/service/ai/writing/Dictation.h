@@ -18,8 +18,9 @@ struct Token {
     std::string marker;   // of a list: "1. " or "- "
     std::string opening;  // punctuation
     std::string text;
-    std::string closing;  // punctuation
-    std::string key;      // the text folded, to be looked up
+    std::string closing;      // punctuation
+    std::string key;          // the text folded, to be looked up
+    bool pausesOnly = false;  // the comma behind it set a filler apart, which is gone
 
     bool endsClause() const { return !closing.empty(); }
     bool endsSentence() const;
@@ -35,6 +36,9 @@ std::string keyOf(std::string_view word);
 
 /// Whether the word at `at` begins a sentence or a line.
 bool beginsSentence(const Tokens& tokens, std::size_t at);
+
+/// Whether nothing but a pause is behind it.
+bool isPause(const Token& token);
 
 /// Whether its full stop is its own, as in "Sr.".
 bool isAbbreviation(const Token& token);

@@ -4,6 +4,9 @@
 #include "service/ai/writing/PhraseTable.h"
 #include "service/ai/writing/WritingWords.h"
 
+#include <algorithm>
+#include <vector>
+
 namespace dorix::service {
 
 namespace {
@@ -12,38 +15,77 @@ bool isNumber(const Token& token) {
     return !token.text.empty() && token.text.back() >= '0' && token.text.back() <= '9';
 }
 
-/// Finds the fillers of one dictation.
+/// The fillers of a language.
+struct Table {
+    const WordSet& hesitations;
+    Phrases asides;
+    Phrases openers;
+};
+
+const Table& spanish() {
+    static const Table table{words::spanishHesitations(), Phrases(words::spanishAsides()),
+                             Phrases(words::spanishOpeners())};
+    return table;
+}
+
+const Table& english() {
+    static const Table table{words::englishHesitations(), Phrases(words::englishAsides()),
+                             Phrases(words::englishOpeners())};
+    return table;
+}
+
+/// Finds the fillers of one dictation. Both tell how many words from `at` on are one, or 0 where they mean
+/// something; `written` is what remains of the words before.
 class Fillers {
  public:
-    Fillers(const Tokens& tokens, Spoken spoken) : tokens_(tokens), spoken_(spoken) {}
+    Fillers(const Tokens& tokens, Spoken spoken) : tokens_(tokens) {
+        if (spoken.spanish) tables_.push_back(&spanish());
+        if (spoken.english) tables_.push_back(&english());
+    }
 
-    /// How many words from `at` on are a filler; 0 when they mean something. `written` is what remains of the
-    /// words before.
-    std::size_t at(std::size_t at, const Tokens& written) const {
+    /// A sound, also with the opening filler before it, or a small word said again.
+    std::size_t hesitation(std::size_t at, const Tokens& written) const {
         if (isHesitation(at) || isStutter(at, written)) return 1;
-        const bool begins = written.empty() || written.back().endsClause();
-        if (!begins && tokens_[at].gap == Gap::blank) return 0;
-        const bool opens = written.empty() || written.back().endsSentence();
-        std::size_t words = 0;
-        if (spoken_.spanish) words = aside(at, opens, spanish());
-        if (words == 0 && spoken_.english) words = aside(at, opens, english());
-        return words > 0 ? words : closer(at, written);
+        if (!opensSentence(at, written)) return 0;
+        for (const auto* table : tables_) {
+            const auto words = table->openers.wordsAt(tokens_, at);
+            const auto next = at + words;
+            const bool runsOn = words > 0 && next < tokens_.size() && tokens_[next - 1].closing.empty();
+            if (runsOn && isHesitation(next)) return words;
+        }
+        return 0;
+    }
+
+    /// A phrase that pauses set apart.
+    std::size_t aside(std::size_t at, const Tokens& written) const {
+        const bool begins = written.empty() || written.back().endsClause() || tokens_[at].gap != Gap::blank;
+        if (!begins) return 0;
+        const bool opens = opensSentence(at, written);
+        if (const auto words = pair(at, opens)) return words;
+        for (const auto* table : tables_) {
+            if (const auto words = table->asides.wordsAt(tokens_, at); isCut(at, words)) return words;
+            const auto words = opens ? table->openers.wordsAt(tokens_, at) : 0;
+            if (isCut(at, words)) return words;
+        }
+        return closer(at, written);
     }
 
  private:
+    bool opensSentence(std::size_t at, const Tokens& written) const {
+        return written.empty() || written.back().endsSentence() || tokens_[at].gap != Gap::blank;
+    }
+
     bool isHesitation(std::size_t at) const {
         const auto& token = tokens_[at];
         if (token.closing.find('?') != std::string::npos) return false;  // "¿eh?" asks something
         if (at > 0 && isNumber(tokens_[at - 1])) return false;           // "10 mm"
-        return words::hesitations().contains(token.key) ||
-               (spoken_.spanish && words::spanishHesitations().contains(token.key)) ||
-               (spoken_.english && words::englishHesitations().contains(token.key) && isLowerOrFirst(at));
+        if (isCapitals(token.text)) return false;                        // "ER" and "UM" name something
+        const auto knows = [&](const auto* table) { return table->hesitations.contains(token.key); };
+        return words::hesitations().contains(token.key) || std::ranges::any_of(tables_, knows);
     }
 
-    /// "ER" and "UM" name something.
-    bool isLowerOrFirst(std::size_t at) const {
-        const auto& text = tokens_[at].text;
-        return text.size() < 2 || text[1] < 'A' || text[1] > 'Z';
+    static bool isCapitals(std::string_view text) {
+        return text.size() > 1 && text[1] >= 'A' && text[1] <= 'Z';
     }
 
     bool isStutter(std::size_t at, const Tokens& written) const {
@@ -51,38 +93,17 @@ class Fillers {
                tokens_[at].opening.empty() && words::stutters().contains(tokens_[at].key);
     }
 
-    /// The fillers of a language.
-    struct Table {
-        Phrases asides;
-        Phrases openers;
-    };
-
-    static const Table& spanish() {
-        static const Table table{Phrases(words::spanishAsides()), Phrases(words::spanishOpeners())};
-        return table;
+    /// Two opening fillers, which need no pause.
+    std::size_t pair(std::size_t at, bool opens) const {
+        static const Phrases pairs(words::openerPairs());
+        const auto words = opens ? pairs.wordsAt(tokens_, at) : 0;
+        return at + words < tokens_.size() ? words : 0;
     }
 
-    static const Table& english() {
-        static const Table table{Phrases(words::englishAsides()), Phrases(words::englishOpeners())};
-        return table;
-    }
-
-    /// A phrase with a comma behind it, or one that opens the sentence with another filler behind it.
-    std::size_t aside(std::size_t at, bool opens, const Table& table) const {
-        if (const auto words = table.asides.wordsAt(tokens_, at); words > 0 && isCut(at + words))
-            return words;
-        const auto words = opens ? table.openers.wordsAt(tokens_, at) : 0;
-        const auto next = at + words;
-        if (words == 0 || next >= tokens_.size()) return 0;
-        const bool meetsFiller = tokens_[next - 1].closing.empty() && isHesitation(next);
-        return isCut(next) || meetsFiller ? words : 0;
-    }
-
-    /// Whether a pause separates the word at `next` from what is before it.
-    bool isCut(std::size_t next) const {
-        if (next >= tokens_.size()) return false;
-        const auto& closing = tokens_[next - 1].closing;
-        return closing == "," || closing == "..." || closing == "…";
+    /// Whether a pause separates so many words from what follows.
+    bool isCut(std::size_t at, std::size_t words) const {
+        if (words == 0 || at + words >= tokens_.size()) return false;
+        return isPause(tokens_[at + words - 1]);
     }
 
     /// "…, vale" at the very end.
@@ -94,34 +115,26 @@ class Fillers {
     }
 
     const Tokens& tokens_;
-    Spoken spoken_;
+    std::vector<const Table*> tables_;
 };
 
 /// A filler takes its own comma along; a full stop behind it ends the sentence before it.
 void settle(Token& last, const Token& filler) {
+    if (last.closing == "," && isPause(filler)) last.pausesOnly = true;
     const bool isStop = filler.endsSentence() || filler.closing == ";" || filler.closing == ":";
-    if (last.endsSentence() || !isStop) return;
+    if (last.endsSentence() || !isStop || isPause(filler)) return;
     if (last.closing.ends_with(',')) last.closing.pop_back();
     const bool asked = filler.closing.find('?') != std::string::npos;
     last.closing += asked ? "." : filler.closing;
 }
 
-}  // namespace
-
-Spoken spokenIn(std::string_view transcript) {
-    if (isForeign(transcript)) return {};
-    const auto language = languageOf(transcript);
-    if (!language) return {.spanish = true, .english = true};
-    return {.spanish = language == Language::spanish, .english = language == Language::english};
-}
-
-Tokens withoutFillers(Tokens tokens, Spoken spoken) {
-    if (!spoken.spanish && !spoken.english) return tokens;
-    const Fillers fillers(tokens, spoken);
+/// The dictation without what `find` finds, or as it is where nothing else was said.
+template <typename Find>
+Tokens without(Tokens tokens, Find find) {
     Tokens written;
     Token gone;
     for (std::size_t at = 0; at < tokens.size();) {
-        if (const auto words = fillers.at(at, written)) {
+        if (const auto words = find(at, written)) {
             handOver(tokens[at], gone);
             at += words;
             if (!written.empty()) settle(written.back(), tokens[at - 1]);
@@ -134,6 +147,41 @@ Tokens withoutFillers(Tokens tokens, Spoken spoken) {
     if (written.empty()) return tokens;
     if (written.back().closing.ends_with(',') && !tokens.back().closing.ends_with(','))
         written.back().closing.pop_back();
+    return written;
+}
+
+/// Takes out the commas that only set a filler apart. The one behind "Hola, Ana" stands by itself.
+void closePauses(Tokens& tokens) {
+    static const Phrases greetings(words::greetings());
+    bool greets = false;
+    for (std::size_t at = 0; at < tokens.size(); ++at) {
+        if (beginsSentence(tokens, at)) greets = greetings.wordsAt(tokens, at) > 0;
+        if (tokens[at].pausesOnly && tokens[at].closing == "," && !greets) tokens[at].closing.clear();
+    }
+}
+
+}  // namespace
+
+Spoken spokenIn(std::string_view transcript) {
+    if (isForeign(transcript)) return {};
+    const auto language = languageOf(transcript);
+    if (!language) return {.spanish = true, .english = true};
+    return {.spanish = language == Language::spanish, .english = language == Language::english};
+}
+
+Tokens withoutHesitations(Tokens tokens, Spoken spoken) {
+    if (spoken == Spoken{}) return tokens;
+    const Fillers fillers(tokens, spoken);
+    return without(tokens,
+                   [&](std::size_t at, const Tokens& written) { return fillers.hesitation(at, written); });
+}
+
+Tokens withoutAsides(Tokens tokens, Spoken spoken) {
+    if (spoken == Spoken{}) return tokens;
+    const Fillers fillers(tokens, spoken);
+    auto written =
+        without(tokens, [&](std::size_t at, const Tokens& before) { return fillers.aside(at, before); });
+    closePauses(written);
     return written;
 }
 

@@ -15,8 +15,11 @@ struct Spoken {
 /// What a dictation is in; both where it does not say, neither where it is in another language.
 Spoken spokenIn(std::string_view transcript);
 
-/// The dictation without hesitations, fillers that stand apart and small words said twice. It keeps one word
-/// at least.
-Tokens withoutFillers(Tokens tokens, Spoken spoken);
+/// The dictation without sounds that are no words and small words said twice. One word stays at least.
+Tokens withoutHesitations(Tokens tokens, Spoken spoken);
+
+/// The dictation without the words that pauses set apart and that say nothing. They may also announce a
+/// correction, so corrections come first. One word stays at least.
+Tokens withoutAsides(Tokens tokens, Spoken spoken);
 
 }  // namespace dorix::service

@@ -36,7 +36,7 @@ std::string withoutStops(std::string_view closing) {
 /// Walks a dictation, and knows at each word whether a mark is dictated there.
 class Marks {
  public:
-    explicit Marks(const Tokens& tokens) : tokens_(tokens) { dictatesMarks_ = hasClearMark(); }
+    explicit Marks(const Tokens& tokens) : tokens_(tokens) { dictatesMarks_ = showsHabit(); }
 
     const SpokenMark* at(std::size_t at) const {
         static const PhraseTable<SpokenMark> table(spokenMarks());
@@ -45,10 +45,13 @@ class Marks {
     }
 
  private:
-    bool hasClearMark() const {
+    /// Whether a mark was dictated that is nothing else, or two that hardly are.
+    bool showsHabit() const {
+        int likely = 0;
         for (std::size_t at = 0; at < tokens_.size(); ++at) {
             const auto* mark = this->at(at);
-            if (mark != nullptr && mark->certainty == Certainty::clear) return true;
+            if (mark == nullptr) continue;
+            if (mark->certainty == Certainty::clear || ++likely == 2) return true;
         }
         return false;
     }

@@ -45,6 +45,12 @@ std::span<const std::string_view> englishOpeners() {
     return rows;
 }
 
+std::span<const std::string_view> openerPairs() {
+    static constexpr auto rows = std::to_array<std::string_view>({"bueno pues", "pues bueno", "vale pues", "okay so",
+                                                                  "ok so", "well so", "so yeah"});
+    return rows;
+}
+
 std::span<const std::string_view> closers() {
     static constexpr auto rows = std::to_array<std::string_view>({"vale", "eh", "okay", "you know"});
     return rows;

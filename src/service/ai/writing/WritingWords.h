@@ -17,9 +17,11 @@ const WordSet& englishHesitations();
 /// Fillers where commas, or an end of the text, set them apart at both sides.
 std::span<const std::string_view> spanishAsides();
 std::span<const std::string_view> englishAsides();
-/// Fillers at the beginning, with a comma or another filler behind them.
+/// Fillers at the beginning, with a comma or a hesitation behind them.
 std::span<const std::string_view> spanishOpeners();
 std::span<const std::string_view> englishOpeners();
+/// Two of those, which need nothing behind them.
+std::span<const std::string_view> openerPairs();
 /// Fillers at the end, behind a comma.
 std::span<const std::string_view> closers();
 
