@@ -6,10 +6,13 @@ namespace dorix {
 
 std::string APIError::localizedDescription() const {
     switch (kind_) {
-        case Kind::notLoggedIn: return tr("Entra en tu cuenta de DORIX para seguir.");
-        case Kind::offline: return tr("Sin conexión con DORIX. Revisa tu internet.");
+        case Kind::notLoggedIn:
+            return tr("Entra en tu cuenta de DORIX para seguir.");
+        case Kind::offline:
+            return tr("Sin conexión con DORIX. Revisa tu internet.");
         case Kind::limited:
-        case Kind::server: break;
+        case Kind::server:
+            break;
     }
     return message_;
 }

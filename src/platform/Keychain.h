@@ -11,8 +11,8 @@ namespace dorix {
 
 /// The user's secrets, by account; kept across runs, and from other users. Main executor, which is never
 /// blocked: what was begun first is done first, and within some seconds, also when its task is cancelled
-/// meanwhile. Nothing throws: a secret that cannot be read is absent, and one that cannot be kept is lost with
-/// a line in the log. Values are in UTF-8; one that is not is absent.
+/// meanwhile. Nothing throws: a secret that cannot be read is absent, and one that cannot be kept is lost
+/// with a line in the log. Values are in UTF-8; one that is not is absent.
 class Keychain {
  public:
     virtual ~Keychain() = default;

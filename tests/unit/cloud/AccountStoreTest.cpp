@@ -22,7 +22,9 @@ class AccountStoreTest : public testing::Test {
 
     void start() {
         account.emplace(executor, api, keychain, defaults, "Mesa");
-        account->onNeedsAttention = [this](const APIError& error) { attention = error.localizedDescription(); };
+        account->onNeedsAttention = [this](const APIError& error) {
+            attention = error.localizedDescription();
+        };
         executor.runPosted();
     }
     auto run(Task<void> task) {
@@ -33,9 +35,8 @@ class AccountStoreTest : public testing::Test {
     void keep(const std::string& token) { run(keychain.save("session-token", token)); }
     std::optional<std::string> kept() {
         std::optional<std::string> token;
-        run([](Keychain& from, auto& into) -> Task<void> {
-            into = co_await from.read("session-token");
-        }(keychain, token));
+        run([](Keychain& from, auto& into) -> Task<void> { into = co_await from.read("session-token"); }(
+                                               keychain, token));
         return token;
     }
     void answer(int status, const std::string& body) {

@@ -14,7 +14,9 @@ namespace {
 using testing::ElementsAre;
 
 std::string event(const std::string& json) { return "data: " + json + "\n\n"; }
-std::string textEvent(const std::string& text) { return event(R"({"type":"text","text":")" + text + R"("})"); }
+std::string textEvent(const std::string& text) {
+    return event(R"({"type":"text","text":")" + text + R"("})");
+}
 
 class EventStreamReaderTest : public testing::Test {
  protected:
@@ -40,8 +42,9 @@ TEST_F(EventStreamReaderTest, TheTextGrowsEventByEvent) {
     EXPECT_THAT(texts, ElementsAre("Ho", "Hola ñ", "Hola ñ"));
     EXPECT_EQ(read(""), "");
     EXPECT_EQ(read(R"(data: {"type":"text","text":"without a line end"})"), "without a line end");
-    EXPECT_EQ(read("data: {\"type\":\"text\",\"text\":\"a\"}\r\n\r\ndata: {\"type\":\"text\",\"text\":\"b\"}\r\r"),
-              "ab");
+    EXPECT_EQ(
+        read("data: {\"type\":\"text\",\"text\":\"a\"}\r\n\r\ndata: {\"type\":\"text\",\"text\":\"b\"}\r\r"),
+        "ab");
 }
 
 TEST_F(EventStreamReaderTest, WhatIsNoEventOfOursIsPassedOver) {
@@ -57,9 +60,9 @@ TEST_F(EventStreamReaderTest, WhatIsNoEventOfOursIsPassedOver) {
 }
 
 TEST_F(EventStreamReaderTest, AnErrorEndsIt) {
-    EXPECT_EQ(read(textEvent("some") + event(R"({"type":"error","message":"No hay modelo."})") +
-                   textEvent("more")),
-              "failed: No hay modelo.");
+    EXPECT_EQ(
+        read(textEvent("some") + event(R"({"type":"error","message":"No hay modelo."})") + textEvent("more")),
+        "failed: No hay modelo.");
     EXPECT_THAT(texts, ElementsAre("some"));
     EXPECT_EQ(read(event(R"({"type":"error"})")), "failed: Error");
 }
