@@ -139,11 +139,10 @@ bool isOnThisComputer(const std::string& address) {
     return host == "127.0.0.1" || host == "localhost" || host == "::1";
 }
 
-std::optional<std::string> configuredServer(const UserDefaults& defaults, const Json& packaged) {
-    if (auto chosen = defaults.string(DorixAPI::serverKey)) return chosen;
-    const auto* shipped = packaged.is_object() ? stringAt(packaged, DorixAPI::serverKey) : nullptr;
-    if (shipped == nullptr) return std::nullopt;
-    return *shipped;
+std::optional<std::string> configuredServer(const UserDefaults& defaults,
+                                            std::optional<std::string> packaged) {
+    auto chosen = defaults.string(DorixAPI::serverKey);
+    return chosen ? chosen : packaged;
 }
 
 }  // namespace dorix

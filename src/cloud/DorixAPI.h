@@ -91,8 +91,9 @@ bool isServerAddress(const std::string& address);
 /// Whether what is sent there does not leave this computer.
 bool isOnThisComputer(const std::string& address);
 
-/// The service's address by the key "DORIXServerURL": the user's, or else that of the package's
-/// configuration.
-std::optional<std::string> configuredServer(const UserDefaults& defaults, const Json& packaged);
+/// The service's address: the user's, by the key "DORIXServerURL", or else the one that the program came
+/// with.
+std::optional<std::string> configuredServer(const UserDefaults& defaults,
+                                            std::optional<std::string> packaged);
 
 }  // namespace dorix

@@ -14,6 +14,8 @@ class EventPoster;
 class Executor;
 class FileReplacer;
 class HotKeyRegistrar;
+class HttpClient;
+class Keychain;
 class KeyEventMonitors;
 class LoginItem;
 class MouseEventMonitors;
@@ -43,7 +45,10 @@ struct SystemLanguages {
 struct Platform {
     Executor& executor;
     UserDefaults& defaults;
+    /// The cloud service's address as the package or the administrator has set it; none where they have not.
+    std::optional<std::string> packagedServer;
     SystemLanguages languages;
+    std::string computerName;        // as the user calls it
     std::filesystem::path userData;  // the folder in which programs keep a folder each for the user's data
     KeyEventMonitors& keyEvents;
     MouseEventMonitors& mouseEvents;
@@ -61,6 +66,8 @@ struct Platform {
     Notifications& notifications;
     StatusItem& statusItem;
     UrlOpener& urls;
+    HttpClient& http;
+    Keychain& keychain;
     SavePanel& savePanel;
     FileReplacer& files;
     SessionState& session;

@@ -5,6 +5,7 @@
 #include "base/async/Timeout.h"
 #include "localdata/Language.h"
 #include "overlay/Icon.h"
+#include "platform/Keychain.h"
 #include "platform/Processes.h"
 #include "platform/SessionState.h"
 #include "platform/StatusItem.h"
@@ -12,8 +13,9 @@
 namespace dorix {
 
 namespace {
+constexpr const char* formerSecret = "claude-api-key";  // of earlier versions; nobody uses it any more
 constexpr double exportPatience = 10;  // seconds; an export that takes longer leaves the file as it was
-}
+}  // namespace
 
 AppController::AppController(const Platform& platform)
     : platform_(platform),
@@ -21,6 +23,9 @@ AppController::AppController(const Platform& platform)
       history_(database_),
       permissions_(platform.executor, platform.grants),
       speech_(platform.executor, platform.audio, platform.recognition),
+      api_(platform.executor, platform.http, platform.keychain,
+           configuredServer(platform.defaults, platform.packagedServer)),
+      account_(platform.executor, api_, platform.keychain, platform.defaults, platform.computerName),
       clipboard_(platform.executor, platform.pasteboard),
       inserter_({platform.executor, clipboard_, platform.pasteboard, platform.events, platform.workspace}),
       selection_(platform.executor, platform.accessibility, clipboard_, platform.pasteboard, platform.events,
@@ -39,18 +44,22 @@ AppController::AppController(const Platform& platform)
       firstRunHint_(platform.executor, platform.defaults, state_),
       toasts_(state_, settings_, dictation_),
       sessionNotice_(platform.session, platform.defaults, platform.notifications, dictation_),
+      accountNotice_(windows, dictation_),
       keys_(platform.executor, platform.keyEvents, platform.hotKeys, state_, settings_, permissions_, speech_,
             dictation_),
       tasks_(platform.executor) {
+    account_.onNeedsAttention = [this](const APIError& error) { accountNotice_.tell(error); };
     inserter_.mayType = [this] { return !platform_.session.locked.get(); };
 }
 
 void AppController::applicationDidFinishLaunching() {
+    tasks_.spawn(platform_.keychain.remove(formerSecret));
     keys_.install();
     windows.icon->place();
     windows.icon->show();
     showStatusItem();
     keys_.listen();
+    account_.startRefreshing();
     tasks_.spawn(prepareSpeech());
     firstRunHint_.show(FirstRunHint::Forced::no);
     tasks_.spawn(sessionNotice_.tell());

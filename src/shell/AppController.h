@@ -2,6 +2,8 @@
 
 #include "base/async/SerialExecutor.h"
 #include "base/async/TaskScope.h"
+#include "cloud/AccountStore.h"
+#include "cloud/DorixAPI.h"
 #include "context/TextInsertion.h"
 #include "context/TextSelection.h"
 #include "context/UserClipboard.h"
@@ -67,6 +69,7 @@ class AppController {
     SettingsStore& settings() { return settings_; }
     SpeechInput& speech() { return speech_; }
     HistoryPanel& panel() { return panel_; }
+    AccountStore& account() { return account_; }
     Toasts& toasts() { return toasts_; }
 
  private:
@@ -81,6 +84,8 @@ class AppController {
     HistoryStore history_;
     Permissions permissions_;
     SpeechEngine speech_;
+    DorixAPI api_;
+    AccountStore account_;
     BasicWriter writer_;
     UserClipboard clipboard_;
     TextInserter inserter_;
@@ -100,6 +105,7 @@ class AppController {
     FirstRunHint firstRunHint_;
     Toasts toasts_;
     LimitedSessionNotice sessionNotice_;
+    AccountNotice accountNotice_;
     Keys keys_;
     const IconVerbs iconVerbs_ = iconVerbs();
     std::optional<EventTrace> trace_;

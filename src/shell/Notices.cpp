@@ -1,8 +1,10 @@
 #include "shell/Notices.h"
 
+#include "cloud/APIError.h"
 #include "dictation/DictationController.h"
 #include "localdata/Language.h"
 #include "localdata/SettingsStore.h"
+#include "overlay/AppWindow.h"
 #include "platform/Notifications.h"
 
 namespace dorix {
@@ -13,6 +15,7 @@ constexpr double timesShown = 3;
 constexpr double secondsShown = 6.0;
 constexpr const char* limitsToldKey = "limitedSessionTold";
 constexpr double secondsToRead = 12.0;
+constexpr double secondsForAccount = 3.0;
 }  // namespace
 
 bool Toasts::show(const std::string& text) {
@@ -45,6 +48,25 @@ Task<void> LimitedSessionNotice::tell() {
         dictation_.flash(HUDPhase::info(text), secondsToRead);
     }
     defaults_.set(limitsToldKey, true);
+}
+
+AccountNotice::AccountNotice(const AppWindows& windows, DictationController& dictation)
+    : windows_(windows),
+      dictation_(dictation),
+      busy_(dictation.busy().subscribe([this](bool) { openWhenFree(); })),
+      recording_(dictation.isShown().subscribe([this](bool) { openWhenFree(); })) {}
+
+void AccountNotice::tell(const APIError& error) {
+    dictation_.flash(HUDPhase::error(error.localizedDescription()), secondsForAccount);
+    opens_ = true;
+    openWhenFree();
+}
+
+void AccountNotice::openWhenFree() {
+    if (!opens_ || dictation_.busy().get() || dictation_.isRecording()) return;
+    opens_ = false;
+    windows_.account->place();
+    windows_.account->show();
 }
 
 }  // namespace dorix

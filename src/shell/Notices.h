@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Observable.h"
 #include "base/async/Task.h"
 #include "base/async/Timer.h"
 #include "dictation/AppState.h"
@@ -10,6 +11,8 @@
 
 namespace dorix {
 
+struct AppWindows;
+class APIError;
 class DictationController;
 class Notifications;
 class SettingsStore;
@@ -64,6 +67,26 @@ class LimitedSessionNotice {
     UserDefaults& defaults_;
     Notifications& notifications_;
     DictationController& dictation_;
+};
+
+/// Tells the user that the session needs them, and opens the account window for it: once no words are on
+/// their way to the window that has the keyboard. Main executor; what it is given outlives it.
+class AccountNotice {
+ public:
+    AccountNotice(const AppWindows& windows, DictationController& dictation);
+    AccountNotice(const AccountNotice&) = delete;
+    AccountNotice& operator=(const AccountNotice&) = delete;
+
+    void tell(const APIError& error);
+
+ private:
+    void openWhenFree();
+
+    const AppWindows& windows_;
+    DictationController& dictation_;
+    bool opens_ = false;
+    const Subscription busy_;
+    const Subscription recording_;
 };
 
 }  // namespace dorix

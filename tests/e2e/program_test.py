@@ -9,8 +9,10 @@ import shutil
 import signal
 import subprocess
 import sys
+import threading
 import time
 import unittest
+from http.server import BaseHTTPRequestHandler, HTTPServer
 from pathlib import Path
 
 sys.dont_write_bytecode = True
@@ -116,6 +118,35 @@ class Program:
         return self._desktop.wait(20)
 
 
+class Service:
+    """Stands in for the cloud service: knows every session at first, and none from the time that it is told to forget."""
+
+    def __init__(self):
+        self.authorizations: list[str] = []
+        self.knows_session = True
+        service = self
+
+        class Handler(BaseHTTPRequestHandler):
+            def do_GET(self):
+                service.authorizations.append(self.headers.get("Authorization", ""))
+                body = b'{"email": "ana@example.es"}'
+                self.send_response(200 if service.knows_session else 401)
+                self.send_header("Content-Length", str(len(body)))
+                self.end_headers()
+                self.wfile.write(body)
+
+            def log_message(self, *_):
+                pass
+
+        self._server = HTTPServer(("127.0.0.1", 0), Handler)
+        self.url = f"http://127.0.0.1:{self._server.server_port}"
+        threading.Thread(target=self._server.serve_forever, daemon=True).start()
+
+    def close(self) -> None:
+        self._server.shutdown()
+        self._server.server_close()
+
+
 class ProgramTest(unittest.TestCase):
     def assert_starts(self, program: Program) -> None:
         wait_until(lambda: READY in program.log() or not program.is_running(), START_TIMEOUT)
@@ -168,6 +199,37 @@ class ProgramTest(unittest.TestCase):
             time.sleep(2.5)  # longer than a watchdog would wait
             self.assertEqual(program.processes(), [])
             self.assertEqual(program.status(), 1, program.log())
+
+    def test_a_session_is_shown_to_nobody_but_the_service(self):
+        token = "a-token-that-nobody-may-see"
+        service = Service()
+        self.addCleanup(service.close)
+        preparation = f"""
+            printf '%s' '{{"DORIXServerURL": "{service.url}"}}' >"$defaults"
+            mkdir -p "$XDG_DATA_HOME/DORIX"
+            printf '%s' '{{"session-token": "{token}"}}' >"$XDG_DATA_HOME/DORIX/secrets.json"
+            export DORIX_TRACE=$XDG_RUNTIME_DIR/trace"""
+        for knows_session in (True, False):
+            service.knows_session = knows_session
+            service.authorizations.clear()
+            with self.subTest(knows_session=knows_session), Program(preparation=preparation) as program:
+                self.assert_starts(program)
+                self.assertTrue(wait_until(lambda: service.authorizations, 5.0), program.log())
+                self.assertEqual(service.authorizations, [f"Bearer {token}"])
+                environment = program.environment()
+                defaults = Path(environment["XDG_CONFIG_HOME"]) / "dorix/defaults.json"
+                secrets = Path(environment["XDG_DATA_HOME"]) / "DORIX/secrets.json"
+                told = [defaults, Path(environment["DORIX_TRACE"])]
+                if knows_session:
+                    self.assertTrue(wait_until(lambda: "ana@example.es" in defaults.read_text(), 5.0))
+                else:
+                    self.assertTrue(wait_until(lambda: token not in secrets.read_text(), 5.0))
+                    self.assertIn("Entra en tu cuenta de DORIX para seguir.", told[1].read_text())
+                for pid in program.processes():
+                    told += [Path(f"/proc/{pid}/cmdline"), Path(f"/proc/{pid}/environ")]
+                for text in [program.log(), *(file.read_text() for file in told)]:
+                    self.assertNotIn(token, text)
+                self.assert_ends(program)
 
     def test_without_parts_of_a_desktop(self):
         for missing in ((), ("--no-wm",), ("--no-sound",), ("--no-a11y",), BARE):

@@ -4,11 +4,13 @@
 #include "fakes/FakeAccessibility.h"
 #include "fakes/FakeAudioEngine.h"
 #include "fakes/FakeDesktop.h"
+#include "fakes/FakeHttpClient.h"
 #include "fakes/FakeKeys.h"
 #include "fakes/FakePasteboard.h"
 #include "fakes/FakeSpeechRecognition.h"
 #include "fakes/MemoryUserDefaults.h"
 #include "fakes/TemporaryFolder.h"
+#include "platform/Keychain.h"
 #include "platform/Notifications.h"
 #include "platform/Platform.h"
 #include "platform/SessionState.h"
@@ -36,6 +38,8 @@ struct FakePlatform {
     FakeProcesses processes;
     UnavailableNotifications notifications;
     FakeUrlOpener urls;
+    FakeHttpClient http;
+    MemoryKeychain keychain;
     FakeSavePanel savePanel;
     UnavailableFileReplacer files;
     SessionState session;
@@ -45,7 +49,9 @@ struct FakePlatform {
     Platform platform() {
         return {.executor = executor,
                 .defaults = defaults,
+                .packagedServer = {},
                 .languages = {},
+                .computerName = "Mesa",
                 .userData = folder.path(),
                 .keyEvents = keyboard,
                 .mouseEvents = mouse,
@@ -63,6 +69,8 @@ struct FakePlatform {
                 .notifications = notifications,
                 .statusItem = statusItem,
                 .urls = urls,
+                .http = http,
+                .keychain = keychain,
                 .savePanel = savePanel,
                 .files = files,
                 .session = session,

@@ -3,6 +3,7 @@
 #include "linux/appearance/LinuxAppearance.h"
 #include "linux/apps/DesktopEntries.h"
 #include "linux/atspi/AtspiAccessibility.h"
+#include "linux/curl/CurlHttpClient.h"
 #include "linux/dbus/BusConnection.h"
 #include "linux/dbus/DBusNotifications.h"
 #include "linux/dbus/DBusSessionState.h"
@@ -13,6 +14,7 @@
 #include "linux/process/LinuxProcesses.h"
 #include "linux/pulse/PulseAudioEngine.h"
 #include "linux/pulse/PulseSystemSounds.h"
+#include "linux/secret/SecretKeychain.h"
 #include "linux/x11/X11Connection.h"
 #include "linux/x11/X11EventPoster.h"
 #include "linux/x11/X11HotKeyRegistrar.h"
@@ -35,6 +37,8 @@
 namespace dorix {
 
 namespace {
+
+constexpr const char* bundleIdentifier = "es.pelmora.dorix";
 
 /// An X display, and the ports that it can fill: each is made when it is chosen, as not all of them may be.
 class X11Session {
@@ -142,6 +146,8 @@ struct LinuxDesktop::Adapters {
     LinuxProcesses processes;
     XdgUrlOpener urls;
     AtomicFileReplacer files;
+    CurlHttpClient http;
+    SecretKeychain keychain{bundleIdentifier, xdgDataHome() / "DORIX" / "secrets.json"};
     const std::unique_ptr<BusConnection> system;
     const std::unique_ptr<BusConnection> bus;  // of the session
     DBusNotifications notifications;
@@ -174,7 +180,9 @@ Platform LinuxDesktop::platform(Application& application) {
     auto& made = *adapters_;
     return {.executor = made.executor,
             .defaults = made.defaults,
+            .packagedServer = packagedServer(),
             .languages = systemLanguages(),
+            .computerName = computerName(),
             .userData = xdgDataHome(),
             .keyEvents = *made.keyEvents,
             .mouseEvents = *made.mouseEvents,
@@ -192,6 +200,8 @@ Platform LinuxDesktop::platform(Application& application) {
             .notifications = made.notifications,
             .statusItem = made.statusItem,
             .urls = made.urls,
+            .http = made.http,
+            .keychain = made.keychain,
             .savePanel = made.savePanel,
             .files = made.files,
             .session = made.session,

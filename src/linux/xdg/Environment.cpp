@@ -1,10 +1,14 @@
 #include "linux/xdg/Environment.h"
 
+#include "base/Json.h"
 #include "base/text/Text.h"
+#include "linux/xdg/AtomicFile.h"
 
 #include <pwd.h>
 #include <unistd.h>
 
+#include <array>
+#include <climits>
 #include <cstdlib>
 #include <fstream>
 #include <initializer_list>
@@ -28,19 +32,38 @@ std::filesystem::path folder(const char* variable, const char* underHome) {
     return value != nullptr && *value == '/' ? std::filesystem::path(value) : home() / underHome;
 }
 
+/// Those that a variable lists, or its default; relative ones are left out.
+std::vector<std::filesystem::path> folders(const char* variable, const char* otherwise) {
+    const char* value = std::getenv(variable);
+    const bool isSet = value != nullptr && *value != '\0';
+    std::vector<std::filesystem::path> all;
+    for (const auto path : text::split(isSet ? value : otherwise, ':')) {
+        if (path.starts_with('/')) all.emplace_back(path);
+    }
+    return all;
+}
+
 }  // namespace
 
 std::filesystem::path xdgConfigHome() { return folder("XDG_CONFIG_HOME", ".config"); }
 std::filesystem::path xdgDataHome() { return folder("XDG_DATA_HOME", ".local/share"); }
 
 std::vector<std::filesystem::path> xdgDataFolders() {
-    const char* value = std::getenv("XDG_DATA_DIRS");
-    const bool isSet = value != nullptr && *value != '\0';
-    std::vector<std::filesystem::path> folders{xdgDataHome()};
-    for (const auto path : text::split(isSet ? value : "/usr/local/share:/usr/share", ':')) {
-        if (path.starts_with('/')) folders.emplace_back(path);
+    std::vector<std::filesystem::path> all{xdgDataHome()};
+    for (auto& path : folders("XDG_DATA_DIRS", "/usr/local/share:/usr/share")) all.push_back(std::move(path));
+    return all;
+}
+
+std::optional<std::string> packagedServer() {
+    constexpr std::size_t largest = 1024UZ * 1024;  // bytes
+    for (const auto& path : folders("XDG_CONFIG_DIRS", "/etc/xdg")) {
+        const auto text = readFile(path / "dorix" / "defaults.json", largest);
+        if (!text) continue;
+        const auto values = Json::parse(*text, nullptr, false);
+        const auto server = values.is_object() ? values.value("DORIXServerURL", Json()) : Json();
+        return server.is_string() ? std::optional(server.get<std::string>()) : std::nullopt;
     }
-    return folders;
+    return std::nullopt;
 }
 
 bool isWaylandSession() {
@@ -51,6 +74,20 @@ bool isWaylandSession() {
     return variable("XDG_SESSION_TYPE") == "wayland" || !variable("WAYLAND_DISPLAY").empty();
 }
 // NOLINTEND(concurrency-mt-unsafe)
+
+std::string computerName() {
+    constexpr std::string_view key = "PRETTY_HOSTNAME=";
+    std::ifstream file("/etc/machine-info");
+    for (std::string line; std::getline(file, line);) {
+        const auto name = line.starts_with(key)
+                              ? text::trimAny(std::string_view(line).substr(key.size()), "\"' ")
+                              : std::string_view();
+        if (!name.empty()) return std::string(name);
+    }
+    std::array<char, HOST_NAME_MAX + 1> host{};
+    ::gethostname(host.data(), host.size() - 1);
+    return host.data();
+}
 
 std::filesystem::path xdgDocuments() {
     constexpr std::string_view key = "XDG_DOCUMENTS_DIR=\"";

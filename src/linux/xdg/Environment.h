@@ -22,6 +22,13 @@ std::vector<std::filesystem::path> xdgDataFolders();
 /// Where the user keeps documents: what the desktop's file of user folders says, or else the home folder.
 std::filesystem::path xdgDocuments();
 
+/// The key "DORIXServerURL" of the "dorix/defaults.json" in the most important of the system's configuration
+/// folders that has one; none where it is missing or no string.
+std::optional<std::string> packagedServer();
+
+/// What the user calls this computer, or else its host name.
+std::string computerName();
+
 /// Whether the desktop is one where X11 reaches only the windows of programs that use it.
 bool isWaylandSession();
 

@@ -187,11 +187,10 @@ TEST_F(DorixAPITest, TheAddressIsTheUsersOrThePackagesOrThisComputer) {
         EXPECT_EQ(base(none), "http://127.0.0.1:8787") << none;
     }
     EXPECT_EQ(base(std::nullopt), "http://127.0.0.1:8787");
-    const Json packaged{{"DORIXServerURL", "https://shipped.example"}};
-    EXPECT_EQ(configuredServer(defaults, Json()), std::nullopt);
-    EXPECT_EQ(configuredServer(defaults, packaged), "https://shipped.example");
+    EXPECT_EQ(configuredServer(defaults, std::nullopt), std::nullopt);
+    EXPECT_EQ(configuredServer(defaults, "https://shipped.example"), "https://shipped.example");
     defaults.set("DORIXServerURL", "https://mine.example");
-    EXPECT_EQ(configuredServer(defaults, packaged), "https://mine.example");
+    EXPECT_EQ(configuredServer(defaults, "https://shipped.example"), "https://mine.example");
 
     EXPECT_EQ(api->manualURL(), "https://dorix.example/base/manual");
     defaults.set("appLanguage", "en");

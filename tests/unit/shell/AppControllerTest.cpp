@@ -172,6 +172,42 @@ TEST_F(AppControllerTest, ThePanelOpensAndClosesByWhateverIsClicked) {
     EXPECT_EQ(asked.back(), "clickedOutside");
 }
 
+TEST_F(AppControllerTest, ASessionThatHasEndedOpensTheAccountWindowWhenNothingIsSaid) {
+    const auto run = [this](Task<void> task) {
+        TaskScope scope(executor);
+        scope.spawn(std::move(task));
+    };
+    run(keychain.save("claude-api-key", "old"));
+    run(keychain.save("session-token", "secret"));
+    std::vector<std::string> asked;
+    RecordingWindow window(asked);
+    launch();
+    app->windows.account = &window;
+    EXPECT_TRUE(app->account().loggedIn.get());
+    EXPECT_EQ(http.last().request.url, "http://127.0.0.1:8787/v1/me");
+    std::optional<std::string> old = "unread";
+    run([](Keychain& from, auto& into) -> Task<void> { into = co_await from.read("claude-api-key"); }(
+                                           keychain, old));
+    EXPECT_EQ(old, std::nullopt);
+
+    press();
+    executor.advanceBy(0.3);
+    http.last().respond(401);
+    executor.runPosted();
+    EXPECT_FALSE(app->account().loggedIn.get());
+    say("nos vemos mañana");
+    EXPECT_TRUE(asked.empty()) << "the words would go there";
+    release();
+    executor.advanceBy(1);
+    EXPECT_THAT(asked, ElementsAre("place", "show"));
+    EXPECT_THAT(pasteboard.log, testing::Contains("setString Nos vemos mañana."));
+    app->account().onNeedsAttention(APIError::offline());
+    EXPECT_EQ(app->state().hud.get(), HUDPhase::error("Sin conexión con DORIX. Revisa tu internet."));
+    EXPECT_EQ(asked.size(), 4U);
+    app->windows = {};
+    EXPECT_THAT(log(), testing::Not(testing::HasSubstr("secret")));
+}
+
 TEST(FirstRunHintTest, ShowsThreeTimesUnlessForced) {
     ManualExecutor executor;
     MemoryUserDefaults defaults;
