@@ -224,7 +224,7 @@ class ProgramTest(unittest.TestCase):
                     self.assertTrue(wait_until(lambda: "ana@example.es" in defaults.read_text(), 5.0))
                 else:
                     self.assertTrue(wait_until(lambda: token not in secrets.read_text(), 5.0))
-                    self.assertIn("Entra en tu cuenta de DORIX para seguir.", told[1].read_text())
+                    self.assertIn("Sign in to your DORIX account to continue.", told[1].read_text())
                 for pid in program.processes():
                     told += [Path(f"/proc/{pid}/cmdline"), Path(f"/proc/{pid}/environ")]
                 for text in [program.log(), *(file.read_text() for file in told)]:
