@@ -31,14 +31,14 @@ Tokens rewritten(Tokens tokens, const WriteRequest& request) {
 
 /// The first words of the line that tells what the text is about, which its greeting does not.
 std::string titleOf(const Tokens& tokens) {
-    std::vector<std::string_view> words;
+    Tokens first;
     for (const auto& token : tokens) {
-        if (token.gap == Gap::paragraph && words.size() < titleWords / 2) words.clear();
-        if (words.size() == titleWords || (token.gap != Gap::blank && !words.empty())) break;
-        words.push_back(token.text);
+        if (token.gap == Gap::paragraph && first.size() < titleWords / 2) first.clear();
+        if (first.size() == titleWords || (token.gap != Gap::blank && !first.empty())) break;
+        first.push_back(token);
+        first.back().marker.clear();
     }
-    const auto joined = text::join(words, " ");
-    return text::capitalizeFirst(text::trimAny(joined, ".,;:"));
+    return text::capitalizeFirst(text::trimAny(textOf(first), ".,;:"));
 }
 
 }  // namespace

@@ -117,9 +117,9 @@ TEST(Extraction, SaysWhatTakesALanguageModel) {
 
 TEST(Extraction, TakesTimeInProportion) {
     std::string sentences;
-    while (sentences.size() < 400'000) sentences += "El contrato de suministro vence en mayo, Sr. Gil. ";
-    for (const auto& text : {sentences, std::string(400'000, 'x'), std::string(400'000, '.'),
-                             std::string(400'000, '\n'), std::string(400'000, '\xBF')}) {
+    while (sentences.size() < 100'000) sentences += "El contrato de suministro vence en mayo, Sr. Gil. ";
+    for (const auto& text : {sentences, std::string(100'000, 'x'), std::string(100'000, '.'),
+                             std::string(100'000, '\n'), std::string(100'000, '\xBF')}) {
         AskRequest request{.question = "¿cuándo vence el contrato?"};
         request.document = {.name = "a", .text = text};
         const auto start = std::chrono::steady_clock::now();
@@ -127,7 +127,7 @@ TEST(Extraction, TakesTimeInProportion) {
         request.question = "resume";
         answerByExtraction(request, Language::spanish);
         const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
-        EXPECT_LT(taken.count(), 10) << text.substr(0, 20);
+        EXPECT_LT(taken.count(), 5) << text.substr(0, 20);
     }
 }
 

@@ -86,11 +86,9 @@ TEST(Requests, AreRefusedWithTheNameOfWhatIsWrong) {
         EXPECT_EQ(writeError({{"screenshot", picture}}), error(notPicture, "screenshot")) << picture;
     }
     EXPECT_EQ(writeError({{"screenshot", png}}), RequestError{}) << "no error";
-    EXPECT_EQ(writeError({{"screenshot", std::string(bounds::pictureBase64 + 4, 'A')}}),
-              error(tooLong, "screenshot"));
 
     for (const auto& body : {std::string(), std::string("[]"), std::string("{\"transcript\":\"\xFF\"}"),
-                             std::string("{} {}"), nested(1'000'000), std::string(1'000'000, '[')}) {
+                             std::string("{} {}"), nested(200'000), std::string(200'000, '[')}) {
         EXPECT_EQ(parseWriteRequest(body).error(), error(notJson, "")) << body.substr(0, 30);
     }
     const auto memory = parseAskRequest(R"({"question":"q","appName":"","memory":[{"text":1}]})");

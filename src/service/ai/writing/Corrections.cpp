@@ -74,6 +74,7 @@ std::optional<std::size_t> startOf(const Phrase& gone, const Tokens& written, co
                                    const Tokens& tokens) {
     const auto leadsGone = gone.head - gone.begin;
     const auto leadsNext = next.head - next.begin;
+    if (gone.kind == Phrase::Kind::number && leadsGone == 0 && leadsNext > 0) return std::nullopt;
     const auto common = std::min(leadsGone, leadsNext);
     if (!hasSameWords(written, gone.head - common, tokens, next.head - common, common)) return std::nullopt;
     return gone.head - common;
@@ -85,11 +86,13 @@ bool isOneKind(const Phrase& gone, const Tokens& written, const Phrase& next, co
     return gone.kind != Phrase::Kind::unit || written[gone.head].key == tokens[next.head].key;
 }
 
-/// Whether the sentence ends behind the phrases, or goes on without setting them against something.
-bool mayReplace(const Tokens& tokens, std::size_t end, bool hasToEnd) {
+/// Whether the words up to `end` can stand for what was taken back. What follows must not be the verb of
+/// another statement, as in "el lunes, no, el martes tengo médico".
+bool mayReplace(const Tokens& tokens, std::size_t end, const Found& cue, bool beginsStatement) {
     if (end == tokens.size() || tokens[end - 1].endsSentence()) return true;
-    if (tokens[end - 1].endsClause()) return !hasToEnd;
-    return !hasToEnd && !words::contrasts().contains(tokens[end].key);
+    if (cue.isSentence) return false;
+    if (tokens[end - 1].endsClause() || words::leadWords().contains(tokens[end].key)) return true;
+    return words::followers().contains(tokens[end].key) || (cue.isClear && beginsStatement);
 }
 
 /// Where what is taken back begins, when it and what follows name times, amounts or people.
@@ -101,7 +104,9 @@ std::optional<std::size_t> takenBackByKind(const Tokens& written, const Tokens& 
         return std::nullopt;
     for (std::size_t count = std::min(next.size(), gone.size()); count > 0; --count) {
         const auto first = gone.size() - count;
-        bool fits = mayReplace(tokens, next[count - 1].end, cue.isSentence);
+        // A unit or a further time that is said along goes with what stays.
+        const auto end = count < next.size() ? next.back().end : next[count - 1].end;
+        bool fits = mayReplace(tokens, end, cue, beginsSentence(written, gone[first].begin));
         for (std::size_t i = 0; fits && i < count; ++i) {
             fits = isOneKind(gone[first + i], written, next[i], tokens) &&
                    (i == 0 || gone[first + i].begin == gone[first + i - 1].end);

@@ -103,6 +103,17 @@ bool isList(const Tokens& tokens, const Markers& markers, std::size_t least) {
     return markers.size() >= 3 || (least == 2 && std::ranges::all_of(markers, apart));
 }
 
+/// Whether the numbers count items and not things, as they do in "uno grande, dos pequeños": a pause behind
+/// each tells, or that a list was announced.
+bool countsItems(const Tokens& tokens, const Markers& markers) {
+    static const WordSet announcements({"lista", "listado", "pasos", "puntos", "list", "steps", "points"});
+    const auto first = tokens.begin() + static_cast<std::ptrdiff_t>(markers.front().first);
+    const bool isAnnounced = std::any_of(
+        tokens.begin(), first, [](const Token& token) { return announcements.contains(token.key); });
+    const auto pauses = [&](const auto& marker) { return tokens[marker.item - 1].endsClause(); };
+    return isAnnounced || std::ranges::all_of(markers, pauses);
+}
+
 std::string withoutComma(std::string closing) {
     while (closing.ends_with(',') || closing.ends_with(';')) closing.pop_back();
     return closing;
@@ -152,7 +163,9 @@ Tokens withLists(Tokens tokens) {
     }
     for (const auto& row : words::listNumbers()) {
         const auto markers = markersOf(tokens, row);
-        if (isList(tokens, markers, 3)) return listed(tokens, markers, true);
+        const bool isNamed = wordsIn(row.front()) > 1;
+        if (isList(tokens, markers, 3) && (isNamed || countsItems(tokens, markers)))
+            return listed(tokens, markers, true);
     }
     const auto bullets = bulletsOf(tokens);
     if (isList(tokens, bullets, 2)) return listed(tokens, bullets, false);

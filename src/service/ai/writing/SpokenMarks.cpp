@@ -4,6 +4,7 @@
 #include "service/ai/writing/WritingWords.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace dorix::service {
 
@@ -64,7 +65,8 @@ class Marks {
         const auto following =
             next < tokens_.size() ? std::string_view(tokens_[next].key) : std::string_view();
         const bool isApart = at > 0 && tokens_[at - 1].endsClause();
-        if (!isApart && (isAmong(mark.notAfter, last) || words::determiners().contains(last))) return false;
+        const bool leads = words::determiners().contains(last) || words::leadWords().contains(last);
+        if (!isApart && (leads || isAmong(mark.notAfter, last))) return false;
         const bool goesOn = !tokens_[next - 1].endsClause();
         if (goesOn && isAmong(mark.notBefore, following)) return false;
         if (mark.certainty == Certainty::weak) return dictatesMarks_;
@@ -92,32 +94,75 @@ class Marks {
     bool dictatesMarks_ = false;
 };
 
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+/// Whether the mark is the one within a number, as in "3 coma 5".
+bool isDecimal(const SpokenMark& mark, const Tokens& written, const Tokens& tokens, std::size_t next) {
+    if (mark.phrase != "coma" && mark.phrase != "punto") return false;
+    if (written.empty() || next >= tokens.size() || written.back().endsClause()) return false;
+    const auto& before = written.back().text;
+    const auto& behind = tokens[next].text;
+    return !before.empty() && !behind.empty() && isDigit(before.back()) && isDigit(behind.front());
+}
+
+/// Puts words and marks together.
+class Writing {
+ public:
+    void add(Token word) {
+        handOver(waiting_, word);
+        waiting_ = {};
+        written_.push_back(std::move(word));
+    }
+
+    /// Writes a mark for the words from `first` up to `last`.
+    void add(const SpokenMark& mark, const Token& first, const Token& last) {
+        handOver(first, waiting_);
+        if (mark.effect == Effect::opening) {
+            waiting_.opening += mark.mark;
+        } else if (!mark.mark.empty() && !written_.empty()) {
+            written_.back().closing = withoutStops(written_.back().closing) + std::string(mark.mark);
+        }
+        if (mark.effect == Effect::line) waiting_.gap = std::max(waiting_.gap, Gap::line);
+        if (mark.effect == Effect::paragraph) waiting_.gap = Gap::paragraph;
+        if (!written_.empty()) written_.back().closing += withoutStops(last.closing);
+    }
+
+    void joinNumber(std::string_view mark, const Token& rest) {
+        auto& number = written_.back();
+        number.text += std::string(mark) + rest.text;
+        number.key = keyOf(number.text);
+        number.closing = rest.closing;
+    }
+
+    const Tokens& written() const { return written_; }
+    Tokens take() { return std::move(written_); }
+
+ private:
+    Tokens written_;
+    Token waiting_;  // what was dictated for the front of the next word
+};
+
 }  // namespace
 
-Tokens withSpokenMarks(Tokens tokens) {
+Tokens withSpokenMarks(const Tokens& tokens) {
     const Marks marks(tokens);
-    Tokens written;
-    Token waiting;  // what was dictated for the front of the next word
+    Writing writing;
     for (std::size_t at = 0; at < tokens.size();) {
         const auto* mark = marks.at(at);
         if (mark == nullptr) {
-            handOver(waiting, tokens[at]);
-            waiting = {};
-            written.push_back(tokens[at++]);
+            writing.add(tokens[at++]);
             continue;
         }
-        handOver(tokens[at], waiting);
-        if (mark->effect == Effect::opening) {
-            waiting.opening += mark->mark;
-        } else if (!mark->mark.empty() && !written.empty()) {
-            written.back().closing = withoutStops(written.back().closing) + std::string(mark->mark);
+        const auto next = at + wordsIn(mark->phrase);
+        if (isDecimal(*mark, writing.written(), tokens, next)) {
+            writing.joinNumber(mark->mark, tokens[next]);
+            at = next + 1;
+        } else {
+            writing.add(*mark, tokens[at], tokens[next - 1]);
+            at = next;
         }
-        if (mark->effect == Effect::line) waiting.gap = std::max(waiting.gap, Gap::line);
-        if (mark->effect == Effect::paragraph) waiting.gap = Gap::paragraph;
-        at += wordsIn(mark->phrase);
-        if (!written.empty()) written.back().closing += withoutStops(tokens[at - 1].closing);
     }
-    return written;
+    return writing.take();
 }
 
 }  // namespace dorix::service

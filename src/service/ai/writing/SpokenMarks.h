@@ -28,6 +28,6 @@ struct SpokenMark {
 std::span<const SpokenMark> spokenMarks();
 
 /// Puts the marks that were dictated in the place of their names.
-Tokens withSpokenMarks(Tokens tokens);
+Tokens withSpokenMarks(const Tokens& tokens);
 
 }  // namespace dorix::service

@@ -126,9 +126,9 @@ const WordSet& numberLinks() {
 
 const WordSet& units() {
     static const WordSet set({"euro", "euros", "dolares", "dolar", "pesos", "libras", "minutos", "minuto", "horas",
-                              "hora", "dias", "dia", "semanas", "meses", "personas", "unidades", "kilos",
+                              "hora", "dias", "dia", "semanas", "meses", "anos", "veces", "personas", "unidades", "kilos",
                               "gramos", "metros", "kilometros", "litros", "paginas", "dollars", "pounds", "minutes",
-                              "hours", "days", "weeks", "months", "people", "units", "pages", "percent", "%"});
+                              "hours", "days", "weeks", "months", "years", "times", "people", "units", "pages", "percent", "%"});
     return set;
 }
 
@@ -157,10 +157,10 @@ const WordSet& negations() {
     return set;
 }
 
-const WordSet& contrasts() {
-    static const WordSet set({"si", "tambien", "tampoco", "no", "mejor", "puedo", "puede", "podemos", "works", "is",
-                              "isn't", "does", "doesn't", "better", "instead", "also", "neither", "o", "or", "sino",
-                              "me", "te", "nos"});
+const WordSet& followers() {
+    static const WordSet set({"y", "e", "o", "pero", "porque", "cuando", "como", "que", "antes", "despues", "entre",
+                              "sin", "esta", "esto", "ese", "esa", "and", "or", "but", "because", "so", "when",
+                              "before", "after", "between", "without", "as", "please", "then", "instead"});
     return set;
 }
 

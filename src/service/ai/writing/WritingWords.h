@@ -54,8 +54,8 @@ struct Strike {
 };
 std::span<const Strike> strikes();
 const WordSet& negations();
-/// What follows where two things were contrasted, and neither taken back.
-const WordSet& contrasts();
+/// What may follow a correction besides the small words: no verb of another statement.
+const WordSet& followers();
 
 /// English words that are always capitalised.
 const WordSet& alwaysCapital();
