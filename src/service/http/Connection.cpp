@@ -1,6 +1,5 @@
 #include "service/http/Connection.h"
 
-#include "base/Error.h"
 #include "base/Json.h"
 #include "base/Log.h"
 #include "base/text/Text.h"
