@@ -79,6 +79,8 @@ class Accounts {
 
     OrRefusal<Session> authenticate(Database& database, std::string_view token, std::int64_t now) const;
 
+    /// Whether there is a limit for countRequest to hold.
+    bool hasDailyLimit() const { return rules_.requestsPerDay > 0; }
     /// Counts one use of what has a limit a day.
     OrRefusal<void> countRequest(Database& database, const Session& session, std::int64_t now) const;
 

@@ -43,17 +43,23 @@ std::string textEvent(std::string_view text) { return event({{"type", "text"}, {
 
 std::string errorEvent(std::string_view message) { return event({{"type", "error"}, {"message", message}}); }
 
+Awaitable<std::optional<Refusal>> countRequest(Call call) {
+    if (!call.with.accounts.hasDailyLimit()) co_return std::nullopt;
+    co_return co_await call.with.storage.run(
+        [&accounts = call.with.accounts, session = call.session](Database& database) {
+            const auto outcome = accounts.countRequest(database, session, secondsNow());
+            return outcome ? std::nullopt : std::optional(outcome.error());
+        });
+}
+
 /// Counts the call, reads its body and parses it off the network thread. Throws HttpError; a body that is not
 /// right gives the answer that says so.
 template <typename T>
 Awaitable<std::expected<std::shared_ptr<const T>, Response>> take(Call call,
                                                                   Parsed<T> (*parse)(std::string_view)) {
-    const auto refusal = co_await call.with.storage.run(
-        [&accounts = call.with.accounts, session = call.session](Database& database) {
-            const auto outcome = accounts.countRequest(database, session, secondsNow());
-            return outcome ? std::nullopt : std::optional(outcome.error());
-        });
-    if (refusal) co_return std::unexpected(refusalResponse(*refusal, call.language()));
+    if (const auto refusal = co_await countRequest(call)) {
+        co_return std::unexpected(refusalResponse(*refusal, call.language()));
+    }
     auto body = co_await call.exchange.readBody(bounds::body);
     auto parsed = co_await runOn(call.with.work, [parse, body = std::move(body)] { return parse(body); });
     if (!parsed) {

@@ -47,6 +47,8 @@ constexpr seconds connectTime{5};
 constexpr seconds firstByteTime{100};
 constexpr seconds gapTime{60};
 constexpr std::uint64_t longestAnswer = std::uint64_t{8} * 1024 * 1024;
+// Events are short; what waits for them is multiplied by the streams that do.
+constexpr std::size_t pieceSize = 2048;
 constexpr std::array pauses = {milliseconds(250), milliseconds(1000)};
 
 /// It failed before the answer began; another try may do better.
@@ -124,7 +126,7 @@ Awaitable<void> Call<Stream>::begin(const Request& request, std::chrono::steady_
 
 template <typename Stream>
 Awaitable<std::string> Call<Stream>::readSome() {
-    std::string bytes(std::size_t{8} * 1024, '\0');
+    std::string bytes(pieceSize, '\0');
     while (!parser_.is_done()) {
         parser_.get().body().data = bytes.data();
         parser_.get().body().size = bytes.size();
@@ -168,7 +170,7 @@ class ModelClient::Impl {
     /// `answer` gets the call as soon as its answer has begun.
     template <typename Answered>
     Awaitable<void> ask(std::string body, std::chrono::steady_clock::duration firstByte, Answered answered) {
-        const auto request = requestWith(std::move(body));
+        auto request = requestWith(std::move(body));
         if (url_.isSecure) {
             co_await tryCalls<SecureStream>(request, firstByte, answered);
         } else {
@@ -200,7 +202,7 @@ class ModelClient::Impl {
     }
 
     template <typename Stream, typename Answered>
-    Awaitable<void> tryCalls(const Request& request, std::chrono::steady_clock::duration firstByte,
+    Awaitable<void> tryCalls(Request& request, std::chrono::steady_clock::duration firstByte,
                              Answered& answered) {
         ++metrics_.modelCalls;
         for (std::size_t attempt = 0;; ++attempt) {
@@ -213,6 +215,8 @@ class ModelClient::Impl {
                 fault = again.detail;
             }
             if (fault.empty()) {
+                // It may be large, and the answer may take long.
+                request.body() = std::string();
                 co_await answered(call);
                 co_return;
             }
