@@ -1,6 +1,6 @@
-// What calling the service costs, beside libcurl's own call with a reused handle, all over loopback to one small
-// server in this process: a POST; the first event of a stream, from its leaving the server to the callback; many
-// small events; the memory after many calls.
+// What calling the service costs, beside libcurl's own call with a reused handle, all over loopback to one
+// small server in this process: a POST; the first event of a stream, from its leaving the server to the
+// callback; many small events; the memory after many calls.
 
 #include "adapters/harness/EventLoop.h"
 #include "cloud/DorixAPI.h"
@@ -41,8 +41,8 @@ double part(std::vector<double> seconds, double at) {
 }
 
 void print(const char* what, const std::vector<double>& seconds) {
-    std::printf("%-44s p50 %.3f ms, p95 %.3f ms, p99 %.3f ms\n", what, part(seconds, 0.5), part(seconds, 0.95),
-                part(seconds, 0.99));
+    std::printf("%-44s p50 %.3f ms, p95 %.3f ms, p99 %.3f ms\n", what, part(seconds, 0.5),
+                part(seconds, 0.95), part(seconds, 0.99));
 }
 
 /// Answers a POST with an object, and one to a path that ends in a number with as many events.
@@ -86,8 +86,9 @@ class Server {
             if (held.size() < whole) continue;
             const auto events = held.substr(6, held.find(' ', 6) - 6);
             held.erase(0, whole);
-            events.find_first_not_of("0123456789") == std::string::npos ? stream(connection, std::stol(events))
-                                                                        : answer(connection);
+            events.find_first_not_of("0123456789") == std::string::npos
+                ? stream(connection, std::stol(events))
+                : answer(connection);
         }
     }
 
@@ -189,7 +190,9 @@ struct Bench {
         while (!handle.isDone()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
 
-    Task<void> call() { co_await api.post<Ok>("v1/ai/write", Json::object(), DorixAPI::Session::required, 20); }
+    Task<void> call() {
+        co_await api.post<Ok>("v1/ai/write", Json::object(), DorixAPI::Session::required, 20);
+    }
 
     Task<void> measurePosts() {
         co_await keychain.save(DorixAPI::tokenAccount, "token");
@@ -221,9 +224,8 @@ struct Bench {
     Task<void> measureFirstEvents() {
         std::vector<double> delays;
         for (int i = 0; i < streams; ++i) {
-            co_await api.stream("1", Json::object(), [&](std::string_view) {
-                delays.push_back(now() - server.firstEventAt());
-            });
+            co_await api.stream("1", Json::object(),
+                                [&](std::string_view) { delays.push_back(now() - server.firstEventAt()); });
         }
         print("first event to callback", delays);
     }
@@ -238,13 +240,15 @@ struct Bench {
             bare.push_back(now() - before);
             std::size_t told = 0;
             before = now();
-            const auto text = co_await api.stream(std::to_string(count), Json::object(),
-                                                  [&](std::string_view) { ++told; });
+            const auto text =
+                co_await api.stream(std::to_string(count), Json::object(), [&](std::string_view) { ++told; });
             read.push_back(now() - before);
-            if (told != static_cast<std::size_t>(count) || text.size() != told * 20) std::printf("lost events\n");
+            if (told != static_cast<std::size_t>(count) || text.size() != told * 20)
+                std::printf("lost events\n");
         }
-        std::printf("%6ld events: read in %.1f ms, %.2f us each; their bytes by libcurl's own call in %.1f ms\n",
-                    count, part(read, 0.5), 1000 * part(read, 0.5) / static_cast<double>(count), part(bare, 0.5));
+        std::printf(
+            "%6ld events: read in %.1f ms, %.2f us each; their bytes by libcurl's own call in %.1f ms\n",
+            count, part(read, 0.5), 1000 * part(read, 0.5) / static_cast<double>(count), part(bare, 0.5));
     }
 
     Task<void> measureMemory() {

@@ -107,7 +107,7 @@ struct HttpDownload {
 /// The web, for the whole program: connections are kept and shared, servers must prove who they are, and the
 /// proxies of the session are used, but not for this computer. Any thread; the tasks run on their own
 /// executor and never block it, and what they are cancelled or destroyed before ends at once. Any status is
-/// an answer; what is none throws HttpError. It must outlive what it has given.
+/// an answer; what is none throws HttpError. What is under way when the client goes fails.
 class HttpClient {
  public:
     virtual ~HttpClient() = default;

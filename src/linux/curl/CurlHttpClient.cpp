@@ -30,22 +30,25 @@ std::optional<std::uint64_t> startOf(const HttpHead& head) {
 
 }  // namespace
 
-/// A transfer for as long as somebody waits for it.
+/// A transfer for as long as somebody waits for it, or the client is there.
 class CurlHttpClient::Hold {
  public:
-    Hold(CurlLoop& loop, std::shared_ptr<CurlTransfer> transfer)
-        : loop_(&loop), transfer_(std::move(transfer)) {}
+    Hold(std::weak_ptr<CurlLoop> loop, std::shared_ptr<CurlTransfer> transfer)
+        : loop_(std::move(loop)), transfer_(std::move(transfer)) {}
     Hold(Hold&&) = default;
     Hold& operator=(Hold&&) = delete;
     ~Hold() {
-        if (transfer_) loop_->drop(std::move(transfer_));
+        const auto loop = transfer_ ? loop_.lock() : nullptr;
+        if (loop) loop->drop(std::move(transfer_));
     }
 
     CurlTransfer* operator->() const { return transfer_.get(); }
-    void resume() const { loop_->resume(transfer_); }
+    void resume() const {
+        if (const auto loop = loop_.lock()) loop->resume(transfer_);
+    }
 
  private:
-    CurlLoop* loop_;
+    std::weak_ptr<CurlLoop> loop_;
     std::shared_ptr<CurlTransfer> transfer_;
 };
 
@@ -70,8 +73,8 @@ class CurlHttpClient::Body final : public HttpBody {
 CurlHttpClient::CurlHttpClient(std::filesystem::path authorities) : authorities_(std::move(authorities)) {}
 
 CurlHttpClient::Hold CurlHttpClient::begin(HttpRequest request, CurlTransfer::Answer answer) {
-    auto transfer = std::make_shared<CurlTransfer>(std::move(request), answer, loop_, authorities_);
-    loop_.begin(transfer);
+    auto transfer = std::make_shared<CurlTransfer>(std::move(request), answer, *loop_, authorities_);
+    loop_->begin(transfer);
     return {loop_, std::move(transfer)};
 }
 

@@ -5,6 +5,8 @@
 #include "platform/HttpClient.h"
 
 #include <filesystem>
+#include <memory>
+#include <string>
 
 namespace dorix {
 
@@ -31,7 +33,7 @@ class CurlHttpClient final : public HttpClient {
     Task<void> write(HttpStream& stream, HttpDownload to, std::uint64_t start);
 
     const std::string authorities_;
-    CurlLoop loop_;
+    const std::shared_ptr<CurlLoop> loop_ = std::make_shared<CurlLoop>();
     SerialExecutor files_;
 };
 

@@ -185,7 +185,7 @@ bool CurlTransfer::follows() const {
 
 std::size_t CurlTransfer::onHeader(const char* data, std::size_t size, std::size_t count, void* transfer) {
     auto& self = *static_cast<CurlTransfer*>(transfer);
-    self.lastMove_ = self.clock_.now();
+    self.moved();
     self.headerBytes_ += size * count;
     if (self.headerBytes_ > roomForHeaders) {
         self.refusal_.emplace(Kind::tooLarge, "the headers of the answer are too long");
@@ -223,8 +223,8 @@ std::size_t CurlTransfer::onBody(const char* data, std::size_t size, std::size_t
 }
 
 std::size_t CurlTransfer::takeBody(std::string_view bytes) {
+    moved();
     if (answer_ == Answer::streamed) {
-        lastMove_ = clock_.now();
         isHeldBack_ = body.put(bytes) == BodyBuffer::Put::full;
         return isHeldBack_ ? CURL_WRITEFUNC_PAUSE : bytes.size();
     }
@@ -236,8 +236,13 @@ std::size_t CurlTransfer::takeBody(std::string_view bytes) {
     return bytes.size();
 }
 
+/// A whole answer has its time, however it comes.
+void CurlTransfer::moved() {
+    if (answer_ == Answer::streamed) lastMove_ = clock_.now();
+}
+
 void CurlTransfer::resume() {
-    lastMove_ = clock_.now();
+    moved();
     isHeldBack_ = false;
     curl_easy_pause(handle(), CURLPAUSE_CONT);
 }
@@ -246,7 +251,7 @@ double CurlTransfer::patience() {
     if (answer_ == Answer::streamed) {
         curl_off_t sent = 0;
         curl_easy_getinfo(handle(), CURLINFO_SIZE_UPLOAD_T, &sent);
-        if (std::exchange(sent_, sent) != sent || isHeldBack_) lastMove_ = clock_.now();
+        if (std::exchange(sent_, sent) != sent || isHeldBack_) moved();
     }
     return lastMove_ + request_.timeout - clock_.now();
 }

@@ -89,6 +89,7 @@ class CurlTransfer {
     void setHeaders();
     void addHeader(const std::string& line);
     bool follows() const;
+    void moved();
     void takeHeaderLine(std::string_view line);
     void headIsThere();
     std::size_t takeBody(std::string_view bytes);
@@ -106,7 +107,7 @@ class CurlTransfer {
     bool hasHead_ = false;
     bool isHeldBack_ = false;
     std::optional<HttpError> refusal_;  // why we broke it off ourselves
-    double lastMove_ = 0;               // by the clock, of a streamed body
+    double lastMove_;                   // by the clock: the begin, or the last sign of a streamed answer
     curl_off_t sent_ = 0;
 };
 

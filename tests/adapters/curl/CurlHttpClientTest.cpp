@@ -188,7 +188,10 @@ TEST_F(CurlHttpClientTest, WhatIsNoAnswerSaysWhy) {
 
     EXPECT_EQ(failure(client->send(get("never/", 0.3))), Kind::timedOut);
     EXPECT_EQ(failure(client->send(get("stall/", 0.3))), Kind::timedOut);
+    EXPECT_EQ(failure(client->send(get("trickle/", 0.3))), Kind::timedOut) << "it has to come whole";
     EXPECT_EQ(failure(client->open(get("never/", 0.3))), Kind::timedOut);
+    auto slow = result(client->open(get("trickle/", 0.3)));
+    for (int i = 0; i < 5; ++i) EXPECT_FALSE(result(slow.body->next())->empty());
     auto stalled = result(client->open(get("stall/", 0.3)));
     EXPECT_EQ(result(stalled.body->next()), "some");
     EXPECT_EQ(failure(stalled.body->next()), Kind::timedOut);

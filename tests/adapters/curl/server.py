@@ -9,6 +9,7 @@ import select
 import ssl
 import sys
 import threading
+import time
 from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
 from urllib.parse import unquote
 
@@ -82,6 +83,13 @@ class Handler(BaseHTTPRequestHandler):
         released.wait(60)
         self.chunk(b"two")
         self.chunk(b"")
+
+    def trickle(self, _):
+        """A byte every now and then, without end."""
+        self.begin_chunks()
+        while True:
+            self.chunk(b".")
+            time.sleep(0.1)
 
     def chunks(self, count):
         self.begin_chunks()
