@@ -17,15 +17,12 @@ namespace {
 constexpr std::size_t titleWords = 6;
 constexpr double leastFaithfulness = 0.3;
 
-Tokens rewritten(Tokens tokens, const WriteRequest& request) {
-    const auto spoken = spokenIn(request.transcript);
-    if (spoken != Spoken{}) {
-        tokens = withoutCorrected(withoutHesitations(std::move(tokens), spoken));
-        tokens = withSpokenMarks(withoutAsides(std::move(tokens), spoken));
-        tokens = withLists(std::move(tokens));
-    }
+Tokens rewritten(Tokens tokens, const WriteRequest& request, Spoken spoken) {
+    tokens = withoutCorrected(withoutHesitations(std::move(tokens), spoken));
+    tokens = withSpokenMarks(withoutAsides(std::move(tokens), spoken));
+    tokens = withLists(std::move(tokens));
     if (request.tone == "profesional") frameLetter(tokens);
-    punctuate(tokens, request.tone == "tecnico" ? Register::technical : Register::prose);
+    punctuate(tokens, request.tone == "tecnico" ? Register::technical : Register::prose, spoken);
     return tokens;
 }
 
@@ -41,16 +38,23 @@ std::string titleOf(const Tokens& tokens) {
     return text::capitalizeFirst(text::trimAny(textOf(first), ".,;:"));
 }
 
+/// What is said in a language that has no rules here, with nothing but a capital.
+WriteAnswer asSaid(std::string_view transcript) {
+    return {.texto = text::capitalizeFirst(text::trim(transcript))};
+}
+
 }  // namespace
 
 WriteAnswer writeByRules(const WriteRequest& request) {
     const auto said = tokensOf(request.transcript);
     if (request.allowAsk && isForAssistant(request, said)) return {.accion = std::string(WriteAnswer::ask)};
-    const auto tokens = rewritten(said, request);
+    const auto spoken = spokenIn(request.transcript);
+    if (spoken == Spoken{}) return asSaid(request.transcript);
+    const auto tokens = rewritten(said, request, spoken);
     const auto text = textOf(tokens);
     if (faithfulnessScore(text, request.transcript) >= leastFaithfulness && !text.empty())
         return {.titulo = titleOf(tokens), .texto = text};
-    return {.texto = text::capitalizeFirst(text::trim(request.transcript))};
+    return asSaid(request.transcript);
 }
 
 }  // namespace dorix::service

@@ -170,14 +170,12 @@ Spoken spokenIn(std::string_view transcript) {
 }
 
 Tokens withoutHesitations(Tokens tokens, Spoken spoken) {
-    if (spoken == Spoken{}) return tokens;
     const Fillers fillers(tokens, spoken);
     return without(tokens,
                    [&](std::size_t at, const Tokens& written) { return fillers.hesitation(at, written); });
 }
 
 Tokens withoutAsides(Tokens tokens, Spoken spoken) {
-    if (spoken == Spoken{}) return tokens;
     const Fillers fillers(tokens, spoken);
     auto written =
         without(tokens, [&](std::size_t at, const Tokens& before) { return fillers.aside(at, before); });

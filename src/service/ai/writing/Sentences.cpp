@@ -84,29 +84,29 @@ void endWith(Token& token, std::string_view mark) {
     token.closing += mark;
 }
 
-/// Puts the marks of a question where it was said as one.
-void markQuestion(Tokens& tokens, Range sentence, bool isSpanish) {
-    auto& last = tokens[sentence.end - 1];
-    const bool isMarked = last.closing.find('?') != std::string::npos;
-    const auto start = questionStart(tokens, sentence);
-    const bool spanish = opensSpanishQuestion(tokens, start);
-    const bool isSaid = spanish || opensEnglishQuestion(tokens, sentence.begin);
-    const bool isOpen = last.closing.empty() || last.closing == "." || last.closing == ",";
-    if (!isMarked) {
-        const bool begins = start == sentence.begin || sentence.words() <= longestQuestion;
-        if (!isSaid || !isOpen || !begins || sentence.words() > longestQuestion || sentence.words() < 2)
-            return;
-        endWith(last, "?");
-    }
-    if ((isSpanish || spanish) && !hasInside(tokens, sentence, "¿")) tokens[start].opening += "¿";
-}
-
-bool isSpanish(const Tokens& tokens, Range sentence) {
+/// A Spanish text may hold a question in English.
+bool hasEnglishWords(const Tokens& tokens, Range sentence) {
     static const WordSet english(
         {"the", "is", "are", "do", "does", "did", "you", "can", "will", "what", "how", "of"});
-    return std::none_of(tokens.begin() + static_cast<std::ptrdiff_t>(sentence.begin),
-                        tokens.begin() + static_cast<std::ptrdiff_t>(sentence.end),
-                        [&](const Token& token) { return english.contains(token.key); });
+    return std::any_of(tokens.begin() + static_cast<std::ptrdiff_t>(sentence.begin),
+                       tokens.begin() + static_cast<std::ptrdiff_t>(sentence.end),
+                       [&](const Token& token) { return english.contains(token.key); });
+}
+
+/// Puts the marks of a question where it was said as one.
+void markQuestion(Tokens& tokens, Range sentence, bool isSpanishText) {
+    auto& last = tokens[sentence.end - 1];
+    const auto start = questionStart(tokens, sentence);
+    const bool opensSpanish = opensSpanishQuestion(tokens, start);
+    if (last.closing.find('?') == std::string::npos) {
+        const bool isSaid = opensSpanish || opensEnglishQuestion(tokens, sentence.begin);
+        const bool isOpen = last.closing.empty() || last.closing == "." || last.closing == ",";
+        const bool isShort = sentence.words() > 1 && sentence.words() <= longestQuestion;
+        if (!isSaid || !isOpen || !isShort) return;
+        endWith(last, "?");
+    }
+    const bool isSpanish = opensSpanish || (isSpanishText && !hasEnglishWords(tokens, sentence));
+    if (isSpanish && !hasInside(tokens, sentence, "¿")) tokens[start].opening += "¿";
 }
 
 /// Names of files, functions and commands keep their case.
@@ -137,13 +137,13 @@ void endText(Tokens& tokens, std::size_t leastWords) {
 
 }  // namespace
 
-void punctuate(Tokens& tokens, Register manner) {
+void punctuate(Tokens& tokens, Register manner, Spoken spoken) {
     if (tokens.empty()) return;
     const bool isProse = manner == Register::prose;
     for (std::size_t at = 0; at < tokens.size();) {
         const auto sentence = sentenceAt(tokens, at);
         if (isProse) {
-            markQuestion(tokens, sentence, isSpanish(tokens, sentence));
+            markQuestion(tokens, sentence, spoken.spanish && !spoken.english);
             capitalise(tokens[at]);
         }
         for (auto word = at; word < sentence.end; ++word) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "service/ai/writing/Dictation.h"
+#include "service/ai/writing/Fillers.h"
 
 #include <cstdint>
 
@@ -11,7 +12,7 @@ enum class Register : std::uint8_t {
     technical,  // words keep their case, and a short line gets no full stop
 };
 
-/// The dictation with capitals, question marks and a full stop at the end where they belong. Words stay.
-void punctuate(Tokens& tokens, Register manner);
+/// Puts capitals, question marks and a full stop at the end where they belong. Words stay.
+void punctuate(Tokens& tokens, Register manner, Spoken spoken);
 
 }  // namespace dorix::service
