@@ -100,7 +100,7 @@ Task<void> AccountStore::refresh() {
     try {
         const auto current = co_await api_.get<Profile>("v1/me");
         if (session == session_) apply(current);
-    } catch (const Error&) {
+    } catch (const Error&) {  // NOLINT(bugprone-empty-catch)
         // The next time will do; a session that is none has been told to us.
     }
 }
@@ -111,7 +111,7 @@ Task<void> AccountStore::signOut() {
     const auto session = session_;
     try {
         co_await api_.post<Acknowledgement>("v1/auth/logout", Json::object(), Session::required, authTimeout);
-    } catch (const Error&) {
+    } catch (const Error&) {  // NOLINT(bugprone-empty-catch)
         // It ends here in any case.
     }
     if (session == session_) clearSession();

@@ -2,12 +2,10 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
-#include <system_error>
 
 namespace dorix {
 
@@ -22,8 +20,12 @@ class Cursor {
         const auto piece = rest_.substr(0, count);
         const bool fits = piece.size() == count && std::ranges::all_of(piece, isDigit);
         int number = 0;
-        if (fits) std::from_chars(piece.data(), piece.data() + count, number);
-        fits ? rest_.remove_prefix(count) : fail();
+        if (!fits) {
+            fail();
+            return 0;
+        }
+        for (const char digit : piece) number = number * 10 + (digit - '0');
+        rest_.remove_prefix(count);
         return number;
     }
     bool takes(char wanted) {
@@ -88,9 +90,10 @@ std::optional<double> timeFromWire(std::string_view text) {
     constexpr int leapSecond = 60;
     if (!cursor.isThrough() || !date.ok() || hour > 23 || minute > 59 || second > leapSecond)
         return std::nullopt;
-    const std::chrono::seconds midnight = std::chrono::sys_days(date).time_since_epoch();
-    const auto seconds = midnight.count() + hour * 3600 + minute * 60 + second - offset;
-    return static_cast<double>(seconds) + fraction;
+    const std::chrono::sys_seconds moment = std::chrono::sys_days(date) + std::chrono::hours(hour) +
+                                            std::chrono::minutes(minute) +
+                                            std::chrono::seconds(second - offset);
+    return static_cast<double>(moment.time_since_epoch().count()) + fraction;
 }
 
 std::string wireTime(double time) {

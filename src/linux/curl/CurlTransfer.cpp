@@ -162,7 +162,7 @@ void CurlTransfer::setBody() {
 void CurlTransfer::setHeaders() {
     for (const auto& [name, value] : request_.headers) {
         if (!isPlain(name) || !isPlain(value)) throw HttpError(Kind::badRequest, "not a header");
-        addHeader(value.empty() ? name + ";" : name + ": " + value);
+        addHeader(value.empty() ? name + ";" : std::string(name).append(": ").append(value));
     }
     // Or the library would wait a second for servers that do not know the question.
     addHeader("Expect:");

@@ -127,6 +127,7 @@ template <typename Call>
 Owned<GList> search(Call& call, ::SecretService* service, GHashTable* filed) {
     return Owned<GList>(call.wait(
         [&](auto... last) {
+            // NOLINTNEXTLINE(clang-analyzer-optin.core.EnumCastOutOfRange): a C enum of bits
             constexpr auto flags = SecretSearchFlags(SECRET_SEARCH_ALL | SECRET_SEARCH_LOAD_SECRETS);
             secret_service_search(service, schema(), filed, flags, last...);
         },
