@@ -87,7 +87,7 @@ struct Windows {
           surroundings(platform.executor, platform.defaults, desktop.appearance(),
                        desktop.windowSystem(toolkitDrawsOnX11() ? finishToolkitRequests : nullptr)),
           views(surroundings, controller.state(), controller.settings(), controller.speech(),
-                controller.panel(),
+                controller.panel(), controller.accountForm(),
                 {.clicked = [this] { controller.iconClicked(); },
                  .tooltip = [this] { return controller.iconTooltip(); },
                  .menu = [this] { return controller.iconMenu(); }}) {

@@ -49,11 +49,11 @@ AccountForm::AccountForm(Executor& executor, DorixAPI& api, AccountStore& accoun
 }
 
 std::string AccountForm::server() const {
-    return api_.baseURL() == DorixAPI::developmentURL ? std::string() : api_.baseURL();
+    return own_.isResponsible() || api_.baseURL() == DorixAPI::developmentURL ? std::string() : api_.baseURL();
 }
 
 AccountForm::Step AccountForm::firstStep() const {
-    if (own_.isInUse()) return Step::thisComputer;
+    if (own_.isResponsible()) return Step::thisComputer;
     return account_.loggedIn.get() ? Step::signedIn : Step::email;
 }
 
@@ -119,15 +119,11 @@ void AccountForm::useServer(const std::string& address) {
     begin(goOverTo(url), std::nullopt);
 }
 
-void AccountForm::useThisComputer() { begin(goOverTo(std::nullopt), std::nullopt); }
+void AccountForm::useThisComputer() { begin(goOverTo(std::string(DorixAPI::developmentURL)), std::nullopt); }
 
-Task<void> AccountForm::goOverTo(std::optional<std::string> address) {
+Task<void> AccountForm::goOverTo(std::string address) {
     if (account_.loggedIn.get()) co_await account_.logout();
-    if (address) {
-        defaults_.set(DorixAPI::serverKey, *address);
-    } else {
-        defaults_.remove(DorixAPI::serverKey);
-    }
+    defaults_.set(DorixAPI::serverKey, address);
     api_.useServer(std::move(address));
     own_.start();
     co_await own_.settled();

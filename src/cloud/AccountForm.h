@@ -63,7 +63,7 @@ class AccountForm {
  private:
     Task<void> attempt(Task<void> work, std::optional<Step> after);
     void begin(Task<void> work, std::optional<Step> after);
-    Task<void> goOverTo(std::optional<std::string> address);
+    Task<void> goOverTo(std::string address);
     Step firstStep() const;
 
     DorixAPI& api_;

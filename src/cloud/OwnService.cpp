@@ -8,7 +8,8 @@
 #include "platform/HttpClient.h"
 
 #include <algorithm>
-#include <array>
+#include <charconv>
+#include <utility>
 
 namespace dorix {
 
@@ -22,17 +23,25 @@ constexpr double firstPause = 1;
 constexpr double longestPause = 300;
 constexpr double provenAfter = 60;  // it ran for so long that what ended it was something new
 
-/// "127.0.0.1:8787", where the address is a plain one of this computer.
-std::optional<std::string> listenAddress(std::string_view url) {
+/// Ports that are tried, from the address's own on.
+constexpr int portsTried = 20;
+
+std::string urlAt(int port) { return "http://127.0.0.1:" + std::to_string(port); }
+
+/// Where the address is a plain one of this computer.
+std::optional<int> ownPort(std::string_view url) {
     constexpr std::string_view plain = "http://";
-    if (!url.starts_with(plain)) return std::nullopt;
     const auto host = hostOf(url);
-    if (host != "127.0.0.1" && host != "localhost") return std::nullopt;
+    if (!url.starts_with(plain) || (host != "127.0.0.1" && host != "localhost")) return std::nullopt;
     auto authority = url.substr(plain.size());
     authority = authority.substr(0, authority.find('/'));
     const auto colon = authority.rfind(':');
-    const auto port = colon == std::string_view::npos ? std::string_view("80") : authority.substr(colon + 1);
-    return "127.0.0.1:" + std::string(port);
+    if (colon == std::string_view::npos) return std::nullopt;  // the web's own port is not the user's to take
+    int port = 0;
+    const auto digits = authority.substr(colon + 1);
+    const auto read = std::from_chars(digits.data(), digits.data() + digits.size(), port);
+    if (read.ec != std::errc() || port <= 0) return std::nullopt;
+    return port;
 }
 
 }  // namespace
@@ -48,65 +57,92 @@ void OwnService::start() {
     secret_.reset();
     settled_.complete();
     settled_ = {};
-    if (const auto address = listenAddress(api_.baseURL())) {
-        work_ = tasks_.spawn(startWhereNobodyAnswers(*address));
+    port_ = ownPort(api_.baseURL());
+    isResponsible_ = port_.has_value();
+    if (port_) {
+        work_ = tasks_.spawn(work());
     } else {
         settled_.complete();
     }
 }
 
-Task<void> OwnService::startWhereNobodyAnswers(std::string address) {
-    // Whoever answers there is the one that the user, or somebody for them, has set up.
-    if (!co_await isAnswered()) co_await launch(std::move(address));
-    settled_.complete();
+Task<void> OwnService::work() {
+    const auto settled = settled_;
+    co_await startAtFreePort();
+    settled.complete();
 }
 
-/// Whether anybody is there at all.
-Task<bool> OwnService::isAnswered() {
+Task<void> OwnService::startAtFreePort() {
+    for (int port = *port_; port < *port_ + portsTried; ++port) {
+        switch (co_await answerAt(urlAt(port))) {
+            case Answer::none:
+                co_return co_await launch(port);
+            case Answer::anothersOwn:
+                break;
+            case Answer::service:
+                if (port != *port_) break;
+                // The one that the user, or somebody for them, has set up.
+                isResponsible_ = false;
+                co_return;
+        }
+    }
+    logLine("no hay un puerto libre para el servicio de este equipo");
+}
+
+Task<OwnService::Answer> OwnService::answerAt(std::string url) {
     try {
-        co_await http_.send({.url = api_.baseURL() + "/healthz", .timeout = lookTimeout});
-        co_return true;
+        const auto answer = co_await http_.send({.url = url + "/healthz", .timeout = lookTimeout});
+        const auto body = Json::parse(answer.body, nullptr, false);
+        const bool isPrivate = body.is_object() && body.value("private", Json(false)) == true;
+        co_return isPrivate ? Answer::anothersOwn : Answer::service;
     } catch (const HttpError& error) {
-        co_return error.kind() != HttpError::Kind::unreachable;
+        co_return error.kind() == HttpError::Kind::unreachable ? Answer::none : Answer::service;
     }
 }
 
-Task<void> OwnService::launch(std::string address) {
-    secret_ = service_.start(address, [this, address] { ended(address); });
+Task<void> OwnService::launch(int port) {
+    api_.useServer(urlAt(port));
+    secret_ = service_.start("127.0.0.1:" + std::to_string(port), [this] { ended(); });
     if (!secret_) co_return logLine("no se pudo iniciar el servicio de este equipo");
     startedAt_ = tasks_.executor().now();
-    co_await signIn(*secret_);
+    co_await signIn();
 }
 
-void OwnService::ended(const std::string& address) {
+void OwnService::ended() {
     secret_.reset();
     if (work_) work_->cancel();
     const bool isNew = tasks_.executor().now() - startedAt_ >= provenAfter;
     pause_ = isNew || pause_ == 0 ? firstPause : std::min(2 * pause_, longestPause);
     logLine("el servicio de este equipo ha terminado");
-    restart_.once(pause_, [this, address] { work_ = tasks_.spawn(startWhereNobodyAnswers(address)); });
+    settled_.complete();
+    restart_.once(pause_, [this] { work_ = tasks_.spawn(work()); });
 }
 
-Task<void> OwnService::signIn(std::string secret) {
-    const double deadline = tasks_.executor().now() + longestStart;
-    while (!co_await isAnswered()) {
-        if (tasks_.executor().now() >= deadline) co_return logLine("el servicio de este equipo no responde");
-        co_await sleep(betweenLooks);
-    }
+Task<void> OwnService::signIn() {
+    if (!co_await isUp()) co_return logLine("el servicio de este equipo no responde");
     co_await account_.known();
     // A session of an earlier start still holds, unless the service tells that it does not.
     if (account_.loggedIn.get()) co_return co_await account_.refresh();
     try {
         co_await account_.requestCode(std::string(email));
-        co_await account_.verify(std::string(email), std::move(secret));
+        co_await account_.verify(std::string(email), secret_.value_or(""));
     } catch (const Error& error) {
         logLine("no se pudo entrar en el servicio de este equipo: " + error.localizedDescription());
     }
 }
 
+Task<bool> OwnService::isUp() {
+    const double deadline = tasks_.executor().now() + longestStart;
+    while (co_await answerAt(api_.baseURL()) == Answer::none) {
+        if (tasks_.executor().now() >= deadline) co_return false;
+        co_await sleep(betweenLooks);
+    }
+    co_return true;
+}
+
 bool OwnService::mends(const APIError& error) {
     if (error != APIError::notLoggedIn() || !secret_) return false;
-    work_ = tasks_.spawn(signIn(*secret_));
+    work_ = tasks_.spawn(signIn());
     return true;
 }
 

@@ -31,29 +31,38 @@ class OwnService {
     OwnService& operator=(const OwnService&) = delete;
 
     /// Sees to it that the address in force is answered; to be called once at start-up, and when the address
-    /// has changed: what ran for an earlier one ends.
+    /// has changed: what ran for an earlier one ends. Where another user's own service answers, the next free
+    /// port is taken instead.
     void start();
 
     /// Done when it is known who answers, and the session with the own service has begun or failed to.
     Completion<void> settled() const { return settled_; }
 
-    /// Whether the session in force is, or is about to be, with the service that runs here.
-    bool isInUse() const { return secret_.has_value(); }
+    /// Whether a session with the service of this computer is all that is needed: the address is this
+    /// computer's, and nobody has set up a service there. True also until that is known, and when it cannot be
+    /// started: what needs no service works all the same.
+    bool isResponsible() const { return isResponsible_; }
 
     /// A session that has ended is begun anew, and the user need not hear of it: then true.
     bool mends(const APIError& error);
 
  private:
-    Task<void> startWhereNobodyAnswers(std::string address);
-    Task<bool> isAnswered();
-    Task<void> signIn(std::string secret);
-    Task<void> launch(std::string address);
-    void ended(const std::string& address);
+    enum class Answer { none, anothersOwn, service };
+
+    Task<void> work();
+    Task<void> startAtFreePort();
+    Task<Answer> answerAt(std::string url);
+    Task<void> launch(int port);
+    Task<void> signIn();
+    Task<bool> isUp();
+    void ended();
 
     HttpClient& http_;
     CompanionService& service_;
     DorixAPI& api_;
     AccountStore& account_;
+    std::optional<int> port_;  // of the address, which is this computer's
+    bool isResponsible_ = false;
     std::optional<std::string> secret_;  // while the service runs
     double startedAt_ = 0;
     double pause_ = 0;  // seconds before it is started once more

@@ -10,6 +10,7 @@ namespace dorix {
 class Accessibility;
 class Application;
 class AudioEngineFactory;
+class CompanionService;
 class EventPoster;
 class Executor;
 class FileReplacer;
@@ -68,6 +69,7 @@ struct Platform {
     UrlOpener& urls;
     HttpClient& http;
     Keychain& keychain;
+    CompanionService& companion;
     SavePanel& savePanel;
     FileReplacer& files;
     SessionState& session;

@@ -26,6 +26,8 @@ AppController::AppController(const Platform& platform)
       api_(platform.executor, platform.http, platform.keychain,
            configuredServer(platform.defaults, platform.packagedServer)),
       account_(platform.executor, api_, platform.keychain, platform.defaults, platform.computerName),
+      ownService_(platform.executor, platform.http, platform.companion, api_, account_),
+      accountForm_(platform.executor, api_, account_, ownService_, platform.defaults),
       clipboard_(platform.executor, platform.pasteboard),
       inserter_({platform.executor, clipboard_, platform.pasteboard, platform.events, platform.workspace}),
       selection_(platform.executor, platform.accessibility, clipboard_, platform.pasteboard, platform.events,
@@ -48,7 +50,10 @@ AppController::AppController(const Platform& platform)
       keys_(platform.executor, platform.keyEvents, platform.hotKeys, state_, settings_, permissions_, speech_,
             dictation_),
       tasks_(platform.executor) {
-    account_.onNeedsAttention = [this](const APIError& error) { accountNotice_.tell(error); };
+    account_.onNeedsAttention = [this](const APIError& error) {
+        if (!ownService_.mends(error)) accountNotice_.tell(error);
+    };
+    dictation_.accountReady = [this] { return accountReady(); };
     inserter_.mayType = [this] { return !platform_.session.locked.get(); };
 }
 
@@ -59,10 +64,39 @@ void AppController::applicationDidFinishLaunching() {
     windows.icon->show();
     showStatusItem();
     keys_.listen();
+    ownService_.start();
     account_.startRefreshing();
-    tasks_.spawn(prepareSpeech());
-    firstRunHint_.show(FirstRunHint::Forced::no);
+    tasks_.spawn(showFirstScreen());
     tasks_.spawn(sessionNotice_.tell());
+}
+
+bool AppController::mayUse() const { return account_.loggedIn.get() || ownService_.isResponsible(); }
+
+/// Without a session there is first of all one to be begun.
+bool AppController::accountReady() {
+    if (!mayUse()) showAccount();
+    return mayUse();
+}
+
+void AppController::showAccount() {
+    windows.account->place();
+    windows.account->show();
+}
+
+void AppController::iconClicked() {
+    if (mayUse() || state_.panelOpen.get()) {
+        panelHost_.toggle();
+    } else {
+        showAccount();
+    }
+}
+
+Task<void> AppController::showFirstScreen() {
+    tasks_.spawn(prepareSpeech());
+    co_await account_.known();
+    if (mayUse()) firstRunHint_.show(FirstRunHint::Forced::no);
+    co_await ownService_.settled();
+    if (!mayUse()) showAccount();
 }
 
 Task<void> AppController::settled() {
@@ -77,6 +111,7 @@ void AppController::traceTo(const std::filesystem::path& file) {
 
 IconVerbs AppController::iconVerbs() {
     return {.togglePanel = [this] { panelHost_.toggle(); },
+            .showAccount = [this] { showAccount(); },
             .setPaused = [this](bool paused) { settings_.paused.set(paused); },
             .relaunch = [this] { platform_.application.relaunch(); },
             .terminate = [this] { platform_.application.terminate(); }};

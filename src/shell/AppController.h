@@ -2,8 +2,10 @@
 
 #include "base/async/SerialExecutor.h"
 #include "base/async/TaskScope.h"
+#include "cloud/AccountForm.h"
 #include "cloud/AccountStore.h"
 #include "cloud/DorixAPI.h"
+#include "cloud/OwnService.h"
 #include "context/TextInsertion.h"
 #include "context/TextSelection.h"
 #include "context/UserClipboard.h"
@@ -55,7 +57,7 @@ class AppController {
     /// said is in the history: the program may end. Takes some seconds at most, with an export some more.
     Task<void> settled();
 
-    void iconClicked() { panelHost_.toggle(); }
+    void iconClicked();
     /// The user has started the program once more.
     void reopen() { panelHost_.toggle(); }
 
@@ -70,11 +72,16 @@ class AppController {
     SpeechInput& speech() { return speech_; }
     HistoryPanel& panel() { return panel_; }
     AccountStore& account() { return account_; }
+    AccountForm& accountForm() { return accountForm_; }
     Toasts& toasts() { return toasts_; }
 
  private:
     IconVerbs iconVerbs();
     void showStatusItem();
+    bool mayUse() const;
+    bool accountReady();
+    void showAccount();
+    Task<void> showFirstScreen();
     Task<void> prepareSpeech();
 
     const Platform platform_;
@@ -86,6 +93,8 @@ class AppController {
     SpeechEngine speech_;
     DorixAPI api_;
     AccountStore account_;
+    OwnService ownService_;
+    AccountForm accountForm_;
     BasicWriter writer_;
     UserClipboard clipboard_;
     TextInserter inserter_;

@@ -8,6 +8,8 @@ Menu iconMenu(bool panelOpen, bool paused, const IconVerbs& verbs) {
     return {
         {tr(panelOpen ? "Cerrar historial" : "Abrir historial"), verbs.togglePanel},
         ClosureMenuItem::separator(),
+        {tr("Tu cuenta…"), verbs.showAccount},
+        ClosureMenuItem::separator(),
         {tr(paused ? "Reanudar DORIX" : "Pausar DORIX"),
          [setPaused = verbs.setPaused, paused] { setPaused(!paused); }},
         ClosureMenuItem::separator(),

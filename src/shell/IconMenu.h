@@ -9,6 +9,7 @@ namespace dorix {
 /// What the menu of the icon can set off.
 struct IconVerbs {
     std::function<void()> togglePanel;
+    std::function<void()> showAccount;
     std::function<void(bool paused)> setPaused;
     std::function<void()> relaunch;
     std::function<void()> terminate;

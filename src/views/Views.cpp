@@ -5,12 +5,14 @@
 namespace dorix {
 
 Views::Views(Surroundings& surroundings, AppState& state, SettingsStore& settings, SpeechInput& speech,
-             HistoryPanel& panel, IconView::Verbs verbs)
+             HistoryPanel& panel, AccountForm& account, IconView::Verbs verbs)
     : icon_(surroundings.context(), state, settings, speech, std::move(verbs)),
-      panel_(surroundings.context(), state, settings, panel, [this] { return icon_.frame(); }) {
+      panel_(surroundings.context(), state, settings, panel, [this] { return icon_.frame(); }),
+      account_(surroundings.context(), settings, account) {
     surroundings.onCompositorChanged = [this] {
         icon_.reshape();
         panel_.reshape();
+        account_.reshape();
     };
     surroundings.onRestacked = [this] { icon_.raise(); };
     surroundings.onFullScreenChanged = [this] { icon_.keepOutOfTheWay(); };

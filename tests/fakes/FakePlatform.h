@@ -10,6 +10,7 @@
 #include "fakes/FakeSpeechRecognition.h"
 #include "fakes/MemoryUserDefaults.h"
 #include "fakes/TemporaryFolder.h"
+#include "platform/CompanionService.h"
 #include "platform/Keychain.h"
 #include "platform/Notifications.h"
 #include "platform/Platform.h"
@@ -40,6 +41,7 @@ struct FakePlatform {
     FakeUrlOpener urls;
     FakeHttpClient http;
     MemoryKeychain keychain;
+    UnavailableCompanionService companion;
     FakeSavePanel savePanel;
     UnavailableFileReplacer files;
     SessionState session;
@@ -71,6 +73,7 @@ struct FakePlatform {
                 .urls = urls,
                 .http = http,
                 .keychain = keychain,
+                .companion = companion,
                 .savePanel = savePanel,
                 .files = files,
                 .session = session,

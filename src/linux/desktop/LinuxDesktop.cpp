@@ -11,6 +11,7 @@
 #include "linux/dbus/PortalSavePanel.h"
 #include "linux/desktop/LinuxPrivacyGrants.h"
 #include "linux/pocketsphinx/PocketsphinxRecognition.h"
+#include "linux/process/ChildCompanionService.h"
 #include "linux/process/LinuxProcesses.h"
 #include "linux/pulse/PulseAudioEngine.h"
 #include "linux/pulse/PulseSystemSounds.h"
@@ -98,6 +99,7 @@ struct LinuxDesktop::Adapters {
           audio(main),
           processes(watcher),
           urls(watcher),
+          companion(watcher, companionServiceBeside(processes.executable())),
           system(BusConnection::system(main, watcher)),
           bus(BusConnection::session(main, watcher)),
           notifications(main, *bus),
@@ -146,6 +148,7 @@ struct LinuxDesktop::Adapters {
     LinuxProcesses processes;
     XdgUrlOpener urls;
     AtomicFileReplacer files;
+    ChildCompanionService companion;
     CurlHttpClient http;
     SecretKeychain keychain{bundleIdentifier, xdgDataHome() / "DORIX" / "secrets.json"};
     const std::unique_ptr<BusConnection> system;
@@ -202,6 +205,7 @@ Platform LinuxDesktop::platform(Application& application) {
             .urls = made.urls,
             .http = made.http,
             .keychain = made.keychain,
+            .companion = made.companion,
             .savePanel = made.savePanel,
             .files = made.files,
             .session = made.session,

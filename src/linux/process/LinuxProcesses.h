@@ -19,6 +19,9 @@ class LinuxProcesses final : public Processes {
     explicit LinuxProcesses(FdWatcher& watcher);
     LinuxProcesses(FdWatcher& watcher, std::filesystem::path executable);
 
+    /// Where this program lies.
+    const std::filesystem::path& executable() const { return executable_; }
+
     /// What the next launchSelf() gives to the other process, as inheritedDescriptor.
     void passOn(FileDescriptor descriptor) { passedOn_ = std::move(descriptor); }
 

@@ -6,10 +6,13 @@ namespace dorix::service {
 
 namespace {
 
-/// Whether it can do its work: it is up, and the database answers.
+/// Whether it can do its work: it is up, and the database answers. One that a program started for its user
+/// alone says so, for other users' programs on the same computer.
 Awaitable<Reply> health(Call call) {
     co_await call.with.storage.run([](Database& database) { return database.run("SELECT 1"); });
-    co_return jsonResponse({{"ok", true}});
+    Json body{{"ok", true}};
+    if (call.with.isLocal) body["private"] = true;
+    co_return jsonResponse(body);
 }
 
 Awaitable<Reply> metrics(Call call) {

@@ -116,11 +116,24 @@ TEST_F(OwnServiceTest, WhoeverAnswersAlreadyAndWhoeverIsElsewhereIsLeftAlone) {
     EXPECT_TRUE(own.settled().isDone());
     account.onNeedsAttention(APIError::notLoggedIn());
     EXPECT_EQ(told, 1);
+    EXPECT_FALSE(own.isResponsible());
 
     api.useServer("https://dorix.example");
     own.start();
     EXPECT_TRUE(own.settled().isDone());
     EXPECT_THAT(service.log, ElementsAre("end", "end"));
+}
+
+TEST_F(OwnServiceTest, AnotherUsersOwnIsNotOurs) {
+    own.start();
+    executor.runPosted();
+    answer("healthz", 200, R"({"ok":true,"private":true})");
+    EXPECT_EQ(http.last().request.url, "http://127.0.0.1:8788/healthz");
+    http.last().fail();
+    executor.runPosted();
+    EXPECT_EQ(service.log.back(), "start 127.0.0.1:8788");
+    EXPECT_EQ(api.baseURL(), "http://127.0.0.1:8788");
+    EXPECT_TRUE(own.isResponsible());
 }
 
 TEST_F(OwnServiceTest, OneThatDiesIsStartedAgainAfterLongerAndLongerWaits) {
@@ -140,7 +153,7 @@ TEST_F(OwnServiceTest, OneThatDiesIsStartedAgainAfterLongerAndLongerWaits) {
     service.die();
     executor.advanceBy(8);
     refuse("healthz");
-    EXPECT_FALSE(own.isInUse());
+    EXPECT_TRUE(own.isResponsible()) << "what needs no service works all the same";
 }
 
 TEST_F(OwnServiceTest, TheWindowLeadsToAnotherServerAndBack) {
@@ -177,7 +190,7 @@ TEST_F(OwnServiceTest, TheWindowLeadsToAnotherServerAndBack) {
     answer("healthz", 200);
     signsIn();
     EXPECT_EQ(form.step.get(), Step::thisComputer);
-    EXPECT_EQ(defaults.string("DORIXServerURL"), std::nullopt);
+    EXPECT_EQ(defaults.string("DORIXServerURL"), "http://127.0.0.1:8787") << "whatever the package says";
 }
 
 }  // namespace
