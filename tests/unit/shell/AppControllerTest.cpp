@@ -101,12 +101,12 @@ TEST_F(AppControllerTest, TheMenuPausesRestartsAndQuits) {
     launch();
     for (const auto& [paused, label] : {std::pair(false, "Pausar DORIX"), {true, "Reanudar DORIX"}}) {
         EXPECT_EQ(app->settings().paused.get(), paused);
-        EXPECT_EQ(app->iconMenu()[2].label, label);
-        app->iconMenu()[2].handler();
+        EXPECT_EQ(app->iconMenu()[4].label, label);
+        app->iconMenu()[4].handler();
     }
     EXPECT_FALSE(app->settings().paused.get());
-    app->iconMenu()[4].handler();
-    app->iconMenu()[5].handler();
+    app->iconMenu()[6].handler();
+    app->iconMenu()[7].handler();
     EXPECT_EQ(application.relaunches, 1);
     EXPECT_EQ(application.terminations, 1);
 }
