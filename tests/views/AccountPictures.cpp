@@ -1,15 +1,7 @@
-#include "cloud/AccountForm.h"
-#include "cloud/AccountStore.h"
-#include "cloud/DorixAPI.h"
-#include "cloud/OwnService.h"
-#include "fakes/FakeHttpClient.h"
-#include "platform/CompanionService.h"
-#include "platform/Keychain.h"
+#include "views/AccountBench.h"
 #include "views/Exhibit.h"
 #include "views/Tokens.h"
 #include "views/account/AccountWindow.h"
-
-#include <optional>
 
 namespace dorix::testing {
 
@@ -23,7 +15,7 @@ class AccountExhibit final : public Exhibit {
 
     void answer(int status, const std::string& body) {
         executor.runPosted();
-        http_.last().respond(status, body);
+        account_.http.last().respond(status, body);
         executor.runPosted();
     }
     void signIn() {
@@ -39,15 +31,10 @@ class AccountExhibit final : public Exhibit {
     }
 
  private:
-    FakeHttpClient http_;
-    MemoryKeychain keychain_;
-    UnavailableCompanionService service_;
-    DorixAPI api_{executor, http_, keychain_, std::nullopt};
-    AccountStore account_{executor, api_, keychain_, defaults, "Mesa"};
-    OwnService own_{executor, http_, service_, api_, account_};
+    AccountBench account_{executor, defaults};
 
  public:
-    AccountForm form{executor, api_, account_, own_, defaults};
+    AccountForm& form = account_.form;
 };
 
 Picture picture(std::string name, void (*reach)(AccountExhibit&), std::vector<Style> styles) {

@@ -6,6 +6,7 @@
 #include "overlay/Icon.h"
 #include "overlay/Placement.h"
 #include "views/Application.h"
+#include "views/AccountBench.h"
 #include "views/PanelBench.h"
 #include "views/ShownText.h"
 #include "views/Tokens.h"
@@ -194,12 +195,13 @@ class ViewsDesktopTest : public ::testing::Test {
         loop_ = std::make_unique<QtMainLoop>();
         installLanguage(defaults_, {});
         bench_ = std::make_unique<PanelBench>(*loop_, defaults_);
+        account_ = std::make_unique<AccountBench>(*loop_, defaults_);
         connection_ = X11Connection::open(*loop_, *loop_);
         windows_ = std::make_unique<X11Windows>(*connection_);
         windowSystem_ = std::make_unique<X11WindowSystem>(*connection_, *windows_, finishToolkitRequests);
         surroundings_ = std::make_unique<Surroundings>(*loop_, defaults_, appearance_, *windowSystem_);
         views_ = std::make_unique<Views>(*surroundings_, bench_->state, bench_->settings, bench_->speech,
-                                         bench_->panel,
+                                         bench_->panel, account_->form,
                                          IconView::Verbs{.clicked = [this] { ++clicks_; },
                                                          .tooltip = [] { return iconTooltip({}); },
                                                          .menu = [this] { return menuItems(); }});
@@ -283,6 +285,7 @@ class ViewsDesktopTest : public ::testing::Test {
     std::unique_ptr<QtMainLoop> loop_;
     MemoryUserDefaults defaults_;
     std::unique_ptr<PanelBench> bench_;
+    std::unique_ptr<AccountBench> account_;
     DesktopAppearance appearance_;
     std::unique_ptr<X11Connection> connection_;
     std::unique_ptr<X11Windows> windows_;
