@@ -128,7 +128,8 @@ class Service:
 
         class Handler(BaseHTTPRequestHandler):
             def do_GET(self):
-                service.authorizations.append(self.headers.get("Authorization", ""))
+                if self.path.startswith("/v1/"):  # and not only asked whether anybody is there
+                    service.authorizations.append(self.headers.get("Authorization", ""))
                 body = b'{"email": "ana@example.es"}'
                 self.send_response(200 if service.knows_session else 401)
                 self.send_header("Content-Length", str(len(body)))

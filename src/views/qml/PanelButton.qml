@@ -26,7 +26,7 @@ FocusScope {
     readonly property real strength: available ? 1 : 0.4
     // With a reason to tell it can be come to.
     enabled: available || reason !== ""
-    activeFocusOnTab: enabled && visible
+    activeFocusOnTab: enabled && visible || activeFocus  // what hides with the focus passes it on
 
     Accessible.role: Accessible.Button
     Accessible.name: name
