@@ -3,6 +3,7 @@
 Takes the program's path."""
 
 import contextlib
+import json
 import os
 import select
 import shutil
@@ -80,6 +81,9 @@ class Program:
     def processes(self) -> list[int]:
         """The living processes that run the program's file in this desktop: itself, its watchdog, a second copy."""
         return self._running(BINARY)
+
+    def services(self) -> list[int]:
+        return self._running(BINARY.parents[1] / "service/dorix-service")
 
     def _running(self, executable: Path) -> list[int]:
         found = []
@@ -200,6 +204,27 @@ class ProgramTest(unittest.TestCase):
             time.sleep(2.5)  # longer than a watchdog would wait
             self.assertEqual(program.processes(), [])
             self.assertEqual(program.status(), 1, program.log())
+
+    def test_alone_it_runs_a_service_of_its_own(self):
+        with Program(BARE, preparation="export DORIX_TRACE=$XDG_RUNTIME_DIR/trace") as program:
+            self.assert_starts(program)
+            environment = program.environment()
+            defaults = Path(environment["XDG_CONFIG_HOME"]) / "dorix/defaults.json"
+            self.assertTrue(wait_until(lambda: "local@dorix.localhost" in defaults.read_text(), 10.0), program.log())
+            service, = program.services()
+            secrets = json.loads((Path(environment["XDG_DATA_HOME"]) / "DORIX/secrets.json").read_text())
+            for pid in (*program.processes(), service):
+                for what in ("cmdline", "environ"):
+                    self.assertNotIn(secrets["session-token"], Path(f"/proc/{pid}/{what}").read_text())
+
+            os.kill(service, signal.SIGKILL)
+            self.assertTrue(wait_until(lambda: program.services() not in ([], [service]), 10.0), "it was not started again")
+            program.send(signal.SIGKILL)
+            service, = program.services() or [0]
+            self.assertTrue(wait_until(lambda: service not in program.services(), 5.0), "it has outlived the program")
+            self.assertTrue(wait_until(lambda: program.services(), 20.0), "the watchdog's has none")
+            os.kill(min(program.processes(), key=os.getsid), signal.SIGTERM)
+            self.assertTrue(wait_until(lambda: not program.processes() and not program.services(), END_TIMEOUT))
 
     def test_a_session_is_shown_to_nobody_but_the_service(self):
         token = "a-token-that-nobody-may-see"

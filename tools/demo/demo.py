@@ -1,9 +1,9 @@
 #!/usr/bin/python3
 """DORIX used on a desktop of its own: one dictation into a real text editor, or the steps of a script.
 
-A dictation prints what was typed, the milliseconds from letting the key go to the text standing in the editor, whether
+A dictation prints whose session DORIX has with its service, what was typed, the milliseconds from letting the key go to the text standing in the editor, whether
 the clipboard is what it was, and where the pictures of the desktop lie: one while DORIX listens, one afterwards. The
-exit status is 0 only when words were typed and the clipboard is intact.
+exit status is 0 only when there is a session, words were typed and the clipboard is intact.
 
 A script prints what came of each step. The exit status is 0 only when every step did what it should; the first that did
 not ends it. docs/demo-scripts.md tells how to write one.

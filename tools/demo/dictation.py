@@ -35,6 +35,7 @@ class Dictation:
         clipboard_before = self._fill_clipboard()
         editor = Editor(self._desktop)
         dorix = start_dorix()
+        session = dorix.session()
 
         let_go = self._speak(words)
         stood = editor.await_insertion(let_go, TEXT_TIMEOUT)
@@ -43,12 +44,13 @@ class Dictation:
         typed = editor.text().strip()
         self._desktop.screenshot(self._screenshot.with_stem(self._screenshot.stem + "-after"))
 
+        print("session:", session)
         print("typed:", typed.replace("\n", "\\n"))
         print(f"key-up to text: {self._latency(let_go, stood)}")
         print(f"clipboard: {changes or 'unchanged'}")
         print(f"screenshot: {self._screenshot}", flush=True)
         dorix.check_running()
-        return any(character.isalnum() for character in typed) and not changes
+        return any(character.isalnum() for character in typed) and not changes and "@" in session
 
     def _fill_clipboard(self) -> dict:
         owner = self._desktop.spawn([str(CLIPBOARD), "own"], stdout=subprocess.PIPE)

@@ -13,6 +13,7 @@ from waiting import wait_until
 READY = "DORIX: listo\n"
 START_TIMEOUT = 60.0  # loading the recogniser's model dominates, on a cold disk
 END_TIMEOUT = 5.0
+SESSION_TIMEOUT = 10.0
 
 DEFAULT_ICON_CENTRE = (1230, 750)
 ICON_SIZE = 96  # with its clear margin
@@ -71,6 +72,14 @@ class Dorix:
         if not origin:
             return DEFAULT_ICON_CENTRE
         return int(origin[0]) + ICON_SIZE // 2, SCREEN_HEIGHT - int(origin[1]) - ICON_SIZE // 2
+
+    def session(self) -> str:
+        """Whose session it has with its service; it begins one by itself with that of this computer."""
+        def profile() -> dict:
+            return json.loads(self._settings.read_text()).get("profile", {})
+
+        wait_until(lambda: profile(), SESSION_TIMEOUT)
+        return profile().get("email", "none")
 
     def events(self, since: int = 0) -> list[dict]:
         """The trace, but for its first `since` events."""
