@@ -140,7 +140,7 @@ bool isOnThisComputer(const std::string& address) {
 }
 
 std::optional<std::string> configuredServer(const UserDefaults& defaults,
-                                            std::optional<std::string> packaged) {
+                                            const std::optional<std::string>& packaged) {
     auto chosen = defaults.string(DorixAPI::serverKey);
     return chosen ? chosen : packaged;
 }

@@ -94,6 +94,6 @@ bool isOnThisComputer(const std::string& address);
 /// The service's address: the user's, by the key "DORIXServerURL", or else the one that the program came
 /// with.
 std::optional<std::string> configuredServer(const UserDefaults& defaults,
-                                            std::optional<std::string> packaged);
+                                            const std::optional<std::string>& packaged);
 
 }  // namespace dorix
