@@ -49,7 +49,8 @@ AccountForm::AccountForm(Executor& executor, DorixAPI& api, AccountStore& accoun
 }
 
 std::string AccountForm::server() const {
-    return own_.isResponsible() || api_.baseURL() == DorixAPI::developmentURL ? std::string() : api_.baseURL();
+    return own_.isResponsible() || api_.baseURL() == DorixAPI::developmentURL ? std::string()
+                                                                              : api_.baseURL();
 }
 
 AccountForm::Step AccountForm::firstStep() const {

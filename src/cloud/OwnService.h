@@ -17,8 +17,8 @@ class DorixAPI;
 class HttpClient;
 
 /// For whoever uses DORIX alone: where the service's address is this computer's and nobody answers there, the
-/// service is run as a child of the program and signed in to, over the ordinary wire, without the user. Starts
-/// it again when it dies, each time after a longer wait. Main executor.
+/// service is run as a child of the program and signed in to, over the ordinary wire, without the user.
+/// Starts it again when it dies, each time after a longer wait. Main executor.
 class OwnService {
  public:
     /// The account that only the program which started the service may begin a session of.
@@ -39,8 +39,8 @@ class OwnService {
     Completion<void> settled() const { return settled_; }
 
     /// Whether a session with the service of this computer is all that is needed: the address is this
-    /// computer's, and nobody has set up a service there. True also until that is known, and when it cannot be
-    /// started: what needs no service works all the same.
+    /// computer's, and nobody has set up a service there. True also until that is known, and when it cannot
+    /// be started: what needs no service works all the same.
     bool isResponsible() const { return isResponsible_; }
 
     /// A session that has ended is begun anew, and the user need not hear of it: then true.

@@ -10,8 +10,8 @@
 
 namespace dorix {
 
-/// What the user sees: the icon, the HUD beside it, the panel and the account's window. They render the state and call the verbs;
-/// they decide nothing. Main thread.
+/// What the user sees: the icon, the HUD beside it, the panel and the account's window. They render the state
+/// and call the verbs; they decide nothing. Main thread.
 class Views {
  public:
     /// Needs an application that can draw. What it is given must outlive the views.

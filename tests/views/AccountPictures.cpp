@@ -56,14 +56,13 @@ std::vector<Picture> accountPictures() {
     const Style dark{.dark = true};
     const Style english{.language = "en"};
     return {picture("account-email", [](AccountExhibit&) {}, {light, {.composited = false}}),
-            picture(
-                "account-code",
-                [](AccountExhibit& exhibit) {
-                    exhibit.form.sendCode("marta.iglesias@velmar.example");
-                    exhibit.answer(200, R"({"ok":true})");
-                    exhibit.form.verify("12");
-                },
-                {light, dark}),
+            picture("account-code",
+                    [](AccountExhibit& exhibit) {
+                        exhibit.form.sendCode("marta.iglesias@velmar.example");
+                        exhibit.answer(200, R"({"ok":true})");
+                        exhibit.form.verify("12");
+                    },
+                    {light, dark}),
             picture("account-signed-in", [](AccountExhibit& exhibit) { exhibit.signIn(); }, {english}),
             picture("account-server", [](AccountExhibit& exhibit) { exhibit.form.chooseServer(); }, {dark})};
 }

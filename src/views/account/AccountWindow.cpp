@@ -95,7 +95,9 @@ void AccountWindow::watch(SettingsStore& settings) {
 
 void AccountWindow::showWords() {
     QVariantMap words;
-    const auto put = [&words](const char* key, const char* text) { words.insert(key, shown(dorix::tr(text))); };
+    const auto put = [&words](const char* key, const char* text) {
+        words.insert(key, shown(dorix::tr(text)));
+    };
     put("title", "Tu cuenta de DORIX");
     put("close", "Cerrar");
     words.insert("email", "Email");  // in every language
