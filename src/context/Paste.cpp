@@ -41,12 +41,12 @@ Paste::Paste(const Means& means, Insertion insertion, EventPoster::Condition may
     : means_(means), insertion_(std::move(insertion)), mayType_(std::move(mayType)) {}
 
 Task<InsertionReceipt> Paste::deliver() {
-    known_ = co_await means_.pasteboard.currentChangeCount();
+    known_ = means_.pasteboard.currentChangeCount();
     if (const auto target = co_await placeInFront()) {
         delivery_ = co_await paste(*target);
     } else {
         delivery_ = insertion_.target ? Delivery::elsewhere : Delivery::nowhere;
-        userCopied_ = co_await means_.pasteboard.currentChangeCount() != known_;
+        userCopied_ = means_.pasteboard.currentChangeCount() != known_;
     }
     stays_ = delivery_ != Delivery::refused && (delivery_ != Delivery::delivered || !insertion_.hasCursor);
     // What the user has copied meanwhile is worth more than a text that is in the history as well.

@@ -42,7 +42,7 @@ Task<UserClipboard::Reading> UserClipboard::read() {
     if (ahead && ahead->changeCount == pasteboard_.changeCount()) {
         const bool isFresh = !ahead->isRead.isDone();
         co_await ahead->isRead.throughStop();
-        const bool isTrue = ahead->changeCount == co_await pasteboard_.currentChangeCount();
+        const bool isTrue = ahead->changeCount == pasteboard_.currentChangeCount();
         if (isTrue && (isFresh || isWhole(ahead->reading))) co_return std::move(ahead->reading);
     }
     co_return co_await readNow();
@@ -53,7 +53,7 @@ Task<UserClipboard::Reading> UserClipboard::readNow() {
     for (int i = 0; i < maxReadings; ++i) {
         const auto before = pasteboard_.changeCount();
         reading = co_await pasteboard_.pasteboardItems();
-        if (co_await pasteboard_.currentChangeCount() == before) break;
+        if (pasteboard_.currentChangeCount() == before) break;
     }
     if (!reading.items.empty()) pasteboard_.keepThroughCrash(reading.items);
     co_return reading;

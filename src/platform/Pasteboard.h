@@ -54,8 +54,8 @@ class Pasteboard {
     virtual std::int64_t changeCount() const = 0;
 
     /// The same, with all that others have done until now, of which changeCount may yet have to hear. Asks
-    /// the system. A stop request does not cut it short.
-    virtual Task<std::int64_t> currentChangeCount() = 0;
+    /// the system.
+    virtual std::int64_t currentChangeCount() = 0;
 
     /// Everything on the clipboard.
     virtual Task<Reading> pasteboardItems() = 0;
@@ -88,7 +88,7 @@ class Pasteboard {
 class UnavailablePasteboard final : public Pasteboard {
  public:
     std::int64_t changeCount() const override { return 0; }
-    Task<std::int64_t> currentChangeCount() override { co_return 0; }
+    std::int64_t currentChangeCount() override { return 0; }
     Task<Reading> pasteboardItems() override { co_return Reading{}; }
     Task<std::optional<std::string>> string() override { co_return std::nullopt; }
     void clearContents() override {}

@@ -28,9 +28,9 @@ class FakePasteboard final : public Pasteboard {
     }
 
     std::int64_t changeCount() const override { return changeCount_; }
-    Task<std::int64_t> currentChangeCount() override {
+    std::int64_t currentChangeCount() override {
         if (const auto asked = std::exchange(onCountAsked, nullptr)) asked();
-        co_return changeCount_;
+        return changeCount_;
     }
     /// Called once, just before the answer.
     std::function<void()> onCountAsked;

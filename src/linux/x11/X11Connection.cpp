@@ -147,6 +147,12 @@ void X11Connection::takeQueuedEvents() {
     });
 }
 
+std::int64_t X11Connection::countUnheard(
+    std::uint8_t type, const std::function<bool(const xcb_generic_event_t&)>& isMeant) const {
+    return std::ranges::count_if(queued_,
+                                 [&](const auto& event) { return keyOf(*event) == type && isMeant(*event); });
+}
+
 XcbPtr<xcb_generic_event_t> X11Connection::nextEvent() {
     if (queued_.empty()) return XcbPtr<xcb_generic_event_t>(xcb_poll_for_event(get()));
     auto event = std::move(queued_.front());

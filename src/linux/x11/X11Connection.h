@@ -101,6 +101,10 @@ class X11Connection {
     /// A window that is never shown, for properties and selections. The caller destroys it.
     xcb_window_t createHiddenWindow(std::uint32_t eventMask) const;
 
+    /// How many events of this type have come in and are yet to be delivered, of those that `isMeant`.
+    std::int64_t countUnheard(std::uint8_t type,
+                              const std::function<bool(const xcb_generic_event_t&)>& isMeant) const;
+
     /// Sends what requests left in the buffer. Whoever makes requests that need no reply calls it afterwards;
     /// event handlers need not.
     void flush();

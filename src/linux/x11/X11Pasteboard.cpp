@@ -72,9 +72,8 @@ X11Pasteboard::X11Pasteboard(X11Connection& connection, ClipboardKeeper* keeper)
                                           XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
     connection_.flush();
     const auto* fixes = xcb_get_extension_data(connection_.get(), &xcb_xfixes_id);
-    tokens_.push_back(
-        connection_.listen(static_cast<std::uint8_t>(fixes->first_event + XCB_XFIXES_SELECTION_NOTIFY),
-                           [this](const auto& event) { handleChange(event); }));
+    changeEvent_ = static_cast<std::uint8_t>(fixes->first_event + XCB_XFIXES_SELECTION_NOTIFY);
+    tokens_.push_back(connection_.listen(changeEvent_, [this](const auto& event) { handleChange(event); }));
 }
 
 X11Pasteboard::~X11Pasteboard() {
@@ -83,10 +82,14 @@ X11Pasteboard::~X11Pasteboard() {
 }
 
 void X11Pasteboard::handleChange(const xcb_generic_event_t& event) {
+    if (isForeignChange(event)) noteForeignChange();
+}
+
+bool X11Pasteboard::isForeignChange(const xcb_generic_event_t& event) const {
     const auto& change = reinterpret_cast<const xcb_xfixes_selection_notify_event_t&>(event);
-    if (change.window != window_ || change.selection != clipboard_) return;
+    if (change.window != window_ || change.selection != clipboard_) return false;
     // What others did before our own change is undone by it.
-    if (!commitPending_ && !isSettled(event)) noteForeignChange();
+    return !commitPending_ && !isSettled(event);
 }
 
 bool X11Pasteboard::isSettled(const xcb_generic_event_t& event) const {
@@ -156,13 +159,11 @@ xcb_window_t X11Pasteboard::ownerOf(xcb_atom_t selection) {
     return reply ? reply->owner : xcb_window_t{XCB_WINDOW_NONE};
 }
 
-// The events of what happened before an answer come in with it, and are delivered in the next turn.
-Task<std::int64_t> X11Pasteboard::currentChangeCount() {
+// The events of what happened before an answer come in with it.
+std::int64_t X11Pasteboard::currentChangeCount() {
     ownerOf(clipboard_);
-    const Completion<void> isHeard;
-    connection_.executor().post([isHeard] { isHeard.complete(); });
-    co_await isHeard.throughStop();
-    co_return changeCount_;
+    return changeCount_ + connection_.countUnheard(
+                              changeEvent_, [this](const auto& event) { return isForeignChange(event); });
 }
 
 bool X11Pasteboard::holdsOwnContents() {

@@ -27,7 +27,7 @@ class X11Pasteboard final : public Pasteboard {
     ~X11Pasteboard() override;
 
     std::int64_t changeCount() const override { return changeCount_; }
-    Task<std::int64_t> currentChangeCount() override;
+    std::int64_t currentChangeCount() override;
     Task<Reading> pasteboardItems() override;
     Task<std::optional<std::string>> string() override;
     void clearContents() override;
@@ -58,6 +58,7 @@ class X11Pasteboard final : public Pasteboard {
 
  private:
     void handleChange(const xcb_generic_event_t& event);
+    bool isForeignChange(const xcb_generic_event_t& event) const;
     bool isSettled(const xcb_generic_event_t& event) const;
     void noteForeignChange();
     void loseClipboard();
@@ -112,6 +113,7 @@ class X11Pasteboard final : public Pasteboard {
     /// What the user had selected before we took PRIMARY.
     SelectionContents primaryBefore_;
     Timer primaryTimer_;
+    std::uint8_t changeEvent_ = 0;  // the type of the events that tell of changes
     std::vector<Subscription> tokens_;
 };
 
