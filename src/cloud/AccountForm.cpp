@@ -17,6 +17,7 @@ namespace dorix {
 namespace {
 
 constexpr std::size_t codeLength = 6;
+constexpr double codeLasts = 600;  // seconds
 
 /// As it was sent, from a text that it was copied out of with blanks.
 std::optional<std::string> codeIn(const std::string& text) {
@@ -55,14 +56,18 @@ std::string AccountForm::server() const {
 
 AccountForm::Step AccountForm::firstStep() const {
     if (own_.isResponsible()) return Step::thisComputer;
-    return account_.loggedIn.get() ? Step::signedIn : Step::email;
+    if (account_.loggedIn.get()) return Step::signedIn;
+    // Whoever fetches the code from their mail comes back to enter it.
+    const bool isAwaited = codeSentAt_ && tasks_.executor().now() - *codeSentAt_ < codeLasts;
+    return isAwaited ? Step::code : Step::email;
 }
 
 void AccountForm::begin() {
     error.set("");
+    const auto first = firstStep();
     const auto& profile = account_.profile.get();
-    email.set(profile ? profile->email : "");
-    step.set(firstStep());
+    if (first != Step::code) email.set(profile ? profile->email : "");
+    step.set(first);
 }
 
 void AccountForm::begin(Task<void> work, std::optional<Step> after) {
@@ -91,10 +96,15 @@ void AccountForm::sendCode(const std::string& to) {
     if (at == std::string::npos || at == 0 || at + 1 == address.size())
         return error.set(tr("Escribe una dirección de email."));
     email.set(address);
-    begin(account_.requestCode(address), Step::code);
+    begin(askForCode(address), Step::code);
 }
 
-void AccountForm::resendCode() { begin(account_.requestCode(email.get()), Step::code); }
+void AccountForm::resendCode() { begin(askForCode(email.get()), Step::code); }
+
+Task<void> AccountForm::askForCode(std::string address) {
+    co_await account_.requestCode(std::move(address));
+    codeSentAt_ = tasks_.executor().now();
+}
 
 void AccountForm::verify(const std::string& text) {
     const auto code = codeIn(text);
@@ -103,6 +113,7 @@ void AccountForm::verify(const std::string& text) {
 }
 
 void AccountForm::changeEmail() {
+    codeSentAt_.reset();
     error.set("");
     step.set(Step::email);
 }
@@ -123,7 +134,8 @@ void AccountForm::useServer(const std::string& address) {
 void AccountForm::useThisComputer() { begin(goOverTo(std::string(DorixAPI::developmentURL)), std::nullopt); }
 
 Task<void> AccountForm::goOverTo(std::string address) {
-    if (account_.loggedIn.get()) co_await account_.logout();
+    co_await account_.leave();
+    codeSentAt_.reset();
     defaults_.set(DorixAPI::serverKey, address);
     api_.useServer(std::move(address));
     own_.start();

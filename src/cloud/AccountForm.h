@@ -63,6 +63,7 @@ class AccountForm {
  private:
     Task<void> attempt(Task<void> work, std::optional<Step> after);
     void begin(Task<void> work, std::optional<Step> after);
+    Task<void> askForCode(std::string address);
     Task<void> goOverTo(std::string address);
     Step firstStep() const;
 
@@ -70,6 +71,7 @@ class AccountForm {
     AccountStore& account_;
     OwnService& own_;
     UserDefaults& defaults_;
+    std::optional<double> codeSentAt_;  // by the executor's clock
     std::vector<Subscription> subscriptions_;
     TaskScope tasks_;
 };

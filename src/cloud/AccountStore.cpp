@@ -87,7 +87,9 @@ Task<void> AccountStore::verify(std::string email, std::string code) {
 
 Task<void> AccountStore::signIn(std::string email, std::string code) {
     const Json body{{"email", email}, {"code", code}, {"device", device_}};
+    const auto server = api_.baseURL();
     const auto begun = co_await api_.post<NewSession>("v1/auth/verify", body, Session::none, authTimeout);
+    if (server != api_.baseURL()) co_return;  // the session is with another one by now
     const auto session = ++session_;
     co_await keychain_.save(DorixAPI::tokenAccount, begun.token);
     if (session != session_) co_return;
@@ -106,6 +108,12 @@ Task<void> AccountStore::refresh() {
 }
 
 Task<void> AccountStore::logout() { co_await tasks_.spawn(signOut()); }
+
+Task<void> AccountStore::leave() {
+    if (loggedIn.get()) co_await logout();
+    clearSession();
+    co_await keychain_.remove(DorixAPI::tokenAccount);
+}
 
 Task<void> AccountStore::signOut() {
     const auto session = session_;

@@ -51,6 +51,9 @@ class AccountStore {
     Task<void> refresh();
     /// Ends the session, whether the service hears of it or not.
     Task<void> logout();
+    /// The same before the service's address changes: when it returns nothing of the session is kept, also
+    /// where the keychain has yet to tell of one.
+    Task<void> leave();
 
     /// Refreshes now, and every half hour. Without a session nothing is asked of the service, and the
     /// keychain is looked into again: it may have been locked before.

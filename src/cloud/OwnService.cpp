@@ -77,10 +77,11 @@ Task<void> OwnService::startAtFreePort() {
         switch (co_await answerAt(urlAt(port))) {
             case Answer::none:
                 co_return co_await launch(port);
-            case Answer::anothersOwn:
+            case Answer::somethingElse:
                 break;
             case Answer::service:
-                if (port != *port_) break;
+                // What is sent there is heard by whoever listens.
+                if (port != *port_ || !service_.isTrusted(port)) break;
                 // The one that the user, or somebody for them, has set up.
                 isResponsible_ = false;
                 co_return;
@@ -89,14 +90,17 @@ Task<void> OwnService::startAtFreePort() {
     logLine("no hay un puerto libre para el servicio de este equipo");
 }
 
+/// Another user's own service is something else, as is a program that is none.
 Task<OwnService::Answer> OwnService::answerAt(std::string url) {
     try {
         const auto answer = co_await http_.send({.url = url + "/healthz", .timeout = lookTimeout});
         const auto body = Json::parse(answer.body, nullptr, false);
-        const bool isPrivate = body.is_object() && body.value("private", Json(false)) == true;
-        co_return isPrivate ? Answer::anothersOwn : Answer::service;
+        const auto says = [&](const char* what) {
+            return body.is_object() && body.value(what, Json(false)) == true;
+        };
+        co_return says("ok") && !says("private") ? Answer::service : Answer::somethingElse;
     } catch (const HttpError& error) {
-        co_return error.kind() == HttpError::Kind::unreachable ? Answer::none : Answer::service;
+        co_return error.kind() == HttpError::Kind::unreachable ? Answer::none : Answer::somethingElse;
     }
 }
 

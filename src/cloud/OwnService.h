@@ -47,7 +47,7 @@ class OwnService {
     bool mends(const APIError& error);
 
  private:
-    enum class Answer { none, anothersOwn, service };
+    enum class Answer { none, somethingElse, service };
 
     Task<void> work();
     Task<void> startAtFreePort();

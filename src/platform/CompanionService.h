@@ -19,6 +19,10 @@ class CompanionService {
 
     /// Ends what was started.
     virtual void end() = 0;
+
+    /// Whether what listens on a port of this computer is a process of this user or of the system, and not of
+    /// another user who would hear what is sent there.
+    virtual bool isTrusted(int port) const = 0;
 };
 
 /// Where none is installed.
@@ -28,6 +32,7 @@ class UnavailableCompanionService final : public CompanionService {
         return std::nullopt;
     }
     void end() override {}
+    bool isTrusted(int) const override { return false; }
 };
 
 }  // namespace dorix

@@ -65,12 +65,14 @@ void AppController::applicationDidFinishLaunching() {
     showStatusItem();
     keys_.listen();
     ownService_.start();
-    account_.startRefreshing();
     tasks_.spawn(showFirstScreen());
     tasks_.spawn(sessionNotice_.tell());
 }
 
-bool AppController::mayUse() const { return account_.loggedIn.get() || ownService_.isResponsible(); }
+/// Nobody is stopped before it is known whether there is a session.
+bool AppController::mayUse() const {
+    return account_.loggedIn.get() || ownService_.isResponsible() || !account_.known().isDone();
+}
 
 /// Without a session there is first of all one to be begun.
 bool AppController::accountReady() {
@@ -96,6 +98,8 @@ Task<void> AppController::showFirstScreen() {
     co_await account_.known();
     if (mayUse()) firstRunHint_.show(FirstRunHint::Forced::no);
     co_await ownService_.settled();
+    // Only now is it known that the address is answered by whom the session is with.
+    account_.startRefreshing();
     if (!mayUse()) showAccount();
 }
 

@@ -3,6 +3,7 @@
 #include <QGuiApplication>
 #include <QScreen>
 #include <cmath>
+#include <functional>
 
 namespace dorix::screenmap {
 
@@ -29,19 +30,26 @@ QRect visibleGeometry(const QScreen& screen, WindowSystem& windowSystem) {
     return screen.availableGeometry().intersected(left);
 }
 
-}  // namespace
-
-Screens current(WindowSystem& windowSystem) {
+Screens screensWith(const std::function<QRect(const QScreen&)>& visible) {
     Screens screens;
     const QScreen* main = QGuiApplication::primaryScreen();
     for (const QScreen* screen : QGuiApplication::screens()) {
-        const Screen found{.frame = fromQt(screen->geometry()),
-                           .visibleFrame = fromQt(visibleGeometry(*screen, windowSystem))};
+        const Screen found{.frame = fromQt(screen->geometry()), .visibleFrame = fromQt(visible(*screen))};
         screens.insert(screen == main ? screens.begin() : screens.end(), found);
     }
     // Between two screens, as when a laptop's lid closes, there may be none for a moment.
     if (screens.empty()) screens.push_back({.frame = {0, 0, 1280, 800}, .visibleFrame = {0, 0, 1280, 800}});
     return screens;
+}
+
+}  // namespace
+
+Screens current() {
+    return screensWith([](const QScreen& screen) { return screen.availableGeometry(); });
+}
+
+Screens clearOfBars(WindowSystem& windowSystem) {
+    return screensWith([&](const QScreen& screen) { return visibleGeometry(screen, windowSystem); });
 }
 
 Point fromQt(QPointF point) { return {point.x() - zero().x(), zero().y() - point.y()}; }

@@ -10,8 +10,11 @@
 /// which count downwards from the top left of all screens.
 namespace dorix::screenmap {
 
-/// The screens that are there now.
-Screens current(WindowSystem& windowSystem);
+/// The screens that are there now. Asks nobody but the toolkit.
+Screens current();
+
+/// The same, without what bars take of which the toolkit does not know. Asks the display about every window.
+Screens clearOfBars(WindowSystem& windowSystem);
 
 Point fromQt(QPointF point);
 Rect fromQt(const QRect& rect);

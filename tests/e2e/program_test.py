@@ -132,10 +132,11 @@ class Service:
 
         class Handler(BaseHTTPRequestHandler):
             def do_GET(self):
-                if self.path.startswith("/v1/"):  # and not only asked whether anybody is there
+                is_call = self.path.startswith("/v1/")  # and not only asked whether anybody is there
+                if is_call:
                     service.authorizations.append(self.headers.get("Authorization", ""))
-                body = b'{"email": "ana@example.es"}'
-                self.send_response(200 if service.knows_session else 401)
+                body = b'{"email": "ana@example.es"}' if is_call else b'{"ok": true}'
+                self.send_response(200 if service.knows_session or not is_call else 401)
                 self.send_header("Content-Length", str(len(body)))
                 self.end_headers()
                 self.wfile.write(body)

@@ -5,6 +5,8 @@
 #include <unistd.h>
 
 #include <array>
+#include <cstdio>
+#include <fstream>
 #include <system_error>
 #include <utility>
 
@@ -52,9 +54,10 @@ std::optional<std::string> ChildCompanionService::start(const std::string& addre
     auto secret = makeSecret();
     auto pipe = secret ? pipeWith(*secret) : std::nullopt;
     if (!pipe || executable_.empty()) return std::nullopt;
-    // Only the address: what else the user has set for the service holds for this one too.
-    const auto child = spawn({"env", "DORIX_SERVICE_LISTEN=" + address, executable_.string(),
-                              "--local-secret-fd", std::to_string(inheritedDescriptor)},
+    // What else the user has set for a service holds for this one too.
+    const auto child = spawn({"env", "-u", "DORIX_SERVICE_TLS_CERTIFICATE", "-u", "DORIX_SERVICE_TLS_KEY",
+                              "DORIX_SERVICE_LISTEN=" + address, executable_.string(), "--local-secret-fd",
+                              std::to_string(inheritedDescriptor)},
                              SpawnAs::helper, pipe->reading.get());
     if (!child) return std::nullopt;
     process_ = openProcess(*child);
@@ -72,6 +75,27 @@ void ChildCompanionService::end() {
     ended_.reset();
     process_ = FileDescriptor();
     lifeline_ = FileDescriptor();
+}
+
+bool ChildCompanionService::isTrusted(int port) const {
+    constexpr int listening = 0x0A;
+    constexpr uid_t firstUser = 1000;
+    // "  0: 0100007F:2253 00000000:0000 0A 00000000:00000000 00:00000000 00000000  1000 ..."
+    std::ifstream table("/proc/net/tcp");
+    std::string line;
+    std::getline(table, line);
+    bool isThere = false;
+    while (std::getline(table, line)) {
+        unsigned local = 0;
+        unsigned state = 0;
+        uid_t owner = 0;
+        const int read = std::sscanf(line.c_str(), " %*d: %*x:%x %*x:%*x %x %*x:%*x %*x:%*x %*x %u", &local,
+                                     &state, &owner);
+        if (read != 3 || state != listening || static_cast<int>(local) != port) continue;
+        if (owner != ::getuid() && owner >= firstUser) return false;
+        isThere = true;
+    }
+    return isThere;
 }
 
 fs::path companionServiceBeside(const fs::path& executable) {

@@ -19,6 +19,8 @@ class ChildCompanionService final : public CompanionService {
 
     std::optional<std::string> start(const std::string& address, std::function<void()> onEnd) override;
     void end() override;
+    /// By the owner that the kernel tells of the listening socket, over IPv4.
+    bool isTrusted(int port) const override;
 
  private:
     FdWatcher& watcher_;

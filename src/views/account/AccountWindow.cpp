@@ -126,10 +126,11 @@ void AccountWindow::showStep() {
 }
 
 void AccountWindow::open() {
-    form_.begin();
+    if (!isVisible()) form_.begin();
     fit();
     if (!isVisible()) {
-        const QRect screen = screenmap::toQt(screenmap::current(context().windowSystem).front().visibleFrame);
+        const QRect screen =
+            screenmap::toQt(screenmap::clearOfBars(context().windowSystem).front().visibleFrame);
         const QPoint middle = screen.center() - QPoint(width(), height()) / 2;
         setPosition(middle);
     }

@@ -43,7 +43,7 @@ FloatingIconWindow::FloatingIconWindow(const ViewContext& context)
 FloatingIconWindow::~FloatingIconWindow() = default;
 
 void FloatingIconWindow::place() {
-    moveTo(iconOrigin(savedIconOrigin(context().defaults), screenmap::current(context().windowSystem)));
+    moveTo(iconOrigin(savedIconOrigin(context().defaults), screenmap::clearOfBars(context().windowSystem)));
 }
 
 void FloatingIconWindow::moveTo(Point origin) {
@@ -98,7 +98,7 @@ void FloatingIconWindow::release() {
             onClick();
             return;
         case IconMouse::Release::drag:
-            moveTo(clampedIconOrigin({frame_.x, frame_.y}, screenmap::current(context().windowSystem)));
+            moveTo(clampedIconOrigin({frame_.x, frame_.y}, screenmap::clearOfBars(context().windowSystem)));
             saveIconOrigin(context().defaults, {frame_.x, frame_.y});
             onMoved();
     }

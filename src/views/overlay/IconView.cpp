@@ -99,7 +99,7 @@ void IconView::keepOutOfTheWay() {
     icon_.orderOut();
 }
 
-void IconView::placeHUD() { hud().place(icon_.frame(), screenmap::current(context_.windowSystem)); }
+void IconView::placeHUD() { hud().place(icon_.frame(), screenmap::current()); }
 
 void IconView::screensChanged() {
     icon_.rescale();

@@ -29,7 +29,7 @@ void TooltipWindow::setText(const QString& text) {
 }
 
 void TooltipWindow::showBeside(const Rect& icon) {
-    const auto place = placeHUD(icon, screenmap::current(context().windowSystem));
+    const auto place = placeHUD(icon, screenmap::current());
     const QRect beside = screenmap::toQt(place.usable).marginsAdded({reach, reach, reach, reach});
     const QRect about = screenmap::toQt(icon);
     const int x = place.opensLeft ? beside.right() + 1 - width() : beside.x();

@@ -29,7 +29,7 @@ PanelWindow& PanelOnDemand::window() {
 }
 
 bool PanelOnDemand::place() {
-    return window().place(iconFrame_(), screenmap::current(context_.windowSystem));
+    return window().place(iconFrame_(), screenmap::clearOfBars(context_.windowSystem));
 }
 
 void PanelOnDemand::show() { window().open(); }
@@ -50,7 +50,7 @@ void PanelOnDemand::clickedOutside() {
 
 void PanelOnDemand::screensChanged() {
     if (window_ && !window_->isVisible()) window_.reset();
-    if (window_) window_->placeAnew(iconFrame_(), screenmap::current(context_.windowSystem));
+    if (window_) window_->placeAnew(iconFrame_(), screenmap::clearOfBars(context_.windowSystem));
 }
 
 void PanelOnDemand::reshape() {

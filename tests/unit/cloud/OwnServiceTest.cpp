@@ -12,6 +12,7 @@
 
 #include <optional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace dorix {
@@ -28,9 +29,11 @@ class FakeCompanionService final : public CompanionService {
         return isInstalled ? std::optional("secret") : std::nullopt;
     }
     void end() override { log.emplace_back("end"); }
+    bool isTrusted(int) const override { return trusts; }
     void die() { std::exchange(onEnd_, nullptr)(); }
 
     bool isInstalled = true;
+    bool trusts = true;
     std::vector<std::string> log;
 
  private:
@@ -111,7 +114,7 @@ TEST_F(OwnServiceTest, WhereNobodyAnswersItIsStartedAndSignedInTo) {
 TEST_F(OwnServiceTest, WhoeverAnswersAlreadyAndWhoeverIsElsewhereIsLeftAlone) {
     own.start();
     executor.runPosted();
-    answer("healthz", 404);
+    answer("healthz", 200, R"({"ok":true})");
     EXPECT_THAT(service.log, ElementsAre("end"));
     EXPECT_TRUE(own.settled().isDone());
     account.onNeedsAttention(APIError::notLoggedIn());
@@ -124,16 +127,23 @@ TEST_F(OwnServiceTest, WhoeverAnswersAlreadyAndWhoeverIsElsewhereIsLeftAlone) {
     EXPECT_THAT(service.log, ElementsAre("end", "end"));
 }
 
-TEST_F(OwnServiceTest, AnotherUsersOwnIsNotOurs) {
-    own.start();
-    executor.runPosted();
-    answer("healthz", 200, R"({"ok":true,"private":true})");
-    EXPECT_EQ(http.last().request.url, "http://127.0.0.1:8788/healthz");
-    http.last().fail();
-    executor.runPosted();
-    EXPECT_EQ(service.log.back(), "start 127.0.0.1:8788");
-    EXPECT_EQ(api.baseURL(), "http://127.0.0.1:8788");
-    EXPECT_TRUE(own.isResponsible());
+TEST_F(OwnServiceTest, WhatIsNoServiceOrAnotherUsersIsPassedBy) {
+    for (const auto& [status, body, trusts] : {std::tuple{200, R"({"ok":true,"private":true})", true},
+                                               {200, R"({"ok":true})", false},
+                                               {404, "Not found", true},
+                                               {200, "[]", true}}) {
+        service.trusts = trusts;
+        api.useServer(std::nullopt);
+        own.start();
+        executor.runPosted();
+        answer("healthz", status, body);
+        EXPECT_EQ(http.last().request.url, "http://127.0.0.1:8788/healthz");
+        http.last().fail();
+        executor.runPosted();
+        EXPECT_EQ(service.log.back(), "start 127.0.0.1:8788");
+        EXPECT_EQ(api.baseURL(), "http://127.0.0.1:8788");
+        EXPECT_TRUE(own.isResponsible());
+    }
 }
 
 TEST_F(OwnServiceTest, OneThatDiesIsStartedAgainAfterLongerAndLongerWaits) {

@@ -181,10 +181,11 @@ TEST_F(AppControllerTest, ASessionThatHasEndedOpensTheAccountWindowWhenNothingIs
     run(keychain.save("session-token", "secret"));
     std::vector<std::string> asked;
     RecordingWindow window(asked);
+    defaults.set("DORIXServerURL", "https://dorix.example");
     launch();
     app->windows.account = &window;
     EXPECT_TRUE(app->account().loggedIn.get());
-    EXPECT_EQ(http.last().request.url, "http://127.0.0.1:8787/v1/me");
+    EXPECT_EQ(http.last().request.url, "https://dorix.example/v1/me");
     std::optional<std::string> old = "unread";
     run([](Keychain& from, auto& into) -> Task<void> { into = co_await from.read("claude-api-key"); }(
                                            keychain, old));
