@@ -134,6 +134,8 @@ void AccountForm::useServer(const std::string& address) {
 void AccountForm::useThisComputer() { begin(goOverTo(std::string(DorixAPI::developmentURL)), std::nullopt); }
 
 Task<void> AccountForm::goOverTo(std::string address) {
+    // The session is not given up for an address that was mistyped.
+    if (!isOnThisComputer(address) && !co_await own_.isServiceAt(address)) throw APIError::offline();
     co_await account_.leave();
     codeSentAt_.reset();
     defaults_.set(DorixAPI::serverKey, address);

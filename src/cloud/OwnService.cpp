@@ -90,6 +90,11 @@ Task<void> OwnService::startAtFreePort() {
     logLine("no hay un puerto libre para el servicio de este equipo");
 }
 
+Task<bool> OwnService::isServiceAt(std::string url) {
+    while (url.ends_with('/')) url.pop_back();
+    co_return co_await answerAt(std::move(url)) == Answer::service;
+}
+
 /// Another user's own service is something else, as is a program that is none.
 Task<OwnService::Answer> OwnService::answerAt(std::string url) {
     try {

@@ -43,6 +43,9 @@ class OwnService {
     /// be started: what needs no service works all the same.
     bool isResponsible() const { return isResponsible_; }
 
+    /// Whether a service for several users answers at an address.
+    Task<bool> isServiceAt(std::string url);
+
     /// A session that has ended is begun anew, and the user need not hear of it: then true.
     bool mends(const APIError& error);
 

@@ -257,12 +257,15 @@ Awaitable<std::string> ModelClient::complete(std::string body, int seconds) {
 Awaitable<void> ModelClient::stream(std::string body, OnTexts onTexts) {
     const auto read = [&onTexts](auto& call) -> Awaitable<void> {
         ModelEvents events;
-        for (auto bytes = co_await call.readSome(); !bytes.empty(); bytes = co_await call.readSome()) {
-            auto texts = events.read(bytes);
+        for (bool isEnd = false; !isEnd;) {
+            const auto bytes = co_await call.readSome();
+            isEnd = bytes.empty();
+            auto texts = isEnd ? events.finish() : events.read(bytes);
             if (!texts.empty()) co_await onTexts(std::move(texts));
-            if (events.hasFailed()) throw ModelError(ModelError::Kind::cutOff, "the model reported an error");
+            if (events.hasFailed()) throw ModelError(ModelError::Kind::cutOff, "the model did not finish");
             if (events.isDone()) co_return;
         }
+        if (!events.isWhole()) throw ModelError(ModelError::Kind::cutOff, "the answer ended early");
     };
     co_await impl_->ask(std::move(body), firstByteTime, read);
 }

@@ -25,6 +25,9 @@ const Json& firstChoice(const Json& answer) {
     return choices.is_array() && !choices.empty() ? choices.front() : null;
 }
 
+/// Whether it ends here for want of room. What is left out would be missing where the answer is put.
+bool isCutShort(const Json& choice) { return member(choice, "finish_reason") == "length"; }
+
 std::string textOf(const Json& message) {
     const auto& content = member(message, "content");
     return content.is_string() ? content.get<std::string>() : std::string();
@@ -55,20 +58,21 @@ void ModelEvents::readLine(std::string_view line, std::vector<std::string>& text
     line.remove_prefix(dataField.size());
     if (line.starts_with(' ')) line.remove_prefix(1);
     if (line == "[DONE]") {
-        isDone_ = true;
+        isDone_ = isWhole_ = true;
         return;
     }
     const auto event = parsed(line);
-    if (!member(event, "error").is_null()) {
-        hasFailed_ = true;
-        return;
-    }
-    auto text = textOf(member(firstChoice(event), "delta"));
+    const auto& choice = firstChoice(event);
+    auto text = textOf(member(choice, "delta"));
     if (!text.empty()) texts.push_back(std::move(text));
+    hasFailed_ = !member(event, "error").is_null() || isCutShort(choice);
+    if (!member(choice, "finish_reason").is_null()) isWhole_ = !hasFailed_;
 }
 
 std::string textOfAnswer(std::string_view body) {
-    return textOf(member(firstChoice(parsed(body)), "message"));
+    const auto answer = parsed(body);
+    const auto& choice = firstChoice(answer);
+    return isCutShort(choice) ? std::string() : textOf(member(choice, "message"));
 }
 
 }  // namespace dorix::service

@@ -33,9 +33,17 @@ Rows rowsOf(const PGresult* result) {
     return rows;
 }
 
+/// The library's own words about an address that it cannot read quote it, with its password.
+void checkAddress(const std::string& address) {
+    auto* const options = PQconninfoParse(address.c_str(), nullptr);
+    if (options == nullptr) throw StorageError("PostgreSQL: the address cannot be read");
+    PQconninfoFree(options);
+}
+
 /// The address comes last, as "dbname", so that what it says holds and the rest are defaults: seconds and
 /// milliseconds, as the server takes them.
 PGconn* open(const std::string& address) {
+    checkAddress(address);
     constexpr std::array keywords = {"connect_timeout",  "tcp_user_timeout",
                                      "application_name", "options",
                                      "dbname",           static_cast<const char*>(nullptr)};

@@ -173,11 +173,20 @@ TEST_F(OwnServiceTest, TheWindowLeadsToAnotherServerAndBack) {
         form.useServer(wrong);
         EXPECT_NE(form.error.get(), "") << wrong;
     }
-    form.useServer(" https://dorix.example ");
+    form.useServer("https://dorix.exampel");
+    executor.runPosted();
+    http.last().fail();
+    executor.runPosted();
+    EXPECT_EQ(form.error.get(), "Sin conexión con DORIX. Revisa tu internet.");
+    EXPECT_TRUE(account.loggedIn.get());
+    form.useServer(" https://dorix.example/ ");
+    executor.runPosted();
+    EXPECT_EQ(http.last().request.url, "https://dorix.example/healthz");
+    http.last().respond(200, R"({"ok":true})");
     executor.runPosted();
     answer("v1/auth/logout", 200, R"({"ok":true})");
     EXPECT_EQ(form.step.get(), Step::email);
-    EXPECT_EQ(defaults.string("DORIXServerURL"), "https://dorix.example");
+    EXPECT_EQ(defaults.string("DORIXServerURL"), "https://dorix.example/");
     form.sendCode("nobody");
     EXPECT_EQ(form.error.get(), "Escribe una dirección de email.");
     form.sendCode(" ana@example.es ");

@@ -38,6 +38,18 @@ TEST(ModelEventsTest, AnErrorAndALineWithoutEndFail) {
     ModelEvents told;
     told.read("data: {\"error\":{\"message\":\"x\"}}\n");
     EXPECT_TRUE(told.hasFailed());
+    for (const std::string reason : {"stop", "length"}) {
+        const bool isWhole = reason == "stop";
+        const auto choice = [&](const std::string& part) {
+            return R"({"choices":[{")" + part + R"(":{"content":"x"},"finish_reason":")" + reason + "\"}]}";
+        };
+        ModelEvents ended;
+        ended.read("data: " + choice("delta"));
+        EXPECT_EQ(ended.finish().size(), 1U);
+        EXPECT_EQ(ended.isWhole(), isWhole);
+        EXPECT_EQ(ended.hasFailed(), !isWhole);
+        EXPECT_EQ(textOfAnswer(choice("message")), isWhole ? "x" : "");
+    }
     ModelEvents endless;
     const std::string piece(100'000, 'x');
     int pieces = 0;
