@@ -13,7 +13,6 @@ namespace dorix::service {
 
 namespace {
 
-constexpr std::int64_t codeSeconds = 600;
 constexpr std::int64_t quarterHour = 900;
 constexpr std::int64_t hour = 3600;
 constexpr std::int64_t day = 86400;

@@ -12,6 +12,9 @@
 
 namespace dorix::service {
 
+/// How long a code is good for.
+inline constexpr std::int64_t codeSeconds = 600;
+
 /// Why somebody does not get what they asked for.
 enum class Refusal : std::uint8_t {
     badEmail,

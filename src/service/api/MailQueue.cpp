@@ -1,8 +1,10 @@
 #include "service/api/MailQueue.h"
 
 #include "base/Log.h"
+#include "service/accounts/Accounts.h"
 #include "service/metrics/Metrics.h"
 
+#include <algorithm>
 #include <boost/asio/post.hpp>
 #include <chrono>
 #include <exception>
@@ -16,6 +18,8 @@ namespace {
 constexpr int mostWaiting = 1000;
 constexpr int tries = 3;
 constexpr std::chrono::seconds pauseBetweenTries{2};
+constexpr std::chrono::seconds endPatience{10};
+constexpr std::chrono::seconds codeLasts{codeSeconds};
 }  // namespace
 
 MailQueue::MailQueue(std::unique_ptr<Mailer> mailer, Metrics& metrics)
@@ -23,21 +27,28 @@ MailQueue::MailQueue(std::unique_ptr<Mailer> mailer, Metrics& metrics)
 
 MailQueue::~MailQueue() {
     isEnding_ = true;
+    endsAt_ = Clock::now() + endPatience;
     thread_.join();
 }
 
 void MailQueue::add(CodeMail mail) {
     if (waiting_ >= mostWaiting) {
-        ++metrics_.mailsFailed;
-        logLine("event=mail-dropped");
-        return;
+        logLine("event=mail-dropped why=full");
+        return fail();
     }
     ++waiting_;
-    boost::asio::post(thread_, [this, mail = std::move(mail)] {
-        deliver(mail);
+    boost::asio::post(thread_, [this, mail = std::move(mail), due = Clock::now() + codeLasts] {
+        if (Clock::now() < std::min(due, endsAt_.load())) {
+            deliver(mail);
+        } else {
+            logLine("event=mail-dropped why=late");
+            fail();
+        }
         --waiting_;
     });
 }
+
+void MailQueue::fail() { ++metrics_.mailsFailed; }
 
 void MailQueue::deliver(const CodeMail& mail) {
     for (int attempt = 1;; ++attempt) {
@@ -48,10 +59,9 @@ void MailQueue::deliver(const CodeMail& mail) {
         } catch (const std::exception& error) {
             logLine("event=mail-failure attempt=" + std::to_string(attempt) + " what=" + error.what());
         }
-        if (attempt == tries || isEnding_) break;
+        if (attempt == tries || isEnding_) return fail();
         std::this_thread::sleep_for(pauseBetweenTries);
     }
-    ++metrics_.mailsFailed;
 }
 
 }  // namespace dorix::service

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <boost/asio/thread_pool.hpp>
+#include <chrono>
 #include <memory>
 
 namespace dorix::service {
@@ -15,19 +16,24 @@ class Metrics;
 class MailQueue {
  public:
     MailQueue(std::unique_ptr<Mailer> mailer, Metrics& metrics);
-    /// Delivers what is waiting, without trying again.
+    /// Delivers what is waiting, without trying again, for some seconds.
     ~MailQueue();
 
-    /// Any thread. A queue that is full beyond all measure drops it.
+    /// Any thread. A queue that is full beyond all measure drops it, and so does one that comes to it when the
+    /// code is good no more.
     void add(CodeMail mail);
 
  private:
+    using Clock = std::chrono::steady_clock;
+
     void deliver(const CodeMail& mail);
+    void fail();
 
     std::unique_ptr<Mailer> mailer_;
     Metrics& metrics_;
     std::atomic<int> waiting_ = 0;
     std::atomic<bool> isEnding_ = false;
+    std::atomic<Clock::time_point> endsAt_ = Clock::time_point::max();
     boost::asio::thread_pool thread_{1};
 };
 
