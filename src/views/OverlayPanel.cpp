@@ -1,9 +1,11 @@
 #include "views/OverlayPanel.h"
 
+#include <QAccessible>
 #include <QBitmap>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QQmlContext>
+#include <QQuickItem>
 #include <utility>
 
 namespace dorix {
@@ -51,6 +53,14 @@ void OverlayPanel::rescale() {
     resize(points + QSize(1, 1));
     static_cast<void>(grabWindow());
     resize(points);
+}
+
+void OverlayPanel::announce(const char* part) {
+    if (!QAccessible::isActive()) return;
+    if (auto* item = rootObject()->property(part).value<QQuickItem*>()) {
+        QAccessibleEvent event(item, QAccessible::Alert);
+        QAccessible::updateAccessibility(&event);
+    }
 }
 
 void OverlayPanel::cutTo(const QRectF& shape, qreal radius) {

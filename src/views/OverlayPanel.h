@@ -54,6 +54,10 @@ class OverlayPanel : public QQuickView {
     /// Takes the pointer within a rounded rectangle, in points, alone.
     void takePointerIn(const QRectF& shape, qreal radius);
 
+    /// Tells a screen reader of an item that the focus does not come to; a part of the file's root by that
+    /// name.
+    void announce(const char* part);
+
     /// Of its last show() or rescale().
     qreal drawnScale() const { return drawnScale_; }
 

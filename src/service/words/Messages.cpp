@@ -44,8 +44,6 @@ constexpr std::array rows = {
         "The language model didn’t give a usable answer."},
     Row{Message::modelCutOff, "La respuesta del modelo de lenguaje se ha cortado.",
         "The language model’s answer was cut off."},
-    Row{Message::stopping, "El servidor se está deteniendo. Inténtalo de nuevo.",
-        "The server is stopping. Try again."},
     Row{Message::internal, "Ha ocurrido un error en el servidor.", "Something went wrong on the server."},
     Row{Message::codeSubject, "Tu código de DORIX", "Your DORIX code"},
     Row{Message::codeText,

@@ -27,7 +27,6 @@ enum class Message : std::uint8_t {
     modelDown,
     modelUnclear,
     modelCutOff,
-    stopping,
     internal,
     codeSubject,
     codeText,  // with %CODE%

@@ -86,8 +86,10 @@ AccountWindow::AccountWindow(const ViewContext& context, SettingsStore& settings
 void AccountWindow::watch(SettingsStore& settings) {
     subscriptions_.push_back(form_.step.subscribe([this](Step) { showStep(); }));
     subscriptions_.push_back(form_.email.subscribe([this](const std::string&) { showStep(); }));
-    subscriptions_.push_back(
-        form_.error.subscribe([this](const std::string& words) { view().insert("error", shown(words)); }));
+    subscriptions_.push_back(form_.error.subscribe([this](const std::string& words) {
+        view().insert("error", shown(words));
+        if (!words.empty()) announce("complaint");
+    }));
     subscriptions_.push_back(form_.busy.subscribe([this](bool busy) { view().insert("busy", busy); }));
     subscriptions_.push_back(
         settings.languageObserver().code.subscribe([this](const std::string&) { showWords(); }));

@@ -6,7 +6,6 @@
 #include "views/Tokens.h"
 #include "views/overlay/TextFit.h"
 
-#include <QAccessible>
 #include <QQuickItem>
 #include <algorithm>
 
@@ -101,7 +100,8 @@ void HUDWindow::setContent(const HUDContent& content) {
                    {"placeholder", content.isPlaceholder},
                    {"spoken", content.spoken.empty() ? text : shown(content.spoken)}});
     fitText();
-    if (!listensOn) announce();
+    // It would not look at a window without focus.
+    if (!listensOn) announce("bubble");
 }
 
 void HUDWindow::fitText() {
@@ -122,15 +122,6 @@ void HUDWindow::fitText() {
 void HUDWindow::reshape() {
     if (const auto* bubble = rootObject()->property("bubble").value<QQuickItem*>()) {
         cutTo(QRectF(bubble->x(), bubble->y(), bubble->width(), bubble->height()), tokens::bubbleRadius);
-    }
-}
-
-/// Tells a screen reader, which would not look at a window without focus.
-void HUDWindow::announce() {
-    if (!QAccessible::isActive()) return;
-    if (auto* bubble = rootObject()->property("bubble").value<QQuickItem*>()) {
-        QAccessibleEvent event(bubble, QAccessible::Alert);
-        QAccessible::updateAccessibility(&event);
     }
 }
 

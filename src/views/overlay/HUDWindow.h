@@ -27,7 +27,6 @@ class HUDWindow final : public OverlayPanel {
 
  private:
     void fitText();
-    void announce();
 
     HUDContent content_;
     QRect usable_;  // where the bubble may be, in the window

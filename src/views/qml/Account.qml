@@ -9,6 +9,7 @@ Item {
 
     readonly property real wantedHeight: content.height + 2 * content.y
     readonly property string step: view.step
+    readonly property alias complaint: complaint
 
     function focusFirst() {
         const item = step === "email" ? email : step === "code" ? code : step === "server" ? server
@@ -131,6 +132,8 @@ Item {
             }
 
             Label {
+                id: complaint
+
                 width: parent.width
                 visible: text !== ""
                 text: view.error
