@@ -19,8 +19,8 @@ class MailQueue {
     /// Delivers what is waiting, without trying again, for some seconds.
     ~MailQueue();
 
-    /// Any thread. A queue that is full beyond all measure drops it, and so does one that comes to it when the
-    /// code is good no more.
+    /// Any thread. A queue that is full beyond all measure drops it, and so does one that comes to it when
+    /// the code is good no more.
     void add(CodeMail mail);
 
  private:

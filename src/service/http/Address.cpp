@@ -44,4 +44,16 @@ std::string callerAddress(const std::string& peer, std::string_view forwardedFor
     return grouped(caller);
 }
 
+bool isLoopbackAddress(const std::string& peer) {
+    boost::system::error_code error;
+    const auto address = unmapped(ip::make_address(peer, error));
+    return !error && address.is_loopback();
+}
+
+bool isOneOf(const std::vector<std::string>& addresses, const std::string& peer) {
+    boost::system::error_code error;
+    const auto address = unmapped(ip::make_address(peer, error));
+    return !error && isAmong(addresses, address);
+}
+
 }  // namespace dorix::service

@@ -12,4 +12,10 @@ namespace dorix::service {
 std::string callerAddress(const std::string& peer, std::string_view forwardedFor,
                           const std::vector<std::string>& trustedProxies);
 
+/// Whether it is this computer's, also where IPv4 comes over IPv6. False for what is no address. Pure.
+bool isLoopbackAddress(const std::string& peer);
+
+/// Whether it is one of the addresses, likewise.
+bool isOneOf(const std::vector<std::string>& addresses, const std::string& peer);
+
 }  // namespace dorix::service

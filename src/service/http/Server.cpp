@@ -1,11 +1,11 @@
 #include "service/http/Server.h"
 
 #include "base/Log.h"
+#include "service/http/Address.h"
 #include "service/http/Connection.h"
 #include "service/metrics/Metrics.h"
 #include "service/settings/Settings.h"
 
-#include <algorithm>
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/detached.hpp>
 #include <boost/asio/io_context.hpp>
@@ -105,10 +105,8 @@ class Server::Impl : public std::enable_shared_from_this<Server::Impl> {
         if (connections_ >= mostConnections_) return false;
         if (answersEverybody_) return true;
         error_code error;
-        const auto peer = socket.remote_endpoint(error).address();
-        return !error &&
-               (peer.is_loopback() || std::ranges::find(context_.trustedProxies, peer.to_string()) !=
-                                          context_.trustedProxies.end());
+        const auto peer = socket.remote_endpoint(error).address().to_string();
+        return !error && (isLoopbackAddress(peer) || isOneOf(context_.trustedProxies, peer));
     }
 
     static Awaitable<void> serve(std::shared_ptr<Impl> self, tcp::socket socket) {

@@ -79,6 +79,9 @@ TEST(AddressTest, OnlyTrustedPeersSayWhoCalls) {
     EXPECT_EQ(callerAddress("192.0.2.7", "203.0.113.9", proxies), "192.0.2.7");
     EXPECT_EQ(callerAddress("10.0.0.1", "6.6.6.6, 203.0.113.9, 10.0.0.2", proxies), "203.0.113.9");
     EXPECT_EQ(callerAddress("::ffff:10.0.0.1", "nonsense", proxies), "10.0.0.1");
+    EXPECT_TRUE(isOneOf(proxies, "::ffff:10.0.0.1"));
+    EXPECT_TRUE(isLoopbackAddress("::ffff:127.0.0.1"));
+    EXPECT_FALSE(isOneOf(proxies, "::ffff:192.0.2.7") || isLoopbackAddress("::ffff:192.0.2.7"));
     EXPECT_EQ(callerAddress("2001:db8:1:2:3:4:5:6", "", proxies), "2001:db8:1:2::/64");
 }
 
