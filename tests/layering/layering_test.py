@@ -18,7 +18,7 @@ ROOT = Path(__file__).resolve().parents[2]
 # Rooms in one row do not know each other.
 ROWS = [
     ["base"],
-    ["sqlite", "platform"],
+    ["sqlite", "platform", "recognition"],
     ["localdata", "routing"],
     ["context", "permissions"],
     ["cloud"],
@@ -54,12 +54,20 @@ MAINS = "app"
 # The companion service is a program of its own, which shares the bottom with the desktop's; its ai/ is portable.
 SERVICE = "service"
 SERVICE_KNOWS = {"base"}
+# So is the recogniser, which shares what the two say to each other as well, and shuts itself in.
+RECOGNISER = "recogniser"
+RECOGNISER_KNOWS = {"base", "recognition", "linux"}
 TOOLKIT_ROOMS = {ADAPTERS, "views", MAINS}
 
 LIBRARIES = {
     "base": r"nlohmann/json\.hpp|unicode/.*\.h",
     "sqlite": r"sqlite3\.h",
     "panel": r"md4c\.h",
+    "recogniser": r"(dlfcn|fcntl|poll|unistd|sys/.*)\.h",
+    "recogniser/pocketsphinx": r"pocketsphinx\.h|sphinxbase/.*\.h",
+    "recogniser/server": r"curl/curl\.h",
+    "recogniser/sherpa": r"dlfcn\.h|openssl/.*",
+    "recogniser/unpack": r"archive(_entry)?\.h|(fcntl|unistd)\.h",
     "routing": r"re2/re2\.h|unicode/u(char|tf8)\.h",
     "speech": r"samplerate\.h",
     "service": r"boost/.*|(sys/.*|fcntl|poll|unistd)\.h",
@@ -80,9 +88,9 @@ def room_of(path: str) -> str:
 
 
 def library_home_of(path: str) -> str:
-    """Whose libraries the file may use; the folders of the service have theirs each."""
+    """Whose libraries the file may use; the folders of the service and of the recogniser have theirs each."""
     folders = path.split("/")[:-1]
-    return "/".join(folders[:2]) if folders[0] == SERVICE else folders[0]
+    return "/".join(folders[:2]) if folders[0] in (SERVICE, RECOGNISER) else folders[0]
 
 
 def arrow_complaint(own: str, other: str) -> str | None:
@@ -91,6 +99,8 @@ def arrow_complaint(own: str, other: str) -> str | None:
         return None
     if own == ADAPTERS:
         return None if other in ADAPTERS_KNOW else f"{own} knows the ports only"
+    if own == RECOGNISER:
+        return None if other in RECOGNISER_KNOWS else f"{own} shares {', '.join(sorted(RECOGNISER_KNOWS))} alone"
     if own == SERVICE:
         return None if other in SERVICE_KNOWS else f"{own} shares {', '.join(sorted(SERVICE_KNOWS))} alone"
     if other not in RANK or own not in RANK:
