@@ -22,6 +22,17 @@ WritingEngine storedEngine(const UserDefaults& defaults) {
     return defaults.string("engine") == localEngine ? WritingEngine::local : WritingEngine::automatic;
 }
 
+/// The strings of an object; what else it holds is passed over.
+std::map<std::string, std::string> storedNames(const UserDefaults& defaults, std::string_view key) {
+    std::map<std::string, std::string> names;
+    const auto object = defaults.value(key).value_or(Json());
+    if (!object.is_object()) return names;
+    for (const auto& [name, value] : object.items()) {
+        if (value.is_string()) names[name] = value.get<std::string>();
+    }
+    return names;
+}
+
 std::string defaultLanguage(const SystemLanguages& languages) {
     const std::string code = languages.currentLanguageCode.value_or("es");
     const auto* row = std::ranges::find_if(
@@ -42,6 +53,8 @@ SettingsStore::SettingsStore(UserDefaults& defaults, LoginItem& loginItem, const
       styleNotes(defaults.string("styleNotes").value_or("")),
       paused(defaults.boolean("paused").value_or(false)),
       onboardingDone(defaults.boolean("onboardingDone").value_or(false)),
+      speechModels(storedNames(defaults, "speechModels")),
+      speechMirrors(storedNames(defaults, "speechMirrors")),
       defaults_(defaults),
       loginItem_(loginItem),
       languageObserver_{.code = Observable<std::string>(appLanguage.get())} {
@@ -58,6 +71,8 @@ SettingsStore::SettingsStore(UserDefaults& defaults, LoginItem& loginItem, const
     writeThrough(styleNotes, "styleNotes", asIs);
     writeThrough(paused, "paused", asIs);
     writeThrough(onboardingDone, "onboardingDone", asIs);
+    writeThrough(speechModels, "speechModels", asIs);
+    writeThrough(speechMirrors, "speechMirrors", asIs);
     subscriptions_.push_back(defaults.observe("appLanguage", [this] { adoptLanguage(); }));
 }
 

@@ -7,6 +7,7 @@
 #include "platform/UserDefaults.h"
 
 #include <array>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -52,6 +53,10 @@ class SettingsStore {
     Observable<std::string> styleNotes;
     Observable<bool> paused;
     Observable<bool> onboardingDone;
+    /// Which model recognises a language ("es"), by their ids; where none is chosen, the best that there is.
+    Observable<std::map<std::string, std::string>> speechModels;
+    /// By what the beginning of a model's address is replaced, where models come from elsewhere.
+    Observable<std::map<std::string, std::string>> speechMirrors;
 
     LanguageObserver& languageObserver() { return languageObserver_; }
 

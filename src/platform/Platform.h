@@ -51,6 +51,8 @@ struct Platform {
     SystemLanguages languages;
     std::string computerName;        // as the user calls it
     std::filesystem::path userData;  // the folder in which programs keep a folder each for the user's data
+    /// Where the system's package has its models of speech; there may be none.
+    std::filesystem::path packagedSpeechModels;
     KeyEventMonitors& keyEvents;
     MouseEventMonitors& mouseEvents;
     HotKeyRegistrar& hotKeys;

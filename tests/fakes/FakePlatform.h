@@ -55,6 +55,7 @@ struct FakePlatform {
                 .languages = {},
                 .computerName = "Mesa",
                 .userData = folder.path(),
+                .packagedSpeechModels = {},
                 .keyEvents = keyboard,
                 .mouseEvents = mouse,
                 .hotKeys = hotKeys,

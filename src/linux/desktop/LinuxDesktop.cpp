@@ -187,6 +187,7 @@ Platform LinuxDesktop::platform(Application& application) {
             .languages = systemLanguages(),
             .computerName = computerName(),
             .userData = xdgDataHome(),
+            .packagedSpeechModels = PocketsphinxRecognition::defaultModelFolder(),
             .keyEvents = *made.keyEvents,
             .mouseEvents = *made.mouseEvents,
             .hotKeys = *made.hotKeys,

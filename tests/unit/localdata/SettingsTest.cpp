@@ -58,7 +58,8 @@ TEST_F(SettingsTest, TranslatesFillsAndGroups) {
 
 TEST_F(SettingsTest, StartsWithDefaultsForWhatIsAbsentOrOfTheWrongType) {
     const auto odd = Json::parse(R"({"pttKey": "leftShift", "engine": 3, "adaptTone": "no", "playSounds": 0,
-                                     "signatureName": false, "paused": "yes"})");
+                                     "signatureName": false, "paused": "yes",
+                                     "speechModels": {"es": 3, "en": "kroko-en"}, "speechMirrors": ["x"]})");
     for (const auto& [key, value] : odd.items()) defaults.set(key, value);
     system({.preferred = {"it"}, .currentLanguageCode = "it"});
     const auto settings = store();
@@ -69,6 +70,8 @@ TEST_F(SettingsTest, StartsWithDefaultsForWhatIsAbsentOrOfTheWrongType) {
     EXPECT_EQ(settings.signatureName.get(), "");
     EXPECT_FALSE(settings.paused.get());
     EXPECT_EQ(settings.language.get(), "it-IT");
+    EXPECT_EQ(settings.speechModels.get(), (std::map<std::string, std::string>{{"en", "kroko-en"}}));
+    EXPECT_TRUE(settings.speechMirrors.get().empty());
     EXPECT_EQ(settings.appLanguage.get(), "es");
     EXPECT_EQ(defaults.value("language"), std::nullopt) << "a default is not written until it is chosen";
 }
@@ -83,6 +86,7 @@ TEST_F(SettingsTest, WritesEveryChangeAndReadsItBack) {
         settings.adaptTone.set(false);
         settings.styleNotes.set("tuteo");
         settings.paused.set(true);
+        settings.speechModels.set({{"es", "kroko-es"}});
     }
     EXPECT_EQ(defaults.string("pttKey"), "fn");
     const auto again = store();
@@ -90,6 +94,7 @@ TEST_F(SettingsTest, WritesEveryChangeAndReadsItBack) {
     EXPECT_EQ(again.engine.get(), WritingEngine::local);
     EXPECT_TRUE(again.paused.get() && !again.adaptTone.get());
     EXPECT_EQ(again.styleNotes.get(), "tuteo");
+    EXPECT_EQ(again.speechModels.get().at("es"), "kroko-es");
 }
 
 TEST_F(SettingsTest, TheDictationLanguageFollowsTheAppLanguageThatIsChosenHere) {
