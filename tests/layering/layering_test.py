@@ -43,7 +43,7 @@ ADAPTERS = "linux"
 ADAPTERS_KNOW = {"base", "platform"}
 ADAPTER_ROWS = [
     ["loop", "log", "grants"],
-    ["xdg", "keeper"],
+    ["jail", "xdg", "keeper"],
     ["apps"],
     ["process", "dbus", "qt"],
     ["appearance", "atspi", "curl", "pocketsphinx", "pulse", "secret", "x11"],
