@@ -14,6 +14,7 @@ class CompanionService;
 class EventPoster;
 class Executor;
 class FileReplacer;
+class HelperProcesses;
 class HotKeyRegistrar;
 class HttpClient;
 class Keychain;
@@ -61,7 +62,11 @@ struct Platform {
     Workspace& workspace;
     Accessibility& accessibility;
     AudioEngineFactory& audio;
-    SpeechRecognition& recognition;
+    /// The system's own; null where it has none, and the program brings one.
+    SpeechRecognition* recognition;
+    /// The folder of the recogniser's models that the system's packages bring.
+    std::filesystem::path packagedSpeechModels;
+    HelperProcesses& helpers;
     PrivacyGrants& grants;
     LoginItem& loginItem;
     SystemSounds& sounds;

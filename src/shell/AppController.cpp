@@ -22,7 +22,7 @@ AppController::AppController(const Platform& platform)
       settings_(platform.defaults, platform.loginItem, platform.languages),
       history_(database_),
       permissions_(platform.executor, platform.grants),
-      speech_(platform.executor, platform.audio, platform.recognition),
+      speech_(platform.executor, platform.audio, *platform.recognition),
       api_(platform.executor, platform.http, platform.keychain,
            configuredServer(platform.defaults, platform.packagedServer)),
       account_(platform.executor, api_, platform.keychain, platform.defaults, platform.computerName),

@@ -46,7 +46,7 @@ ADAPTER_ROWS = [
     ["jail", "xdg", "keeper"],
     ["apps"],
     ["process", "dbus", "qt"],
-    ["appearance", "atspi", "curl", "pocketsphinx", "pulse", "secret", "x11"],
+    ["appearance", "atspi", "curl", "pulse", "secret", "x11"],
     ["desktop"],
 ]
 ADAPTER_RANK = {room: rank for rank, row in enumerate(ADAPTER_ROWS) for room in row}

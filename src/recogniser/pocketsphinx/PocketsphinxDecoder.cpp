@@ -1,4 +1,4 @@
-#include "linux/pocketsphinx/PocketsphinxDecoder.h"
+#include "recogniser/pocketsphinx/PocketsphinxDecoder.h"
 
 #include "base/Error.h"
 #include "base/text/Text.h"
@@ -13,25 +13,14 @@
 #include <cstdarg>
 #include <cstdio>
 #include <initializer_list>
+#include <map>
+#include <set>
 #include <string_view>
 #include <vector>
 
-namespace dorix {
-
-namespace fs = std::filesystem;
+namespace dorix::recogniser {
 
 namespace {
-struct ModelFiles {
-    explicit ModelFiles(const fs::path& models)
-        : acoustic(models / "en-us/en-us"),
-          language(models / "en-us/en-us.lm.bin"),
-          dictionary(models / "en-us/cmudict-en-us.dict") {}
-
-    fs::path acoustic;
-    fs::path language;
-    fs::path dictionary;
-};
-
 constexpr std::size_t longestComplaint = 200;
 
 /// What the library last complained of on this thread.
@@ -71,17 +60,42 @@ void silenceLibrary() {
     throw MessageError("pocketsphinx: " + (lastComplaint().empty() ? std::string(step) : lastComplaint()));
 }
 
-std::vector<std::string> optionsFor(const ModelFiles& files) {
+/// How it searches, where the model does not say otherwise.
+std::map<std::string, std::string> searchOptions() {
+    return {
+        // The search that keeps up with the speaker looks wider than by default: there is time while one
+        // talks.
+        {"beam", "1e-60"},
+        {"wbeam", "1e-40"},
+        {"pl_window", "0"},
+        // The second pass is what the speaker waits for at the end: it looks less far around the words of the
+        // first.
+        {"fwdflatsfwin", "15"},
+    };
+}
+
+/// What a model may say: nothing that names a file or changes what is written where.
+bool isAllowed(const std::string& option) {
+    static const std::set<std::string> allowed{
+        "beam",         "wbeam",       "pbeam",        "lpbeam", "lponlybeam",    "topn",    "pl_window",
+        "fwdflatsfwin", "fwdflatbeam", "fwdflatwbeam", "lw",     "fwdflatlw",     "wip",     "pip",
+        "silprob",      "maxwpf",      "maxhmmpf",     "ds",     "vad_threshold", "fillprob"};
+    return allowed.contains(option);
+}
+
+std::vector<std::string> optionsFor(const ModelRequest& model) {
+    auto search = searchOptions();
+    for (const auto& [option, value] : model.parameters) {
+        if (!isAllowed(option))
+            throw MessageError("pocketsphinx: no parameter is called " + inOneLine(option));
+        search.insert_or_assign(option, value);
+    }
     std::vector<std::string> words{"dorix"};
     const auto add = [&words](std::initializer_list<std::string> more) { words.insert(words.end(), more); };
-    add({"-hmm", files.acoustic, "-lm", files.language, "-dict", files.dictionary});
+    add({"-hmm", model.file("acoustic"), "-lm", model.file("language"), "-dict", model.file("dictionary")});
     // Sound comes as it is spoken, not as a whole.
     add({"-cmn", "live"});
-    // The search that keeps up with the speaker looks wider than by default: there is time while one talks.
-    add({"-beam", "1e-60", "-wbeam", "1e-40", "-pl_window", "0"});
-    // The second pass is what the speaker waits for at the end: it looks less far around the words of the
-    // first.
-    add({"-fwdflatsfwin", "15"});
+    for (const auto& [option, value] : search) add({"-" + option, value});
     return words;
 }
 
@@ -107,17 +121,10 @@ void weighAverageVoice(ps_decoder_s* decoder) {
 void PocketsphinxDecoder::Free::operator()(ps_decoder_s* decoder) const { ps_free(decoder); }
 void PocketsphinxDecoder::Free::operator()(cmd_ln_s* options) const { cmd_ln_free_r(options); }
 
-bool PocketsphinxDecoder::hasModel(const fs::path& models) {
-    const ModelFiles files(models);
-    std::error_code ignored;
-    return fs::exists(files.acoustic / "mdef", ignored) && fs::exists(files.language, ignored) &&
-           fs::exists(files.dictionary, ignored);
-}
-
-PocketsphinxDecoder::PocketsphinxDecoder(const fs::path& models) {
+PocketsphinxDecoder::PocketsphinxDecoder(const ModelRequest& model) {
     silenceLibrary();
     lastComplaint().clear();
-    auto words = optionsFor(ModelFiles(models));
+    auto words = optionsFor(model);
     std::vector<char*> arguments(words.size());
     std::ranges::transform(words, arguments.begin(), [](auto& word) { return word.data(); });
     options_.reset(
@@ -165,4 +172,4 @@ std::string PocketsphinxDecoder::hypothesis() const {
     return text::join(kept, " ");
 }
 
-}  // namespace dorix
+}  // namespace dorix::recogniser

@@ -1,9 +1,8 @@
 #pragma once
 
-#include "platform/AudioEngine.h"
+#include "recognition/ModelRequest.h"
 
 #include <cstdint>
-#include <filesystem>
 #include <memory>
 #include <span>
 #include <string>
@@ -12,19 +11,15 @@
 struct ps_decoder_s;
 struct cmd_ln_s;
 
-namespace dorix {
+namespace dorix::recogniser {
 
 /// The decoder with its model, as one utterance after another is put through it. One thread at a time; calls
 /// take as long as the decoding takes. Throws MessageError where the library fails.
 class PocketsphinxDecoder {
  public:
-    static constexpr AudioFormat format{16000, 1};
-
-    /// Whether the files of the English model are in this folder. Any thread.
-    static bool hasModel(const std::filesystem::path& models);
-
-    /// Loads the model, which takes some tenths of a second.
-    explicit PocketsphinxDecoder(const std::filesystem::path& models);
+    /// Loads the model, which takes some tenths of a second. Its parameters are the library's options that
+    /// say how it searches, without their dash; others are refused.
+    explicit PocketsphinxDecoder(const ModelRequest& model);
     ~PocketsphinxDecoder();
 
     /// What was learnt of the noise in the sound before does not hold any more.
@@ -56,4 +51,4 @@ class PocketsphinxDecoder {
     bool isUtteranceOpen_ = false;
 };
 
-}  // namespace dorix
+}  // namespace dorix::recogniser

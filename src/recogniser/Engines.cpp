@@ -1,0 +1,13 @@
+#include "recogniser/Engines.h"
+
+#include "base/Error.h"
+#include "recogniser/pocketsphinx/PocketsphinxEngine.h"
+
+namespace dorix::recogniser {
+
+std::unique_ptr<Engine> makeEngine(const ModelRequest& model) {
+    if (model.engine == "pocketsphinx") return std::make_unique<PocketsphinxEngine>(model);
+    throw MessageError("no engine is called " + model.engine);
+}
+
+}  // namespace dorix::recogniser
