@@ -64,8 +64,6 @@ struct Platform {
     AudioEngineFactory& audio;
     /// The system's own; null where it has none, and the program brings one.
     SpeechRecognition* recognition;
-    /// The folder of the recogniser's models that the system's packages bring.
-    std::filesystem::path packagedSpeechModels;
     HelperProcesses& helpers;
     PrivacyGrants& grants;
     LoginItem& loginItem;

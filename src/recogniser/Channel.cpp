@@ -12,8 +12,8 @@
 namespace dorix::recogniser {
 
 namespace {
-/// There is nobody to tell, and nothing to save: libraries that work on other people's bytes are not trusted to
-/// take themselves down.
+/// There is nobody to tell, and nothing to save: libraries that work on other people's bytes are not trusted
+/// to take themselves down.
 [[noreturn]] void leave() { ::_exit(0); }
 }  // namespace
 

@@ -17,8 +17,8 @@ class Channel {
     /// Waits for the next frame.
     Frame next();
 
-    /// Whether the program has dropped an utterance, by what has come of its frames until now. Those before are
-    /// let go of then.
+    /// Whether the program has dropped an utterance, by what has come of its frames until now. Those before
+    /// are let go of then.
     bool isDropped();
 
     /// Waits until it is sent.

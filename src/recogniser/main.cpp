@@ -5,6 +5,9 @@
 #include "recogniser/Program.h"
 #include "recognition/ModelRequest.h"
 
+#include <sys/prctl.h>
+
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <memory>
@@ -34,6 +37,8 @@ int main(int argc, char**) {
         std::fputs("dorix-recogniser is started by dorix, and takes no arguments\n", stderr);
         return 2;
     }
+    // Also while an engine is at work, which does not listen.
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     setLogName("dorix-recogniser");
     Channel channel(channelDescriptor);
     const auto model = modelRequestIn(channel.next().body);

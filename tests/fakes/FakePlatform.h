@@ -67,7 +67,6 @@ struct FakePlatform {
                 .accessibility = accessibility,
                 .audio = audio,
                 .recognition = &recognition,
-                .packagedSpeechModels = {},
                 .helpers = helpers,
                 .grants = grants,
                 .loginItem = loginItem,

@@ -73,15 +73,17 @@ class LinuxHelperProcess final : public HelperProcess {
         readable_.reset();
         writable_.reset();
         siginfo_t end{};
-        const bool isKnown = ::waitid(P_PIDFD, static_cast<id_t>(process_.get()), &end,
-                                      WEXITED | WNOWAIT | WNOHANG) == 0 && end.si_pid != 0;
+        const bool isKnown =
+            ::waitid(P_PIDFD, static_cast<id_t>(process_.get()), &end, WEXITED | WNOWAIT | WNOHANG) == 0 &&
+            end.si_pid != 0;
         const auto onEnd = listener_.onEnd;
         onEnd(isKnown ? describe(end) : "ha terminado");
     }
 
     void sendWaiting() {
         while (!waiting_.empty()) {
-            const auto sent = ::send(socket_.get(), waiting_.data(), waiting_.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
+            const auto sent =
+                ::send(socket_.get(), waiting_.data(), waiting_.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
             if (sent < 0 && errno == EINTR) continue;
             if (sent < 0 && errno == EAGAIN) return waitToSend();
             // What cannot be sent to a process that has ended is lost with it, of which the socket tells.
@@ -126,7 +128,8 @@ bool LinuxHelperProcesses::isInstalled(const std::string& name) const {
 std::unique_ptr<HelperProcess> LinuxHelperProcesses::launch(const std::string& name, Listener listener) {
     const auto program = helperBeside(executable_, name);
     auto sockets = program.empty() ? std::nullopt : makeSocketPair();
-    const auto child = sockets ? spawn({program.string()}, SpawnAs::helper, sockets->theirs.get()) : std::nullopt;
+    const auto child =
+        sockets ? spawn({program.string()}, SpawnAs::helper, sockets->theirs.get()) : std::nullopt;
     if (!child) return nullptr;
     return std::make_unique<LinuxHelperProcess>(watcher_, orphans_, *child, openProcess(*child),
                                                 std::move(sockets->ours), std::move(listener));

@@ -3,7 +3,7 @@
 #include "base/Error.h"
 #include "base/Log.h"
 #include "base/async/TaskScope.h"
-#include "speech/recogniser/Utterance.h"
+#include "speech/recogniser/SpokenUtterance.h"
 
 #include <utility>
 
@@ -18,7 +18,7 @@ class RecogniserAnalyzer final : public SpeechAnalyzer {
  public:
     RecogniserAnalyzer(Executor& main, std::shared_ptr<Recogniser> recogniser, ModelRequest model)
         : recogniser_(std::move(recogniser)),
-          utterance_(std::make_shared<Utterance>(std::move(model))),
+          utterance_(std::make_shared<SpokenUtterance>(std::move(model))),
           tasks_(main) {}
     ~RecogniserAnalyzer() override {
         utterance_->drop();
@@ -51,7 +51,7 @@ class RecogniserAnalyzer final : public SpeechAnalyzer {
     }
 
     const std::shared_ptr<Recogniser> recogniser_;
-    const std::shared_ptr<Utterance> utterance_;
+    const std::shared_ptr<SpokenUtterance> utterance_;
     bool isStarted_ = false;
     TaskScope tasks_;
 };

@@ -25,12 +25,12 @@ bool isStreaming(const ModelRequest& model) {
     return kinds.contains(model.kind);
 }
 
-double patienceAtWork(const Utterance& utterance) {
+double patienceAtWork(const SpokenUtterance& utterance) {
     if (isStreaming(utterance.model())) return workingPatience;
     return workingPatience + utterance.seconds();
 }
 
-double patienceAtEnd(const Utterance& utterance) {
+double patienceAtEnd(const SpokenUtterance& utterance) {
     const double share = isStreaming(utterance.model()) ? 0.3 : 1.5;
     return workingPatience + 1 + share * utterance.seconds();
 }
@@ -69,7 +69,7 @@ void Recogniser::launch(const ModelRequest& model) {
     watch();
 }
 
-void Recogniser::transcribe(std::shared_ptr<Utterance> utterance) {
+void Recogniser::transcribe(std::shared_ptr<SpokenUtterance> utterance) {
     queue_.push_back(std::move(utterance));
     advance();
 }
@@ -115,7 +115,7 @@ void Recogniser::dropUnwanted() {
     });
 }
 
-void Recogniser::sendSound(Utterance& utterance) {
+void Recogniser::sendSound(SpokenUtterance& utterance) {
     for (auto next = utterance.nextSound(); !next.empty(); next = utterance.nextSound())
         link_->sendAudio(next);
     if (utterance.isAllSent() && !std::exchange(hasFinished_, true)) link_->send(Frame::Kind::finish);
@@ -139,7 +139,7 @@ void Recogniser::takeFrame(const Frame& frame) {
     if (hasBegun_ && !queue_.empty()) takeFrameOf(*queue_.front(), frame);
 }
 
-void Recogniser::takeFrameOf(Utterance& utterance, const Frame& frame) {
+void Recogniser::takeFrameOf(SpokenUtterance& utterance, const Frame& frame) {
     switch (frame.kind) {
         case Frame::Kind::heard:
             utterance.heard(countIn(frame.body).value_or(0));

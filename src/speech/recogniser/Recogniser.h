@@ -7,7 +7,7 @@
 #include "recognition/Frames.h"
 #include "recognition/ModelRequest.h"
 #include "speech/recogniser/RecogniserLink.h"
-#include "speech/recogniser/Utterance.h"
+#include "speech/recogniser/SpokenUtterance.h"
 
 #include <deque>
 #include <functional>
@@ -31,13 +31,13 @@ class Recogniser {
     Recogniser(const Recogniser&) = delete;
     Recogniser& operator=(const Recogniser&) = delete;
 
-    /// Returns when the model is loaded, or at once when another one is still at work: the model is loaded when
-    /// its turn comes. Throws a MessageError when it cannot be.
+    /// Returns when the model is loaded, or at once when another one is still at work: the model is loaded
+    /// when its turn comes. Throws a MessageError when it cannot be.
     Task<void> load(ModelRequest model);
 
-    /// Puts an utterance through, when those before are. Its results end, whatever happens: with an error when
-    /// two recognisers in a row failed on it, or when its model cannot be loaded.
-    void transcribe(std::shared_ptr<Utterance> utterance);
+    /// Puts an utterance through, when those before are. Its results end, whatever happens: with an error
+    /// when two recognisers in a row failed on it, or when its model cannot be loaded.
+    void transcribe(std::shared_ptr<SpokenUtterance> utterance);
     /// More of its sound is there, or it has been dropped.
     void changed() { advance(); }
 
@@ -50,9 +50,9 @@ class Recogniser {
     void launch(const ModelRequest& model);
     void advance();
     void dropUnwanted();
-    void sendSound(Utterance& utterance);
+    void sendSound(SpokenUtterance& utterance);
     void takeFrame(const Frame& frame);
-    void takeFrameOf(Utterance& utterance, const Frame& frame);
+    void takeFrameOf(SpokenUtterance& utterance, const Frame& frame);
     void ready();
     void refused(const std::string& why);
     void lost(const std::string& how);
@@ -62,13 +62,13 @@ class Recogniser {
 
     Executor& main_;
     HelperProcesses& processes_;
-    std::deque<std::shared_ptr<Utterance>> queue_;  // the first is the one that the process is at
-    std::optional<Completion<void>> loading_;       // somebody waits for
+    std::deque<std::shared_ptr<SpokenUtterance>> queue_;  // the first is the one that the process is at
+    std::optional<Completion<void>> loading_;             // somebody waits for
     int failedStarts_ = 0;
     bool isReady_ = false;
-    bool hasBegun_ = false;   // the first of the queue
+    bool hasBegun_ = false;     // the first of the queue
     bool hasFinished_ = false;  // all its sound is sent
-    int stale_ = 0;           // utterances that were dropped, and of which the process has not told the end
+    int stale_ = 0;             // utterances that were dropped, and of which the process has not told the end
     Timer idle_;
     std::unique_ptr<RecogniserLink> link_;
 };

@@ -18,8 +18,8 @@ namespace dorix {
 class RecogniserLink {
  public:
     /// `onFrame` and `onLost` may destroy the link. `onLost` is called once, never inside another call: the
-    /// process could not be started, has ended, says what is no frame, or is silent for too long; in words for
-    /// the log.
+    /// process could not be started, has ended, says what is no frame, or is silent for too long; in words
+    /// for the log.
     RecogniserLink(Executor& main, HelperProcesses& processes, ModelRequest model,
                    std::function<void(const Frame&)> onFrame,
                    std::function<void(const std::string& how)> onLost);

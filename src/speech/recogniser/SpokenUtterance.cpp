@@ -1,4 +1,4 @@
-#include "speech/recogniser/Utterance.h"
+#include "speech/recogniser/SpokenUtterance.h"
 
 #include "speech/Join.h"
 #include "speech/recogniser/Recogniser.h"
@@ -13,15 +13,17 @@ constexpr std::size_t window = 2UZ * Recogniser::sampleRate;
 constexpr std::size_t piece = Recogniser::sampleRate / 4;
 }  // namespace
 
-double Utterance::seconds() const { return static_cast<double>(sound_.size()) / Recogniser::sampleRate; }
+double SpokenUtterance::seconds() const {
+    return static_cast<double>(sound_.size()) / Recogniser::sampleRate;
+}
 
-void Utterance::beginAttempt() {
+void SpokenUtterance::beginAttempt() {
     sent_ = heard_ = 0;
     finalText_.clear();
     partialText_.clear();
 }
 
-std::span<const float> Utterance::nextSound() {
+std::span<const float> SpokenUtterance::nextSound() {
     if (sent_ >= heard_ + window) return {};
     const auto next = std::span(sound_).subspan(sent_);
     const auto sent = next.first(std::min(next.size(), piece));
@@ -29,12 +31,12 @@ std::span<const float> Utterance::nextSound() {
     return sent;
 }
 
-void Utterance::heard(std::uint64_t samples) {
+void SpokenUtterance::heard(std::uint64_t samples) {
     heard_ = std::min<std::uint64_t>(samples, sent_);
     furthest_ = std::max(furthest_, heard_);
 }
 
-void Utterance::understood(TranscriptionResult result) {
+void SpokenUtterance::understood(TranscriptionResult result) {
     if (result.isFinal) {
         finalText_ = join(finalText_, result.text);
         partialText_.clear();
@@ -46,15 +48,15 @@ void Utterance::understood(TranscriptionResult result) {
 }
 
 // Nothing is final before the end, as a recogniser that hears it once more may cut it elsewhere.
-void Utterance::tell() { results_.push({join(finalText_, partialText_), false}); }
+void SpokenUtterance::tell() { results_.push({join(finalText_, partialText_), false}); }
 
-void Utterance::done() {
+void SpokenUtterance::done() {
     results_.push({join(finalText_, partialText_), true});
     results_.finish();
     finished_.complete();
 }
 
-void Utterance::fail(std::exception_ptr error) {
+void SpokenUtterance::fail(std::exception_ptr error) {
     results_.finish(std::move(error));
     finished_.complete();
 }

@@ -3,7 +3,10 @@
 #include "base/Error.h"
 #include "base/text/Text.h"
 #include "fakes/TemporaryFolder.h"
-#include "linux/pocketsphinx/PocketsphinxRecognition.h"
+#include "linux/process/LinuxHelperProcesses.h"
+#include "speech/models/SpeechModels.h"
+#include "speech/recogniser/LocalRecognition.h"
+#include "speech/recogniser/ModelChoice.h"
 
 #include <gmock/gmock.h>
 
@@ -90,11 +93,11 @@ std::vector<float> silence(double seconds) {
     return std::vector<float>(static_cast<std::size_t>(seconds * 16000));
 }
 
-class PocketsphinxRecognitionTest : public testing::Test {
+class RecogniserTest : public testing::Test {
  protected:
     std::unique_ptr<Transcription> begin() {
         auto made = std::make_unique<Transcription>();
-        made->analyzer = recognition->makeAnalyzer("en-US");
+        made->analyzer = recognition->makeAnalyzer("en");
         scope.spawn(read(*made, made->analyzer->results()));
         scope.spawn(made->analyzer->start(made->input));
         return made;
@@ -127,15 +130,24 @@ class PocketsphinxRecognitionTest : public testing::Test {
     }
 
     std::optional<AudioFormat> loadedFormat() {
-        return loop.result(recognition->bestAvailableAudioFormat("en-US"), patience);
+        return loop.result(recognition->bestAvailableAudioFormat("en"), patience);
+    }
+
+    /// A program that has begun to recognise, with the models of a package.
+    std::unique_ptr<LocalRecognition> makeRecognition(const fs::path& packaged) {
+        models = std::make_unique<SpeechModels>("/nowhere", packaged, choices);
+        return std::make_unique<LocalRecognition>(loop.main, processes, modelChoice(*models, "/nowhere"));
     }
 
     EventLoop loop;
-    std::unique_ptr<PocketsphinxRecognition> recognition = std::make_unique<PocketsphinxRecognition>();
+    LinuxHelperProcesses processes{loop.main, DORIX_PROGRAM};
+    const Observable<SpeechModelChoices> choices;
+    std::unique_ptr<SpeechModels> models;
+    std::unique_ptr<LocalRecognition> recognition = makeRecognition(DORIX_POCKETSPHINX_MODELDIR);
     TaskScope scope{loop.main};
 };
 
-TEST_F(PocketsphinxRecognitionTest, UnderstandsEverydaySentences) {
+TEST_F(RecogniserTest, UnderstandsEverydaySentences) {
     ASSERT_EQ(loadedFormat(), (AudioFormat{16000, 1}));
     double sum = 0;
     for (const auto& sentence : sentences) {
@@ -148,24 +160,29 @@ TEST_F(PocketsphinxRecognitionTest, UnderstandsEverydaySentences) {
     EXPECT_GE(sum, 0.9 * static_cast<double>(sentences.size()));
 }
 
-TEST_F(PocketsphinxRecognitionTest, PausesCutTheSoundIntoFinalResultsWithoutLosingWords) {
+TEST_F(RecogniserTest, WordsAreKeptOverPauses) {
     const auto transcription = begin();
     for (const std::size_t index : {2U, 4U, 8U}) {
         transcription->hear(say(sentences[index]));
         transcription->hear(silence(1));
     }
+    const auto said = sentences[2] + " " + sentences[4] + " " + sentences[8];
     // Before the end of the input.
-    ASSERT_TRUE(loop.runUntil([&] { return transcription->finals.size() == 3; }, patience));
-    expectMostly(sentences[2] + " " + sentences[4] + " " + sentences[8], finish(*transcription));
-    EXPECT_EQ(transcription->finals.size(), 3U);
+    ASSERT_TRUE(loop.runUntil(
+        [&] {
+            return !transcription->partials.empty() && accuracy(said, transcription->partials.back()) > 0.7;
+        },
+        patience));
+    expectMostly(said, finish(*transcription));
+    EXPECT_EQ(transcription->finals.size(), 1U);
 }
 
-TEST_F(PocketsphinxRecognitionTest, AShortSoundAtFirstOrNoneAtAllDoesNotSpoilWhatFollows) {
+TEST_F(RecogniserTest, AShortSoundAtFirstOrNoneAtAllDoesNotSpoilWhatFollows) {
     auto sound = say(sentences[0]);
     const auto spoken = sound;
     sound.resize(4800);
     for (const auto& first : {sound, silence(1), silence(0)}) {
-        recognition = std::make_unique<PocketsphinxRecognition>();
+        recognition = makeRecognition(DORIX_POCKETSPHINX_MODELDIR);
         const auto tap = begin();
         tap->hear(first);
         const auto heard = finish(*tap);
@@ -176,7 +193,7 @@ TEST_F(PocketsphinxRecognitionTest, AShortSoundAtFirstOrNoneAtAllDoesNotSpoilWha
     }
 }
 
-TEST_F(PocketsphinxRecognitionTest, ASecondTranscriptionWaitsForTheFirst) {
+TEST_F(RecogniserTest, ASecondTranscriptionWaitsForTheFirst) {
     const auto first = begin();
     const auto second = begin();
     second->hear(say(sentences[4]));
@@ -186,7 +203,7 @@ TEST_F(PocketsphinxRecognitionTest, ASecondTranscriptionWaitsForTheFirst) {
     expectMostly(sentences[4], finish(*second));
 }
 
-TEST_F(PocketsphinxRecognitionTest, ADroppedTranscriptionMakesRoomAtOnce) {
+TEST_F(RecogniserTest, ADroppedTranscriptionMakesRoomAtOnce) {
     loadedFormat();
     auto dropped = begin();
     const auto sentence = say(sentences[0]);
@@ -202,36 +219,23 @@ TEST_F(PocketsphinxRecognitionTest, ADroppedTranscriptionMakesRoomAtOnce) {
     expectMostly(sentences[4], finish(*next));
 }
 
-TEST_F(PocketsphinxRecognitionTest, MayBeDestroyedAtWork) {
+TEST_F(RecogniserTest, MayBeDestroyedAtWork) {
     auto transcription = begin();
     transcription->hear(say(sentences[0]));
     recognition.reset();  // while loading
     transcription->analyzer.reset();
-    recognition = std::make_unique<PocketsphinxRecognition>();
+    recognition = makeRecognition(DORIX_POCKETSPHINX_MODELDIR);
     loadedFormat();
     transcription = begin();
     transcription->hear(say(sentences[0]));
     ASSERT_TRUE(isUnderstoodByNow(transcription));
     recognition.reset();
     transcription->analyzer.reset();
-    const auto waiting = std::make_unique<PocketsphinxRecognition>()->makeAnalyzer("en-US");
+    const auto waiting = makeRecognition(DORIX_POCKETSPHINX_MODELDIR)->makeAnalyzer("en");
     scope.spawn(waiting->start({}));
 }
 
-TEST_F(PocketsphinxRecognitionTest, KnowsItsLanguagesAndWhenItHasNoModel) {
-    EXPECT_EQ(recognition->supportedLocale("en-GB"), "en-US");
-    EXPECT_EQ(recognition->supportedLocale("en"), "en-US");
-    EXPECT_EQ(recognition->supportedLocale("es-ES"), std::nullopt);
-    EXPECT_EQ(recognition->assetStatus("en-US"), SpeechRecognition::AssetStatus::installed);
-    recognition = std::make_unique<PocketsphinxRecognition>("/nowhere");
-    EXPECT_EQ(recognition->supportedLocale("en-US"), std::nullopt);
-    EXPECT_EQ(recognition->assetStatus("en-US"), SpeechRecognition::AssetStatus::unsupported);
-    EXPECT_EQ(loadedFormat(), std::nullopt);
-    const Environment changed({{"DORIX_POCKETSPHINX_MODELS", "/elsewhere"}});
-    EXPECT_EQ(PocketsphinxRecognition::defaultModelFolder(), "/elsewhere");
-}
-
-TEST_F(PocketsphinxRecognitionTest, ADamagedModelIsNoFormatAndAnErrorOfTheResults) {
+TEST_F(RecogniserTest, ADamagedModelIsNoFormatAndAnErrorOfTheResults) {
     const TemporaryFolder temporary;
     const auto& folder = temporary.path();
     fs::create_directories(folder / "en-us/en-us");
@@ -239,7 +243,7 @@ TEST_F(PocketsphinxRecognitionTest, ADamagedModelIsNoFormatAndAnErrorOfTheResult
         std::ofstream(folder / file) << "\x01\xff\a\x1b[2J\v damaged" + std::string(1000, '\xfe') +
                                             "\nmore\n";
     }
-    recognition = std::make_unique<PocketsphinxRecognition>(folder);
+    recognition = makeRecognition(folder);
     EXPECT_EQ(loadedFormat(), std::nullopt);
     const auto transcription = begin();
     finish(*transcription);

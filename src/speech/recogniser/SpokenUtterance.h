@@ -15,12 +15,12 @@
 
 namespace dorix {
 
-/// What is said in one go, kept until its last word is understood: a recogniser that dies meanwhile costs time
-/// only, as the next one hears it from its beginning. What has been told of it before stays until the new one
-/// has come as far. Main executor.
-class Utterance {
+/// What is said in one go, kept until its last word is understood: a recogniser that dies meanwhile costs
+/// time only, as the next one hears it from its beginning. What has been told of it before stays until the
+/// new one has come as far. Main executor.
+class SpokenUtterance {
  public:
-    explicit Utterance(ModelRequest model) : model_(std::move(model)) {}
+    explicit SpokenUtterance(ModelRequest model) : model_(std::move(model)) {}
 
     const ModelRequest& model() const { return model_; }
 
@@ -32,7 +32,8 @@ class Utterance {
 
     /// A recogniser begins with it, from its first sound.
     void beginAttempt();
-    /// The next sound for the recogniser, as long as it has not fallen behind by much; empty when there is none.
+    /// The next sound for the recogniser, as long as it has not fallen behind by much; empty when there is
+    /// none.
     std::span<const float> nextSound();
     bool isAllSent() const { return isWhole_ && sent_ == sound_.size(); }
     /// Whether the recogniser has not worked on everything that it was sent.
