@@ -64,6 +64,7 @@ LIBRARIES = {
     "sqlite": r"sqlite3\.h",
     "panel": r"md4c\.h",
     "recogniser": r"(dlfcn|fcntl|poll|unistd|sys/.*)\.h",
+    "recogniser/program": r"(sys/.*|unistd)\.h",
     "recogniser/pocketsphinx": r"pocketsphinx\.h|sphinxbase/.*\.h",
     "recogniser/server": r"curl/curl\.h",
     "recogniser/sherpa": r"dlfcn\.h|openssl/.*",

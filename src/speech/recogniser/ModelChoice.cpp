@@ -13,7 +13,8 @@ constexpr auto sherpaFolder = "sherpa-onnx-1.13.8";
 std::string parameterText(const SpeechModel::Parameter& parameter) {
     if (const auto* text = std::get_if<std::string>(&parameter)) return *text;
     std::array<char, 32> digits{};
-    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), std::get<double>(parameter)).ptr;
+    const auto end =
+        std::to_chars(digits.data(), digits.data() + digits.size(), std::get<double>(parameter)).ptr;
     return {digits.data(), end};
 }
 
@@ -36,11 +37,12 @@ ModelRequest request(const SpeechModel& model, std::string language, const std::
 }  // namespace
 
 LocalRecognition::ChooseModel modelChoice(const SpeechModels& models, std::filesystem::path engines) {
-    return [&models, engines = std::move(engines)](const std::string& language) -> std::optional<ModelRequest> {
-        const auto model = models.choose(language);
-        if (!model) return std::nullopt;
-        return request(*model, languageCode(language), engines);
-    };
+    return
+        [&models, engines = std::move(engines)](const std::string& language) -> std::optional<ModelRequest> {
+            const auto model = models.choose(language);
+            if (!model) return std::nullopt;
+            return request(*model, languageCode(language), engines);
+        };
 }
 
 }  // namespace dorix

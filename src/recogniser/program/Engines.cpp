@@ -1,4 +1,4 @@
-#include "recogniser/Engines.h"
+#include "recogniser/program/Engines.h"
 
 #include "base/Error.h"
 #include "recogniser/pocketsphinx/PocketsphinxEngine.h"

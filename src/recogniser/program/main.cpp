@@ -1,8 +1,8 @@
 #include "base/Error.h"
 #include "base/Log.h"
-#include "recogniser/Channel.h"
-#include "recogniser/Engines.h"
-#include "recogniser/Program.h"
+#include "recogniser/program/Channel.h"
+#include "recogniser/program/Engines.h"
+#include "recogniser/program/Program.h"
 #include "recognition/ModelRequest.h"
 
 #include <sys/prctl.h>

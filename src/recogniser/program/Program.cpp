@@ -1,4 +1,4 @@
-#include "recogniser/Program.h"
+#include "recogniser/program/Program.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "recogniser/Channel.h"
 #include "recogniser/Engine.h"
+#include "recogniser/program/Channel.h"
 
 #include <span>
 

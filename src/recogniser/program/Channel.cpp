@@ -1,4 +1,4 @@
-#include "recogniser/Channel.h"
+#include "recogniser/program/Channel.h"
 
 #include <sys/socket.h>
 #include <unistd.h>
