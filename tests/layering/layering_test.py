@@ -60,14 +60,14 @@ RECOGNISER_KNOWS = {"base", "recognition", "linux"}
 TOOLKIT_ROOMS = {ADAPTERS, "views", MAINS}
 
 LIBRARIES = {
-    "base": r"nlohmann/json\.hpp|unicode/.*\.h",
+    "base": r"nlohmann/json\.hpp|openssl/evp\.h|unicode/.*\.h",
     "sqlite": r"sqlite3\.h",
     "panel": r"md4c\.h",
     "recogniser": r"(dlfcn|fcntl|poll|unistd|sys/.*)\.h",
     "recogniser/program": r"(sys/.*|unistd)\.h",
     "recogniser/pocketsphinx": r"pocketsphinx\.h|sphinxbase/.*\.h",
     "recogniser/server": r"curl/curl\.h",
-    "recogniser/sherpa": r"dlfcn\.h|openssl/.*",
+    "recogniser/sherpa": r"(dlfcn|malloc)\.h",
     "recogniser/unpack": r"archive(_entry)?\.h|(fcntl|unistd)\.h",
     "routing": r"re2/re2\.h|unicode/u(char|tf8)\.h",
     "speech": r"samplerate\.h",
