@@ -99,6 +99,14 @@ struct HttpStream : HttpHead {
 /// A file that an answer goes to.
 struct HttpDownload {
     std::filesystem::path file;
+    /// Whether the body of a 200 or 206 is what is meant to be in the file; where it is not, that answer
+    /// leaves the file as it is and comes whole, like any other. Where the task runs.
+    std::function<bool(const HttpHead& head)> accepts = nullptr;
+    /// Sees each piece before it is written, and where in the file it is going to stand; after a 200 that is
+    /// the beginning, whatever the file holds. What it throws ends the transfer. On a thread of the client's,
+    /// one call after the other, all of them before the task ends; one may still be under way when a task is
+    /// cancelled or destroyed.
+    std::function<void(std::uint64_t at, std::string_view piece)> onPiece = nullptr;
     /// The bytes that the file has, and how many it is to have, where the server says so. Where the task
     /// runs.
     std::function<void(std::uint64_t held, std::optional<std::uint64_t> whole)> onProgress = nullptr;
@@ -119,8 +127,9 @@ class HttpClient {
     virtual Task<HttpStream> open(HttpRequest request) = 0;
 
     /// Writes the body of a 200 to the file, in place of what that holds, and of a 206 behind what it holds,
-    /// which must be as much as the range leaves out. Any other answer leaves the file as it is and comes
-    /// whole. A transfer that breaks leaves in the file what had come. Folders on the way must be there.
+    /// which must be as much as the range leaves out. Any other answer, and one that is not accepted, leaves
+    /// the file as it is and comes whole. A transfer that breaks leaves in the file what had come. Folders on
+    /// the way must be there.
     virtual Task<HttpResponse> download(HttpRequest request, HttpDownload to) = 0;
 };
 

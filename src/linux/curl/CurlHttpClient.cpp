@@ -94,7 +94,8 @@ Task<HttpResponse> CurlHttpClient::download(HttpRequest request, HttpDownload to
     const auto wanted = request.range ? request.range->first : 0;
     auto stream = co_await open(std::move(request));
     HttpResponse response{HttpHead(stream), {}};
-    if (stream.status != 200 && stream.status != 206) {
+    const bool isContent = stream.status == 200 || stream.status == 206;
+    if (!isContent || (to.accepts && !to.accepts(stream))) {
         response.body = co_await wholeBody(*stream.body, largestBody);
         co_return response;
     }
@@ -113,8 +114,11 @@ Task<void> CurlHttpClient::write(HttpStream& stream, HttpDownload to, std::uint6
     if (whole) *whole += start;
     auto held = start;
     while (auto bytes = co_await stream.body->next()) {
-        held += bytes->size();
-        co_await runOn(files_, [file, piece = *std::move(bytes)] { file->write(piece); });
+        const auto at = std::exchange(held, held + bytes->size());
+        co_await runOn(files_, [file, look = to.onPiece, at, piece = *std::move(bytes)] {
+            if (look) look(at, piece);
+            file->write(piece);
+        });
         if (to.onProgress) to.onProgress(held, whole);
     }
     co_await runOn(files_, [file] { file->sync(); });

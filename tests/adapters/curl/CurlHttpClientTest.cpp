@@ -1,5 +1,6 @@
 #include "adapters/harness/EventLoop.h"
 #include "adapters/harness/OtherProgram.h"
+#include "adapters/harness/WebServer.h"
 #include "base/Json.h"
 #include "fakes/TemporaryFolder.h"
 #include "linux/curl/CurlHttpClient.h"
@@ -23,29 +24,7 @@ namespace {
 using Kind = HttpError::Kind;
 namespace fs = std::filesystem;
 
-/// A server of the test's own; one that speaks TLS with certificates.
-class WebServer {
- public:
-    explicit WebServer(const std::vector<std::string>& certificate = {})
-        : scheme_(certificate.empty() ? "http" : "https"), program_(command(certificate)) {
-        if (!eventually([this] { return program_.output().ends_with('\n'); }))
-            throw std::runtime_error("no server");
-        port_ = program_.output().substr(0, program_.output().size() - 1);
-    }
-
-    std::string url(const std::string& path) const { return scheme_ + "://127.0.0.1:" + port_ + "/" + path; }
-
- private:
-    static std::vector<std::string> command(const std::vector<std::string>& certificate) {
-        std::vector<std::string> all{DORIX_HTTP_SERVER};
-        all.insert(all.end(), certificate.begin(), certificate.end());
-        return all;
-    }
-
-    std::string scheme_;
-    OtherProgram program_;
-    std::string port_;
-};
+const std::vector<std::string> serverCommand{DORIX_HTTP_SERVER};
 
 class CurlHttpClientTest : public testing::Test {
  protected:
@@ -99,7 +78,7 @@ class CurlHttpClientTest : public testing::Test {
     }
 
     EventLoop loop;
-    WebServer server;
+    WebServer server{serverCommand};
     std::unique_ptr<CurlHttpClient> client = std::make_unique<CurlHttpClient>();
     TaskScope scope{loop.main};
 };
@@ -209,7 +188,7 @@ TEST_F(CurlHttpClientTest, WhatIsNoAnswerSaysWhy) {
 }
 
 TEST_F(CurlHttpClientTest, CredentialsAreNotTakenElsewhere) {
-    const WebServer other;
+    const WebServer other(serverCommand);
     auto request = get("redirect/" + other.url("echo/"));
     EXPECT_EQ(result(client->send(request)).status, 302);
     request.redirects = HttpRequest::Redirects::follow;
@@ -223,23 +202,9 @@ TEST_F(CurlHttpClientTest, CredentialsAreNotTakenElsewhere) {
     EXPECT_EQ(failure(client->send({.url = "http://dorix.invalid/"})), Kind::unreachable);
 }
 
-/// A certificate that says of itself who it is.
-struct Certificate {
-    Certificate() {
-        OtherProgram openssl({"openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt",
-                              "ec_paramgen_curve:prime256v1", "-nodes", "-subj", "/CN=test", "-addext",
-                              "subjectAltName=IP:127.0.0.1", "-keyout", key, "-out", file});
-        EXPECT_EQ(openssl.wait(), 0);
-    }
-
-    TemporaryFolder folder;
-    std::string file = (folder.path() / "certificate.pem").string();
-    std::string key = (folder.path() / "key.pem").string();
-};
-
 TEST_F(CurlHttpClientTest, AServerHasToProveWhoItIs) {
     const Certificate certificate;
-    const WebServer secure({certificate.file, certificate.key});
+    const WebServer secure(serverCommand, &certificate);
     EXPECT_EQ(failure(client->send({.url = secure.url("echo/")})), Kind::untrusted);
     CurlHttpClient trusting(certificate.file);
     EXPECT_EQ(result(trusting.send({.url = secure.url("echo/")})).status, 200);
@@ -269,7 +234,8 @@ TEST_F(CurlHttpClientTest, AFileIsWrittenAndGoneOnWith) {
     const auto file = folder.path() / "model";
     std::uint64_t held = 0;
     std::optional<std::uint64_t> whole;
-    const HttpDownload to{file, [&](std::uint64_t now, std::optional<std::uint64_t> all) {
+    const HttpDownload to{.file = file,
+                          .onProgress = [&](std::uint64_t now, std::optional<std::uint64_t> all) {
                               held = now;
                               whole = all;
                           }};
@@ -286,6 +252,28 @@ TEST_F(CurlHttpClientTest, AFileIsWrittenAndGoneOnWith) {
     EXPECT_TRUE(contents(file) == numberedBytes(3'000'000));
     EXPECT_EQ(whole, 3'000'000U);
 
+    // What is not the file after all leaves it alone.
+    auto seen = to;
+    seen.accepts = [](const HttpHead& head) { return head.header("content-length") != "100"; };
+    EXPECT_EQ(result(client->download(get("bytes/100"), seen)).body, numberedBytes(100));
+    EXPECT_EQ(fs::file_size(file), 3'000'000U);
+    std::string pieces;
+    seen.onPiece = [&](std::uint64_t at, std::string_view piece) {
+        EXPECT_EQ(at, 2'999'000 + pieces.size());
+        pieces += piece;
+        if (pieces.size() > 5000) throw HttpError(Kind::tooLarge, "enough");
+    };
+    rest.range = HttpRange{.first = 2'999'000};
+    EXPECT_EQ(result(client->download(rest, seen)).status, 206);
+    EXPECT_EQ(pieces, numberedBytes(3'000'000).substr(2'999'000));
+    pieces.clear();
+    EXPECT_EQ(failure(client->download(
+                  get("bytes/4000000"),
+                  {.file = file, .onPiece = [](auto, auto) { throw HttpError(Kind::tooLarge, "enough"); }})),
+              Kind::tooLarge);
+    rest.range = HttpRange{.first = 1'000'000};
+    fs::resize_file(file, 3'000'000);
+
     const auto missing = result(client->download(get("status/404"), to));
     EXPECT_EQ(missing.body, "words of 404");
     EXPECT_EQ(fs::file_size(file), 3'000'000U);
@@ -294,7 +282,7 @@ TEST_F(CurlHttpClientTest, AFileIsWrittenAndGoneOnWith) {
     rest.range = HttpRange{.first = 5};
     EXPECT_EQ(failure(client->download(rest, to)), Kind::disk) << "there would be a hole";
     EXPECT_EQ(contents(file), "some");
-    EXPECT_EQ(failure(client->download(get("bytes/10"), {folder.path()})), Kind::disk);
+    EXPECT_EQ(failure(client->download(get("bytes/10"), {.file = folder.path()})), Kind::disk);
     rlimit before{};
     getrlimit(RLIMIT_FSIZE, &before);
     const rlimit small{1'000'000, before.rlim_max};
