@@ -14,7 +14,6 @@ class CompanionService;
 class EventPoster;
 class Executor;
 class FileReplacer;
-class HelperProcesses;
 class HotKeyRegistrar;
 class HttpClient;
 class Keychain;
@@ -62,9 +61,7 @@ struct Platform {
     Workspace& workspace;
     Accessibility& accessibility;
     AudioEngineFactory& audio;
-    /// The system's own; null where it has none, and the program brings one.
-    SpeechRecognition* recognition;
-    HelperProcesses& helpers;
+    SpeechRecognition& recognition;
     PrivacyGrants& grants;
     LoginItem& loginItem;
     SystemSounds& sounds;

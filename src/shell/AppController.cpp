@@ -9,7 +9,6 @@
 #include "platform/Processes.h"
 #include "platform/SessionState.h"
 #include "platform/StatusItem.h"
-#include "speech/recogniser/ModelChoice.h"
 
 namespace dorix {
 
@@ -23,12 +22,7 @@ AppController::AppController(const Platform& platform)
       settings_(platform.defaults, platform.loginItem, platform.languages),
       history_(database_),
       permissions_(platform.executor, platform.grants),
-      speechModels_(platform.userData / "DORIX" / "models", platform.packagedSpeechModels,
-                    settings_.speechModels),
-      recognition_(platform.executor, platform.helpers,
-                   modelChoice(speechModels_, platform.userData / "DORIX" / "engines")),
-      speech_(platform.executor, platform.audio,
-              platform.recognition != nullptr ? *platform.recognition : recognition_),
+      speech_(platform.executor, platform.audio, platform.recognition),
       api_(platform.executor, platform.http, platform.keychain,
            configuredServer(platform.defaults, platform.packagedServer)),
       account_(platform.executor, api_, platform.keychain, platform.defaults, platform.computerName),

@@ -11,7 +11,6 @@
 #include "fakes/MemoryUserDefaults.h"
 #include "fakes/TemporaryFolder.h"
 #include "platform/CompanionService.h"
-#include "platform/HelperProcess.h"
 #include "platform/Keychain.h"
 #include "platform/Notifications.h"
 #include "platform/Platform.h"
@@ -34,7 +33,6 @@ struct FakePlatform {
     FakeAccessibility accessibility;
     FakeAudioEngineFactory audio;
     FakeSpeechRecognition recognition;
-    UnavailableHelperProcesses helpers;
     FakePrivacyGrants grants;
     FakeLoginItem loginItem;
     RecordingSystemSounds sounds;
@@ -66,8 +64,7 @@ struct FakePlatform {
                 .workspace = workspace,
                 .accessibility = accessibility,
                 .audio = audio,
-                .recognition = &recognition,
-                .helpers = helpers,
+                .recognition = recognition,
                 .grants = grants,
                 .loginItem = loginItem,
                 .sounds = sounds,

@@ -19,7 +19,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr auto recordName = "model.json";
 constexpr std::uintmax_t largestRecord = 256UZ * 1024;  // bytes
 constexpr int mostEntries = 1000;                       // of a folder, with those below
 

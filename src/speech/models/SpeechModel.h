@@ -10,6 +10,9 @@
 
 namespace dorix {
 
+/// What a model's record is called in its folder.
+inline constexpr auto recordName = "model.json";
+
 /// A model that recognises speech, as it lies in a folder of this computer: what its "model.json" says. Pure
 /// data; the functions below take any bytes, never throw for what they hold, and may be called on any thread.
 struct SpeechModel {

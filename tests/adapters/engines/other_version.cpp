@@ -1,1 +1,0 @@
-extern "C" const char* SherpaOnnxGetVersionStr() { return "1.13.9"; }
