@@ -14,6 +14,7 @@ class CompanionService;
 class EventPoster;
 class Executor;
 class FileReplacer;
+class HelperProcesses;
 class HotKeyRegistrar;
 class HttpClient;
 class Keychain;
@@ -61,7 +62,9 @@ struct Platform {
     Workspace& workspace;
     Accessibility& accessibility;
     AudioEngineFactory& audio;
-    SpeechRecognition& recognition;
+    /// The system's own; null where it has none, and the program brings one.
+    SpeechRecognition* recognition;
+    HelperProcesses& helpers;
     PrivacyGrants& grants;
     LoginItem& loginItem;
     SystemSounds& sounds;

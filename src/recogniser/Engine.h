@@ -16,9 +16,9 @@ class Results {
     virtual void final(const std::string& text) = 0;
 };
 
-/// A recogniser with its model loaded: one utterance after another is put through it. One thread; a call takes
-/// as long as the computing takes. Any call but abandon may throw a std::exception: the process is given up
-/// then.
+/// A recogniser with its model loaded: one utterance after another is put through it. One thread; a call
+/// takes as long as the computing takes. Any call but abandon may throw a std::exception: the process is
+/// given up then.
 class Engine {
  public:
     /// Of the sound: mono, this many samples a second, -1 to 1.

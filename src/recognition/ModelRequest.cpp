@@ -30,17 +30,17 @@ std::optional<ModelRequest> modelRequestIn(std::string_view text) {
     try {
         const auto json = Json::parse(text);
         const auto& server = json.at("server");
-        return ModelRequest{.engine = json.at("engine"),
-                            .kind = json.at("kind"),
-                            .language = json.at("language"),
-                            .folder = json.at("folder").get<std::string>(),
-                            .files = json.at("files"),
-                            .sha256 = json.at("sha256"),
-                            .parameters = json.at("parameters"),
-                            .engineFolder = json.at("engineFolder").get<std::string>(),
-                            .server = {.address = server.at("address"),
-                                       .key = server.at("key"),
-                                       .model = server.at("model")}};
+        return ModelRequest{
+            .engine = json.at("engine"),
+            .kind = json.at("kind"),
+            .language = json.at("language"),
+            .folder = json.at("folder").get<std::string>(),
+            .files = json.at("files"),
+            .sha256 = json.at("sha256"),
+            .parameters = json.at("parameters"),
+            .engineFolder = json.at("engineFolder").get<std::string>(),
+            .server = {
+                .address = server.at("address"), .key = server.at("key"), .model = server.at("model")}};
     } catch (const Json::exception&) {
         return std::nullopt;
     }

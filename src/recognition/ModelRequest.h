@@ -13,7 +13,7 @@ struct ModelRequest {
     std::string engine;    // "pocketsphinx", "sherpa-onnx" or "server"
     std::string kind;      // "embedded", "streaming-transducer", "transducer", "nemo-transducer", "whisper"
     std::string language;  // "es"
-    std::filesystem::path folder;  // of the model
+    std::filesystem::path folder;                   // of the model
     std::map<std::string, std::string> files;       // role to path within the folder
     std::map<std::string, std::string> sha256;      // path within the folder to hexadecimal digits
     std::map<std::string, std::string> parameters;  // the engine's own options; numbers as text

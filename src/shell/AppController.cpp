@@ -9,6 +9,7 @@
 #include "platform/Processes.h"
 #include "platform/SessionState.h"
 #include "platform/StatusItem.h"
+#include "speech/recogniser/ModelChoice.h"
 
 namespace dorix {
 
@@ -22,7 +23,12 @@ AppController::AppController(const Platform& platform)
       settings_(platform.defaults, platform.loginItem, platform.languages),
       history_(database_),
       permissions_(platform.executor, platform.grants),
-      speech_(platform.executor, platform.audio, platform.recognition),
+      speechModels_(platform.userData / "DORIX" / "models", platform.packagedSpeechModels,
+                    settings_.speechModels),
+      recognition_(platform.executor, platform.helpers,
+                   modelChoice(speechModels_, platform.userData / "DORIX" / "engines")),
+      speech_(platform.executor, platform.audio,
+              platform.recognition != nullptr ? *platform.recognition : recognition_),
       api_(platform.executor, platform.http, platform.keychain,
            configuredServer(platform.defaults, platform.packagedServer)),
       account_(platform.executor, api_, platform.keychain, platform.defaults, platform.computerName),

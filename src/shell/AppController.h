@@ -26,6 +26,8 @@
 #include "shell/Notices.h"
 #include "shell/PanelHost.h"
 #include "speech/SpeechEngine.h"
+#include "speech/models/SpeechModels.h"
+#include "speech/recogniser/LocalRecognition.h"
 #include "writing/BasicPolisher.h"
 
 #include <filesystem>
@@ -90,6 +92,8 @@ class AppController {
     SettingsStore settings_;
     HistoryStore history_;
     Permissions permissions_;
+    SpeechModels speechModels_;
+    LocalRecognition recognition_;
     SpeechEngine speech_;
     DorixAPI api_;
     AccountStore account_;

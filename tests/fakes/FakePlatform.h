@@ -11,6 +11,7 @@
 #include "fakes/MemoryUserDefaults.h"
 #include "fakes/TemporaryFolder.h"
 #include "platform/CompanionService.h"
+#include "platform/HelperProcess.h"
 #include "platform/Keychain.h"
 #include "platform/Notifications.h"
 #include "platform/Platform.h"
@@ -33,6 +34,7 @@ struct FakePlatform {
     FakeAccessibility accessibility;
     FakeAudioEngineFactory audio;
     FakeSpeechRecognition recognition;
+    UnavailableHelperProcesses helpers;
     FakePrivacyGrants grants;
     FakeLoginItem loginItem;
     RecordingSystemSounds sounds;
@@ -64,7 +66,8 @@ struct FakePlatform {
                 .workspace = workspace,
                 .accessibility = accessibility,
                 .audio = audio,
-                .recognition = recognition,
+                .recognition = &recognition,
+                .helpers = helpers,
                 .grants = grants,
                 .loginItem = loginItem,
                 .sounds = sounds,

@@ -46,7 +46,7 @@ ADAPTER_ROWS = [
     ["jail", "xdg", "keeper"],
     ["apps"],
     ["process", "dbus", "qt"],
-    ["appearance", "atspi", "curl", "pocketsphinx", "pulse", "secret", "x11"],
+    ["appearance", "atspi", "curl", "pulse", "secret", "x11"],
     ["desktop"],
 ]
 ADAPTER_RANK = {room: rank for rank, row in enumerate(ADAPTER_ROWS) for room in row}
@@ -64,9 +64,10 @@ LIBRARIES = {
     "sqlite": r"sqlite3\.h",
     "panel": r"md4c\.h",
     "recogniser": r"(dlfcn|fcntl|poll|unistd|sys/.*)\.h",
+    "recogniser/program": r"(sys/.*|unistd)\.h",
     "recogniser/pocketsphinx": r"pocketsphinx\.h|sphinxbase/.*\.h",
     "recogniser/server": r"curl/curl\.h",
-    "recogniser/sherpa": r"dlfcn\.h|openssl/.*",
+    "recogniser/sherpa": r"(dlfcn|malloc)\.h",
     "recogniser/unpack": r"archive(_entry)?\.h|(fcntl|unistd)\.h",
     "routing": r"re2/re2\.h|unicode/u(char|tf8)\.h",
     "speech": r"samplerate\.h",

@@ -10,8 +10,8 @@
 #include "linux/dbus/DBusStatusItem.h"
 #include "linux/dbus/PortalSavePanel.h"
 #include "linux/desktop/LinuxPrivacyGrants.h"
-#include "linux/pocketsphinx/PocketsphinxRecognition.h"
 #include "linux/process/ChildCompanionService.h"
+#include "linux/process/LinuxHelperProcesses.h"
 #include "linux/process/LinuxProcesses.h"
 #include "linux/pulse/PulseAudioEngine.h"
 #include "linux/pulse/PulseSystemSounds.h"
@@ -33,6 +33,7 @@
 #include "linux/xdg/Environment.h"
 #include "linux/xdg/JsonUserDefaults.h"
 
+#include <cstdlib>
 #include <utility>
 
 namespace dorix {
@@ -40,6 +41,13 @@ namespace dorix {
 namespace {
 
 constexpr const char* bundleIdentifier = "es.pelmora.dorix";
+
+/// DORIX_POCKETSPHINX_MODELS of the environment, or else where the library's own package puts them.
+std::filesystem::path packagedSpeechModels() {
+    // Read at start-up, when nobody changes the environment.
+    const char* chosen = std::getenv("DORIX_POCKETSPHINX_MODELS");  // NOLINT(concurrency-mt-unsafe)
+    return chosen && *chosen != '\0' ? chosen : DORIX_POCKETSPHINX_MODELDIR;
+}
 
 /// An X display, and the ports that it can fill: each is made when it is chosen, as not all of them may be.
 class X11Session {
@@ -98,6 +106,7 @@ struct LinuxDesktop::Adapters {
           accessibility(main, watcher, [this](std::int32_t process) { return windowTitle(process); }),
           audio(main),
           processes(watcher),
+          helpers(watcher, processes.executable()),
           urls(watcher),
           companion(watcher, companionServiceBeside(processes.executable())),
           system(BusConnection::system(main, watcher)),
@@ -138,14 +147,14 @@ struct LinuxDesktop::Adapters {
     AutostartLoginItem loginItem;
     AtspiAccessibility accessibility;
     PulseAudioEngineFactory audio;
-    PocketsphinxRecognition recognition;
     LinuxPrivacyGrants grants{
-        {.hasRecogniser = [this] { return recognition.supportedLocale("en-US").has_value(); },
+        {.hasRecogniser = [this] { return helpers.isInstalled("dorix-recogniser"); },
          .canUseOtherApplications = [this] { return hasDisplay() && accessibility.isAvailable(); },
          .canCaptureScreen = [this] { return hasDisplay(); }}};
     PulseSystemSounds sounds{audio.connection()};
     ClipboardKeeper keeper;
     LinuxProcesses processes;
+    LinuxHelperProcesses helpers;
     XdgUrlOpener urls;
     AtomicFileReplacer files;
     ChildCompanionService companion;
@@ -187,7 +196,7 @@ Platform LinuxDesktop::platform(Application& application) {
             .languages = systemLanguages(),
             .computerName = computerName(),
             .userData = xdgDataHome(),
-            .packagedSpeechModels = PocketsphinxRecognition::defaultModelFolder(),
+            .packagedSpeechModels = packagedSpeechModels(),
             .keyEvents = *made.keyEvents,
             .mouseEvents = *made.mouseEvents,
             .hotKeys = *made.hotKeys,
@@ -196,7 +205,8 @@ Platform LinuxDesktop::platform(Application& application) {
             .workspace = *made.workspace,
             .accessibility = made.accessibility,
             .audio = made.audio,
-            .recognition = made.recognition,
+            .recognition = nullptr,
+            .helpers = made.helpers,
             .grants = made.grants,
             .loginItem = made.loginItem,
             .sounds = made.sounds,

@@ -23,9 +23,17 @@ PollLoop::PollLoop() : SerialExecutor(AtEnd::drop), wakes_(::eventfd(0, EFD_CLOE
 PollLoop::~PollLoop() { stop(); }
 
 Subscription PollLoop::watchReadable(int fd, std::function<void()> ready) {
-    auto watch = std::make_shared<Watch>(Watch{fd, std::move(ready)});
-    watches_.push_back(watch);
-    return Subscription(watch);
+    return watch({fd, POLLIN, std::move(ready)});
+}
+
+Subscription PollLoop::watchWritable(int fd, std::function<void()> ready) {
+    return watch({fd, POLLOUT, std::move(ready)});
+}
+
+Subscription PollLoop::watch(Watch watch) {
+    auto watched = std::make_shared<Watch>(std::move(watch));
+    watches_.push_back(watched);
+    return Subscription(watched);
 }
 
 // A full counter refuses, and means that the loop is about to wake anyway.
@@ -37,7 +45,7 @@ void PollLoop::wait(std::optional<double> seconds) {
     std::vector<pollfd> fds{{wakes_.get(), POLLIN, 0}};
     for (const auto& weak : watches) {
         const auto watch = weak.lock();
-        fds.push_back({watch ? watch->fd : -1, POLLIN, 0});
+        fds.push_back({watch ? watch->fd : -1, watch ? watch->events : short{0}, 0});
     }
     if (::poll(fds.data(), fds.size(), pollTimeout(seconds)) <= 0) return;
     eventfd_t count = 0;

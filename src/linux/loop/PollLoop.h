@@ -17,13 +17,16 @@ class PollLoop final : public SerialExecutor, public FdWatcher {
     ~PollLoop() override;
 
     Subscription watchReadable(int fd, std::function<void()> ready) override;
+    Subscription watchWritable(int fd, std::function<void()> ready) override;
 
  private:
     struct Watch {
         int fd;
+        short events;
         std::function<void()> ready;
     };
 
+    Subscription watch(Watch watch);
     void wait(std::optional<double> seconds) override;
     void wake() override;
 

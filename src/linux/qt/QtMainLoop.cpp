@@ -83,15 +83,25 @@ void QtMainLoop::armTimer() {
     timer_.start(static_cast<int>(std::min(std::ceil(wait * 1000), 86'400'000.0)));
 }
 
-Subscription QtMainLoop::watchReadable(int fd, std::function<void()> ready) {
+namespace {
+Subscription watch(int fd, QSocketNotifier::Type type, std::function<void()> ready) {
     // The token may be let go inside its own call, where the notifier must not be deleted.
     const auto release = [](QSocketNotifier* notifier) {
         notifier->setEnabled(false);
         notifier->deleteLater();
     };
-    const std::shared_ptr<QSocketNotifier> notifier(new QSocketNotifier(fd, QSocketNotifier::Read), release);
-    connect(notifier.get(), &QSocketNotifier::activated, std::move(ready));
+    const std::shared_ptr<QSocketNotifier> notifier(new QSocketNotifier(fd, type), release);
+    QObject::connect(notifier.get(), &QSocketNotifier::activated, std::move(ready));
     return Subscription(notifier);
+}
+}  // namespace
+
+Subscription QtMainLoop::watchReadable(int fd, std::function<void()> ready) {
+    return watch(fd, QSocketNotifier::Read, std::move(ready));
+}
+
+Subscription QtMainLoop::watchWritable(int fd, std::function<void()> ready) {
+    return watch(fd, QSocketNotifier::Write, std::move(ready));
 }
 
 }  // namespace dorix

@@ -24,6 +24,7 @@ class QtMainLoop final : public QObject, public Executor, public FdWatcher {
     bool isCurrent() const override { return std::this_thread::get_id() == thread_; }
 
     Subscription watchReadable(int fd, std::function<void()> ready) override;
+    Subscription watchWritable(int fd, std::function<void()> ready) override;
 
  protected:
     bool event(QEvent* event) override;

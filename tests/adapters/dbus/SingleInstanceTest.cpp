@@ -17,6 +17,7 @@ using testing::ElementsAre;
 class NoLoop final : public ManualExecutor, public FdWatcher {
  public:
     Subscription watchReadable(int, std::function<void()>) override { return {}; }
+    Subscription watchWritable(int, std::function<void()>) override { return {}; }
 };
 
 class SingleInstanceTest : public testing::Test {

@@ -1,0 +1,89 @@
+#include "base/Error.h"
+#include "base/Log.h"
+#include "linux/jail/Confinement.h"
+#include "recogniser/program/Channel.h"
+#include "recogniser/program/Engines.h"
+#include "recogniser/program/Program.h"
+#include "recognition/ModelRequest.h"
+
+#include <sys/prctl.h>
+
+#include <csignal>
+#include <cstdint>
+#include <cstdio>
+#include <exception>
+#include <filesystem>
+#include <memory>
+#include <system_error>
+#include <vector>
+
+namespace {
+
+using namespace dorix;
+using namespace dorix::recogniser;
+
+// What the program leaves open for a helper.
+constexpr int channelDescriptor = 3;
+
+/// What the files of the model may take in memory, with what the engine computes: a model that asks for more
+/// is no model.
+std::uint64_t memoryFor(const ModelRequest& model) {
+    std::uint64_t bytes = 512ULL << 20U;
+    for (const auto& [role, file] : model.files) {
+        std::error_code error;
+        const auto size = std::filesystem::file_size(model.folder / file, error);
+        if (!error) bytes += 5 * size;
+    }
+    return bytes;
+}
+
+/// Leaves this process what the model needs, before anything of it is read.
+void shutIn(const ModelRequest& model) {
+    const bool asksServer = !model.server.address.empty();
+    Confinement confinement{.readable = {model.folder},
+                            .mayConnect = asksServer,
+                            .mayStartThreads = asksServer,
+                            .memory = memoryFor(model)};
+    const auto add = [&confinement](const std::vector<std::filesystem::path>& more) {
+        confinement.readable.insert(confinement.readable.end(), more.begin(), more.end());
+    };
+    if (!model.engineFolder.empty()) add({model.engineFolder, "/proc/cpuinfo", "/sys/devices/system/cpu"});
+    if (!model.engineFolder.empty()) add(systemLibraries());
+    if (asksServer) add(networkSettings());
+    for (const auto& complaint : confine(confinement)) logLine(complaint);
+}
+
+/// Tells why there is none, and waits to be ended.
+std::unique_ptr<Engine> loadEngine(Channel& channel, const ModelRequest& model) {
+    try {
+        shutIn(model);
+        return makeEngine(model);
+    } catch (const std::exception&) {
+        channel.send({Frame::Kind::refused, localizedDescription(std::current_exception())});
+        return nullptr;
+    }
+}
+
+}  // namespace
+
+int main(int argc, char**) {
+    if (argc > 1) {
+        std::fputs("dorix-recogniser is started by dorix, and takes no arguments\n", stderr);
+        return 2;
+    }
+    // Also while an engine is at work, which does not listen.
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    setLogName("dorix-recogniser");
+    Channel channel(channelDescriptor);
+    const auto model = modelRequestIn(channel.next().body);
+    if (!model) return 1;
+    const auto engine = loadEngine(channel, *model);
+    if (!engine) return 1;
+    channel.send({Frame::Kind::ready, {}});
+    try {
+        Program(channel, *engine).run();
+    } catch (const std::exception& error) {
+        logLine(localizedDescription(std::current_exception()));
+        return 1;
+    }
+}

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "recognition/ModelRequest.h"
+
+#include <string>
+
+namespace dorix::recogniser {
+
+/// What may be said of a model for sherpa-onnx, under "parameters". With values that it does not know the
+/// library ends the process, so that nothing is passed on that is not named here.
+struct SherpaParameters {
+    /// Throws MessageError for a name or a value that is none.
+    explicit SherpaParameters(const ModelRequest& model);
+
+    std::string modelType;   // "model_type", as the library calls it; empty: it finds out
+    float blankPenalty = 0;  // "blank_penalty"
+    double paddingSeconds =
+        1.5;  // "paddingSeconds": of silence behind the end, without which its last words are lost
+};
+
+}  // namespace dorix::recogniser

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "platform/SpeechRecognition.h"
+#include "recognition/ModelRequest.h"
+#include "speech/recogniser/Recogniser.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace dorix {
+
+/// Recognition by models on this computer, or by a server that the user chose, in a process of its own. The
+/// locale that serves a language is the language of its model. Main executor. Analyzers may outlive it.
+class LocalRecognition final : public SpeechRecognition {
+ public:
+    /// The model that is to serve a language; none when none can.
+    using ChooseModel = std::function<std::optional<ModelRequest>(const std::string& language)>;
+
+    /// Both must outlive it.
+    LocalRecognition(Executor& main, HelperProcesses& processes, ChooseModel chooseModel);
+    ~LocalRecognition() override;
+
+    /// Looks for the model anew.
+    std::optional<std::string> supportedLocale(const std::string& equivalentTo) const override;
+    AssetStatus assetStatus(const std::string& locale) const override;
+    Task<void> downloadAndInstall(std::string locale, Progress progress) override;
+    Task<std::optional<AudioFormat>> bestAvailableAudioFormat(std::string locale) override;
+    std::unique_ptr<SpeechAnalyzer> makeAnalyzer(const std::string& locale) override;
+
+    /// Lets go of the model that is loaded, as its files are about to change.
+    void letGo() { recogniser_->letGo(); }
+
+ private:
+    std::optional<ModelRequest> chosen(const std::string& locale) const;
+
+    Executor& main_;
+    const ChooseModel chooseModel_;
+    mutable std::map<std::string, ModelRequest> chosen_;  // by locale
+    const std::shared_ptr<Recogniser> recogniser_;
+};
+
+}  // namespace dorix

@@ -1,0 +1,211 @@
+#include "speech/recogniser/Recogniser.h"
+
+#include "base/Error.h"
+#include "base/Log.h"
+
+#include <algorithm>
+#include <exception>
+#include <set>
+#include <utility>
+
+namespace dorix {
+
+namespace {
+
+constexpr int mostFailures = 2;
+constexpr double idleSeconds = 600;
+
+// Seconds that the process may say nothing. What it loads may be half a gigabyte.
+constexpr double loadingPatience = 20;
+constexpr double workingPatience = 3;
+
+/// Whether the model understands while one talks, and has little left to do at the end.
+bool isStreaming(const ModelRequest& model) {
+    static const std::set<std::string> kinds{"embedded", "streaming-transducer"};
+    return kinds.contains(model.kind);
+}
+
+double patienceAtWork(const SpokenUtterance& utterance) {
+    if (isStreaming(utterance.model())) return workingPatience;
+    return workingPatience + utterance.seconds();
+}
+
+double patienceAtEnd(const SpokenUtterance& utterance) {
+    const double share = isStreaming(utterance.model()) ? 0.3 : 1.5;
+    return workingPatience + 1 + share * utterance.seconds();
+}
+
+}  // namespace
+
+Recogniser::Recogniser(Executor& main, HelperProcesses& processes)
+    : main_(main), processes_(processes), idle_(main) {}
+
+Recogniser::~Recogniser() {
+    const auto error = std::make_exception_ptr(MessageError("recogniser: gone"));
+    for (const auto& utterance : queue_) utterance->fail(error);
+    if (loading_) loading_->fail(error);
+}
+
+Task<void> Recogniser::load(ModelRequest model) {
+    const bool isLoaded = link_ && link_->model() == model;
+    if (isLoaded && isReady_) co_return;
+    if (!isLoaded) {
+        if (!queue_.empty()) co_return;
+        launch(model);
+    }
+    if (!loading_) loading_.emplace();
+    const auto loaded = *loading_;
+    co_await loaded;
+}
+
+void Recogniser::launch(const ModelRequest& model) {
+    idle_.stop();
+    isReady_ = hasBegun_ = hasFinished_ = false;
+    stale_ = 0;
+    link_.reset();  // two models are never in memory together
+    link_ = std::make_unique<RecogniserLink>(
+        main_, processes_, model, [this](const Frame& frame) { takeFrame(frame); },
+        [this](const std::string& how) { lost(how); });
+    watch();
+}
+
+void Recogniser::transcribe(std::shared_ptr<SpokenUtterance> utterance) {
+    queue_.push_back(std::move(utterance));
+    advance();
+}
+
+void Recogniser::letGo() {
+    link_.reset();
+    idle_.stop();
+    if (loading_ && queue_.empty()) {
+        std::exchange(loading_, std::nullopt)
+            ->fail(std::make_exception_ptr(MessageError("recogniser: let go of")));
+    }
+    advance();
+}
+
+void Recogniser::advance() {
+    dropUnwanted();
+    if (queue_.empty()) {
+        if (link_ && !idle_.isActive()) idle_.once(idleSeconds, [this] { link_.reset(); });
+        if (link_) watch();
+        return;
+    }
+    idle_.stop();
+    auto& utterance = *queue_.front();
+    if (!link_ || link_->model() != utterance.model()) launch(utterance.model());
+    if (!isReady_) return;
+    if (!std::exchange(hasBegun_, true)) {
+        utterance.beginAttempt();
+        link_->send(Frame::Kind::begin);
+    }
+    sendSound(utterance);
+    watch();
+}
+
+void Recogniser::dropUnwanted() {
+    if (!queue_.empty() && queue_.front()->isDropped() && hasBegun_ && link_) {
+        link_->send(Frame::Kind::drop);
+        ++stale_;
+        hasBegun_ = hasFinished_ = false;
+    }
+    std::erase_if(queue_, [](const auto& utterance) {
+        if (utterance->isDropped()) utterance->fail(nullptr);
+        return utterance->isDropped();
+    });
+}
+
+void Recogniser::sendSound(SpokenUtterance& utterance) {
+    for (auto next = utterance.nextSound(); !next.empty(); next = utterance.nextSound())
+        link_->sendAudio(next);
+    if (utterance.isAllSent() && !std::exchange(hasFinished_, true)) link_->send(Frame::Kind::finish);
+}
+
+void Recogniser::takeFrame(const Frame& frame) {
+    switch (frame.kind) {
+        case Frame::Kind::loading:
+            return;
+        case Frame::Kind::ready:
+            return ready();
+        case Frame::Kind::refused:
+            return refused(frame.body);
+        default:
+            break;
+    }
+    if (stale_ > 0) {
+        if (frame.kind == Frame::Kind::done && --stale_ == 0) advance();
+        return;
+    }
+    if (hasBegun_ && !queue_.empty()) takeFrameOf(*queue_.front(), frame);
+}
+
+void Recogniser::takeFrameOf(SpokenUtterance& utterance, const Frame& frame) {
+    switch (frame.kind) {
+        case Frame::Kind::heard:
+            utterance.heard(countIn(frame.body).value_or(0));
+            return advance();
+        case Frame::Kind::partial:
+            return utterance.understood({frame.body, false});
+        case Frame::Kind::final:
+            return utterance.understood({frame.body, true});
+        case Frame::Kind::done:
+            // Only all of it is all that was said.
+            if (!hasFinished_) return lost("termina antes de tiempo");
+            utterance.done();
+            return ended();
+        default:
+            return;
+    }
+}
+
+void Recogniser::ready() {
+    isReady_ = true;
+    failedStarts_ = 0;
+    if (loading_) std::exchange(loading_, std::nullopt)->complete();
+    advance();
+}
+
+/// The utterance that the process was at is over.
+void Recogniser::ended() {
+    queue_.pop_front();
+    hasBegun_ = hasFinished_ = false;
+    advance();
+}
+
+void Recogniser::refused(const std::string& why) {
+    link_.reset();
+    giveUp(why);
+}
+
+/// Of whoever waits for the process now.
+void Recogniser::giveUp(const std::string& why) {
+    const auto error = std::make_exception_ptr(MessageError(why));
+    failedStarts_ = 0;
+    if (loading_) std::exchange(loading_, std::nullopt)->fail(error);
+    if (queue_.empty()) return;
+    queue_.front()->fail(error);
+    ended();
+}
+
+void Recogniser::lost(const std::string& how) {
+    const auto model = link_->model();
+    link_.reset();
+    logLine("el reconocedor de voz ha fallado: " + how);
+    const int failures = queue_.empty() ? ++failedStarts_ : queue_.front()->countFailure();
+    if (failures >= mostFailures) return giveUp(how);
+    if (!queue_.empty()) return advance();
+    if (loading_) launch(model);
+}
+
+/// Whether the process has something to say by now, and how soon.
+void Recogniser::watch() {
+    if (!isReady_) return link_->expectWithin(loadingPatience);
+    if (stale_ > 0) return link_->expectWithin(workingPatience);
+    if (queue_.empty() || !hasBegun_) return link_->expectNothing();
+    const auto& utterance = *queue_.front();
+    if (hasFinished_) return link_->expectWithin(patienceAtEnd(utterance));
+    if (utterance.isOutstanding()) return link_->expectWithin(patienceAtWork(utterance));
+    link_->expectNothing();
+}
+
+}  // namespace dorix

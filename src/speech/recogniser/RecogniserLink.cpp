@@ -1,0 +1,53 @@
+#include "speech/recogniser/RecogniserLink.h"
+
+#include <utility>
+
+namespace dorix {
+
+namespace {
+constexpr auto program = "dorix-recogniser";
+}
+
+RecogniserLink::RecogniserLink(Executor& main, HelperProcesses& processes, ModelRequest model,
+                               std::function<void(const Frame&)> onFrame,
+                               std::function<void(const std::string&)> onLost)
+    : model_(std::move(model)),
+      onFrame_(std::move(onFrame)),
+      onLost_(std::move(onLost)),
+      silence_(main),
+      failedStart_(main),
+      process_(processes.launch(program, {.onBytes = [this](std::string_view bytes) { take(bytes); },
+                                          .onEnd = [this](const std::string& how) { lose(how); }})) {
+    if (!process_) failedStart_.once(0, [this] { lose("no se pudo iniciar"); });
+    sendBytes(encoded({Frame::Kind::open, encoded(model_)}));
+}
+
+void RecogniserLink::expectWithin(double seconds) {
+    patience_ = seconds;
+    silence_.once(seconds, [this] { lose("no responde"); });
+}
+
+void RecogniserLink::expectNothing() { silence_.stop(); }
+
+void RecogniserLink::sendBytes(std::string bytes) {
+    if (process_) process_->send(std::move(bytes));
+}
+
+void RecogniserLink::take(std::string_view bytes) {
+    const std::weak_ptr<bool> life = life_;
+    const auto onFrame = onFrame_;
+    if (silence_.isActive()) expectWithin(patience_);
+    reader_.take(bytes);
+    while (const auto frame = reader_.next()) {
+        onFrame(*frame);
+        if (life.expired()) return;
+    }
+    if (reader_.isBroken()) lose("dice algo que no se entiende");
+}
+
+void RecogniserLink::lose(const std::string& how) {
+    const auto lost = onLost_;
+    lost(how);
+}
+
+}  // namespace dorix

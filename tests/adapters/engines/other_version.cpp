@@ -1,0 +1,1 @@
+extern "C" const char* SherpaOnnxGetVersionStr() { return "1.13.9"; }
