@@ -6,24 +6,31 @@
 #include <array>
 #include <charconv>
 #include <string_view>
-#include <utility>
+#include <vector>
 
 namespace dorix::recogniser {
 
 namespace {
 
-// By the kind of the model. The first is for models that do not say.
-constexpr std::array<std::pair<std::string_view, std::string_view>, 6> modelTypes{{
-    {"streaming-transducer", ""},  // which costs opening the encoder twice; of some models it is the only way
-    {"streaming-transducer", "zipformer2"},
-    {"streaming-transducer", "zipformer"},
-    {"transducer", "transducer"},
-    {"nemo-transducer", "nemo_transducer"},
-    {"whisper", "whisper"},
-}};
+struct Kind {
+    std::string_view name;
+    std::vector<std::string_view> modelTypes;  // the first is for models that do not say
+    double paddingSeconds;
+    double longestPart;
+};
 
-bool isTypeOf(std::string_view kind, std::string_view type) {
-    return std::ranges::find(modelTypes, std::pair(kind, type)) != modelTypes.end();
+const Kind& kindOf(const ModelRequest& model) {
+    // Of streaming models the padding is a chunk of the slowest. That the library finds out the type costs
+    // opening the encoder twice, and is the only way for some.
+    static const std::array<Kind, 4> kinds{{
+        {"streaming-transducer", {"", "zipformer2", "zipformer"}, 1.5, 0},
+        {"transducer", {"transducer"}, 0.5, 60},
+        {"nemo-transducer", {"nemo_transducer"}, 0.5, 60},
+        {"whisper", {"whisper"}, 0, 28},
+    }};
+    const auto* const found = std::ranges::find(kinds, model.kind, &Kind::name);
+    if (found == kinds.end()) throw MessageError("sherpa-onnx has no models of the kind " + model.kind);
+    return *found;
 }
 
 [[noreturn]] void refuse(const std::string& name, const std::string& value) {
@@ -42,12 +49,12 @@ double number(const std::string& name, const std::string& value, double least, d
 }  // namespace
 
 SherpaParameters::SherpaParameters(const ModelRequest& model) {
-    const auto* const row =
-        std::ranges::find(modelTypes, model.kind, [](const auto& it) { return it.first; });
-    if (row == modelTypes.end()) throw MessageError("sherpa-onnx has no models of the kind " + model.kind);
-    modelType = row->second;
+    const auto& kind = kindOf(model);
+    modelType = kind.modelTypes.front();
+    paddingSeconds = kind.paddingSeconds;
+    longestPart = kind.longestPart;
     for (const auto& [name, value] : model.parameters) {
-        if (name == "model_type" && isTypeOf(model.kind, value)) {
+        if (name == "model_type" && std::ranges::count(kind.modelTypes, value) > 0) {
             modelType = value;
         } else if (name == "blank_penalty") {
             blankPenalty = static_cast<float>(number(name, value, 0, 10));

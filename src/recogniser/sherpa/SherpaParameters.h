@@ -14,8 +14,9 @@ struct SherpaParameters {
 
     std::string modelType;   // "model_type", as the library calls it; empty: it finds out
     float blankPenalty = 0;  // "blank_penalty"
-    double paddingSeconds =
-        1.5;  // "paddingSeconds": of silence behind the end, without which its last words are lost
+    // "paddingSeconds": of silence behind the end, without which its last words are lost.
+    double paddingSeconds = 0;
+    double longestPart = 0;  // seconds that are understood at once, of models that take a whole
 };
 
 }  // namespace dorix::recogniser

@@ -3,6 +3,7 @@
 #include "fakes/TemporaryFolder.h"
 #include "fakes/ToneSpeech.h"
 #include "linux/jail/Confinement.h"
+#include "recogniser/sherpa/PartialPace.h"
 #include "recogniser/sherpa/SherpaEngines.h"
 
 #include <gmock/gmock.h>
@@ -18,6 +19,7 @@
 #include <span>
 #include <string>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 namespace dorix::recogniser {
@@ -108,6 +110,7 @@ End endOf(const ModelRequest& model, const std::function<void()>& prepare = [] {
 }
 
 const fs::path streamingModel = fs::path(DORIX_TONE_MODELS) / "tones-streaming";
+const fs::path offlineModel = fs::path(DORIX_TONE_MODELS) / "tones-offline";
 
 class SherpaTest : public testing::Test {
  protected:
@@ -166,6 +169,54 @@ TEST_F(SherpaTest, SilenceIsNoTextAndAnAbandonedUtteranceIsForgotten) {
     ToneSpeech next;
     next.say(ToneSpeech::pieces[0], 0.2);
     EXPECT_EQ(transcribe(*engine, next.samples(), random).whole, "hola");
+}
+
+TEST_F(SherpaTest, WholeUtterancesAreUnderstoodAndLongOnesCutWhereItIsQuiet) {
+    const auto engine = makeSherpaEngine(request(offlineModel));
+    EXPECT_THAT(transcribe(*engine, {}, random).finals, testing::IsEmpty());
+    EXPECT_THAT(transcribe(*engine, {0.1F}, random).finals, testing::IsEmpty());
+    for (int sentence = 0; sentence < 30; ++sentence) {
+        ToneSpeech speech;
+        for (int piece = 0; piece < 25; ++piece) speech.sayAny(random);
+        EXPECT_EQ(transcribe(*engine, speech.samples(), random).whole, speech.text());
+    }
+    ToneSpeech speech;
+    for (int word = 0; word < 400; ++word) {
+        speech.say(ToneSpeech::pieces[word % 2 == 0 ? 0 : 3]);
+        if (word % 20 == 19) speech.pause(0.4);
+    }
+    const auto heard = transcribe(*engine, speech.samples(), random);
+    EXPECT_EQ(heard.whole, speech.text());
+    EXPECT_GE(heard.finals.size(), 3U);
+}
+
+/// Of a minute's talk, on a computer that works so long on every second of sound, and how much of the time it
+/// works.
+std::pair<int, double> partialsAndWork(double secondsOfWork) {
+    PartialPace pace;
+    pace.restart(0);
+    int partials = 0;
+    double work = 0;
+    double now = 0;
+    while (now < 60) {
+        now += 0.1;
+        const auto size = static_cast<std::size_t>(now * Engine::sampleRate);
+        if (!pace.isDue(now, size)) continue;
+        const auto begin = now;
+        now += secondsOfWork * begin;
+        work += now - begin;
+        pace.worked(begin, now, size);
+        ++partials;
+    }
+    return {partials, work};
+}
+
+TEST(PartialPaceTest, PartialTextsComeAsOftenAsTheComputerDoesThemByTheWay) {
+    EXPECT_GT(partialsAndWork(0.001).first, 50);
+    const auto [partials, work] = partialsAndWork(0.1);
+    EXPECT_GT(partials, 5);
+    EXPECT_LT(work, 20);
+    EXPECT_LE(partialsAndWork(3).first, 1);
 }
 
 TEST_F(SherpaTest, ItNeedsNoMoreThanAJailHas) {
