@@ -15,18 +15,20 @@ struct Frame {
     enum class Kind : std::uint8_t {
         // From the program:
         open = 1,    // the model to load, a ModelRequest; once, first of all
+        unpack = 6,  // in its place, an UnpackOrder; nothing else is asked then
         begin = 2,   // an utterance begins
         audio = 3,   // more of its sound
         finish = 4,  // that was all of its sound
         drop = 5,    // its words are not wanted
         // From the recogniser:
-        loading = 64,  // still at it
-        ready = 65,    // the model is loaded
-        refused = 66,  // it cannot be, and why; trying again is of no use
-        heard = 67,    // how much of the utterance's sound has been worked on
-        partial = 68,  // what is understood since the last final text; replaces the partial before
-        final = 69,    // text that stands
-        done = 70,     // the last word of the utterance is told
+        loading = 64,   // still at it
+        ready = 65,     // the model is loaded
+        refused = 66,   // it cannot be, and why; trying again is of no use
+        heard = 67,     // how much of the utterance's sound has been worked on
+        partial = 68,   // what is understood since the last final text; replaces the partial before
+        final = 69,     // text that stands
+        done = 70,      // the last word of the utterance is told
+        unpacked = 71,  // the files are there; an archive that is none is refused
     };
 
     Kind kind = Kind::open;

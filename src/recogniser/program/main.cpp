@@ -4,7 +4,9 @@
 #include "recogniser/program/Channel.h"
 #include "recogniser/program/Engines.h"
 #include "recogniser/program/Program.h"
+#include "recogniser/unpack/Unpack.h"
 #include "recognition/ModelRequest.h"
+#include "recognition/UnpackOrder.h"
 
 #include <sys/prctl.h>
 
@@ -14,6 +16,7 @@
 #include <exception>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <system_error>
 #include <vector>
 
@@ -53,6 +56,24 @@ void shutIn(const ModelRequest& model) {
     for (const auto& complaint : confine(confinement)) logLine(complaint);
 }
 
+/// The only thing that this process is for, then.
+int obey(Channel& channel, const UnpackOrder& order) {
+    constexpr std::uint64_t memory = 256ULL << 20U;
+    try {
+        const Confinement confinement{.readable = {order.archive},
+                                      .writable = {order.folder},
+                                      .memory = memory,
+                                      .processorSeconds = 100};
+        for (const auto& complaint : confine(confinement)) logLine(complaint);
+        unpack(order);
+        channel.send({Frame::Kind::unpacked, {}});
+        return 0;
+    } catch (const std::exception&) {
+        channel.send({Frame::Kind::refused, localizedDescription(std::current_exception())});
+        return 1;
+    }
+}
+
 /// Tells why there is none, and waits to be ended.
 std::unique_ptr<Engine> loadEngine(Channel& channel, const ModelRequest& model) {
     try {
@@ -75,7 +96,10 @@ int main(int argc, char**) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     setLogName("dorix-recogniser");
     Channel channel(channelDescriptor);
-    const auto model = modelRequestIn(channel.next().body);
+    const auto wish = channel.next();
+    const auto order = wish.kind == Frame::Kind::unpack ? unpackOrderIn(wish.body) : std::nullopt;
+    if (order) return obey(channel, *order);
+    const auto model = modelRequestIn(wish.body);
     if (!model) return 1;
     const auto engine = loadEngine(channel, *model);
     if (!engine) return 1;
