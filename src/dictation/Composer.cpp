@@ -75,7 +75,13 @@ void Composer::audioLost() {
 }
 
 Task<void> Composer::takeWords(Task<std::string> words, Then then) {
-    const std::string transcript = co_await std::move(words);
+    std::string transcript;
+    try {
+        transcript = co_await std::move(words);
+    } catch (const SpeechInput::RecognitionFailed& error) {
+        transcript = error.heard();
+        hud_.flash(HUDPhase::error(error.localizedDescription()), 3.0);
+    }
     if (!transcript.empty()) state_.composerText.set(join(state_.composerText.get(), transcript));
     if (then == Then::focus) state_.focusRequest.set(AppState::FocusTarget::composer);
 }

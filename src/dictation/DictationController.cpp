@@ -247,6 +247,10 @@ Task<void> DictationController::carryThrough(Recorder::Ended ended, Mode mode, F
         if (co_await carry(utterance.words, mode, fate, ended.recording)) utterance.words.clear();
     } catch (const Cancelled&) {  // NOLINT(bugprone-empty-catch)
         // Whoever cancelled what this waited for has told the user what there is to tell.
+    } catch (const SpeechInput::RecognitionFailed& error) {
+        // No half of a sentence is typed.
+        if (!error.heard().empty()) utterance.words = error.heard();
+        failed(std::current_exception(), false);
     } catch (...) {
         failed(std::current_exception(), !utterance.words.empty());
     }

@@ -43,8 +43,8 @@ class SpeechEngine final : public SpeechInput {
     Task<void> start(std::string language) override;
 
     /// Ends the recording and gives its transcript once the recogniser is through with the sound, or has made
-    /// one wait too long. Never throws but Cancelled, when the waiting task is; the recording ends all the
-    /// same. Without a recording it gives the transcript of the last one.
+    /// one wait too long. Throws RecognitionFailed, and Cancelled when the waiting task is; the recording
+    /// ends all the same. Without a recording it gives the transcript of the last one.
     Task<std::string> stop() override;
 
     void cancel() override;

@@ -1,10 +1,12 @@
 #pragma once
 
+#include "base/Error.h"
 #include "base/Observable.h"
 #include "base/async/Task.h"
 
 #include <functional>
 #include <string>
+#include <utility>
 
 namespace dorix {
 
@@ -27,8 +29,10 @@ class SpeechInput {
     /// Error; the recording is dropped then.
     virtual Task<void> start(std::string language) = 0;
 
+    class RecognitionFailed;
+
     /// Ends the recording inside the call; the task gives all that was said in it, also when start() is still
-    /// under way, and the empty string when that fails. Never throws an Error.
+    /// under way, and the empty string when that fails. Throws RecognitionFailed.
     virtual Task<std::string> stop() = 0;
 
     /// Drops the recording that runs. Those that were stopped are not touched.
@@ -43,6 +47,17 @@ class SpeechInput {
 
     /// Whether the recogniser still is at the recording before: nothing is known of what is said now.
     virtual bool isBehind() const = 0;
+};
+
+/// The recogniser gave a recording up: what it had understood may be half of what was said.
+class SpeechInput::RecognitionFailed : public MessageError {
+ public:
+    RecognitionFailed(std::string heard, std::string message)
+        : MessageError(std::move(message)), heard_(std::move(heard)) {}
+    const std::string& heard() const { return heard_; }
+
+ private:
+    std::string heard_;
 };
 
 }  // namespace dorix

@@ -2,7 +2,9 @@
 
 #include "base/Error.h"
 #include "base/Log.h"
+#include "localdata/Language.h"
 #include "speech/Join.h"
+#include "speech/SpeechInput.h"
 
 #include <algorithm>
 #include <exception>
@@ -12,8 +14,17 @@ namespace dorix {
 
 namespace {
 // A recogniser at work tells something every now and then. The second bound is for one that talks without
-// end: it leaves a slow one the time that the recording took once more.
-constexpr double resultPatience = 10;
+// end: it leaves a slow one the time that the recording took once more. Both leave it the time to be started
+// again, and to hear all of it once more.
+constexpr double resultPatience = 30;
+
+Task<void> endOf(Completion<std::string> words) {
+    try {
+        co_await words;
+    } catch (const SpeechInput::RecognitionFailed&) {  // NOLINT(bugprone-empty-catch)
+        // It is over, too.
+    }
+}
 }  // namespace
 
 SpeechSession::SpeechSession(Executor& main, std::optional<Completion<std::string>> before,
@@ -46,6 +57,7 @@ Task<void> SpeechSession::readResults(std::shared_ptr<SpeechAnalyzer> analyzer) 
         throw;
     } catch (...) {
         if (isOver()) co_return;
+        hasFailed_ = true;
         logLine("error de transcripción: " + localizedDescription(std::current_exception()));
     }
 }
@@ -71,7 +83,7 @@ void SpeechSession::finish() {
 
 Task<void> SpeechSession::runFinish() {
     co_await isTranscribing_;
-    if (before_) co_await *before_;
+    if (before_) co_await endOf(*before_);
     deadline_ = main_.now() + recorded_ + resultPatience;
     awaitNextResult();
     const auto analyzer = analyzer_;
@@ -84,7 +96,7 @@ Task<void> SpeechSession::runFinish() {
     }
     const auto results = *results_;
     co_await results;
-    end(understood());
+    hasFailed_ ? fail() : end(understood());
 }
 
 void SpeechSession::awaitNextResult() {
@@ -102,8 +114,15 @@ void SpeechSession::cancel() {
     end({});
 }
 
-void SpeechSession::end(const std::string& words) {
-    if (!words_.complete(words)) return;
+void SpeechSession::end(const std::string& words) { settle(words_.complete(words)); }
+
+void SpeechSession::fail() {
+    const SpeechInput::RecognitionFailed error(understood(), tr("No se pudo preparar el formato de audio."));
+    settle(words_.fail(std::make_exception_ptr(error)));
+}
+
+void SpeechSession::settle(bool isNews) {
+    if (!isNews) return;
     patience_.stop();
     if (results_) results_->cancel();
     if (finish_) finish_->cancel();

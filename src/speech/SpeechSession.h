@@ -40,7 +40,7 @@ class SpeechSession {
     Task<void> transcribe(std::shared_ptr<SpeechAnalyzer> analyzer);
 
     /// No more sound comes. The words are there when the recogniser is through. One that falls silent for
-    /// 10 s, or needs 10 s more than the recording lasted, is not waited for any longer: what is known by
+    /// 30 s, or needs 30 s more than the recording lasted, is not waited for any longer: what is known by
     /// then are the words. The time begins when the recording before is through.
     void finish();
     /// What is known now are the words.
@@ -54,7 +54,7 @@ class SpeechSession {
     /// Whether the recogniser still is at the recording before.
     bool isBehind() const { return before_ && !before_->isDone(); }
 
-    /// All that was said, when it is over.
+    /// All that was said, when it is over; fails with RecognitionFailed when the recogniser did.
     Completion<std::string> words() const { return words_; }
 
  private:
@@ -63,6 +63,8 @@ class SpeechSession {
     Task<void> runFinish();
     void awaitNextResult();
     void end(const std::string& words);
+    void fail();
+    void settle(bool isNews);
     std::string understood() const;
 
     Executor& main_;
@@ -75,6 +77,7 @@ class SpeechSession {
     std::string finalized_;
     std::string volatile_;
     bool isFinishing_ = false;
+    bool hasFailed_ = false;          // the recogniser
     double recorded_ = 0;             // seconds
     std::optional<double> deadline_;  // while the recogniser finishes
     Timer patience_;

@@ -6,6 +6,7 @@
 #include "speech/SpeechInput.h"
 
 #include <algorithm>
+#include <exception>
 #include <functional>
 #include <string>
 #include <vector>
@@ -21,9 +22,10 @@ class FakeSpeechInput final : public SpeechInput {
     std::string startError;  // not empty: start fails with these words
     bool holdStart = false;  // start waits for `started`
     Completion<void> started;
-    double lastWords = 0;  // seconds that the recogniser takes for each recording, one after another
-    bool isOn = false;     // the microphone
-    bool hasGap = false;   // sound is missing from the recording that runs
+    double lastWords = 0;    // seconds that the recogniser takes for each recording, one after another
+    bool isOn = false;       // the microphone
+    bool isGivenUp = false;  // the recogniser fails on what it was told
+    bool hasGap = false;     // sound is missing from the recording that runs
     std::vector<std::string> log;
     std::function<void()> onStop = [] {};  // before a recording is stopped
 
@@ -49,7 +51,10 @@ class FakeSpeechInput final : public SpeechInput {
         idleAt_ = std::max(idleAt_, executor_.now()) + lastWords;
         const Stopped stopped{.known = partial.get(), .words = {}};
         stopped_.push_back(stopped);
-        executor_.after(idleAt_ - executor_.now(), [stopped, said] { stopped.words.complete(said); });
+        executor_.after(idleAt_ - executor_.now(), [stopped, said, isGivenUp = isGivenUp] {
+            if (!isGivenUp) stopped.words.complete(said);
+            if (isGivenUp) stopped.words.fail(std::make_exception_ptr(RecognitionFailed(said, "no format")));
+        });
         return wordsOf(stopped.words);
     }
     void cancel() override {

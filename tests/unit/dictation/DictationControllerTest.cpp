@@ -186,6 +186,14 @@ TEST_F(DictationControllerTest, HalfASentenceIsNotTypedButKept) {
     ASSERT_EQ(bench.history.items().size(), 2U);
     EXPECT_EQ(bench.history.items()[0].answer, "no le digas");
 
+    bench.speech.isGivenUp = true;
+    dictate("no le digas que");
+    bench.executor.advanceBy(0.5);
+    EXPECT_EQ(hud(), HUDPhase::error("no format"));
+    EXPECT_EQ(bench.inserted, std::nullopt);
+    EXPECT_EQ(bench.history.items()[0].answer, "no le digas que");
+
+    bench.speech.isGivenUp = false;
     bench.speech.transcript.clear();
     flow.begin(holdKey, write);
     bench.speech.onAudioLost();
