@@ -9,11 +9,12 @@ from dorix import Dorix
 from failure import DemoError
 from outcome import contains, sounds_like
 from panel import Panel
+from recogniser import ACCIDENTS, Accident
 from script import Step
 from stage import Stage
-from user import ASK_CHORD, HOLD_KEY, WRITE_CHORD, User
+from user import ASK_CHORD, HOLD_KEY, LEAD, WRITE_CHORD, User
 from virtual_desktop import VirtualDesktop
-from voice import synthesise
+from voice import seconds_of, synthesise
 from waiting import wait_until
 
 PROCESSED_TIMEOUT = 30.0
@@ -30,6 +31,7 @@ class Player:
         self._user = User(desktop)
         self._stage = Stage(desktop, dorix)
         self._panel = Panel(dorix)
+        self._accident = ""  # what is to befall the recogniser next
         self._query = ""  # the panel keeps it while it is closed
         self._listed: list[dict] = []
 
@@ -106,8 +108,15 @@ class Player:
             raise self._stage.failure("a tap must show nothing")
         return self._told_untyped()
 
+    def recogniser(self, what: str) -> None:
+        if what not in ACCIDENTS:
+            raise DemoError(f"a recogniser may be {' or '.join(ACCIDENTS)}")
+        self._accident = what
+
     def _dictate(self, sentence: str, speak: Callable[[Path], object]) -> list[str]:
         words = self._synthesise(sentence)
+        accident = self._accident and Accident(self._dorix.pid, self._accident, LEAD + seconds_of(words) / 2)
+        self._accident = ""
         self._stage.observe(lambda: self._until_processed(lambda: speak(words)))
         outcome = self._stage.outcome
         if not outcome.typed:
@@ -116,7 +125,7 @@ class Player:
             raise self._stage.failure("what was typed is not what was said")
         if [item["answer"] for item in outcome.remembered] != [outcome.typed]:
             raise self._stage.failure("the history does not hold what was typed")
-        return outcome.lines()
+        return outcome.lines() + ([accident.outcome()] if accident else [])
 
     def _told_untyped(self) -> list[str]:
         if self._stage.outcome.typed or self._stage.outcome.remembered:

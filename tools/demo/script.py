@@ -20,6 +20,7 @@ STEPS = {
     "key": "CHORD...",
     "layout": "ARGUMENTS",
     "open-panel": "",
+    "recogniser": "killed|stopped",
     "reinsert": "",
     "reinsert-by-key": "",
     "restart": "",

@@ -1,0 +1,47 @@
+"""The process in which DORIX recognises speech, and the accidents that befall it."""
+
+import os
+import signal
+import threading
+from pathlib import Path
+
+from failure import DemoError
+
+NAME = "dorix-recognise"  # the kernel keeps fifteen letters
+ACCIDENTS = {"killed": signal.SIGKILL, "stopped": signal.SIGSTOP}
+
+
+def recogniser_of(dorix: int) -> int | None:
+    """The one that works for that process."""
+    for status in Path("/proc").glob("[0-9]*/stat"):
+        try:
+            process, _, rest = status.read_text().partition(f" ({NAME}) ")
+        except (FileNotFoundError, ProcessLookupError):
+            continue  # it ended just now
+        if rest and int(rest.split()[1]) == dorix and rest.split()[0] != "Z":
+            return int(process)
+    return None
+
+
+class Accident:
+    """Befalls the recogniser some seconds from now."""
+
+    def __init__(self, dorix: int, what: str, seconds: float):
+        self._dorix = dorix
+        self._what = what
+        self._struck: int | None = None
+        self._timer = threading.Timer(seconds, self._strike)
+        self._timer.start()
+
+    def _strike(self) -> None:
+        self._struck = recogniser_of(self._dorix)
+        if self._struck is not None:
+            os.kill(self._struck, ACCIDENTS[self._what])
+
+    def outcome(self) -> str:
+        """What came of it; another one must be at work by now."""
+        self._timer.join()
+        now = recogniser_of(self._dorix)
+        if self._struck is None or now in (None, self._struck):
+            raise DemoError(f"the recogniser was to be {self._what}: it was {self._struck} and is {now}")
+        return f"recogniser: {self._struck} {self._what}, {now} in its place"
