@@ -11,6 +11,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -95,6 +96,27 @@ TEST_F(AppControllerTest, AHeldKeyBecomesTextAtTheCursorInTheHistoryAndInTheTrac
     const HistoryStore history(folder.path() / "DORIX" / "dorix.sqlite");
     ASSERT_EQ(history.items().size(), 1U);
     EXPECT_EQ(history.items()[0].answer, "Nos vemos mañana.");
+}
+
+TEST_F(AppControllerTest, WhatTheRecogniserWritesWithCapitalsAndPunctuationIsTypedAsItStands) {
+    recognition.locales.insert({"en-US", "en-US"});
+    const std::map<std::string, std::vector<std::string>> said{
+        {"es-ES", {"¿Quedamos el jueves, Ana?", "Llevo 3,5 kg de café de EE. UU. y el cable USB-C…"}},
+        {"en-US", {"I'll be at St. John's at 10:30 a.m., won't I?", "It isn't far from Paris!"}},
+    };
+    for (const auto& [language, parts] : said) {
+        defaults.set("language", language);
+        launch();
+        press();
+        executor.advanceBy(0.3);
+        for (const auto& part : parts) say(part);
+        release();
+        executor.advanceBy(5);
+        EXPECT_THAT(pasteboard.log, testing::Contains("setString " + parts[0] + " " + parts[1]));
+        app.reset();
+        testing::internal::GetCapturedStderr();
+    }
+    testing::internal::CaptureStderr();
 }
 
 TEST_F(AppControllerTest, TheMenuPausesRestartsAndQuits) {
