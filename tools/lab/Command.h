@@ -37,6 +37,7 @@ std::vector<Command> contextCommands();
 std::vector<Command> dictationCommands();
 std::vector<Command> routingCommands();
 std::vector<Command> routeCommands();
+std::vector<Command> speechCommands();
 
 /// The field, which must be there and be a string.
 std::string requiredString(const Json& input, const char* field);

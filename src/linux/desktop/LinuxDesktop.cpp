@@ -33,7 +33,6 @@
 #include "linux/xdg/Environment.h"
 #include "linux/xdg/JsonUserDefaults.h"
 
-#include <cstdlib>
 #include <utility>
 
 namespace dorix {
@@ -41,13 +40,6 @@ namespace dorix {
 namespace {
 
 constexpr const char* bundleIdentifier = "es.pelmora.dorix";
-
-/// DORIX_POCKETSPHINX_MODELS of the environment, or else where the library's own package puts them.
-std::filesystem::path packagedSpeechModels() {
-    // Read at start-up, when nobody changes the environment.
-    const char* chosen = std::getenv("DORIX_POCKETSPHINX_MODELS");  // NOLINT(concurrency-mt-unsafe)
-    return chosen && *chosen != '\0' ? chosen : DORIX_POCKETSPHINX_MODELDIR;
-}
 
 /// An X display, and the ports that it can fill: each is made when it is chosen, as not all of them may be.
 class X11Session {

@@ -66,6 +66,11 @@ std::optional<std::string> packagedServer() {
     return std::nullopt;
 }
 
+std::filesystem::path packagedSpeechModels() {
+    const char* chosen = std::getenv("DORIX_POCKETSPHINX_MODELS");
+    return chosen != nullptr && *chosen != '\0' ? chosen : DORIX_POCKETSPHINX_MODELDIR;
+}
+
 bool isWaylandSession() {
     const auto variable = [](const char* name) {
         const char* value = std::getenv(name);

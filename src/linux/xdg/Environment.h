@@ -26,6 +26,10 @@ std::filesystem::path xdgDocuments();
 /// folders that has one; none where it is missing or no string.
 std::optional<std::string> packagedServer();
 
+/// Where the models of the recogniser's own package lie: DORIX_POCKETSPHINX_MODELS, or else where that puts
+/// them.
+std::filesystem::path packagedSpeechModels();
+
 /// What the user calls this computer, or else its host name.
 std::string computerName();
 
