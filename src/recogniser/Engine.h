@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Error.h"
+
 #include <span>
 #include <string>
 
@@ -14,6 +16,13 @@ class Results {
     virtual void partial(const std::string& text) = 0;
     /// Text that stands; the next partial text comes behind it.
     virtual void final(const std::string& text) = 0;
+};
+
+/// A failure that trying again does not mend, in words for the user: Spanish ones, which the program
+/// translates.
+class Refusal : public MessageError {
+ public:
+    using MessageError::MessageError;
 };
 
 /// A recogniser with its model loaded: one utterance after another is put through it. One thread; a call

@@ -103,6 +103,13 @@ std::optional<std::string> hostOf(std::string_view url) {
     return text::lowercase(*host);
 }
 
+bool isThisComputer(std::string_view host) {
+    // A name may begin with a number as well.
+    const bool isNumber = host.find_first_not_of("0123456789.") == std::string_view::npos;
+    return host == "localhost" || host.ends_with(".localhost") || host == "::1" ||
+           (isNumber && host.starts_with("127."));
+}
+
 std::optional<std::filesystem::path> pathOfFileURL(std::string_view url) {
     const auto scheme = schemeOf(url);
     if (!scheme || text::lowercase(*scheme) != "file") return std::nullopt;

@@ -18,6 +18,9 @@ bool isWebAddress(std::string_view url);
 /// no host or cannot be one.
 std::optional<std::string> hostOf(std::string_view url);
 
+/// Whether a host, as hostOf gives it, is this computer by its very name: what goes there stays here.
+bool isThisComputer(std::string_view host);
+
 /// The path that a "file:" address names (RFC 8089); nothing for any other address, or one of another
 /// computer.
 std::optional<std::filesystem::path> pathOfFileURL(std::string_view url);

@@ -21,11 +21,6 @@ constexpr long mostRedirects = 5;
 
 using Kind = HttpError::Kind;
 
-/// Never by way of a proxy: it would be given what is meant for this computer.
-bool isThisComputer(const std::string& host) {
-    return host == "localhost" || host.ends_with(".localhost") || host == "::1" || host.starts_with("127.");
-}
-
 /// What would begin another line, or end the text, is no part of a header.
 bool isPlain(std::string_view text) { return text.find_first_of(std::string_view("\r\n\0", 3)) == text.npos; }
 
@@ -130,6 +125,7 @@ void CurlTransfer::setOptions() {
     curl_easy_setopt(curl, CURLOPT_TCP_KEEPALIVE, 1L);
     curl_easy_setopt(curl, CURLOPT_HTTP_VERSION, CURL_HTTP_VERSION_2TLS);
     curl_easy_setopt(curl, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+    // Never by way of a proxy: it would be given what is meant for this computer.
     if (isThisComputer(*hostOf(request_.url))) curl_easy_setopt(curl, CURLOPT_PROXY, "");
     curl_easy_setopt(curl, CURLOPT_HEADERFUNCTION, onHeader);
     curl_easy_setopt(curl, CURLOPT_HEADERDATA, this);

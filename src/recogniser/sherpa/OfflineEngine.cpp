@@ -1,7 +1,7 @@
 #include "recogniser/sherpa/OfflineEngine.h"
 
 #include "base/text/Text.h"
-#include "recogniser/sherpa/Pauses.h"
+#include "recogniser/sound/Pauses.h"
 
 #include <malloc.h>
 

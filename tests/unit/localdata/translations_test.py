@@ -8,7 +8,15 @@ from pathlib import Path
 SOURCE = Path(__file__).resolve().parents[3] / "src"
 TABLE = SOURCE / "localdata/TranslationTable.cpp"
 # Their texts are translated where they are asked for.
-NAMES = [SOURCE / name for name in ("localdata/HistoryItem.cpp", "localdata/PushToTalkKey.cpp", "panel/PanelSections.cpp")]
+NAMES = [
+    SOURCE / name
+    for name in (
+        "localdata/HistoryItem.cpp",
+        "localdata/PushToTalkKey.cpp",
+        "panel/PanelSections.cpp",
+        "recogniser/server/ServerFailure.cpp",
+    )
+]
 ENGLISH_ALREADY = {"Ask Screen", "Ask Selection"}
 
 LITERAL = r'"(?:[^"\\\n]|\\.)*"'

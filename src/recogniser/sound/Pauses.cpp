@@ -1,4 +1,4 @@
-#include "recogniser/sherpa/Pauses.h"
+#include "recogniser/sound/Pauses.h"
 
 #include "recogniser/Engine.h"
 
