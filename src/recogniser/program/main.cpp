@@ -51,7 +51,8 @@ void shutIn(const ModelRequest& model) {
         confinement.readable.insert(confinement.readable.end(), more.begin(), more.end());
     };
     if (!model.engineFolder.empty()) add({model.engineFolder, "/proc/cpuinfo", "/sys/devices/system/cpu"});
-    if (!model.engineFolder.empty()) add(systemLibraries());
+    // Looking up a name may load one as well.
+    if (asksServer || !model.engineFolder.empty()) add(systemLibraries());
     if (asksServer) add(networkSettings());
     for (const auto& complaint : confine(confinement)) logLine(complaint);
 }
@@ -106,6 +107,9 @@ int main(int argc, char**) {
     channel.send({Frame::Kind::ready, {}});
     try {
         Program(channel, *engine).run();
+    } catch (const Refusal& refusal) {
+        channel.send({Frame::Kind::refused, refusal.localizedDescription()});
+        return 1;
     } catch (const std::exception& error) {
         logLine(localizedDescription(std::current_exception()));
         return 1;

@@ -2,6 +2,7 @@
 
 #include "base/Error.h"
 #include "base/Log.h"
+#include "localdata/Language.h"
 
 #include <algorithm>
 #include <exception>
@@ -18,6 +19,8 @@ constexpr double idleSeconds = 600;
 // Seconds that the process may say nothing. What it loads may be half a gigabyte.
 constexpr double loadingPatience = 20;
 constexpr double workingPatience = 3;
+// A server has its own time-outs, after which it may be asked once more.
+constexpr double serverPatience = 45;
 
 /// Whether the model understands while one talks, and has little left to do at the end.
 bool isStreaming(const ModelRequest& model) {
@@ -25,12 +28,15 @@ bool isStreaming(const ModelRequest& model) {
     return kinds.contains(model.kind);
 }
 
+bool asksServer(const ModelRequest& model) { return !model.server.address.empty(); }
+
 double patienceAtWork(const SpokenUtterance& utterance) {
     if (isStreaming(utterance.model())) return workingPatience;
     return workingPatience + utterance.seconds();
 }
 
 double patienceAtEnd(const SpokenUtterance& utterance) {
+    if (asksServer(utterance.model())) return serverPatience + 2 * utterance.seconds();
     const double share = isStreaming(utterance.model()) ? 0.3 : 1.5;
     return workingPatience + 1 + share * utterance.seconds();
 }
@@ -174,7 +180,7 @@ void Recogniser::ended() {
 
 void Recogniser::refused(const std::string& why) {
     link_.reset();
-    giveUp(why);
+    giveUp(tr(why));
 }
 
 /// Of whoever waits for the process now.
