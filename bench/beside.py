@@ -36,11 +36,14 @@ class Program:
         self._command = command
         self._window = window
 
+    def launch(self) -> None:
+        with open(self._desktop.log(self.name), "ab") as log:
+            self._process = self._desktop.spawn(self._command, stdin=subprocess.DEVNULL, stdout=log, stderr=log)
+
     def start(self) -> float:
         """Milliseconds until its window shows, which includes asking for that."""
         began = time.monotonic()
-        with open(self._desktop.log(self.name), "ab") as log:
-            self._process = self._desktop.spawn(self._command, stdin=subprocess.DEVNULL, stdout=log, stderr=log)
+        self.launch()
         if not wait_until(self._shows, WINDOW_TIMEOUT):
             raise SystemExit(f"{self.name} shows no window:\n{self._desktop.log(self.name).read_text(errors='replace')}")
         return (time.monotonic() - began) * 1000
