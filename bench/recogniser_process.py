@@ -2,7 +2,7 @@
 """What the recogniser's own process costs and spares: memory beside CopyQ and KeePassXC, and the time from letting the
 key go to the text, with the process there and with one that this very key starts.
 
-    bench/recogniser.py [--binary PATH] [--dictations N] [--cold N]
+    bench/recogniser_process.py [--binary PATH] [--dictations N] [--cold N]
 
 All programs stand on one desktop. Memory is proportional, of each process. Each dictation is a short sentence, in English,
 into an editor.
