@@ -22,6 +22,7 @@ HERE = Path(__file__).resolve().parent
 ROOT = HERE.parents[1]
 sys.path[:0] = [str(HERE), str(HERE.parent / "desktop")]
 
+import spanish_speech  # noqa: E402
 from dorix import Dorix  # noqa: E402
 from failure import DemoError  # noqa: E402
 from script import read_script  # noqa: E402
@@ -30,6 +31,7 @@ from virtual_desktop import DesktopError, VirtualDesktop  # noqa: E402
 
 SENTENCE = "please send me the new numbers before the meeting on monday"
 SETTINGS = {"appLanguage": "en", "language": "en-US"}
+SKIPPED = 77  # the exit status
 LOG_END = 20  # lines
 FAILURES = (DemoError, DesktopError, subprocess.CalledProcessError)
 
@@ -45,6 +47,8 @@ def play_script(options: argparse.Namespace, desktop: VirtualDesktop) -> bool:
     from player import Player
 
     script = options.script
+    if script.is_spanish:
+        spanish_speech.install(Path(desktop.env["XDG_DATA_HOME"]))
     player = Player(desktop, Dorix(desktop, options.binary, options.log, SETTINGS | script.settings), options.output)
     for step in script.steps:
         print(step, flush=True)
@@ -114,6 +118,8 @@ def arguments() -> argparse.Namespace:
             options.script = read_script(options.script)
         except DemoError as error:
             parser.exit(2, f"demo: {error}\n")
+        if options.script.is_spanish and not spanish_speech.folder():
+            parser.exit(SKIPPED, f"demo: skipped, as {spanish_speech.VARIABLE} names no Spanish speech\n")
     if not os.access(options.binary, os.X_OK):
         parser.error(f"there is no program {options.binary}")
     options.output.mkdir(parents=True, exist_ok=True)

@@ -11,6 +11,7 @@ from outcome import contains, sounds_like
 from panel import Panel
 from recogniser import ACCIDENTS, Accident
 from script import Step
+from spanish_speech import recording
 from stage import Stage
 from user import ASK_CHORD, HOLD_KEY, LEAD, WRITE_CHORD, User
 from virtual_desktop import VirtualDesktop
@@ -37,7 +38,7 @@ class Player:
 
     def play(self, step: Step) -> list[str]:
         """Gives what to tell of it."""
-        action = getattr(self, step.name.replace("-", "_"))
+        action = getattr(self, "play_recording" if step.name == "play" else step.name.replace("-", "_"))
         told = action(step.argument) if step.argument else action()
         self._dorix.check_running()
         return told or []
@@ -65,10 +66,16 @@ class Player:
     # Utterances
 
     def say(self, sentence: str) -> list[str]:
-        return self._dictate(sentence, lambda words: self._user.hold_and_speak(HOLD_KEY, words))
+        return self._dictate(sentence, self._synthesise(sentence),
+                             lambda words: self._user.hold_and_speak(HOLD_KEY, words))
+
+    def play_recording(self, name: str) -> list[str]:
+        sound, sentence = recording(name)
+        return self._dictate(sentence, sound, lambda words: self._user.hold_and_speak(HOLD_KEY, words))
 
     def say_hands_free(self, sentence: str) -> list[str]:
-        return self._dictate(sentence, lambda words: self._user.tap_and_speak(WRITE_CHORD, words))
+        return self._dictate(sentence, self._synthesise(sentence),
+                             lambda words: self._user.tap_and_speak(WRITE_CHORD, words))
 
     def ask(self, question: str) -> list[str]:
         words = self._synthesise(question)
@@ -113,8 +120,7 @@ class Player:
             raise DemoError(f"a recogniser may be {' or '.join(ACCIDENTS)}")
         self._accident = what
 
-    def _dictate(self, sentence: str, speak: Callable[[Path], object]) -> list[str]:
-        words = self._synthesise(sentence)
+    def _dictate(self, sentence: str, words: Path, speak: Callable[[Path], object]) -> list[str]:
         accident = self._accident and Accident(self._dorix.pid, self._accident, LEAD + seconds_of(words) / 2)
         self._accident = ""
         self._stage.observe(lambda: self._until_processed(lambda: speak(words)))

@@ -8,6 +8,7 @@ from pathlib import Path
 from failure import DemoError
 
 SETTINGS = "settings"
+SPANISH = "spanish-speech"
 
 # Every step with its argument; Player has a method for each.
 STEPS = {
@@ -20,6 +21,7 @@ STEPS = {
     "key": "CHORD...",
     "layout": "ARGUMENTS",
     "open-panel": "",
+    "play": "RECORDING",
     "recogniser": "killed|stopped",
     "reinsert": "",
     "reinsert-by-key": "",
@@ -48,6 +50,7 @@ class Step:
 class Script:
     path: Path
     settings: dict[str, object] = field(default_factory=dict)
+    is_spanish: bool = False  # needs the Spanish model
     steps: list[Step] = field(default_factory=list)
 
     def failure(self, line: int, text: object) -> DemoError:
@@ -76,6 +79,9 @@ def _add(script: Script, step: Step) -> str:
     """What is wrong with the step."""
     if step.name == SETTINGS:
         return _set(script, step.argument)
+    if step.name == SPANISH and not step.argument:
+        script.is_spanish = True
+        return "" if not script.steps else f"{SPANISH} stands before the first step"
     if step.name not in STEPS:
         return f'there is no step "{step.name}"; there are {", ".join((SETTINGS, *STEPS))}'
     wanted = STEPS[step.name]
