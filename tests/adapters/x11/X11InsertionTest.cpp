@@ -1,3 +1,4 @@
+#include "adapters/harness/NumberFrom.h"
 #include "adapters/harness/XDesktop.h"
 #include "base/async/Sleep.h"
 #include "context/TextInsertion.h"
@@ -20,12 +21,6 @@ namespace dorix {
 namespace {
 
 using Delivery = InsertionReceipt::Delivery;
-
-int numberFrom(const char* variable, int otherwise) {
-    const char* const told = std::getenv(variable);  // NOLINT(concurrency-mt-unsafe)
-    // NOLINTNEXTLINE(bugprone-unchecked-string-to-number-conversion)
-    return told == nullptr ? otherwise : std::atoi(told);
-}
 
 /// How many insertions are tried: a few of them in every run, and as many as the environment says.
 int insertionCount() { return numberFrom("DORIX_INSERTIONS", 15); }
