@@ -77,6 +77,7 @@ LIBRARIES = {
     "service/http": r"boost/.*|sys/.*\.h",
     "service/mail": r"curl/curl\.h|systemd/sd-bus\.h|(fcntl|unistd)\.h",
     "service/model": r"boost/.*",
+    "service/net": r"boost/.*",
     "service/storage": r"sqlite3\.h|libpq-fe\.h",
 }
 STANDARD_HEADER = re.compile(r"^[a-z_0-9]+$")

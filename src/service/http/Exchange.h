@@ -1,9 +1,9 @@
 #pragma once
 
 #include "service/ai/Language.h"
+#include "service/net/Awaitable.h"
 #include "service/words/Messages.h"
 
-#include <boost/asio/awaitable.hpp>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -16,9 +16,6 @@
 
 namespace dorix::service {
 
-template <typename T>
-using Awaitable = boost::asio::awaitable<T>;
-
 enum class Method : std::uint8_t { get, post, remove, other };
 
 /// What a request says before its body.
@@ -30,6 +27,7 @@ struct RequestHead {
     std::string address;  // who calls, for limits: an IPv4 address, or the /64 network of an IPv6 one
     Language language = Language::spanish;
     bool hasOrigin = false;
+    bool isFromHere = false;  // from a program of this computer, with nobody between
 };
 
 struct Response {

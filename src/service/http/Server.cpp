@@ -4,21 +4,18 @@
 #include "service/http/Address.h"
 #include "service/http/Connection.h"
 #include "service/metrics/Metrics.h"
+#include "service/net/Beast.h"
 #include "service/settings/Settings.h"
 
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/detached.hpp>
 #include <boost/asio/io_context.hpp>
-#include <boost/asio/redirect_error.hpp>
 #include <boost/asio/steady_timer.hpp>
-#include <boost/asio/use_awaitable.hpp>
 #include <chrono>
 #include <stdexcept>
 
 namespace dorix::service {
 
-namespace asio = boost::asio;
-using boost::system::error_code;
 using tcp = asio::ip::tcp;
 
 namespace {
@@ -88,7 +85,7 @@ class Server::Impl : public std::enable_shared_from_this<Server::Impl> {
     Awaitable<void> accept(std::shared_ptr<Impl> self) {
         while (acceptor_.is_open()) {
             error_code error;
-            auto socket = co_await acceptor_.async_accept(asio::redirect_error(asio::use_awaitable, error));
+            auto socket = co_await acceptor_.async_accept(redirect_error(use_awaitable, error));
             if (!error && isWelcome(socket)) {
                 ++connections_;
                 asio::co_spawn(network_, serve(self, std::move(socket)), asio::detached);
@@ -96,7 +93,7 @@ class Server::Impl : public std::enable_shared_from_this<Server::Impl> {
                 ++context_.metrics.refusedConnections;
             } else if (acceptor_.is_open()) {
                 asio::steady_timer pause(network_, acceptPause);
-                co_await pause.async_wait(asio::redirect_error(asio::use_awaitable, error));
+                co_await pause.async_wait(redirect_error(use_awaitable, error));
             }
         }
     }

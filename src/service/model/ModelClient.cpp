@@ -1,147 +1,35 @@
 #include "service/model/ModelClient.h"
 
 #include "base/Json.h"
-#include "base/Log.h"
 #include "service/metrics/Metrics.h"
+#include "service/model/ModelCall.h"
 #include "service/model/ModelEvents.h"
-#include "service/model/ModelUrl.h"
 #include "service/settings/Settings.h"
 
 #include <array>
-#include <boost/asio/ip/tcp.hpp>
-#include <boost/asio/redirect_error.hpp>
 #include <boost/asio/ssl/context.hpp>
-#include <boost/asio/ssl/host_name_verification.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <boost/asio/this_coro.hpp>
-#include <boost/asio/use_awaitable.hpp>
-#include <boost/beast/core/flat_buffer.hpp>
-#include <boost/beast/core/tcp_stream.hpp>
-#include <boost/beast/http.hpp>
-#include <boost/beast/ssl/ssl_stream.hpp>
 #include <chrono>
-#include <optional>
 #include <stdexcept>
 
 namespace dorix::service {
 
-namespace asio = boost::asio;
-namespace beast = boost::beast;
-namespace http = boost::beast::http;
-using asio::redirect_error;
-using asio::use_awaitable;
-using boost::system::error_code;
-using std::chrono::milliseconds;
-using std::chrono::seconds;
-
 namespace {
 
-template <typename T>
-using Awaitable = asio::awaitable<T>;
-using PlainStream = beast::tcp_stream;
-using SecureStream = beast::ssl_stream<beast::tcp_stream>;
+using std::chrono::milliseconds;
+using Clock = std::chrono::steady_clock;
 using Request = http::request<http::string_body>;
 
-constexpr seconds connectTime{5};
 // A model on a small computer reads a long document for a while before it says its first word.
-constexpr seconds firstByteTime{100};
-constexpr seconds gapTime{60};
-constexpr std::uint64_t longestAnswer = std::uint64_t{8} * 1024 * 1024;
-// Events are short; what waits for them is multiplied by the streams that do.
-constexpr std::size_t pieceSize = 2048;
+constexpr std::chrono::seconds firstByteTime{100};
 constexpr std::array pauses = {milliseconds(250), milliseconds(1000)};
 
-/// It failed before the answer began; another try may do better.
-struct TryAgain {
-    std::string detail;
+/// How long a call may take.
+struct Patience {
+    Clock::duration firstByte;
+    Clock::time_point deadline = Clock::time_point::max();
 };
-
-std::string statusDetail(unsigned status) { return "status " + std::to_string(status); }
-
-bool mayPass(unsigned status) { return status == 408 || status == 429 || status >= 500; }
-
-/// One call on one connection, up to its answer.
-template <typename Stream>
-class Call {
- public:
-    template <typename... Args>
-    explicit Call(Args&&... args) : stream_(std::forward<Args>(args)...) {}
-
-    Awaitable<void> connect(const ModelUrl& url);
-    /// Sends the request, and waits for the head of a good answer.
-    Awaitable<void> begin(const Request& request, std::chrono::steady_clock::duration firstByte);
-    /// The next bytes of the answer; none at its end.
-    Awaitable<std::string> readSome();
-
- private:
-    beast::tcp_stream& lowest() { return beast::get_lowest_layer(stream_); }
-
-    Stream stream_;
-    beast::flat_buffer buffer_;
-    http::response_parser<http::buffer_body> parser_;
-};
-
-Awaitable<asio::ip::tcp::resolver::results_type> resolve(const ModelUrl& url) {
-    asio::ip::tcp::resolver resolver(co_await asio::this_coro::executor);
-    error_code error;
-    auto found = co_await resolver.async_resolve(url.host, url.port, redirect_error(use_awaitable, error));
-    if (error) throw TryAgain{"name: " + error.message()};
-    co_return found;
-}
-
-template <typename Stream>
-Awaitable<void> Call<Stream>::connect(const ModelUrl& url) {
-    const auto endpoints = co_await resolve(url);
-    error_code error;
-    lowest().expires_after(connectTime);
-    co_await lowest().async_connect(endpoints, redirect_error(use_awaitable, error));
-    if (error) throw TryAgain{"connect: " + error.message()};
-    lowest().socket().set_option(asio::ip::tcp::no_delay(true), error);
-    if constexpr (std::is_same_v<Stream, SecureStream>) {
-        SSL_set_tlsext_host_name(stream_.native_handle(), url.host.c_str());
-        stream_.set_verify_mode(asio::ssl::verify_peer);
-        stream_.set_verify_callback(asio::ssl::host_name_verification(url.host));
-        co_await stream_.async_handshake(asio::ssl::stream_base::client,
-                                         redirect_error(use_awaitable, error));
-        if (error) throw ModelError(ModelError::Kind::down, "tls: " + error.message());
-    }
-}
-
-template <typename Stream>
-Awaitable<void> Call<Stream>::begin(const Request& request, std::chrono::steady_clock::duration firstByte) {
-    error_code error;
-    lowest().expires_after(firstByte);
-    co_await http::async_write(stream_, request, redirect_error(use_awaitable, error));
-    parser_.body_limit(longestAnswer);
-    if (!error)
-        co_await http::async_read_header(stream_, buffer_, parser_, redirect_error(use_awaitable, error));
-    // Time that is used up is not spent twice.
-    if (error == beast::error::timeout) throw ModelError(ModelError::Kind::down, "no answer in time");
-    if (error) throw TryAgain{"head: " + error.message()};
-    const auto status = parser_.get().result_int();
-    if (status == 200) co_return;
-    if (mayPass(status)) throw TryAgain{statusDetail(status)};
-    throw ModelError(ModelError::Kind::down, statusDetail(status));
-}
-
-template <typename Stream>
-Awaitable<std::string> Call<Stream>::readSome() {
-    std::string bytes(pieceSize, '\0');
-    while (!parser_.is_done()) {
-        parser_.get().body().data = bytes.data();
-        parser_.get().body().size = bytes.size();
-        error_code error;
-        lowest().expires_after(gapTime);
-        co_await http::async_read_some(stream_, buffer_, parser_, redirect_error(use_awaitable, error));
-        if (error && error != http::error::need_buffer)
-            throw ModelError(ModelError::Kind::cutOff, error.message());
-        const auto count = bytes.size() - parser_.get().body().size;
-        if (count == 0) continue;
-        bytes.resize(count);
-        co_return bytes;
-    }
-    co_return std::string();
-}
 
 Awaitable<void> pause(milliseconds time) {
     asio::steady_timer timer(co_await asio::this_coro::executor, time);
@@ -169,12 +57,12 @@ class ModelClient::Impl {
 
     /// `answer` gets the call as soon as its answer has begun.
     template <typename Answered>
-    Awaitable<void> ask(std::string body, std::chrono::steady_clock::duration firstByte, Answered answered) {
+    Awaitable<void> ask(std::string body, Patience patience, Answered answered) {
         auto request = requestWith(std::move(body));
         if (url_.isSecure) {
-            co_await tryCalls<SecureStream>(request, firstByte, answered);
+            co_await tryCalls<SecureStream>(request, patience, answered);
         } else {
-            co_await tryCalls<PlainStream>(request, firstByte, answered);
+            co_await tryCalls<PlainStream>(request, patience, answered);
         }
     }
 
@@ -202,15 +90,14 @@ class ModelClient::Impl {
     }
 
     template <typename Stream, typename Answered>
-    Awaitable<void> tryCalls(Request& request, std::chrono::steady_clock::duration firstByte,
-                             Answered& answered) {
+    Awaitable<void> tryCalls(Request& request, const Patience& patience, Answered& answered) {
         ++metrics_.modelCalls;
         for (std::size_t attempt = 0;; ++attempt) {
-            Call<Stream> call(newStream<Stream>(co_await asio::this_coro::executor));
+            ModelCall<Stream> call(newStream<Stream>(co_await asio::this_coro::executor), patience.deadline);
             std::string fault;
             try {
                 co_await call.connect(url_);
-                co_await call.begin(request, firstByte);
+                co_await call.begin(request, patience.firstByte);
             } catch (const TryAgain& again) {
                 fault = again.detail;
             }
@@ -220,7 +107,9 @@ class ModelClient::Impl {
                 co_await answered(call);
                 co_return;
             }
-            if (attempt == pauses.size()) throw ModelError(ModelError::Kind::down, fault);
+            const bool hasTime =
+                attempt < pauses.size() && Clock::now() + pauses.at(attempt) < patience.deadline;
+            if (!hasTime) throw ModelError(ModelError::Kind::down, fault);
             ++metrics_.modelRetries;
             co_await pause(pauses.at(attempt));
         }
@@ -250,7 +139,8 @@ Awaitable<std::string> ModelClient::complete(std::string body, int seconds) {
         for (auto bytes = co_await call.readSome(); !bytes.empty(); bytes = co_await call.readSome())
             answer += bytes;
     };
-    co_await impl_->ask(std::move(body), std::chrono::seconds(seconds), read);
+    const std::chrono::seconds whole(seconds);
+    co_await impl_->ask(std::move(body), {.firstByte = whole, .deadline = Clock::now() + whole}, read);
     co_return textOfAnswer(answer);
 }
 
@@ -267,7 +157,7 @@ Awaitable<void> ModelClient::stream(std::string body, OnTexts onTexts) {
         }
         if (!events.isWhole()) throw ModelError(ModelError::Kind::cutOff, "the answer ended early");
     };
-    co_await impl_->ask(std::move(body), firstByteTime, read);
+    co_await impl_->ask(std::move(body), {.firstByte = firstByteTime}, read);
 }
 
 }  // namespace dorix::service

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <boost/asio/awaitable.hpp>
+#include "service/net/Awaitable.h"
+
 #include <cstdint>
 #include <exception>
 #include <functional>
@@ -43,12 +44,12 @@ class ModelClient {
     enum class Answer : std::uint8_t { whole, streamed };
     std::string requestBody(const std::string& messages, Answer answer) const;
 
-    /// The whole answer at once; it may take `seconds`.
-    boost::asio::awaitable<std::string> complete(std::string body, int seconds);
+    /// The whole answer at once, within `seconds`, in which all attempts and the pauses between them count.
+    Awaitable<std::string> complete(std::string body, int seconds);
 
     /// Tells the pieces of the answer as they arrive, those that came together at once.
-    using OnTexts = std::function<boost::asio::awaitable<void>(std::vector<std::string> texts)>;
-    boost::asio::awaitable<void> stream(std::string body, OnTexts onTexts);
+    using OnTexts = std::function<Awaitable<void>(std::vector<std::string> texts)>;
+    Awaitable<void> stream(std::string body, OnTexts onTexts);
 
  private:
     class Impl;
