@@ -71,6 +71,7 @@ class Program::Impl {
                 .model = model_.get(),
                 .modelSeesPictures = settings.modelSeesPictures,
                 .metrics = metrics_,
+                .metricsToken = settings.metricsToken,
                 .isLocal = !localSecret.empty()},
           server_(network_, settings, makeHandler(with_), metrics_),
           signals_(network_, SIGTERM, SIGINT) {

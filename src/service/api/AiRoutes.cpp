@@ -133,10 +133,11 @@ Awaitable<Reply> write(Call call) {
 Awaitable<Reply> transform(Call call) {
     auto request = co_await take(call, &parseTransformRequest);
     if (!request) co_return std::move(request.error());
+    // What is mechanical is done at once, and to the letter, also where there is a model.
+    const auto text =
+        co_await runOn(call.with.work, [request = *request] { return transformByRules(*request); });
+    if (text) co_return jsonResponse({{"texto", *text}});
     if (call.with.model == nullptr) {
-        const auto text =
-            co_await runOn(call.with.work, [request = *request] { return transformByRules(*request); });
-        if (text) co_return jsonResponse({{"texto", *text}});
         co_return jsonResponse({{"message", message(text.error(), call.language())}}, 501);
     }
     co_return Work([asked = askedBy(call), request = *request](EventSink&) {

@@ -28,6 +28,7 @@ struct Collaborators {
     ModelClient* model = nullptr;    // null: rules and extraction
     bool modelSeesPictures = false;
     Metrics& metrics;
+    std::string metricsToken;  // empty: the metrics are for programs of this computer alone
     /// With the secret of whoever started the service for themselves, it answers nobody but programs of this
     /// computer.
     bool isLocal = false;

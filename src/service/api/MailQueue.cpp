@@ -58,8 +58,9 @@ void MailQueue::deliver(const CodeMail& mail) {
             return;
         } catch (const std::exception& error) {
             logLine("event=mail-failure attempt=" + std::to_string(attempt) + " what=" + error.what());
+            const bool isFinal = dynamic_cast<const MailRefused*>(&error) != nullptr;
+            if (isFinal || attempt == tries || isEnding_) return fail();
         }
-        if (attempt == tries || isEnding_) return fail();
         std::this_thread::sleep_for(pauseBetweenTries);
     }
 }

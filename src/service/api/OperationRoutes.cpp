@@ -1,3 +1,4 @@
+#include "service/accounts/Secrets.h"
 #include "service/api/Background.h"
 #include "service/api/Routes.h"
 #include "service/metrics/Metrics.h"
@@ -15,7 +16,14 @@ Awaitable<Reply> health(Call call) {
     co_return jsonResponse(body);
 }
 
+bool mayReadMetrics(const Call& call) {
+    const auto& head = call.exchange.head();
+    return head.isFromHere ||
+           (!call.with.metricsToken.empty() && isSameSecret(head.token, call.with.metricsToken));
+}
+
 Awaitable<Reply> metrics(Call call) {
+    if (!mayReadMetrics(call)) co_return messageResponse(403, Message::notForCaller, call.language());
     co_return Response{.contentType = "text/plain; version=0.0.4; charset=utf-8",
                        .body = call.with.metrics.text()};
 }

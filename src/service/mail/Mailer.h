@@ -3,6 +3,7 @@
 #include "service/ai/Language.h"
 
 #include <memory>
+#include <stdexcept>
 #include <string>
 
 namespace dorix::service {
@@ -16,12 +17,19 @@ struct CodeMail {
     Language language = Language::spanish;
 };
 
+/// The mail server does not take this message, and will not take it later either.
+class MailRefused final : public std::runtime_error {
+ public:
+    using std::runtime_error::runtime_error;
+};
+
 /// Delivers codes. One thread; blocks for seconds at most.
 class Mailer {
  public:
     virtual ~Mailer() = default;
 
-    /// Throws std::runtime_error when it could not be delivered, in words without the address or the code.
+    /// Throws std::runtime_error when it could not be delivered, in words without the address or the code;
+    /// MailRefused when another try is of no use.
     virtual void send(const CodeMail& mail) = 0;
 };
 

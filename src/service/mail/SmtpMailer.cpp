@@ -66,7 +66,12 @@ void SmtpMailer::send(const CodeMail& mail) {
     curl_easy_setopt(handle.get(), CURLOPT_READDATA, &rest);
     // The library's own words only: what the server says may repeat the address.
     const auto result = curl_easy_perform(handle.get());
-    if (result != CURLE_OK) throw std::runtime_error(std::string("smtp: ") + curl_easy_strerror(result));
+    if (result == CURLE_OK) return;
+    long answer = 0;
+    curl_easy_getinfo(handle.get(), CURLINFO_RESPONSE_CODE, &answer);
+    auto words = std::string("smtp: ") + curl_easy_strerror(result);
+    if (answer >= 500) throw MailRefused(words + " (status " + std::to_string(answer) + ")");
+    throw std::runtime_error(words);
 }
 
 }  // namespace dorix::service

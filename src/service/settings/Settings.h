@@ -37,6 +37,7 @@ struct Settings {
     bool modelSeesPictures = false;
     std::vector<std::string> emails;          // who may have an account; empty: everybody
     std::vector<std::string> trustedProxies;  // whose X-Forwarded-For is believed
+    std::string metricsToken;                 // secret; who shows it may read the metrics from elsewhere
     std::int64_t requestsPerDay = 0;  // of each account, to the model and the rules; 0: as many as it likes
     std::int64_t connections = 0;     // at once
     std::int64_t stopSeconds = 0;     // how long answers under way may take at the end

@@ -148,6 +148,11 @@ constexpr std::array rows = {
                "Who may have an account: addresses, and domains as @example.org, separated by commas. Unset: "
                "everybody who gets a code.",
                &readList<&Settings::emails>},
+    SettingRow{
+        "DORIX_SERVICE_METRICS_TOKEN", "",
+        "Whoever shows it as a bearer token may read /metrics from anywhere. Unset: only programs of this "
+        "computer may.",
+        &readText<&Settings::metricsToken>},
     SettingRow{"DORIX_SERVICE_REQUESTS_PER_DAY", "0",
                "How often an account may ask and have written in a day (UTC). 0: as often as it likes.",
                &readCount<&Settings::requestsPerDay, 0>},

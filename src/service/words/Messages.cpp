@@ -36,6 +36,7 @@ constexpr std::array rows = {
         "This server doesn’t offer this feature yet."},
     Row{Message::foreignOrigin, "Esta dirección no atiende a páginas web.",
         "Web pages aren’t answered here."},
+    Row{Message::notForCaller, "No tienes permiso para ver esto.", "You may not see this."},
     Row{Message::storageDown, "El servidor no puede guardar datos en este momento. Inténtalo más tarde.",
         "The server can’t store data right now. Try again later."},
     Row{Message::modelDown, "El modelo de lenguaje no responde. Inténtalo más tarde.",

@@ -23,6 +23,7 @@ enum class Message : std::uint8_t {
     bodyTooLong,
     notOffered,
     foreignOrigin,
+    notForCaller,
     storageDown,
     modelDown,
     modelUnclear,

@@ -36,7 +36,7 @@ GLib.MainLoop().run()
 
 
 class MailServer(socketserver.ThreadingTCPServer):
-    """Takes mail; turns the first of `refusals` away."""
+    """Takes mail; turns the first of `refusals` away, and for good who is called nobody."""
 
     allow_reuse_address = True
     daemon_threads = True
@@ -44,6 +44,7 @@ class MailServer(socketserver.ThreadingTCPServer):
     def __init__(self, refusals: int):
         super().__init__(("127.0.0.1", 0), MailHandler)
         self.refusals = refusals
+        self.turned_away = 0
         self.mails: list[tuple[list[str], str]] = []
         threading.Thread(target=self.serve_forever, daemon=True).start()
 
@@ -63,6 +64,9 @@ class MailHandler(socketserver.StreamRequestHandler):
             if verb == "MAIL" and self.server.refusals > 0:
                 self.server.refusals -= 1
                 self.say("451 later")
+            elif verb == "RCPT" and "nobody@" in line:
+                self.server.turned_away += 1
+                self.say("550 nobody of that name")
             elif verb == "DATA":
                 self.say("354 go on")
                 text = "".join(iter(lambda: self.rfile.readline().decode(), ".\r\n"))
@@ -88,7 +92,11 @@ class DeliveryTest(unittest.TestCase):
         body = {"email": "ana@example.org", "code": code, "device": "pc"}
         self.assertEqual(service.call("POST", "/v1/auth/verify", body)[0], 200)
         self.assertIn("event=mail-failure", service.log())
+        service.call("POST", "/v1/auth/request-code", {"email": "nobody@example.org", "lang": "es"})
+        wait_until(lambda: "dorix_service_mails_failed_total 1" in service.call("GET", "/metrics")[1], "given up")
+        self.assertEqual(server.turned_away, 1)
         self.assertNotIn("ana@", service.log())
+        self.assertNotIn("nobody", service.log())
 
     def test_a_desktop_shows_the_code(self):
         bus = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--print-address"], stdout=subprocess.PIPE,

@@ -121,6 +121,17 @@ class Sessions(Started):
         self.assert_refused(401, first.call("GET", "/v1/me", token=token))
 
 
+class Metrics(Started):
+    settings = {"METRICS_TOKEN": "m" * 32}
+
+    def test_counts_are_for_this_machine_and_for_who_has_the_token(self):
+        self.assertEqual(self.service.call("GET", "/metrics")[0], 200)
+        for passed_on in ({"X-Forwarded-For": "127.0.0.1"}, {"Via": "1.1 proxy"}, {"Forwarded": "for=127.0.0.1"}):
+            self.assert_refused(403, self.service.call("GET", "/metrics", headers=passed_on))
+            self.assert_refused(403, self.service.call("GET", "/metrics", token="m" * 31, headers=passed_on))
+            self.assertEqual(self.service.call("GET", "/metrics", token="m" * 32, headers=passed_on)[0], 200)
+
+
 class Members(Started):
     settings = {"EMAILS": "@example.org", "REQUESTS_PER_DAY": "2"}
 
@@ -288,9 +299,30 @@ class Upstream(Started):
         self.assertEqual(self.service.call("POST", "/v1/ai/write", write, self.token), (200, answer))
         self.script = lambda handler, _: handler.whole("no sé")
         self.assert_refused(502, self.service.call("POST", "/v1/ai/write", write, self.token))
-        self.script = lambda handler, _: handler.whole("HOLA")
-        transform = {"instruction": "en mayúsculas", "selection": "hola"}
+        self.script = lambda handler, _: handler.whole("Hola, por favor.")
+        transform = {"instruction": "hazlo más amable", "selection": "hola"}
+        self.assertEqual(self.service.call("POST", "/v1/ai/transform", transform, self.token),
+                         (200, {"texto": "Hola, por favor."}))
+        asked = len(self.model.requests)
+        transform["instruction"] = "en mayúsculas"
         self.assertEqual(self.service.call("POST", "/v1/ai/transform", transform, self.token), (200, {"texto": "HOLA"}))
+        self.assertEqual(len(self.model.requests), asked)
+
+    def test_a_model_that_trickles_is_left_before_the_desktop_gives_up(self):
+        def trickling(handler, number):
+            if number == 1:
+                return handler.fail(503)
+            handler.begin_stream()
+            while not self.model.broken.is_set():
+                handler.chunk(" ")
+                time.sleep(0.1)
+
+        self.script = trickling
+        started = time.monotonic()
+        write = {"transcript": "hola marta", "appName": "Correo", "tone": "profesional", "allowAsk": True}
+        self.assert_refused(502, self.service.call("POST", "/v1/ai/write", write, self.token))
+        self.assertLess(time.monotonic() - started, 19)
+        self.assertTrue(self.model.broken.wait(BOUND))
 
     def test_it_stops_when_answers_under_way_have_ended(self):
         go_on = threading.Event()
