@@ -12,8 +12,8 @@ namespace dorix::service {
 /// Ends whoever reads from or writes to a client that is not there any more.
 struct ClientGone {};
 
-/// The wire to one client, plain or secure. No wait on it is without a limit but the one for the client's end:
-/// a client that is too slow frees its place. Network thread.
+/// The wire to one client, plain or secure. No wait on it is without a limit but the one for the client's
+/// end: a client that is too slow frees its place. Network thread.
 template <typename Stream>
 class ClientStream {
  public:

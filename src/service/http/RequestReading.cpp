@@ -43,8 +43,8 @@ RequestHead readHead(const http::request_header<>& head, const std::string& peer
             .language = languageAsked(field("x-dorix-lang")),
             .hasOrigin = has(http::field::origin),
             // Who passes on what others ask says so, also when nobody has told us to believe it.
-            .isFromHere = isLoopbackAddress(peer) && !has("x-forwarded-for") && !has(http::field::forwarded) &&
-                          !has(http::field::via)};
+            .isFromHere = isLoopbackAddress(peer) && !has("x-forwarded-for") &&
+                          !has(http::field::forwarded) && !has(http::field::via)};
 }
 
 std::optional<HttpError> faultOf(error_code error) {
