@@ -54,11 +54,13 @@ void SecretKeychain::remember(const std::string& account, const std::optional<st
 /// What the file has of the account is older: until the service has the new secret, a crash must not bring it
 /// back.
 void SecretKeychain::keep(const std::string& account, const Json& secret) {
+    const bool isKnown = given_.contains(account) || file_.pending(account);
     remember(account, textOf(secret));
     if (file_.pending(account)) file_.set(account, secret);
     if (const auto done = handOver(account, secret)) {
         file_.drop(account);
-    } else {
+    } else if (isKnown || !secret.is_null() || !service_.isAbsent()) {
+        // Where nobody keeps a secret there is nothing to be removed later.
         file_.set(account, secret);
         if (!secret.is_null()) tell(done.error());
     }

@@ -33,7 +33,11 @@ class Refusal : public std::runtime_error {
 /// It is not there, or does not answer.
 class Failure : public std::runtime_error {
  public:
-    using std::runtime_error::runtime_error;
+    explicit Failure(const GError& error)
+        : std::runtime_error(error.message),
+          isSilence(g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_CANCELLED) != FALSE) {}
+
+    const bool isSilence;  // it took too long
 };
 
 const SecretSchema* schema() {
@@ -98,7 +102,7 @@ class SecretService::Call {
         const Owned<GAsyncResult> result(std::exchange(result_, nullptr));
         GError* error = nullptr;
         auto value = finish(result.get(), &error);
-        if (error != nullptr) throw Failure(Owned<GError>(error)->message);
+        if (error != nullptr) throw Failure(*Owned<GError>(error));
         return value;
     }
 
@@ -159,6 +163,7 @@ SecretService::Result<void> SecretService::run(const std::function<void(Call&)>&
         if (!connection_) connection_ = std::make_unique<Connection>();
         Call call(connection_->context.get());
         if (!connection_->service) connect(call);
+        isAbsent_ = false;
         work(call);
         return {};
     } catch (const Refusal& refusal) {
@@ -167,6 +172,7 @@ SecretService::Result<void> SecretService::run(const std::function<void(Call&)>&
         connection_.reset();
         restsUntil_ = steadyNow() + rest;
         whyItRests_ = failure.what();
+        isAbsent_ = !failure.isSilence;
         return std::unexpected(whyItRests_);
     }
 }

@@ -28,6 +28,9 @@ class SecretService {
     Result<void> save(const std::string& account, const std::string& value);
     Result<void> remove(const std::string& account);
 
+    /// Whether there was none at the last call, rather than one that is locked or does not answer.
+    bool isAbsent() const { return isAbsent_; }
+
  private:
     struct Connection;
     class Call;
@@ -39,6 +42,7 @@ class SecretService {
     std::unique_ptr<Connection> connection_;  // made when it is needed
     double restsUntil_ = 0;                   // by the steady clock
     std::string whyItRests_;
+    bool isAbsent_ = false;
 };
 
 }  // namespace dorix

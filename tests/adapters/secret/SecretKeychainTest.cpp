@@ -112,6 +112,7 @@ TEST_F(SecretKeychainTest, AKeyringKeepsSecretsFromRunToRun) {
 TEST_F(SecretKeychainTest, WithoutAServiceAFileOfTheUsersKeepsThem) {
     remove();
     EXPECT_THAT(log, IsEmpty()) << "nothing is kept yet";
+    EXPECT_FALSE(std::filesystem::exists(file));
     save("secret");
     EXPECT_EQ(read(), "secret");
     using std::filesystem::perms;
