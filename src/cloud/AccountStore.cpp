@@ -1,7 +1,6 @@
 #include "cloud/AccountStore.h"
 
 #include "localdata/Language.h"
-#include "platform/Keychain.h"
 #include "platform/UserDefaults.h"
 
 #include <utility>
@@ -50,7 +49,7 @@ AccountStore::AccountStore(Executor& executor, DorixAPI& api, Keychain& keychain
                            std::string device)
     : profile(storedProfile(defaults, api.decoder())),
       api_(api),
-      keychain_(keychain),
+      token_(keychain),
       defaults_(defaults),
       device_(std::move(device)),
       refreshTimer_(executor),
@@ -65,7 +64,7 @@ AccountStore::~AccountStore() {
 
 Task<void> AccountStore::lookForSession() {
     const auto session = session_;
-    const auto token = co_await keychain_.read(DorixAPI::tokenAccount);
+    const auto token = co_await token_.of(api_.baseURL());
     if (session == session_) loggedIn.set(token.has_value());
     known_.complete();
 }
@@ -91,7 +90,7 @@ Task<void> AccountStore::signIn(std::string email, std::string code) {
     const auto begun = co_await api_.post<NewSession>("v1/auth/verify", body, Session::none, authTimeout);
     if (server != api_.baseURL()) co_return;  // the session is with another one by now
     const auto session = ++session_;
-    co_await keychain_.save(DorixAPI::tokenAccount, begun.token);
+    co_await token_.keep(begun.token, server);
     if (session != session_) co_return;
     loggedIn.set(true);
     apply(begun.profile);
@@ -112,7 +111,7 @@ Task<void> AccountStore::logout() { co_await tasks_.spawn(signOut()); }
 Task<void> AccountStore::leave() {
     if (loggedIn.get()) co_await logout();
     clearSession();
-    co_await keychain_.remove(DorixAPI::tokenAccount);
+    co_await token_.forget();
 }
 
 Task<void> AccountStore::signOut() {
@@ -142,7 +141,7 @@ void AccountStore::apply(const Profile& current) {
 
 void AccountStore::clearSession() {
     ++session_;
-    tasks_.spawn(keychain_.remove(DorixAPI::tokenAccount));
+    tasks_.spawn(token_.forget());
     defaults_.remove(profileKey);
     profile.set(std::nullopt);
     loggedIn.set(false);

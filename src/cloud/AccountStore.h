@@ -69,7 +69,7 @@ class AccountStore {
     void failed(const APIError& error);
 
     DorixAPI& api_;
-    Keychain& keychain_;
+    SessionToken token_;
     UserDefaults& defaults_;
     const std::string device_;
     Completion<void> known_;

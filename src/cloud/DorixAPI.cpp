@@ -2,7 +2,6 @@
 
 #include "base/text/Url.h"
 #include "localdata/Language.h"
-#include "platform/Keychain.h"
 #include "platform/UserDefaults.h"
 
 #include <exception>
@@ -55,7 +54,7 @@ DorixAPI::DorixAPI(const Executor& executor, HttpClient& http, Keychain& keychai
                    std::optional<std::string> address)
     : executor_(executor),
       http_(http),
-      keychain_(keychain),
+      token_(keychain),
       baseURL_(addressOr(std::move(address), developmentURL)) {}
 
 void DorixAPI::useServer(std::optional<std::string> address) {
@@ -82,8 +81,8 @@ HttpRequest DorixAPI::postRequest(std::string_view path, const Json& body, doubl
             .timeout = timeout};
 }
 
-Task<std::string> DorixAPI::token() {
-    auto kept = co_await keychain_.read(tokenAccount);
+Task<std::string> DorixAPI::usableToken() {
+    auto kept = co_await token_.of(baseURL_);
     if (kept) co_return *std::move(kept);
     onFailure(APIError::notLoggedIn());
     throw APIError::notLoggedIn();
@@ -92,7 +91,7 @@ Task<std::string> DorixAPI::token() {
 Task<std::string> DorixAPI::call(HttpRequest request, Session session) {
     std::string used;
     if (session == Session::required) {
-        used = co_await token();
+        used = co_await usableToken();
         authorize(request, used);
     }
     auto answer = co_await answered(http_.send(std::move(request)));
@@ -105,7 +104,7 @@ Task<std::string> DorixAPI::call(HttpRequest request, Session session) {
 Task<std::string> DorixAPI::stream(std::string path, Json body, OnText onText) {
     auto request = postRequest(path, body, streamTimeout);
     const auto largestBody = request.largestBody;
-    auto used = co_await token();
+    auto used = co_await usableToken();
     authorize(request, used);
     const auto answer = co_await answered(http_.open(std::move(request)));
     if (answer.status != 200) {
@@ -123,7 +122,7 @@ Task<APIError> DorixAPI::refusal(int status, std::string body, std::string usedT
     // A late answer to a session that has ended says nothing about the one that has begun since.
     bool isStale = false;
     if (error == APIError::notLoggedIn() && !usedToken.empty()) {
-        const auto current = co_await keychain_.read(tokenAccount);
+        const auto current = co_await token_.of(baseURL_);
         isStale = current && *current != usedToken;
     }
     if (error == APIError::notLoggedIn() && !isStale) onFailure(error);

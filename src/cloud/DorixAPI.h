@@ -5,6 +5,7 @@
 #include "base/async/Task.h"
 #include "cloud/APIError.h"
 #include "cloud/EventStreamReader.h"
+#include "cloud/SessionToken.h"
 #include "cloud/WireCoding.h"
 #include "platform/HttpClient.h"
 
@@ -24,8 +25,6 @@ class UserDefaults;
 /// again.
 class DorixAPI {
  public:
-    /// The account that the session's token is kept under.
-    static constexpr const char* tokenAccount = "session-token";
     /// Where the service answers when nobody names another place.
     static constexpr std::string_view developmentURL = "http://127.0.0.1:8787";
 
@@ -76,12 +75,12 @@ class DorixAPI {
     HttpRequest getRequest(std::string_view path) const;
     HttpRequest postRequest(std::string_view path, const Json& body, double timeout) const;
     Task<std::string> call(HttpRequest request, Session session);
-    Task<std::string> token();
+    Task<std::string> usableToken();
     Task<APIError> refusal(int status, std::string body, std::string usedToken);
 
     const Executor& executor_;
     HttpClient& http_;
-    Keychain& keychain_;
+    SessionToken token_;
     std::string baseURL_;
 };
 

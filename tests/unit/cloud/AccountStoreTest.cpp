@@ -32,7 +32,7 @@ class AccountStoreTest : public testing::Test {
         executor.runPosted();
         return handle;
     }
-    void keep(const std::string& token) { run(keychain.save("session-token", token)); }
+    void keep(const std::string& token) { run(SessionToken(keychain).keep(token, api.baseURL())); }
     std::optional<std::string> kept() {
         std::optional<std::string> token;
         run([](Keychain& from, auto& into) -> Task<void> { into = co_await from.read("session-token"); }(

@@ -40,7 +40,9 @@ class DorixAPITest : public testing::Test {
         executor.runPosted();
         return handle;
     }
-    void signIn(const std::string& token = "secret") { start(keychain.save("session-token", token)); }
+    void signIn(const std::string& token = "secret") {
+        start(SessionToken(keychain).keep(token, api->baseURL()));
+    }
     /// What becomes of a call that is answered so.
     std::string afterPost(int status, const std::string& body) {
         const auto task = start(api->post<Dated>("v1/x", Json::object(), Session::none, 20));
@@ -94,6 +96,30 @@ TEST_F(DorixAPITest, WithoutATokenNothingIsSent) {
     outcome(executor, start(api->stream("v1/x", Json::object())));
     EXPECT_EQ(failures.size(), 3U);
     EXPECT_TRUE(http.exchanges.empty());
+}
+
+TEST_F(DorixAPITest, ATokenGoesToNoServerButItsOwn) {
+    const auto asksAfterStart = [this](const std::string& address) {
+        DorixAPI started(executor, http, keychain, address);
+        const auto before = http.exchanges.size();
+        TaskScope calls(executor);
+        calls.spawn([](DorixAPI& from) -> Task<void> { co_await from.get<Dated>("v1/me"); }(started));
+        executor.runPosted();
+        return http.exchanges.size() > before;
+    };
+    const std::string mine = "https://dorix.example";
+    const std::string other = "https://other.example";
+    start(SessionToken(keychain).keep("secret", mine));
+    EXPECT_FALSE(asksAfterStart(other));
+    EXPECT_TRUE(asksAfterStart(mine));
+    // A crash while it was replaced: only the first of the two was written.
+    start(keychain.save("session-server", other + " new"));
+    EXPECT_FALSE(asksAfterStart(other));
+    EXPECT_FALSE(asksAfterStart(mine));
+    // Put there by hand.
+    start(keychain.remove("session-server"));
+    EXPECT_TRUE(asksAfterStart(mine));
+    EXPECT_FALSE(asksAfterStart(other));
 }
 
 TEST_F(DorixAPITest, DatesAreReadInBothFormsAndNeverFail) {
