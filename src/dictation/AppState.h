@@ -44,6 +44,7 @@ struct AppState {
     enum class FocusTarget { composer, search };
 
     Observable<bool> panelOpen;
+    Observable<bool> accountOpen;
     Observable<bool> panelAnchorRight;
     Observable<PanelSection> section;
     Observable<std::optional<std::string>> selectedID;

@@ -131,13 +131,16 @@ Menu AppController::iconMenu() const {
     return dorix::iconMenu(state_.panelOpen.get(), settings_.paused.get(), iconVerbs_);
 }
 
-std::string AppController::iconTooltip() const { return dorix::iconTooltip({}); }
+std::string AppController::iconTooltip() const {
+    return dorix::iconTooltip({.account = state_.accountOpen.get()});
+}
 
 void AppController::showStatusItem() {
     platform_.statusItem.show([this] { panelHost_.statusItemClicked(); }, [this] { return iconMenu(); });
     platform_.statusItem.setToolTip(iconTooltip());
-    subscriptions_.push_back(settings_.languageObserver().code.subscribe(
-        [this](const std::string&) { platform_.statusItem.setToolTip(iconTooltip()); }));
+    const auto tell = [this](const auto&) { platform_.statusItem.setToolTip(iconTooltip()); };
+    subscriptions_.push_back(settings_.languageObserver().code.subscribe(tell));
+    subscriptions_.push_back(state_.accountOpen.subscribe(tell));
 }
 
 Task<void> AppController::prepareSpeech() {

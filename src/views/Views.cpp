@@ -8,7 +8,7 @@ Views::Views(Surroundings& surroundings, AppState& state, SettingsStore& setting
              HistoryPanel& panel, AccountForm& account, IconView::Verbs verbs)
     : icon_(surroundings.context(), state, settings, speech, std::move(verbs)),
       panel_(surroundings.context(), state, settings, panel, [this] { return icon_.frame(); }),
-      account_(surroundings.context(), settings, account) {
+      account_(surroundings.context(), state, settings, account) {
     surroundings.onCompositorChanged = [this] {
         icon_.reshape();
         panel_.reshape();

@@ -8,10 +8,12 @@ void AccountOnDemand::show() {
         window_->onClosed = [this] { hide(); };
     }
     window_->open();
+    state_.accountOpen.set(true);
 }
 
 void AccountOnDemand::hide() {
     if (!window_) return;
+    state_.accountOpen.set(false);
     window_->orderOut();
     // It may be what asked for this.
     window_.release()->deleteLater();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "dictation/AppState.h"
 #include "overlay/AppWindow.h"
 #include "views/account/AccountWindow.h"
 
@@ -12,8 +13,8 @@ namespace dorix {
 class AccountOnDemand final : public AppWindow {
  public:
     /// All must outlive it.
-    AccountOnDemand(const ViewContext& context, SettingsStore& settings, AccountForm& form)
-        : context_(context), settings_(settings), form_(form) {}
+    AccountOnDemand(const ViewContext& context, AppState& state, SettingsStore& settings, AccountForm& form)
+        : context_(context), state_(state), settings_(settings), form_(form) {}
 
     /// It stands in the middle of the screen.
     bool place() override { return false; }
@@ -28,6 +29,7 @@ class AccountOnDemand final : public AppWindow {
 
  private:
     const ViewContext context_;
+    AppState& state_;  // is told whether the window is open
     SettingsStore& settings_;
     AccountForm& form_;
     std::unique_ptr<AccountWindow> window_;

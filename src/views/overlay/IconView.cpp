@@ -64,6 +64,7 @@ void IconView::watchState() {
         showTooltip();
         presenter_.retranslate();
     }));
+    subscriptions_.push_back(state_.accountOpen.subscribe([this](bool) { showTooltip(); }));
     showState();
 }
 

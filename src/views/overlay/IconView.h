@@ -22,7 +22,7 @@ class IconView final : public AppWindow {
     /// What the user can ask for.
     struct Verbs {
         std::function<void()> clicked;
-        /// In the app language; asked anew when that changes.
+        /// In the app language; asked anew when that changes, and when a window opens or closes.
         std::function<std::string()> tooltip;
         MenuBuilder menu;
     };
