@@ -44,6 +44,9 @@ AccountForm::AccountForm(Executor& executor, DorixAPI& api, AccountStore& accoun
     subscriptions_.push_back(account.loggedIn.subscribe([this](bool) {
         if (!busy.get() && step.get() != Step::server) begin();
     }));
+    subscriptions_.push_back(own.hasBadSettings.subscribe([this](bool) {
+        if (step.get() == Step::thisComputer) show(Step::thisComputer);
+    }));
     subscriptions_.push_back(account.profile.subscribe([this](const auto& profile) {
         if (profile) email.set(profile->email);
     }));
@@ -62,23 +65,37 @@ AccountForm::Step AccountForm::firstStep() const {
     return isAwaited ? Step::code : Step::email;
 }
 
+/// With what there is to say about it from the beginning.
+void AccountForm::show(Step next) {
+    const bool isBroken = next == Step::thisComputer && own_.hasBadSettings.get();
+    error.set(isBroken ? tr("El servicio de este ordenador no puede empezar: en su configuración (variables "
+                            "DORIX_SERVICE_…) hay un error. El registro de DORIX dice cuál.")
+                       : "");
+    notice.set("");
+    step.set(next);
+}
+
 void AccountForm::begin() {
-    error.set("");
     const auto first = firstStep();
     const auto& profile = account_.profile.get();
     if (first != Step::code) email.set(profile ? profile->email : "");
-    step.set(first);
+    show(first);
 }
 
-void AccountForm::begin(Task<void> work, std::optional<Step> after) {
+void AccountForm::complain(const std::string& words) {
+    notice.set("");
+    error.set(words);
+}
+
+void AccountForm::begin(Task<void> work, std::optional<Step> after, std::string done) {
     if (busy.get()) return;
     busy.set(true);
-    error.set("");
-    tasks_.spawn(attempt(std::move(work), after));
+    complain("");
+    tasks_.spawn(attempt(std::move(work), after, std::move(done)));
 }
 
-/// Without a step it is the one that there is to begin with.
-Task<void> AccountForm::attempt(Task<void> work, std::optional<Step> after) {
+/// Without a step it is the one that there is to begin with. `done` is the notice of it.
+Task<void> AccountForm::attempt(Task<void> work, std::optional<Step> after, std::string done) {
     std::string words;
     try {
         co_await std::move(work);
@@ -86,20 +103,23 @@ Task<void> AccountForm::attempt(Task<void> work, std::optional<Step> after) {
         words = failure.localizedDescription();
     }
     busy.set(false);
-    error.set(words);
-    if (words.empty()) step.set(after.value_or(firstStep()));
+    if (!words.empty()) co_return error.set(words);
+    show(after.value_or(firstStep()));
+    notice.set(done);
 }
 
 void AccountForm::sendCode(const std::string& to) {
     const std::string address(text::trim(to));
     const auto at = address.find('@');
     if (at == std::string::npos || at == 0 || at + 1 == address.size())
-        return error.set(tr("Escribe una dirección de email."));
+        return complain(tr("Escribe una dirección de email."));
     email.set(address);
     begin(askForCode(address), Step::code);
 }
 
-void AccountForm::resendCode() { begin(askForCode(email.get()), Step::code); }
+void AccountForm::resendCode() {
+    begin(askForCode(email.get()), Step::code, tr("Te hemos enviado otro código."));
+}
 
 Task<void> AccountForm::askForCode(std::string address) {
     co_await account_.requestCode(std::move(address));
@@ -108,26 +128,22 @@ Task<void> AccountForm::askForCode(std::string address) {
 
 void AccountForm::verify(const std::string& text) {
     const auto code = codeIn(text);
-    if (!code) return error.set(tr("El código tiene 6 cifras."));
+    if (!code) return complain(tr("El código tiene 6 cifras."));
     begin(account_.verify(email.get(), *code), Step::signedIn);
 }
 
 void AccountForm::changeEmail() {
     codeSentAt_.reset();
-    error.set("");
-    step.set(Step::email);
+    show(Step::email);
 }
 
 void AccountForm::signOut() { begin(account_.logout(), Step::email); }
 
-void AccountForm::chooseServer() {
-    error.set("");
-    step.set(Step::server);
-}
+void AccountForm::chooseServer() { show(Step::server); }
 
 void AccountForm::useServer(const std::string& address) {
     const std::string url(text::trim(address));
-    if (!isSafeServer(url)) return error.set(tr("Escribe la dirección entera, con https://"));
+    if (!isSafeServer(url)) return complain(tr("Escribe la dirección entera, con https://"));
     begin(goOverTo(url), std::nullopt);
 }
 

@@ -37,6 +37,8 @@ class AccountForm {
     Observable<std::string> email;
     /// What went wrong, for the user.
     Observable<std::string> error;
+    /// What went well, where nothing else shows it; until the next attempt.
+    Observable<std::string> notice;
     /// Whether the service is being asked; what is begun meanwhile is not heard.
     Observable<bool> busy;
 
@@ -61,11 +63,13 @@ class AccountForm {
     void useThisComputer();
 
  private:
-    Task<void> attempt(Task<void> work, std::optional<Step> after);
-    void begin(Task<void> work, std::optional<Step> after);
+    Task<void> attempt(Task<void> work, std::optional<Step> after, std::string done);
+    void begin(Task<void> work, std::optional<Step> after, std::string done = {});
+    void complain(const std::string& words);
     Task<void> askForCode(std::string address);
     Task<void> goOverTo(std::string address);
     Step firstStep() const;
+    void show(Step next);
 
     DorixAPI& api_;
     AccountStore& account_;

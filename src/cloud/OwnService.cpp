@@ -55,6 +55,7 @@ void OwnService::start() {
     restart_.stop();
     service_.end();
     secret_.reset();
+    hasBadSettings.set(false);
     settled_.complete();
     settled_ = {};
     port_ = ownPort(api_.baseURL());
@@ -111,15 +112,22 @@ Task<OwnService::Answer> OwnService::answerAt(std::string url) {
 
 Task<void> OwnService::launch(int port) {
     api_.useServer(urlAt(port));
-    secret_ = service_.start("127.0.0.1:" + std::to_string(port), [this] { ended(); });
+    secret_ = service_.start("127.0.0.1:" + std::to_string(port), [this](auto how) { ended(how); });
     if (!secret_) co_return logLine("no se pudo iniciar el servicio de este equipo");
     startedAt_ = tasks_.executor().now();
+    startedPort_ = port;
     co_await signIn();
 }
 
-void OwnService::ended() {
+void OwnService::ended(CompanionService::End how) {
     secret_.reset();
     if (work_) work_->cancel();
+    if (how == CompanionService::End::badSettings) {
+        logLine("el servicio de este equipo no admite su configuración");
+        hasBadSettings.set(true);
+        settled_.complete();
+        return;
+    }
     const bool isNew = tasks_.executor().now() - startedAt_ >= provenAfter;
     pause_ = isNew || pause_ == 0 ? firstPause : std::min(2 * pause_, longestPause);
     logLine("el servicio de este equipo ha terminado");
@@ -140,9 +148,10 @@ Task<void> OwnService::signIn() {
     }
 }
 
+/// The secret is for the service that was started, and for nobody who has taken its port meanwhile.
 Task<bool> OwnService::isUp() {
     const double deadline = tasks_.executor().now() + longestStart;
-    while (co_await answerAt(api_.baseURL()) == Answer::none) {
+    while (!service_.listensOn(startedPort_)) {
         if (tasks_.executor().now() >= deadline) co_return false;
         co_await sleep(betweenLooks);
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Observable.h"
 #include "base/async/Completion.h"
 #include "base/async/TaskScope.h"
 #include "base/async/Timer.h"
@@ -43,6 +44,10 @@ class OwnService {
     /// be started: what needs no service works all the same.
     bool isResponsible() const { return isResponsible_; }
 
+    /// Whether the service of this computer will not run until somebody has mended its settings, which are in
+    /// the program's environment; the log tells what is wrong with them.
+    Observable<bool> hasBadSettings;
+
     /// Whether a service for several users answers at an address.
     Task<bool> isServiceAt(std::string url);
 
@@ -58,7 +63,7 @@ class OwnService {
     Task<void> launch(int port);
     Task<void> signIn();
     Task<bool> isUp();
-    void ended();
+    void ended(CompanionService::End how);
 
     HttpClient& http_;
     CompanionService& service_;
@@ -68,6 +73,7 @@ class OwnService {
     bool isResponsible_ = false;
     std::optional<std::string> secret_;  // while the service runs
     double startedAt_ = 0;
+    int startedPort_ = 0;
     double pause_ = 0;  // seconds before it is started once more
     Timer restart_;
     Completion<void> settled_;

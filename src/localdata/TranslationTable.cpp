@@ -567,10 +567,15 @@ constexpr auto kTable = std::to_array<Translation>({
      "%@ · what was on the clipboard could not be put back"},
     {"Escribe una dirección de email.", "Enter an email address."},
     {"El código tiene 6 cifras.", "The code has 6 digits."},
+    {"Te hemos enviado otro código.", "We’ve sent you another code."},
     {"Escribe la dirección entera, con https://", "Enter the whole address, with https://"},
     {"DORIX funciona en este ordenador", "DORIX works on this computer"},
     {"El servicio que escribe por ti está aquí mismo. No necesitas ninguna cuenta.",
      "The service that writes for you is right here. You don’t need an account."},
+    {"El servicio de este ordenador no puede empezar: en su configuración (variables DORIX_SERVICE_…) hay un error. "
+     "El registro de DORIX dice cuál.",
+     "The service on this computer can’t start: there is a mistake in its settings (variables DORIX_SERVICE_…). "
+     "DORIX’s log says which."},
     {"Usar otro servidor…", "Use another server…"},
     {"Usar otro servidor", "Use another server"},
     {"Usar este ordenador", "Use this computer"},

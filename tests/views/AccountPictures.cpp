@@ -63,6 +63,14 @@ std::vector<Picture> accountPictures() {
                         exhibit.form.verify("12");
                     },
                     {light, dark}),
+            picture("account-resent",
+                    [](AccountExhibit& exhibit) {
+                        exhibit.form.sendCode("marta.iglesias@velmar.example");
+                        exhibit.answer(200, R"({"ok":true})");
+                        exhibit.form.resendCode();
+                        exhibit.answer(200, R"({"ok":true})");
+                    },
+                    {light}),
             picture("account-signed-in", [](AccountExhibit& exhibit) { exhibit.signIn(); }, {english}),
             picture("account-server", [](AccountExhibit& exhibit) { exhibit.form.chooseServer(); }, {dark})};
 }

@@ -2,13 +2,17 @@
 
 #include <fcntl.h>
 #include <sys/random.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <fstream>
+#include <set>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 namespace dorix {
 
@@ -34,65 +38,124 @@ struct Pipe {
     FileDescriptor writing;
 };
 
-/// A pipe that holds a line.
-std::optional<Pipe> pipeWith(const std::string& line) {
+std::optional<Pipe> makePipe() {
     std::array<int, 2> ends{};
     if (::pipe2(ends.data(), O_CLOEXEC) != 0) return std::nullopt;
-    Pipe pipe{FileDescriptor(ends[0]), FileDescriptor(ends[1])};
+    return Pipe{FileDescriptor(ends[0]), FileDescriptor(ends[1])};
+}
+
+/// A pipe that holds a line.
+std::optional<Pipe> pipeWith(const std::string& line) {
+    auto pipe = makePipe();
     const std::string text = line + "\n";
     // It is far shorter than what a pipe takes at once.
-    if (::write(pipe.writing.get(), text.data(), text.size()) != static_cast<ssize_t>(text.size()))
+    if (!pipe || ::write(pipe->writing.get(), text.data(), text.size()) != static_cast<ssize_t>(text.size()))
         return std::nullopt;
     return pipe;
+}
+
+/// A socket that waits for connections.
+struct Listener {
+    unsigned port = 0;
+    uid_t owner = 0;
+    unsigned long number = 0;  // the socket's own
+};
+
+/// All of this computer, over IPv4.
+std::vector<Listener> listeners() {
+    constexpr unsigned listening = 0x0A;
+    // "  0: 0100007F:2253 00000000:0000 0A 00000000:00000000 00:00000000 00000000  1000        0 4026 ..."
+    std::ifstream table("/proc/net/tcp");
+    std::vector<Listener> found;
+    std::string line;
+    std::getline(table, line);
+    while (std::getline(table, line)) {
+        Listener one;
+        unsigned state = 0;
+        const int read = std::sscanf(line.c_str(), " %*d: %*x:%x %*x:%*x %x %*x:%*x %*x:%*x %*x %u %*d %lu",
+                                     &one.port, &state, &one.owner, &one.number);
+        if (read == 4 && state == listening) found.push_back(one);
+    }
+    return found;
+}
+
+/// The names under which a process has its files open.
+std::set<std::string> openFilesOf(pid_t process) {
+    std::set<std::string> names;
+    std::error_code error;
+    for (const auto& entry : fs::directory_iterator("/proc/" + std::to_string(process) + "/fd", error))
+        names.insert(fs::read_symlink(entry.path(), error).string());
+    return names;
 }
 
 }  // namespace
 
 std::optional<std::string> ChildCompanionService::start(const std::string& address,
-                                                        std::function<void()> onEnd) {
+                                                        std::function<void(End)> onEnd) {
     end();
     auto secret = makeSecret();
     auto pipe = secret ? pipeWith(*secret) : std::nullopt;
-    if (!pipe || executable_.empty()) return std::nullopt;
+    auto errors = makePipe();
+    if (!pipe || !errors || executable_.empty()) return std::nullopt;
     // What else the user has set for a service holds for this one too.
-    const auto child = spawn({"env", "-u", "DORIX_SERVICE_TLS_CERTIFICATE", "-u", "DORIX_SERVICE_TLS_KEY",
-                              "DORIX_SERVICE_LISTEN=" + address, executable_.string(), "--local-secret-fd",
-                              std::to_string(inheritedDescriptor)},
-                             SpawnAs::helper, pipe->reading.get());
-    if (!child) return std::nullopt;
-    process_ = openProcess(*child);
-    children_.add(*child);
+    child_ = spawn({"env", "-u", "DORIX_SERVICE_TLS_CERTIFICATE", "-u", "DORIX_SERVICE_TLS_KEY",
+                    "DORIX_SERVICE_LISTEN=" + address, executable_.string(), "--local-secret-fd",
+                    std::to_string(inheritedDescriptor)},
+                   SpawnAs::child, {.inherited = pipe->reading.get(), .errors = errors->writing.get()});
+    if (!child_) return std::nullopt;
     lifeline_ = std::move(pipe->writing);
-    ended_ = watcher_.watchReadable(process_.get(), [this, onEnd = std::move(onEnd)] {
-        const auto told = onEnd;
-        end();
-        told();
-    });
+    log_.emplace(watcher_, std::move(errors->reading), "servicio");
+    watch(std::move(onEnd));
     return secret;
 }
 
-void ChildCompanionService::end() {
+void ChildCompanionService::watch(std::function<void(End)> onEnd) {
+    process_ = openProcess(*child_);
+    ended_ = watcher_.watchReadable(process_.get(), [this, onEnd = std::move(onEnd)] {
+        const auto told = onEnd;
+        const auto how = reap();
+        log_->finish();
+        letGo();
+        told(how);
+    });
+}
+
+/// What its status says once it has ended.
+CompanionService::End ChildCompanionService::reap() const {
+    constexpr int badSettings = 3;  // as its --check says it too
+    int status = 0;
+    ::waitpid(*child_, &status, 0);
+    return WIFEXITED(status) && WEXITSTATUS(status) == badSettings ? End::badSettings : End::stopped;
+}
+
+void ChildCompanionService::letGo() {
     ended_.reset();
     process_ = FileDescriptor();
     lifeline_ = FileDescriptor();
+    log_.reset();
+    child_.reset();
+}
+
+void ChildCompanionService::end() {
+    if (child_) children_.add(*child_);
+    letGo();
+}
+
+bool ChildCompanionService::listensOn(int port) const {
+    if (!child_) return false;
+    const auto files = openFilesOf(*child_);
+    return std::ranges::any_of(listeners(), [&](const Listener& listener) {
+        return static_cast<int>(listener.port) == port &&
+               files.contains("socket:[" + std::to_string(listener.number) + "]");
+    });
 }
 
 bool ChildCompanionService::isTrusted(int port) const {
-    constexpr int listening = 0x0A;
     constexpr uid_t firstUser = 1000;
-    // "  0: 0100007F:2253 00000000:0000 0A 00000000:00000000 00:00000000 00000000  1000 ..."
-    std::ifstream table("/proc/net/tcp");
-    std::string line;
-    std::getline(table, line);
     bool isThere = false;
-    while (std::getline(table, line)) {
-        unsigned local = 0;
-        unsigned state = 0;
-        uid_t owner = 0;
-        const int read = std::sscanf(line.c_str(), " %*d: %*x:%x %*x:%*x %x %*x:%*x %*x:%*x %*x %u", &local,
-                                     &state, &owner);
-        if (read != 3 || state != listening || static_cast<int>(local) != port) continue;
-        if (owner != ::getuid() && owner >= firstUser) return false;
+    for (const auto& listener : listeners()) {
+        if (static_cast<int>(listener.port) != port) continue;
+        if (listener.owner != ::getuid() && listener.owner >= firstUser) return false;
         isThere = true;
     }
     return isThere;

@@ -29,7 +29,7 @@ class Attributes {
     explicit Attributes(SpawnAs as) {
         posix_spawnattr_init(&attributes_);
         setSignals(attributes_, as);
-        const int group = as == SpawnAs::helper ? POSIX_SPAWN_SETPGROUP : POSIX_SPAWN_SETSID;
+        const int group = as == SpawnAs::detached ? POSIX_SPAWN_SETSID : POSIX_SPAWN_SETPGROUP;
         const int flags = POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | group;
         posix_spawnattr_setflags(&attributes_, static_cast<short>(flags));
     }
@@ -43,15 +43,17 @@ class Attributes {
     posix_spawnattr_t attributes_{};
 };
 
-/// The null device, what is to be inherited, and nothing else.
+/// The null device, what is to be given to the program, and nothing else.
 class Files {
  public:
-    explicit Files(int inherited) {
+    explicit Files(SpawnFiles given) {
         posix_spawn_file_actions_init(&actions_);
         for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
             posix_spawn_file_actions_addopen(&actions_, fd, "/dev/null", O_RDWR, 0);
-        if (inherited >= 0) posix_spawn_file_actions_adddup2(&actions_, inherited, inheritedDescriptor);
-        posix_spawn_file_actions_addclosefrom_np(&actions_, inheritedDescriptor + (inherited >= 0 ? 1 : 0));
+        if (given.errors >= 0) posix_spawn_file_actions_adddup2(&actions_, given.errors, STDERR_FILENO);
+        const bool inherits = given.inherited >= 0;
+        if (inherits) posix_spawn_file_actions_adddup2(&actions_, given.inherited, inheritedDescriptor);
+        posix_spawn_file_actions_addclosefrom_np(&actions_, inheritedDescriptor + (inherits ? 1 : 0));
     }
     ~Files() { posix_spawn_file_actions_destroy(&actions_); }
     Files(const Files&) = delete;
@@ -65,7 +67,7 @@ class Files {
 
 }  // namespace
 
-std::optional<pid_t> spawn(const std::vector<std::string>& command, SpawnAs as, int inherited) {
+std::optional<pid_t> spawn(const std::vector<std::string>& command, SpawnAs as, SpawnFiles files) {
     if (command.empty() || command.front().empty()) return std::nullopt;
     auto texts = command;
     std::vector<char*> arguments;
@@ -73,7 +75,7 @@ std::optional<pid_t> spawn(const std::vector<std::string>& command, SpawnAs as, 
     for (auto& text : texts) arguments.push_back(text.data());
     arguments.push_back(nullptr);
     pid_t process = -1;
-    const int error = posix_spawnp(&process, arguments.front(), Files(inherited).get(), Attributes(as).get(),
+    const int error = posix_spawnp(&process, arguments.front(), Files(files).get(), Attributes(as).get(),
                                    arguments.data(), environ);
     if (error != 0) return std::nullopt;
     return process;

@@ -13,18 +13,27 @@
 namespace dorix {
 
 enum class SpawnAs {
-    /// A child in a process group of its own: Ctrl-C in the terminal is for the program alone. SIGTERM is
-    /// blocked, so that none is lost before the child is ready for it.
+    /// A child in a process group of its own: Ctrl-C in the terminal is for the program alone.
+    child,
+    /// The same, with SIGTERM blocked, so that none is lost before the child is ready for it: it has to ask
+    /// for
+    /// them.
     helper,
     /// A session leader, which ends neither with this process nor with its terminal.
     detached,
 };
 
+/// What a started program has open beside the null device; -1 for nothing.
+struct SpawnFiles {
+    int inherited = -1;  // as inheritedDescriptor
+    int errors = -1;     // as its standard error
+};
+
 /// Starts `command`, looked up in the path when it has no slash, with our environment, the null device for
-/// input and output, no other open file but `inherited` as inheritedDescriptor, and signals as a program
-/// expects them. Blocks until the program is running or cannot be started: then nothing. The process is a
-/// child, and wants to be waited for. Any thread.
-std::optional<pid_t> spawn(const std::vector<std::string>& command, SpawnAs as, int inherited = -1);
+/// input and output, no other open file but those of `files`, and signals as a program expects them. Blocks
+/// until the program is running or cannot be started: then nothing. The process is a child, and wants to be
+/// waited for. Any thread.
+std::optional<pid_t> spawn(const std::vector<std::string>& command, SpawnAs as, SpawnFiles files = {});
 
 inline constexpr int inheritedDescriptor = 3;
 

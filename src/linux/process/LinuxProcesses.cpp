@@ -53,7 +53,7 @@ Processes::Terminate LinuxProcesses::launchSelf(const std::vector<std::string>& 
     std::vector<std::string> command{executable_.string()};
     command.insert(command.end(), arguments.begin(), arguments.end());
     const auto passedOn = std::move(passedOn_);
-    const auto child = spawn(command, SpawnAs::helper, passedOn.get());
+    const auto child = spawn(command, SpawnAs::helper, {.inherited = passedOn.get()});
     if (!child) return nullptr;
     auto process = openProcess(*child);
     children_.add(*child);

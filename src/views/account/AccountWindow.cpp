@@ -74,6 +74,7 @@ AccountWindow::AccountWindow(const ViewContext& context, SettingsStore& settings
     view().insert({{"shown", false},
                    {"busy", form.busy.get()},
                    {"error", shown(form.error.get())},
+                   {"notice", shown(form.notice.get())},
                    {"byKeyboard", true}});
     showWords();
     resize(QSize(cardWidth, cardWidth).grownBy(shadow));
@@ -89,6 +90,10 @@ void AccountWindow::watch(SettingsStore& settings) {
     subscriptions_.push_back(form_.error.subscribe([this](const std::string& words) {
         view().insert("error", shown(words));
         if (!words.empty()) announce("complaint");
+    }));
+    subscriptions_.push_back(form_.notice.subscribe([this](const std::string& words) {
+        view().insert("notice", shown(words));
+        if (!words.empty()) announce("notice");
     }));
     subscriptions_.push_back(form_.busy.subscribe([this](bool busy) { view().insert("busy", busy); }));
     subscriptions_.push_back(

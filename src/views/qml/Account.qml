@@ -10,6 +10,7 @@ Item {
     readonly property real wantedHeight: content.height + 2 * content.y
     readonly property string step: view.step
     readonly property alias complaint: complaint
+    readonly property alias notice: notice
 
     function focusFirst() {
         const item = step === "email" ? email : step === "code" ? code : step === "server" ? server
@@ -139,6 +140,19 @@ Item {
                 text: view.error
                 wrapMode: Text.Wrap
                 color: theme.error
+                Accessible.ignored: false
+                Accessible.role: Accessible.AlertMessage
+                Accessible.name: text
+            }
+
+            Label {
+                id: notice
+
+                width: parent.width
+                visible: text !== ""
+                text: view.notice
+                wrapMode: Text.Wrap
+                color: theme.textSecondary
                 Accessible.ignored: false
                 Accessible.role: Accessible.AlertMessage
                 Accessible.name: text

@@ -23,21 +23,23 @@ using Step = AccountForm::Step;
 
 class FakeCompanionService final : public CompanionService {
  public:
-    std::optional<std::string> start(const std::string& address, std::function<void()> onEnd) override {
+    std::optional<std::string> start(const std::string& address, std::function<void(End)> onEnd) override {
         log.push_back("start " + address);
         onEnd_ = std::move(onEnd);
         return isInstalled ? std::optional("secret") : std::nullopt;
     }
     void end() override { log.emplace_back("end"); }
+    bool listensOn(int) const override { return listens; }
     bool isTrusted(int) const override { return trusts; }
-    void die() { std::exchange(onEnd_, nullptr)(); }
+    void die(End how = End::stopped) { std::exchange(onEnd_, nullptr)(how); }
 
     bool isInstalled = true;
+    bool listens = true;
     bool trusts = true;
     std::vector<std::string> log;
 
  private:
-    std::function<void()> onEnd_;
+    std::function<void(End)> onEnd_;
 };
 
 class OwnServiceTest : public testing::Test {
@@ -70,7 +72,6 @@ class OwnServiceTest : public testing::Test {
         own.start();
         executor.runPosted();
         refuse("healthz");
-        answer("healthz", 200);
         signsIn();
     }
 
@@ -89,11 +90,13 @@ class OwnServiceTest : public testing::Test {
 TEST_F(OwnServiceTest, WhereNobodyAnswersItIsStartedAndSignedInTo) {
     own.start();
     executor.runPosted();
+    service.listens = false;
     refuse("healthz");
-    refuse("healthz");  // it is on its way
+    executor.advanceBy(1);
     EXPECT_FALSE(own.settled().isDone());
+    EXPECT_EQ(asked("healthz").request.body, "") << "the secret is for nobody but who was started";
+    service.listens = true;
     executor.advanceBy(0.05);
-    answer("healthz", 200);
     signsIn();
     EXPECT_THAT(service.log, ElementsAre("end", "start 127.0.0.1:8787"));
     EXPECT_TRUE(own.settled().isDone());
@@ -105,7 +108,6 @@ TEST_F(OwnServiceTest, WhereNobodyAnswersItIsStartedAndSignedInTo) {
     account.startRefreshing();
     executor.runPosted();
     answer("v1/me", 401);
-    answer("healthz", 200);
     signsIn();
     EXPECT_TRUE(account.loggedIn.get());
     EXPECT_EQ(told, 0);
@@ -156,7 +158,6 @@ TEST_F(OwnServiceTest, OneThatDiesIsStartedAgainAfterLongerAndLongerWaits) {
         executor.advanceBy(0.1);
         refuse("healthz");
         EXPECT_EQ(service.log.size(), before + 1) << pause;
-        answer("healthz", 200);
         answer("v1/me", 200, R"({"email":"local@dorix.localhost"})");
     }
     service.isInstalled = false;
@@ -164,6 +165,21 @@ TEST_F(OwnServiceTest, OneThatDiesIsStartedAgainAfterLongerAndLongerWaits) {
     executor.advanceBy(8);
     refuse("healthz");
     EXPECT_TRUE(own.isResponsible()) << "what needs no service works all the same";
+}
+
+TEST_F(OwnServiceTest, OneWithBadSettingsIsNotStartedAgainAndTheWindowSaysSo) {
+    startsAlone();
+    form.begin();
+    EXPECT_EQ(form.error.get(), "");
+    const auto before = service.log.size();
+    service.die(CompanionService::End::badSettings);
+    executor.advanceBy(3600);
+    EXPECT_EQ(service.log.size(), before);
+    EXPECT_NE(form.error.get(), "");
+    form.begin();
+    EXPECT_NE(form.error.get(), "");
+    form.chooseServer();
+    EXPECT_EQ(form.error.get(), "");
 }
 
 TEST_F(OwnServiceTest, TheWindowLeadsToAnotherServerAndBack) {
@@ -195,18 +211,24 @@ TEST_F(OwnServiceTest, TheWindowLeadsToAnotherServerAndBack) {
     http.last().respond(200, R"({"ok":true})");
     executor.runPosted();
     EXPECT_EQ(form.step.get(), Step::code);
+    form.resendCode();
+    EXPECT_EQ(form.notice.get(), "");
+    executor.runPosted();
+    http.last().respond(200, R"({"ok":true})");
+    executor.runPosted();
+    EXPECT_EQ(form.notice.get(), "Te hemos enviado otro código.");
     form.verify(" 12 34-56\n");
     executor.runPosted();
     EXPECT_EQ(Json::parse(http.last().request.body)["code"], "123456");
     http.last().respond(400, R"({"message":"No es ese."})");
     executor.runPosted();
     EXPECT_EQ(form.error.get(), "No es ese.");
+    EXPECT_EQ(form.notice.get(), "");
     EXPECT_EQ(form.step.get(), Step::code);
 
     form.useThisComputer();
     executor.runPosted();
     refuse("healthz");
-    answer("healthz", 200);
     signsIn();
     EXPECT_EQ(form.step.get(), Step::thisComputer);
     EXPECT_EQ(defaults.string("DORIXServerURL"), "http://127.0.0.1:8787") << "whatever the package says";
