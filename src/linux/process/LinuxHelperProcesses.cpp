@@ -128,8 +128,9 @@ bool LinuxHelperProcesses::isInstalled(const std::string& name) const {
 std::unique_ptr<HelperProcess> LinuxHelperProcesses::launch(const std::string& name, Listener listener) {
     const auto program = helperBeside(executable_, name);
     auto sockets = program.empty() ? std::nullopt : makeSocketPair();
-    const auto child =
-        sockets ? spawn({program.string()}, SpawnAs::helper, sockets->theirs.get()) : std::nullopt;
+    const auto child = sockets
+                           ? spawn({program.string()}, SpawnAs::helper, {.inherited = sockets->theirs.get()})
+                           : std::nullopt;
     if (!child) return nullptr;
     return std::make_unique<LinuxHelperProcess>(watcher_, orphans_, *child, openProcess(*child),
                                                 std::move(sockets->ours), std::move(listener));

@@ -55,9 +55,7 @@ class TeamService {
         std::smatch match;
         return std::regex_search(text, match, pattern) ? match[1].str() : "";
     }
-    std::string port() const {
-        return found(text(log_), std::regex("event=listening .*port=(\\d+)[^]*\n"));
-    }
+    std::string port() const { return found(text(log_), std::regex("event=listening .*port=(\\d+)[^]*\n")); }
     /// In the order in which they were written.
     std::vector<fs::path> mails() const {
         std::vector<fs::path> files;
@@ -152,8 +150,7 @@ TEST_F(AccountOverTheWireTest, TooManyCodesAreRefusedInTheUsersLanguage) {
     }
     form.resendCode();
     wait();
-    EXPECT_EQ(form.error.get(),
-              "Has pedido demasiados códigos. Espera unos minutos y vuelve a intentarlo.");
+    EXPECT_EQ(form.error.get(), "Has pedido demasiados códigos. Espera unos minutos y vuelve a intentarlo.");
     EXPECT_EQ(form.notice.get(), "");
     EXPECT_EQ(form.step.get(), Step::code) << "those that were sent are still good";
     defaults.set("appLanguage", "en");

@@ -125,7 +125,8 @@ TEST_F(ChildCompanionServiceTest, WhatIsWrongWithItsSettingsIsToldAndNotTriedAga
     own.start();
     form.begin();
     ASSERT_TRUE(loop.runUntil([this] { return own.hasBadSettings.get(); }));
-    EXPECT_THAT(logged(), Contains(AllOf(StartsWith("DORIX servicio: "), HasSubstr("DORIX_SERVICE_CONNECTIONS"))));
+    EXPECT_THAT(logged(),
+                Contains(AllOf(StartsWith("DORIX servicio: "), HasSubstr("DORIX_SERVICE_CONNECTIONS"))));
     EXPECT_NE(form.error.get(), "");
     EXPECT_EQ(child(), 0);
     loop.runFor(1.5);  // longer than until another start
@@ -134,8 +135,9 @@ TEST_F(ChildCompanionServiceTest, WhatIsWrongWithItsSettingsIsToldAndNotTriedAga
 
 TEST_F(ChildCompanionServiceTest, AFloodOfLinesIsCutOff) {
     const auto flood = folder.path() / "flood";
-    std::ofstream(flood) << "#!/bin/sh\nhead -c 100000 /dev/zero | tr '\\0' x >&2; echo >&2\n"
-                            "i=0; while [ $i -lt 5000 ]; do echo line $i >&2; i=$((i+1)); done\nprintf last >&2\n";
+    std::ofstream(flood)
+        << "#!/bin/sh\nhead -c 100000 /dev/zero | tr '\\0' x >&2; echo >&2\n"
+           "i=0; while [ $i -lt 5000 ]; do echo line $i >&2; i=$((i+1)); done\nprintf last >&2\n";
     fs::permissions(flood, fs::perms::owner_all);
     ChildCompanionService noisy(loop.main, flood);
     bool hasEnded = false;
