@@ -2,6 +2,7 @@
 
 #include "base/Error.h"
 #include "base/Log.h"
+#include "base/text/Line.h"
 #include "localdata/Language.h"
 
 #include <algorithm>
@@ -145,15 +146,16 @@ void Recogniser::takeFrame(const Frame& frame) {
     if (hasBegun_ && !queue_.empty()) takeFrameOf(*queue_.front(), frame);
 }
 
+/// What is told here may be typed into a terminal, and comes of other people's bytes.
 void Recogniser::takeFrameOf(SpokenUtterance& utterance, const Frame& frame) {
     switch (frame.kind) {
         case Frame::Kind::heard:
             utterance.heard(countIn(frame.body).value_or(0));
             return advance();
         case Frame::Kind::partial:
-            return utterance.understood({frame.body, false});
+            return utterance.understood({text::asLine(frame.body), false});
         case Frame::Kind::final:
-            return utterance.understood({frame.body, true});
+            return utterance.understood({text::asLine(frame.body), true});
         case Frame::Kind::done:
             // Only all of it is all that was said.
             if (!hasFinished_) return lost("termina antes de tiempo");

@@ -1,4 +1,5 @@
 #include "base/Uuid.h"
+#include "base/text/Line.h"
 #include "base/text/Regex.h"
 #include "base/text/Text.h"
 
@@ -59,6 +60,12 @@ TEST(UuidTest, IsARandomUuid) {
     const Regex version4("^[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}$");
     EXPECT_TRUE(version4.matches(makeUuid()));
     EXPECT_NE(makeUuid(), makeUuid());
+}
+
+TEST(TextTest, AnythingBecomesOneLine) {
+    EXPECT_EQ(text::asLine("reunión 👩‍👩‍👧 ya"), "reunión 👩‍👩‍👧 ya");
+    EXPECT_EQ(text::asLine("rm -rf x\n\x1b[A\r\t\u2028\u0085y\x7f"), "rm -rf x  [A    y ");
+    EXPECT_EQ(text::asLine("a\xff\xc3"), "a\uFFFD\uFFFD");
 }
 
 }  // namespace
