@@ -75,7 +75,7 @@ std::vector<std::string> confine(const Confinement& confinement) {
         missing.emplace_back("sin límite de memoria bajo un sanitizer");
     check(::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), "no new privileges");
     if (!restrictFiles(confinement)) {
-        missing.emplace_back("el núcleo no tiene landlock: los archivos del usuario se pueden leer");
+        missing.emplace_back("el núcleo no tiene landlock: los archivos del usuario quedan al alcance");
     }
     // Nor may other programs of the user look into it.
     check(::prctl(PR_SET_DUMPABLE, 0, 0, 0, 0), "not dumpable");

@@ -156,12 +156,13 @@ class Filter {
     void add(std::uint32_t action, std::span<const int> calls) {
         for (const auto call : calls) add(action, call, {});
     }
-    void allow(std::initializer_list<int> calls, std::initializer_list<scmp_arg_cmp> conditions = {}) {
-        for (const auto call : calls) add(SCMP_ACT_ALLOW, call, conditions);
-    }
     void add(std::uint32_t action, int call, std::initializer_list<scmp_arg_cmp> conditions) {
         check(seccomp_rule_add_array(filter_.get(), action, call, static_cast<unsigned>(conditions.size()),
                                      std::data(conditions)));
+    }
+    /// Where all the conditions hold. A call may be allowed under several sets of them.
+    void allow(int call, std::initializer_list<scmp_arg_cmp> conditions) {
+        add(SCMP_ACT_ALLOW, call, conditions);
     }
 
     void load() { check(seccomp_load(filter_.get())); }
@@ -180,24 +181,24 @@ class Filter {
 
 void allowMemory(Filter& filter) {
     // Code comes from files, through the loader: memory that is written to is never run.
-    filter.allow({SCMP_SYS(mmap)}, {bits(2, PROT_EXEC, 0)});
-    filter.allow({SCMP_SYS(mmap)}, {bits(2, PROT_EXEC | PROT_WRITE, PROT_EXEC), bits(3, MAP_ANONYMOUS, 0)});
-    filter.allow({SCMP_SYS(mprotect)}, {bits(2, PROT_EXEC, 0)});
+    filter.allow(SCMP_SYS(mmap), {bits(2, PROT_EXEC, 0)});
+    filter.allow(SCMP_SYS(mmap), {bits(2, PROT_EXEC | PROT_WRITE, PROT_EXEC), bits(3, MAP_ANONYMOUS, 0)});
+    filter.allow(SCMP_SYS(mprotect), {bits(2, PROT_EXEC, 0)});
 }
 
 void allowItself(Filter& filter) {
     // How a failed assertion ends.
-    filter.allow({SCMP_SYS(tgkill)}, {is(0, ::getpid())});
+    filter.allow(SCMP_SYS(tgkill), {is(0, ::getpid())});
     // To ask for its own limits, not to set any.
-    filter.allow({SCMP_SYS(prlimit64)}, {is(0, 0), bits(2, ~std::uint64_t{0}, 0)});
-    filter.allow({SCMP_SYS(prctl)}, {is(0, PR_SET_NAME)});
-    filter.allow({SCMP_SYS(prctl)}, {is(0, PR_GET_NAME)});
+    filter.allow(SCMP_SYS(prlimit64), {is(0, 0), bits(2, ~std::uint64_t{0}, 0)});
+    filter.allow(SCMP_SYS(prctl), {is(0, PR_SET_NAME)});
+    filter.allow(SCMP_SYS(prctl), {is(0, PR_GET_NAME)});
     // Not those that have somebody sent a signal.
     for (const auto command : {F_DUPFD, F_DUPFD_CLOEXEC, F_GETFD, F_SETFD, F_GETFL, F_SETFL}) {
-        filter.allow({SCMP_SYS(fcntl)}, {is(1, command)});
+        filter.allow(SCMP_SYS(fcntl), {is(1, command)});
     }
     // Whether it is a terminal; not to type into one.
-    for (const auto request : {TCGETS, FIONREAD}) filter.allow({SCMP_SYS(ioctl)}, {is(1, request)});
+    for (const auto request : {TCGETS, FIONREAD}) filter.allow(SCMP_SYS(ioctl), {is(1, request)});
 }
 
 void allowFiles(Filter& filter, bool mayWrite) {
@@ -208,8 +209,8 @@ void allowFiles(Filter& filter, bool mayWrite) {
     }
     // For kernels that know nothing better, as well.
     constexpr int changing = O_ACCMODE | O_CREAT | O_TRUNC;
-    filter.allow({SCMP_SYS(open)}, {bits(1, changing, O_RDONLY)});
-    filter.allow({SCMP_SYS(openat)}, {bits(2, changing, O_RDONLY)});
+    filter.allow(SCMP_SYS(open), {bits(1, changing, O_RDONLY)});
+    filter.allow(SCMP_SYS(openat), {bits(2, changing, O_RDONLY)});
 }
 
 void allowServers(Filter& filter) {
@@ -217,15 +218,15 @@ void allowServers(Filter& filter) {
     filter.add(SCMP_ACT_ALLOW, connecting);
     // Not those of this computer's services: the session bus, the display.
     for (const auto family : {AF_INET, AF_INET6}) {
-        filter.allow({SCMP_SYS(socket)}, {is(0, family), bits(1, typeOfSocket, SOCK_STREAM)});
-        filter.allow({SCMP_SYS(socket)}, {is(0, family), bits(1, typeOfSocket, SOCK_DGRAM)});
+        filter.allow(SCMP_SYS(socket), {is(0, family), bits(1, typeOfSocket, SOCK_STREAM)});
+        filter.allow(SCMP_SYS(socket), {is(0, family), bits(1, typeOfSocket, SOCK_DGRAM)});
     }
-    filter.allow({SCMP_SYS(ioctl)}, {is(1, FIONBIO)});
+    filter.allow(SCMP_SYS(ioctl), {is(1, FIONBIO)});
 }
 
 void allowThreads(Filter& filter) {
     constexpr std::uint64_t thread = CLONE_THREAD | CLONE_VM | CLONE_SIGHAND;
-    filter.allow({SCMP_SYS(clone)}, {bits(0, thread, thread)});
+    filter.allow(SCMP_SYS(clone), {bits(0, thread, thread)});
 }
 
 }  // namespace

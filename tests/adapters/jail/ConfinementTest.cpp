@@ -94,6 +94,13 @@ class ConfinementTest : public testing::Test {
     Listener abstractService{'\0' + folder.path().string()};
 };
 
+// Sanitizers need all the address space there is.
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+constexpr bool isMemoryBounded = false;
+#else
+constexpr bool isMemoryBounded = true;
+#endif
+
 const std::vector<std::string> forbidden{"read the users",
                                          "list the homes",
                                          "read elsewhere",
@@ -123,7 +130,10 @@ const std::vector<std::string> forbidden{"read the users",
 
 TEST_F(ConfinementTest, NothingIsLeftButTheWork) {
     expect("-", {{"its work", Outcome::gotIt}});
-    for (const auto& attempt : forbidden) expect("-", {{attempt, Outcome::refused}});
+    for (const auto& attempt : forbidden) {
+        const bool isBounded = isMemoryBounded || !attempt.ends_with(" memory");
+        if (isBounded) expect("-", {{attempt, Outcome::refused}});
+    }
     expect("-", {{"run a program", Outcome::killed}, {"be debugged", Outcome::killed}});
 }
 
