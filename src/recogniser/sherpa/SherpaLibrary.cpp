@@ -32,18 +32,22 @@ fs::path folderOfLibraries(const fs::path& folder) {
 }
 
 /// A folder that somebody put there by hand has no record.
-void demandWhatWasInstalled(const fs::path& folder) {
+void demandWhatWasInstalled(const fs::path& folder, const fs::path& library) {
     std::error_code error;
     if (!fs::exists(folder / recordName, error) && !error) return;
     std::ifstream stream(folder / recordName);
     const auto record = Json::parse(stream, nullptr, false);
+    std::map<std::string, std::string> sums;
     try {
         if (record.at("version") != sherpa::version)
             throw MessageError("sherpa-onnx: another version is installed");
-        demandIntact(folder, record.at("sha256").get<std::map<std::string, std::string>>());
+        record.at("sha256").get_to(sums);
     } catch (const Json::exception&) {
         throw MessageError(std::string("sherpa-onnx: ") + recordName + " cannot be read");
     }
+    if (!sums.contains(library.lexically_relative(folder)))
+        throw MessageError(std::string("sherpa-onnx: ") + recordName + " does not speak of the library");
+    demandIntact(folder, sums);
 }
 
 template <typename Function>
@@ -82,8 +86,8 @@ void findOffline(sherpa::Functions& f, void* library) {
 }  // namespace
 
 SherpaLibrary::SherpaLibrary(const fs::path& folder) {
-    demandWhatWasInstalled(folder);
     const auto libraries = folderOfLibraries(folder);
+    demandWhatWasInstalled(folder, libraries / libraryName);
     demandIntact(libraries, {{runtimeName, runtimeSum}});
     void* library = ::dlopen((libraries / libraryName).c_str(), RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr) {

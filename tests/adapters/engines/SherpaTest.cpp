@@ -244,28 +244,35 @@ TEST_F(SherpaTest, DamagedFilesAreRefusedBeforeTheyAreLoaded) {
 
 /// Whoever puts a model there by hand need not give checksums.
 TEST_F(SherpaTest, WithoutChecksumsDamageCostsTheProcessAtMost) {
-    const auto endAfter = [&](const std::function<void(const fs::path&)>& damage) {
-        const auto folder = copied(streamingModel);
-        auto model = request(folder);
-        model.sha256.clear();
-        damage(folder);
-        return endOf(model);
-    };
-    const auto write = [](const fs::path& file, const std::string& text) { std::ofstream(file) << text; };
-    EXPECT_EQ(endAfter([](const auto&) {}), End::understood);
     const auto isSurvivable = testing::AnyOf(End::refused, End::died);
-    for (const auto* name : {"encoder.onnx", "decoder.onnx", "joiner.onnx"}) {
-        EXPECT_THAT(endAfter([&](auto& it) { write(it / name, ""); }), isSurvivable) << name;
-        EXPECT_THAT(endAfter([&](auto& it) { write(it / name, "<html>no</html>"); }), isSurvivable) << name;
-        EXPECT_THAT(endAfter([&](auto& it) { fs::resize_file(it / name, 300); }), isSurvivable) << name;
+    for (const auto& original : {streamingModel, offlineModel}) {
+        const auto endAfter = [&](const std::function<void(const fs::path&)>& damage) {
+            const auto folder = copied(original);
+            auto model = request(folder);
+            model.sha256.clear();
+            damage(folder);
+            return endOf(model);
+        };
+        const auto write = [](const fs::path& file, const std::string& text) { std::ofstream(file) << text; };
+        const auto flip = [](const fs::path& path) {
+            std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
+            file.seekp(static_cast<std::streamoff>(fs::file_size(path) / 2));
+            file.put('~');
+        };
+        EXPECT_EQ(endAfter([](const auto&) {}), End::understood);
+        for (const auto* name : {"encoder.onnx", "decoder.onnx", "joiner.onnx"}) {
+            SCOPED_TRACE(original.string() + ": " + name);
+            EXPECT_THAT(endAfter([&](auto& it) { write(it / name, ""); }), isSurvivable);
+            EXPECT_THAT(endAfter([&](auto& it) { write(it / name, "<html>no</html>"); }), isSurvivable);
+            EXPECT_THAT(endAfter([&](auto& it) { fs::resize_file(it / name, 300); }), isSurvivable);
+            // It may make no difference, or one that nobody can see.
+            EXPECT_NE(endAfter([&](auto& it) { flip(it / name); }), End::hung);
+        }
+        EXPECT_THAT(endAfter([](auto& it) { fs::rename(it / "joiner.onnx", it / "encoder.onnx"); }),
+                    isSurvivable);
+        EXPECT_THAT(endAfter([&](auto& it) { write(it / "tokens.txt", "<blk> 0\n"); }), isSurvivable);
+        EXPECT_THAT(endAfter([&](auto& it) { write(it / "tokens.txt", "a b c\n\x01\x02\n"); }), isSurvivable);
     }
-    EXPECT_THAT(endAfter([&](auto& it) {
-                    fs::copy_file(it / "joiner.onnx", it / "encoder.onnx",
-                                  fs::copy_options::overwrite_existing);
-                }),
-                isSurvivable);
-    EXPECT_THAT(endAfter([&](auto& it) { write(it / "tokens.txt", "<blk> 0\n"); }), isSurvivable);
-    EXPECT_THAT(endAfter([&](auto& it) { write(it / "tokens.txt", "a b c\n\x01\x02\n"); }), isSurvivable);
 }
 
 TEST_F(SherpaTest, AnotherLibraryIsRefused) {
@@ -286,6 +293,8 @@ TEST_F(SherpaTest, AnotherLibraryIsRefused) {
     EXPECT_THAT(
         refusal(install("changed", R"({"version":"1.13.8","sha256":{"lib/libsherpa-onnx-c-api.so":"00"}})")),
         testing::HasSubstr("libsherpa-onnx-c-api.so"));
+    EXPECT_THAT(refusal(install("incomplete", R"({"version":"1.13.8","sha256":{}})")),
+                testing::HasSubstr("engine.json"));
     EXPECT_THAT(refusal(install("unreadable", "{")), testing::HasSubstr("engine.json"));
 
     auto model = install("flipped", "");
