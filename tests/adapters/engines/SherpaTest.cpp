@@ -5,6 +5,7 @@
 #include "linux/jail/Confinement.h"
 #include "recogniser/sherpa/PartialPace.h"
 #include "recogniser/sherpa/SherpaEngines.h"
+#include "recogniser/sherpa/SherpaParameters.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -15,6 +16,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <functional>
+#include <map>
 #include <random>
 #include <span>
 #include <string>
@@ -49,6 +51,14 @@ class Heard final : public Results {
 
 Json recordOf(const fs::path& folder) { return Json::parse(std::ifstream(folder / "model.json")); }
 
+/// With numbers as the program hands them over.
+std::map<std::string, std::string> parametersIn(const Json& record) {
+    std::map<std::string, std::string> parameters;
+    for (const auto& [name, value] : record.value("parameters", Json::object()).items())
+        parameters[name] = value.is_string() ? value.get<std::string>() : value.dump();
+    return parameters;
+}
+
 ModelRequest request(const fs::path& folder) {
     const auto record = recordOf(folder);
     return {.engine = record.at("engine"),
@@ -57,7 +67,7 @@ ModelRequest request(const fs::path& folder) {
             .folder = folder,
             .files = record.at("files"),
             .sha256 = record.at("sha256"),
-            .parameters = record.at("parameters"),
+            .parameters = parametersIn(record),
             .engineFolder = DORIX_SPEECH_ENGINE};
 }
 
@@ -326,6 +336,17 @@ TEST_F(SherpaTest, OnlyKnownParametersGoToTheLibrary) {
     auto model = request(streamingModel);
     model.kind = "embedded";
     EXPECT_THAT(refusal(model), testing::HasSubstr("embedded"));
+}
+
+TEST(SherpaParametersTest, EveryModelOfTheCatalogueHasSome) {
+    const auto catalogue = Json::parse(std::ifstream(DORIX_SPEECH_CATALOGUE));
+    int models = 0;
+    for (const auto& entry : catalogue.at("models")) {
+        const ModelRequest model{.kind = entry.at("kind"), .parameters = parametersIn(entry)};
+        EXPECT_NO_THROW(SherpaParameters{model}) << entry.at("id");
+        ++models;
+    }
+    EXPECT_GT(models, 5);
 }
 
 }  // namespace
