@@ -55,6 +55,9 @@ SettingsStore::SettingsStore(UserDefaults& defaults, LoginItem& loginItem, const
       onboardingDone(defaults.boolean("onboardingDone").value_or(false)),
       speechModels(storedNames(defaults, "speechModels")),
       speechMirrors(storedNames(defaults, "speechMirrors")),
+      speechServer(defaults.string("speechServer").value_or("")),
+      speechServerModel(defaults.string("speechServerModel").value_or("whisper-1")),
+      speechServerTold(defaults.string("speechServerTold").value_or("")),
       defaults_(defaults),
       loginItem_(loginItem),
       languageObserver_{.code = Observable<std::string>(appLanguage.get())} {
@@ -73,6 +76,9 @@ SettingsStore::SettingsStore(UserDefaults& defaults, LoginItem& loginItem, const
     writeThrough(onboardingDone, "onboardingDone", asIs);
     writeThrough(speechModels, "speechModels", asIs);
     writeThrough(speechMirrors, "speechMirrors", asIs);
+    writeThrough(speechServer, "speechServer", asIs);
+    writeThrough(speechServerModel, "speechServerModel", asIs);
+    writeThrough(speechServerTold, "speechServerTold", asIs);
     subscriptions_.push_back(defaults.observe("appLanguage", [this] { adoptLanguage(); }));
 }
 

@@ -58,6 +58,13 @@ class SettingsStore {
     /// By what the beginning of a model's address is replaced, where models come from elsewhere.
     Observable<std::map<std::string, std::string>> speechMirrors;
 
+    /// The address of a server that recognises speech instead of this computer; none where it is empty.
+    Observable<std::string> speechServer;
+    /// The model that it is asked for.
+    Observable<std::string> speechServerModel;
+    /// The server of which the user has been told that it hears what they say.
+    Observable<std::string> speechServerTold;
+
     LanguageObserver& languageObserver() { return languageObserver_; }
 
     /// Makes `code` ("es" or "en") the app language; the dictation language follows it.

@@ -460,6 +460,7 @@ constexpr auto kTable = std::to_array<Translation>({
      "The language %@ isn’t available for dictation on this Mac."},
     {"No se pudo preparar el formato de audio.", "Couldn’t prepare the audio format."},
     {"No hay micrófono disponible.", "No microphone available."},
+    {"Lo que dictes se enviará a %@ para transcribirlo.", "What you dictate will be sent to %@ to be transcribed."},
     {"Para ver la pantalla, activa «Grabación de pantalla» para DORIX en Ajustes del Sistema.",
      "To see the screen, turn on “Screen Recording” for DORIX in System Settings."},
     {"No se pudo capturar la ventana.", "Couldn’t capture the window."},

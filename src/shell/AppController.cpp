@@ -25,8 +25,10 @@ AppController::AppController(const Platform& platform)
       permissions_(platform.executor, platform.grants),
       speechModels_(platform.userData / "DORIX" / "models", platform.packagedSpeechModels,
                     settings_.speechModels),
-      recognition_(platform.executor, platform.helpers,
-                   modelChoice(speechModels_, platform.userData / "DORIX" / "engines")),
+      speechServer_(settings_, platform.keychain),
+      recognition_(
+          platform.executor, platform.helpers,
+          serverOr(speechServer_, modelChoice(speechModels_, platform.userData / "DORIX" / "engines"))),
       speech_(platform.executor, platform.audio,
               platform.recognition != nullptr ? *platform.recognition : recognition_),
       api_(platform.executor, platform.http, platform.keychain,
@@ -144,6 +146,11 @@ void AppController::showStatusItem() {
 }
 
 Task<void> AppController::prepareSpeech() {
+    co_await speechServer_.readKey();
+    if (const auto server = speechServer_.takeNotice()) {
+        const auto notice = formatText(tr("Lo que dictes se enviará a %@ para transcribirlo."), {*server});
+        dictation_.flash(HUDPhase::info(notice), 6.0);
+    }
     try {
         co_await speech_.prepare(settings_.language.get());
     } catch (const Error& error) {

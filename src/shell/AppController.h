@@ -28,6 +28,7 @@
 #include "speech/SpeechEngine.h"
 #include "speech/models/SpeechModels.h"
 #include "speech/recogniser/LocalRecognition.h"
+#include "speech/recogniser/SpeechServer.h"
 #include "writing/BasicPolisher.h"
 
 #include <filesystem>
@@ -93,6 +94,7 @@ class AppController {
     HistoryStore history_;
     Permissions permissions_;
     SpeechModels speechModels_;
+    SpeechServer speechServer_;
     LocalRecognition recognition_;
     SpeechEngine speech_;
     DorixAPI api_;

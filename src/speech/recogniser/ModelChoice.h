@@ -2,6 +2,7 @@
 
 #include "speech/models/SpeechModels.h"
 #include "speech/recogniser/LocalRecognition.h"
+#include "speech/recogniser/SpeechServer.h"
 
 #include <filesystem>
 
@@ -10,5 +11,8 @@ namespace dorix {
 /// Chooses among the installed models, which outlive the choice. `engines` is the folder of the engines that
 /// are loaded at run time, with a folder each.
 LocalRecognition::ChooseModel modelChoice(const SpeechModels& models, std::filesystem::path engines);
+
+/// Chooses the user's server where there is one, and else as `models` does. The server outlives the choice.
+LocalRecognition::ChooseModel serverOr(const SpeechServer& server, LocalRecognition::ChooseModel models);
 
 }  // namespace dorix

@@ -1,0 +1,35 @@
+#include "speech/recogniser/SpeechServer.h"
+
+#include "base/text/Url.h"
+#include "localdata/SettingsStore.h"
+#include "platform/Keychain.h"
+
+#include <utility>
+
+namespace dorix {
+
+Task<void> SpeechServer::readKey() { key_ = (co_await keychain_.read(keyAccount)).value_or(""); }
+
+std::optional<ModelRequest> SpeechServer::request(std::string language) const {
+    const auto address = settings_.speechServer.get();
+    if (address.empty()) return std::nullopt;
+    return ModelRequest{.engine = "server",
+                        .kind = "server",
+                        .language = std::move(language),
+                        .folder = {},
+                        .files = {},
+                        .sha256 = {},
+                        .parameters = {},
+                        .engineFolder = {},
+                        .server = {.address = address, .key = key_, .model = settings_.speechServerModel.get()}};
+}
+
+std::optional<std::string> SpeechServer::takeNotice() {
+    const auto address = settings_.speechServer.get();
+    auto host = hostOf(address);
+    if (!host || isThisComputer(*host) || settings_.speechServerTold.get() == address) return std::nullopt;
+    settings_.speechServerTold.set(address);
+    return host;
+}
+
+}  // namespace dorix

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "base/async/Task.h"
+#include "recognition/ModelRequest.h"
+
+#include <optional>
+#include <string>
+
+namespace dorix {
+
+class Keychain;
+class SettingsStore;
+
+/// A server that recognises speech instead of a model on this computer: one of the user's own choosing, by its
+/// address in the settings, and none unless there is one. Main executor; what it is given outlives it.
+class SpeechServer {
+ public:
+    /// Of the keychain: the key that the server asks for.
+    static constexpr auto keyAccount = "speech-server-key";
+
+    SpeechServer(SettingsStore& settings, Keychain& keychain) : settings_(settings), keychain_(keychain) {}
+
+    /// Once, before the first recognition.
+    Task<void> readKey();
+
+    std::optional<ModelRequest> request(std::string language) const;
+
+    /// The name of the server where what is said leaves this computer, and the user has not been told so yet. It
+    /// counts as told then.
+    std::optional<std::string> takeNotice();
+
+ private:
+    SettingsStore& settings_;
+    Keychain& keychain_;
+    std::string key_;
+};
+
+}  // namespace dorix
