@@ -7,7 +7,9 @@
 
 #include <algorithm>
 #include <exception>
+#include <filesystem>
 #include <set>
+#include <system_error>
 #include <utility>
 
 namespace dorix {
@@ -17,8 +19,7 @@ namespace {
 constexpr int mostFailures = 2;
 constexpr double idleSeconds = 600;
 
-// Seconds that the process may say nothing. What it loads may be half a gigabyte.
-constexpr double loadingPatience = 20;
+// Seconds that the process may say nothing.
 constexpr double workingPatience = 3;
 // A server has its own time-outs, after which it may be asked once more.
 constexpr double serverPatience = 45;
@@ -27,6 +28,18 @@ constexpr double serverPatience = 45;
 bool isStreaming(const ModelRequest& model) {
     static const std::set<std::string> kinds{"embedded", "streaming-transducer"};
     return kinds.contains(model.kind);
+}
+
+/// What is loaded may be half a gigabyte on a slow disk, which is read for its checksums as well.
+double loadingPatience(const ModelRequest& model) {
+    constexpr double bytesPerSecond = 20e6;
+    double bytes = 0;
+    for (const auto& [role, file] : model.files) {
+        std::error_code error;
+        const auto size = std::filesystem::file_size(model.folder / file, error);
+        if (!error) bytes += static_cast<double>(size);
+    }
+    return 20 + bytes / bytesPerSecond;
 }
 
 bool asksServer(const ModelRequest& model) { return !model.server.address.empty(); }
@@ -207,7 +220,7 @@ void Recogniser::lost(const std::string& how) {
 
 /// Whether the process has something to say by now, and how soon.
 void Recogniser::watch() {
-    if (!isReady_) return link_->expectWithin(loadingPatience);
+    if (!isReady_) return link_->expectWithin(loadingPatience(link_->model()));
     if (stale_ > 0) return link_->expectWithin(workingPatience);
     if (queue_.empty() || !hasBegun_) return link_->expectNothing();
     const auto& utterance = *queue_.front();

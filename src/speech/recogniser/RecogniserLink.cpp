@@ -14,6 +14,7 @@ RecogniserLink::RecogniserLink(Executor& main, HelperProcesses& processes, Model
     : model_(std::move(model)),
       onFrame_(std::move(onFrame)),
       onLost_(std::move(onLost)),
+      main_(main),
       silence_(main),
       failedStart_(main),
       process_(processes.launch(program, {.onBytes = [this](std::string_view bytes) { take(bytes); },
@@ -23,8 +24,13 @@ RecogniserLink::RecogniserLink(Executor& main, HelperProcesses& processes, Model
 }
 
 void RecogniserLink::expectWithin(double seconds) {
+    if (!silence_.isActive()) silentSince_ = main_.now();
     patience_ = seconds;
-    silence_.once(seconds, [this] { lose("no responde"); });
+    watchSilence();
+}
+
+void RecogniserLink::watchSilence() {
+    silence_.once(silentSince_ + patience_ - main_.now(), [this] { lose("no responde"); });
 }
 
 void RecogniserLink::expectNothing() { silence_.stop(); }
@@ -36,7 +42,8 @@ void RecogniserLink::sendBytes(std::string bytes) {
 void RecogniserLink::take(std::string_view bytes) {
     const std::weak_ptr<bool> life = life_;
     const auto onFrame = onFrame_;
-    if (silence_.isActive()) expectWithin(patience_);
+    silentSince_ = main_.now();
+    if (silence_.isActive()) watchSilence();
     reader_.take(bytes);
     while (const auto frame = reader_.next()) {
         onFrame(*frame);

@@ -29,7 +29,8 @@ class RecogniserLink {
     void send(Frame::Kind kind) { sendBytes(encoded({kind, {}})); }
     void sendAudio(std::span<const float> samples) { sendBytes(encodedAudio(samples)); }
 
-    /// It must say something within so many seconds, counted from now, and from each time it says something.
+    /// It must say something within so many seconds, counted from when this was first asked of it, and from
+    /// each time that it says something.
     void expectWithin(double seconds);
     void expectNothing();
 
@@ -37,12 +38,15 @@ class RecogniserLink {
     void sendBytes(std::string bytes);
     void take(std::string_view bytes);
     void lose(const std::string& how);
+    void watchSilence();
 
     const ModelRequest model_;
     const std::function<void(const Frame&)> onFrame_;
     const std::function<void(const std::string&)> onLost_;
+    Executor& main_;
     FrameReader reader_;
     double patience_ = 0;
+    double silentSince_ = 0;
     Timer silence_;
     Timer failedStart_;
     /// Gone with the link, which a frame may cost.

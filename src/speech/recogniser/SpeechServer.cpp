@@ -13,15 +13,16 @@ Task<void> SpeechServer::readKey() { key_ = (co_await keychain_.read(keyAccount)
 std::optional<ModelRequest> SpeechServer::request(std::string language) const {
     const auto address = settings_.speechServer.get();
     if (address.empty()) return std::nullopt;
-    return ModelRequest{.engine = "server",
-                        .kind = "server",
-                        .language = std::move(language),
-                        .folder = {},
-                        .files = {},
-                        .sha256 = {},
-                        .parameters = {},
-                        .engineFolder = {},
-                        .server = {.address = address, .key = key_, .model = settings_.speechServerModel.get()}};
+    return ModelRequest{
+        .engine = "server",
+        .kind = "server",
+        .language = std::move(language),
+        .folder = {},
+        .files = {},
+        .sha256 = {},
+        .parameters = {},
+        .engineFolder = {},
+        .server = {.address = address, .key = key_, .model = settings_.speechServerModel.get()}};
 }
 
 std::optional<std::string> SpeechServer::takeNotice() {

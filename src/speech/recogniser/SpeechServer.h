@@ -11,8 +11,8 @@ namespace dorix {
 class Keychain;
 class SettingsStore;
 
-/// A server that recognises speech instead of a model on this computer: one of the user's own choosing, by its
-/// address in the settings, and none unless there is one. Main executor; what it is given outlives it.
+/// A server that recognises speech instead of a model on this computer: one of the user's own choosing, by
+/// its address in the settings, and none unless there is one. Main executor; what it is given outlives it.
 class SpeechServer {
  public:
     /// Of the keychain: the key that the server asks for.
@@ -25,8 +25,8 @@ class SpeechServer {
 
     std::optional<ModelRequest> request(std::string language) const;
 
-    /// The name of the server where what is said leaves this computer, and the user has not been told so yet. It
-    /// counts as told then.
+    /// The name of the server where what is said leaves this computer, and the user has not been told so yet.
+    /// It counts as told then.
     std::optional<std::string> takeNotice();
 
  private:

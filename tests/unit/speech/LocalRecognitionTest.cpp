@@ -161,6 +161,21 @@ TEST_F(LocalRecognitionTest, ARecogniserThatFailsOnceCostsNoWord) {
     }
 }
 
+TEST_F(LocalRecognitionTest, ARecogniserThatHangsIsReplacedWhileOneTalksOn) {
+    for (const std::uint64_t heard : {0U, 4000U}) {
+        recognition->letGo();
+        processes.launches = 0;
+        processes.faults = {{heard, Fault::hangs}};
+        const auto said = begin();
+        speak(*said, numbers(250));
+        EXPECT_EQ(processes.launches, 2) << heard;
+        EXPECT_EQ(said->partials.back(), text(250));
+        said->input.finish();
+        executor.runPosted();
+        EXPECT_EQ(said->final, text(250));
+    }
+}
+
 TEST_F(LocalRecognitionTest, TwoFailuresAreAnErrorAndTheNextUtteranceIsHeard) {
     processes.faults = {{1600, Fault::dies}, {0, Fault::hangs}};
     const auto said = begin();
