@@ -641,6 +641,18 @@ constexpr auto kTable = std::to_array<Translation>({
     {"El servidor de transcripción ha fallado.", "The transcription server has failed."},
     {"La respuesta del servidor de transcripción no se entiende.",
      "The answer of the transcription server can’t be understood."},
+    {"Este modelo de voz se publica como %@, pero su autor no deja clara la licencia. ",
+     "This speech model is published as %@, but its author doesn’t make the license clear. "},
+    {"Este modelo de voz ocupa %@ de memoria, mucho para este ordenador. ",
+     "This speech model takes up %@ of memory, a lot for this computer. "},
+    {"Si te parece bien, elige «Aceptar y descargar» en el menú del icono.",
+     "If that’s fine with you, choose “Accept and download” in the icon’s menu."},
+    {"Para dictar en %@ falta un modelo de voz (%@). %@ Instálalo desde el menú del icono, con un clic derecho.",
+     "To dictate in %@ a speech model is missing (%@). %@ Install it from the icon’s menu, with a right click."},
+    {"Cancelar la descarga del modelo de voz · %d %%", "Cancel the download of the speech model · %d%%"},
+    {"Aceptar y descargar · %@", "Accept and download · %@"},
+    {"Instalar el dictado en %@ · %@", "Install dictation in %@ · %@"},
+    {"Ya puedes dictar en %@", "You can now dictate in %@"},
 });
 // clang-format on
 

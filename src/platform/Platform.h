@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -14,6 +15,7 @@ class CompanionService;
 class EventPoster;
 class Executor;
 class FileReplacer;
+class FolderPublisher;
 class HelperProcesses;
 class HotKeyRegistrar;
 class HttpClient;
@@ -54,6 +56,7 @@ struct Platform {
     std::filesystem::path userData;  // the folder in which programs keep a folder each for the user's data
     /// Where the system's package has its models of speech; there may be none.
     std::filesystem::path packagedSpeechModels;
+    std::uint64_t memory = 0;  // of the computer, in bytes; 0 where that is not known
     KeyEventMonitors& keyEvents;
     MouseEventMonitors& mouseEvents;
     HotKeyRegistrar& hotKeys;
@@ -77,6 +80,7 @@ struct Platform {
     CompanionService& companion;
     SavePanel& savePanel;
     FileReplacer& files;
+    FolderPublisher& folders;
     SessionState& session;
     Application& application;
 };

@@ -31,6 +31,10 @@ AppController::AppController(const Platform& platform)
           serverOr(speechServer_, modelChoice(speechModels_, platform.userData / "DORIX" / "engines"))),
       speech_(platform.executor, platform.audio,
               platform.recognition != nullptr ? *platform.recognition : recognition_),
+      unpacker_(platform.executor, platform.helpers),
+      modelInstaller_({platform.executor, platform.http, unpacker_, platform.folders},
+                      ModelCatalogue::packaged(), platform.userData / "DORIX", settings_.speechMirrors,
+                      platform.memory),
       api_(platform.executor, platform.http, platform.keychain,
            configuredServer(platform.defaults, platform.packagedServer)),
       account_(platform.executor, api_, platform.keychain, platform.defaults, platform.computerName),
@@ -53,6 +57,8 @@ AppController::AppController(const Platform& platform)
       panelHost_(platform, state_, windows, panel_, dictation_),
       firstRunHint_(platform.executor, platform.defaults, state_),
       toasts_(state_, settings_, dictation_),
+      speechOffer_(platform.executor, state_, settings_, speechModels_, modelInstaller_, dictation_,
+                   speech_.downloadProgress),
       sessionNotice_(platform.session, platform.defaults, platform.notifications, dictation_),
       accountNotice_(windows, dictation_),
       keys_(platform.executor, platform.keyEvents, platform.hotKeys, state_, settings_, permissions_, speech_,
@@ -61,6 +67,11 @@ AppController::AppController(const Platform& platform)
     account_.onNeedsAttention = [this](const APIError& error) {
         if (!ownService_.mends(error)) accountNotice_.tell(error);
     };
+    modelInstaller_.onLetGo = [this](const std::string&) { recognition_.letGo(); };
+    speechOffer_.onInstalled = [this] { tasks_.spawn(prepareSpeech()); };
+    // The system's own recogniser has its models from the system.
+    if (platform.recognition == nullptr)
+        speech_.onUnsupportedLocale = [this] { speechOffer_.languageMissing(); };
     dictation_.accountReady = [this] { return accountReady(); };
     inserter_.mayType = [this] { return !platform_.session.locked.get(); };
 }
@@ -129,8 +140,12 @@ IconVerbs AppController::iconVerbs() {
             .terminate = [this] { platform_.application.terminate(); }};
 }
 
-Menu AppController::iconMenu() const {
-    return dorix::iconMenu(state_.panelOpen.get(), settings_.paused.get(), iconVerbs_);
+Menu AppController::iconMenu() {
+    const bool needsModels = platform_.recognition == nullptr && settings_.speechServer.get().empty();
+    auto menu = needsModels ? speechOffer_.menu() : Menu();
+    const auto always = dorix::iconMenu(state_.panelOpen.get(), settings_.paused.get(), iconVerbs_);
+    menu.insert(menu.end(), always.begin(), always.end());
+    return menu;
 }
 
 std::string AppController::iconTooltip() const {

@@ -25,7 +25,10 @@
 #include "shell/Keys.h"
 #include "shell/Notices.h"
 #include "shell/PanelHost.h"
+#include "shell/SpeechOffer.h"
 #include "speech/SpeechEngine.h"
+#include "speech/models/HelperUnpacker.h"
+#include "speech/models/ModelInstaller.h"
 #include "speech/models/SpeechModels.h"
 #include "speech/recogniser/LocalRecognition.h"
 #include "speech/recogniser/SpeechServer.h"
@@ -65,7 +68,7 @@ class AppController {
     void reopen() { panelHost_.toggle(); }
 
     /// The menu of the icon, as things stand.
-    Menu iconMenu() const;
+    Menu iconMenu();
     /// The icon's tooltip, in the app language.
     std::string iconTooltip() const;
 
@@ -77,6 +80,8 @@ class AppController {
     AccountStore& account() { return account_; }
     AccountForm& accountForm() { return accountForm_; }
     Toasts& toasts() { return toasts_; }
+    SpeechModels& speechModels() { return speechModels_; }
+    ModelInstaller& modelInstaller() { return modelInstaller_; }
 
  private:
     IconVerbs iconVerbs();
@@ -97,6 +102,8 @@ class AppController {
     SpeechServer speechServer_;
     LocalRecognition recognition_;
     SpeechEngine speech_;
+    HelperUnpacker unpacker_;
+    ModelInstaller modelInstaller_;
     DorixAPI api_;
     AccountStore account_;
     OwnService ownService_;
@@ -119,6 +126,7 @@ class AppController {
     PanelHost panelHost_;
     FirstRunHint firstRunHint_;
     Toasts toasts_;
+    SpeechOffer speechOffer_;
     LimitedSessionNotice sessionNotice_;
     AccountNotice accountNotice_;
     Keys keys_;

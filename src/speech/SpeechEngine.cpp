@@ -107,7 +107,10 @@ void SpeechEngine::abandon(SpeechSession& session) {
 
 std::string SpeechEngine::localeFor(const std::string& language) const {
     auto locale = recognition_.supportedLocale(language);
-    if (!locale) throw EngineError::unsupportedLocale(language);
+    if (!locale) {
+        onUnsupportedLocale();
+        throw EngineError::unsupportedLocale(language);
+    }
     return *std::move(locale);
 }
 

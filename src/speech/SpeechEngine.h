@@ -11,6 +11,7 @@
 #include "speech/SpeechInput.h"
 #include "speech/SpeechSession.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -53,6 +54,9 @@ class SpeechEngine final : public SpeechInput {
     bool isBehind() const override { return isRunning() && session_->isBehind(); }
 
     bool isRunning() const { return session_ && session_->isListening(); }
+
+    /// Called when nothing recognises the language that was asked for, before that is thrown.
+    std::function<void()> onUnsupportedLocale = [] {};
 
     /// 0 to 1 while a model is being downloaded.
     Observable<std::optional<double>> downloadProgress;

@@ -11,6 +11,7 @@
 #include "fakes/MemoryUserDefaults.h"
 #include "fakes/TemporaryFolder.h"
 #include "platform/CompanionService.h"
+#include "platform/FolderPublisher.h"
 #include "platform/HelperProcess.h"
 #include "platform/Keychain.h"
 #include "platform/Notifications.h"
@@ -46,6 +47,7 @@ struct FakePlatform {
     UnavailableCompanionService companion;
     FakeSavePanel savePanel;
     UnavailableFileReplacer files;
+    UnavailableFolderPublisher folders;
     SessionState session;
     FakeStatusItem statusItem;
     FakeApplication application;
@@ -80,6 +82,7 @@ struct FakePlatform {
                 .companion = companion,
                 .savePanel = savePanel,
                 .files = files,
+                .folders = folders,
                 .session = session,
                 .application = application};
     }

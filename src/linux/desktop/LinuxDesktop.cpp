@@ -30,6 +30,7 @@
 #include "linux/x11/X11Workspace.h"
 #include "linux/xdg/AtomicFile.h"
 #include "linux/xdg/AutostartLoginItem.h"
+#include "linux/xdg/DurableFolders.h"
 #include "linux/xdg/Environment.h"
 #include "linux/xdg/JsonUserDefaults.h"
 
@@ -149,6 +150,7 @@ struct LinuxDesktop::Adapters {
     LinuxHelperProcesses helpers;
     XdgUrlOpener urls;
     AtomicFileReplacer files;
+    DurableFolders folders;
     ChildCompanionService companion;
     CurlHttpClient http;
     SecretKeychain keychain{bundleIdentifier, xdgDataHome() / "DORIX" / "secrets.json"};
@@ -189,6 +191,7 @@ Platform LinuxDesktop::platform(Application& application) {
             .computerName = computerName(),
             .userData = xdgDataHome(),
             .packagedSpeechModels = packagedSpeechModels(),
+            .memory = computerMemory(),
             .keyEvents = *made.keyEvents,
             .mouseEvents = *made.mouseEvents,
             .hotKeys = *made.hotKeys,
@@ -211,6 +214,7 @@ Platform LinuxDesktop::platform(Application& application) {
             .companion = made.companion,
             .savePanel = made.savePanel,
             .files = made.files,
+            .folders = made.folders,
             .session = made.session,
             .application = application};
 }

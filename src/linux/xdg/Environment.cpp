@@ -94,6 +94,12 @@ std::string computerName() {
     return host.data();
 }
 
+std::uint64_t computerMemory() {
+    const auto pages = ::sysconf(_SC_PHYS_PAGES);
+    const auto size = ::sysconf(_SC_PAGESIZE);
+    return pages > 0 && size > 0 ? static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(size) : 0;
+}
+
 std::filesystem::path xdgDocuments() {
     constexpr std::string_view key = "XDG_DOCUMENTS_DIR=\"";
     constexpr std::string_view homeVariable = "$HOME/";

@@ -33,6 +33,9 @@ std::filesystem::path packagedSpeechModels();
 /// What the user calls this computer, or else its host name.
 std::string computerName();
 
+/// The memory of the computer, in bytes; 0 where the system does not say.
+std::uint64_t computerMemory();
+
 /// Whether the desktop is one where X11 reaches only the windows of programs that use it.
 bool isWaylandSession();
 

@@ -1,0 +1,136 @@
+#include "shell/SpeechOffer.h"
+
+#include "base/Log.h"
+#include "base/async/Sleep.h"
+#include "dictation/DictationController.h"
+#include "localdata/Language.h"
+#include "localdata/SettingsStore.h"
+#include "speech/models/InstallError.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace dorix {
+
+namespace {
+
+// Seconds that messages show.
+constexpr double secondsToRead = 10.0;
+constexpr double secondsForOutcome = 6.0;
+
+/// Whether it may be installed without another word.
+bool isHarmless(const ModelOffer& offer) { return offer.isLicenceClear && offer.hasMemory; }
+
+std::string question(const ModelOffer& offer) {
+    std::string text;
+    if (!offer.isLicenceClear) {
+        text =
+            formatText(tr("Este modelo de voz se publica como %@, pero su autor no deja clara la licencia. "),
+                       {offer.licence});
+    }
+    if (!offer.hasMemory) {
+        text += formatText(tr("Este modelo de voz ocupa %@ de memoria, mucho para este ordenador. "),
+                           {sizeText(offer.needs.memory)});
+    }
+    return text + tr("Si te parece bien, elige «Aceptar y descargar» en el menú del icono.");
+}
+
+}  // namespace
+
+SpeechOffer::SpeechOffer(Executor& executor, const AppState& state, const SettingsStore& settings,
+                         const SpeechModels& models, ModelInstaller& installer,
+                         DictationController& dictation, Observable<std::optional<double>>& progress)
+    : settings_(settings),
+      models_(models),
+      installer_(installer),
+      dictation_(dictation),
+      progress_(progress),
+      hudObserver_(state.hud.subscribe([this](const HUDPhase& phase) { follow(phase); })),
+      tasks_(executor) {}
+
+std::string SpeechOffer::languageLabel() const {
+    const auto& id = settings_.language.get();
+    const auto* row = std::ranges::find(dictationLanguages, id, &DictationLanguage::id);
+    return row == dictationLanguages.end() ? id : std::string(row->label);
+}
+
+/// None where the language has a model already, or nothing can be done about it.
+std::optional<ModelOffer> SpeechOffer::best() const {
+    const auto& language = settings_.language.get();
+    if (models_.choose(language)) return std::nullopt;
+    const auto suggestion = installer_.suggestionFor(language);
+    return suggestion ? std::optional(suggestion->best) : std::nullopt;
+}
+
+/// A press that was only a tap shows no error, and then nothing more is told either.
+void SpeechOffer::follow(const HUDPhase& phase) {
+    if (phase.kind == HUDPhase::Kind::error && isMissing_) isTold_ = true;
+    if (phase.kind != HUDPhase::Kind::hidden || !isTold_) return;
+    isMissing_ = isTold_ = false;
+    const auto offer = best();
+    if (!offer || !installing_.empty()) return;
+    const auto text = formatText(tr("Para dictar en %@ falta un modelo de voz (%@). %@ Instálalo desde el "
+                                    "menú del icono, con un clic derecho."),
+                                 {languageLabel(), sizeText(offer->needs.download), offer->line});
+    tasks_.spawn(tell(text));
+}
+
+/// Not inside the change of the HUD that it follows.
+Task<void> SpeechOffer::tell(std::string text) {
+    co_await sleep(0);
+    if (dictation_.isIdle()) dictation_.flash(HUDPhase::info(text), secondsToRead);
+}
+
+Menu SpeechOffer::menu() {
+    if (!installing_.empty()) {
+        const auto percent = static_cast<std::int64_t>(std::floor(progress_.get().value_or(0) * 100));
+        return {{formatText(tr("Cancelar la descarga del modelo de voz · %d %%"), {percent}),
+                 [this] { installer_.cancel(installing_); }},
+                ClosureMenuItem::separator()};
+    }
+    const auto offer = best();
+    if (!offer) return {};
+    const auto size = sizeText(offer->needs.download);
+    const auto label = askedAbout_ == offer->id
+                           ? formatText(tr("Aceptar y descargar · %@"), {size})
+                           : formatText(tr("Instalar el dictado en %@ · %@"), {languageLabel(), size});
+    return {{label, [this, chosen = *offer] { this->chosen(chosen); }}, ClosureMenuItem::separator()};
+}
+
+void SpeechOffer::chosen(const ModelOffer& offer) {
+    if (!installing_.empty()) return;
+    if (!isHarmless(offer) && askedAbout_ != offer.id) {
+        askedAbout_ = offer.id;
+        return dictation_.flash(HUDPhase::info(question(offer)), secondsToRead);
+    }
+    tasks_.spawn(install(offer));
+}
+
+Task<void> SpeechOffer::install(ModelOffer offer) {
+    installing_ = offer.id;
+    progress_.set(0.0);
+    const auto language = languageLabel();
+    std::string failure;
+    bool isCancelled = false;
+    try {
+        co_await installer_.install(offer.id, ModelInstaller::Licence::accepted,
+                                    [this](double fraction) { progress_.set(fraction); });
+    } catch (const Cancelled&) {
+        isCancelled = true;
+    } catch (const Error& error) {
+        failure = error.localizedDescription();
+    }
+    installing_.clear();
+    askedAbout_.clear();
+    progress_.set(std::nullopt);
+    if (isCancelled) co_return;
+    if (!failure.empty()) {
+        logLine("no se pudo instalar el modelo de voz " + offer.id + ": " + failure);
+        dictation_.flash(HUDPhase::error(failure), secondsForOutcome);
+        co_return;
+    }
+    dictation_.flash(HUDPhase::done(formatText(tr("Ya puedes dictar en %@"), {language})), secondsForOutcome);
+    onInstalled();
+}
+
+}  // namespace dorix
