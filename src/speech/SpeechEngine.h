@@ -91,6 +91,7 @@ class SpeechEngine final : public SpeechInput {
     void closeAudio(KeepHealth keepHealth);
     void reopen(std::string_view reason);
     void checkHealth();
+    bool hasMicrophoneCome() const;
     double soundAge() const { return main_.now() - clock_.value(); }
     bool hasHeard() const { return hasHeard_ || clock_.value() > openedAt_; }
 

@@ -91,8 +91,15 @@ bool SpeechEngine::lacksSound() const {
     return hasGap_ || !audio_->isRunning() || soundAge() > gapAge;
 }
 
+/// There was none to reopen, and now there is one.
+bool SpeechEngine::hasMicrophoneCome() const {
+    return audio_->inputFormat().channelCount <= 0 &&
+           audioFactory_.makeEngine()->inputFormat().channelCount > 0;
+}
+
 void SpeechEngine::checkHealth() {
     if (!isRunning()) return;
+    if (hasMicrophoneCome()) return reopen("cambio de micrófono");
     const double age = soundAge();
     if (age > silentAge) level.set(0);
     if (age > reopenAge && restarts_ < maximumRestarts) {
