@@ -41,6 +41,8 @@ class ToneSpeech {
             samples_.push_back(static_cast<float>(level * fade * std::sin(angle)));
         }
         text_ += piece.text;
+        const double until = static_cast<double>(samples_.size()) / sampleRate;
+        said_.push_back({piece.text, until - static_cast<double>(count) / sampleRate, until});
     }
 
     void pause(double seconds) {
@@ -61,8 +63,23 @@ class ToneSpeech {
     /// All that was said.
     std::string text() const { return text_.starts_with(' ') ? text_.substr(1) : text_; }
 
+    /// The pieces that lie whole between two times, in seconds; they begin as the first of them does.
+    std::string textWithin(double from, double until) const {
+        std::string text;
+        for (const auto& piece : said_)
+            if (piece.from >= from && piece.until <= until) text += piece.text;
+        return text;
+    }
+
  private:
+    struct Said {
+        std::string_view text;
+        double from;
+        double until;
+    };
+
     std::vector<float> samples_;
+    std::vector<Said> said_;
     std::string text_;
     std::size_t last_ = pieces.size();
 };

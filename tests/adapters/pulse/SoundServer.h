@@ -24,8 +24,10 @@ namespace dorix {
 /// that gives back what is played to it (16 kHz mono), "speaker" and "other" (44.1 kHz stereo) likewise.
 class SoundServer {
  public:
-    /// The number of the module that makes the source "virtmic": they are counted as launch() loads them.
+    /// The numbers of the modules that make the sources "virtmic" and "other": they are counted as launch()
+    /// loads them.
     static constexpr const char* virtmicModule = "2";
+    static constexpr const char* otherModule = "4";
 
     static bool isInstalled() { return std::filesystem::exists("/usr/bin/pulseaudio"); }
 
@@ -57,14 +59,17 @@ class SoundServer {
         return OtherProgram(arguments, environment()).wait() == 0;
     }
 
-    /// Plays mono sound at 16 kHz into "mic"; returns at once.
-    void play(const std::vector<float>& samples) {
+    /// Plays sound into a sink; returns at once.
+    void play(const std::vector<float>& samples, AudioFormat format = {16000, 1},
+              const std::string& sink = "mic") {
         const std::string bytes(reinterpret_cast<const char*>(samples.data()),
                                 samples.size() * sizeof(float));
         // A server-side buffer longer than the sound: a busy machine does not tear it.
         player_.emplace(
-            std::vector<std::string>{"paplay", "-s", address(), "-d", "mic", "--raw", "--format=float32le",
-                                     "--rate=16000", "--channels=1", "--latency-msec=4000", "/dev/stdin"},
+            std::vector<std::string>{"paplay", "-s", address(), "-d", sink, "--raw", "--format=float32le",
+                                     "--rate=" + std::to_string(std::lround(format.sampleRate)),
+                                     "--channels=" + std::to_string(format.channelCount),
+                                     "--latency-msec=4000", "/dev/stdin"},
             environment(), bytes);
     }
 
