@@ -1,9 +1,11 @@
 #!/usr/bin/python3
 """Words that are said when nobody expects them: while the last ones are still being written, into a microphone that is
-pulled out, when the program is told to end. None may be lost, and no half sentence typed. Takes the program's path."""
+pulled out, when the program is told to end. None may be lost, and no half sentence typed; and nobody stays behind. Takes
+the program's path."""
 
 import json
 import os
+import signal
 import sys
 import threading
 import time
@@ -16,6 +18,7 @@ sys.path[:0] = [str(ROOT / "tools/demo"), str(ROOT / "tools/desktop")]
 
 from dorix import Dorix  # noqa: E402
 from outcome import sounds_like  # noqa: E402
+from recogniser import recogniser_of  # noqa: E402
 from supervision import supervised  # noqa: E402
 from user import HOLD_KEY, LEAD, User  # noqa: E402
 from virtual_desktop import VirtualDesktop  # noqa: E402
@@ -42,6 +45,8 @@ class FlowTest(unittest.TestCase):
         self.speak_before_the_last_text_is_written()
         self.end_while_an_utterance_is_processed()
         self.end_in_the_middle_of_a_sentence()
+        self.press_escape_while_the_last_words_are_recognised()
+        self.end_while_the_last_words_are_recognised()
         self.pull_the_microphone_out()
 
     def words(self, sentence: str) -> Path:
@@ -90,7 +95,42 @@ class FlowTest(unittest.TestCase):
         self.assertFalse(self.remembered()["inserted"])
         self.assertEqual(self.editor.text(), before)
 
+    def speak_to_a_recogniser_that_stops(self, sentence: str) -> int:
+        """Lets the key go when it is at the last words; the recogniser."""
+        recogniser = recogniser_of(self.dorix.pid)
+        self.user.press_and_hold(HOLD_KEY)
+        time.sleep(LEAD)
+        speak(self.desktop, self.words(sentence))
+        os.kill(recogniser, signal.SIGSTOP)
+        self.user.let_go(HOLD_KEY)
+        self.wait(self.is_busy)
+        return recogniser
+
+    def press_escape_while_the_last_words_are_recognised(self):
+        known = len(self.dorix.history())
+        recogniser = self.speak_to_a_recogniser_that_stops(FIRST)
+        self.user.press("Escape")
+        time.sleep(0.5)
+        self.assertTrue(self.is_busy(), "it is the recording's, which is over")
+        os.kill(recogniser, signal.SIGCONT)
+        self.wait(lambda: len(self.dorix.history()) == known + 1 and not self.is_busy())
+        self.assertTrue(sounds_like(FIRST, self.remembered()["query"]), self.remembered())
+        self.assertTrue(self.remembered()["inserted"])
+
+    def end_while_the_last_words_are_recognised(self):
+        known = len(self.dorix.history())
+        before = self.editor.text()
+        recogniser = self.speak_to_a_recogniser_that_stops(FIRST)
+        self.dorix.restart()
+        self.assertTrue(wait_until(lambda: not Path(f"/proc/{recogniser}").exists(), PATIENCE))
+        self.assertEqual(len(self.dorix.history()), known + 1)
+        # As far as they were understood.
+        self.assertTrue(set(self.remembered()["query"].lower().split()) & set(FIRST.split()), self.remembered())
+        self.assertFalse(self.remembered()["inserted"])
+        self.assertEqual(self.editor.text(), before)
+
     def pull_the_microphone_out(self):
+        known = len(self.dorix.history())
         before = self.editor.text()
         sentence = self.words(FIRST)
         self.user.press_and_hold(HOLD_KEY)
@@ -101,7 +141,7 @@ class FlowTest(unittest.TestCase):
         self.assertEqual(self.desktop.spawn(["pactl", "unload-module", "module-remap-source"]).wait(), 0)
         speaking.join()
         self.user.let_go(HOLD_KEY)
-        self.wait(lambda: len(self.dorix.history()) == 5 and not self.is_busy())
+        self.wait(lambda: len(self.dorix.history()) == known + 1 and not self.is_busy())
         self.assertFalse(self.remembered()["inserted"])
         self.assertEqual(self.editor.text(), before, "half a sentence")
         messages = [event["text"] for event in self.dorix.events() if event.get("hud") == "error"]

@@ -212,6 +212,7 @@ TEST_F(DictationControllerTest, AfterTheReleaseItIsSeenThroughHoweverSlowlyTheEn
     bench.speech.started.complete();
     bench.executor.advanceBy(0.5);
     flow.cancelRecording();
+    bench.settings.paused.set(true);
     bench.executor.advanceBy(0.5 + 0.45);
     EXPECT_EQ(bench.inserted, "Una frase de prueba.");
 }
