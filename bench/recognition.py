@@ -8,7 +8,7 @@ all, one after the other, in one process of the recogniser, as it would a user. 
 
 - the word error rate: words wrong, missing or too many, of those that were said. Case and punctuation do not count,
   accents do.
-- the computing for a second of sound, from hearing a recording all at once;
+- the processor's time for a second of sound, loading included, from hearing the recordings all at once;
 - the time from the end of a recording to its text, heard in real time and ended 50 ms after its last word;
 - the proportional memory of the recogniser's process after the last recording.
 """
@@ -93,13 +93,21 @@ class Lab:
             raise SystemExit(f"{file}: {answer['error']}")
         return answer
 
-    def recogniser_memory(self) -> float | None:
-        """In MiB, shared pages divided among those who share them; nothing where it may not be looked at."""
+    def recogniser(self) -> Path:
+        """Its process."""
         tasks = Path(f"/proc/{self._process.pid}/task").glob("*/children")
-        for child in " ".join(task.read_text() for task in tasks).split():
-            with contextlib.suppress(OSError):
-                pages = Path(f"/proc/{child}/smaps_rollup").read_text()
-                return int(re.search(r"^Pss:\s+(\d+)", pages, re.MULTILINE)[1]) / 1024
+        child, = " ".join(task.read_text() for task in tasks).split()
+        return Path("/proc", child)
+
+    def processor_seconds(self) -> float:
+        ticks = (self.recogniser() / "stat").read_text().rpartition(")")[2].split()[11:13]
+        return sum(map(int, ticks)) / os.sysconf("SC_CLK_TCK")
+
+    def memory(self) -> float | None:
+        """In MiB, shared pages divided among those who share them; nothing where it may not be looked at."""
+        with contextlib.suppress(PermissionError):
+            pages = (self.recogniser() / "smaps_rollup").read_text()
+            return int(re.search(r"^Pss:\s+(\d+)", pages, re.MULTILINE)[1]) / 1024
         return None
 
 
@@ -131,8 +139,8 @@ def measure(lab: Path, model: str, language: str, recordings: list[Path], realti
             figures.words += len(said)
             figures.errors += errors
             figures.sound += seconds_of(recording)
-            figures.computing += answer["seconds"]
-        figures.memory = recogniser.recogniser_memory()
+        figures.computing = recogniser.processor_seconds()
+        figures.memory = recogniser.memory()
     if realtime:
         with tempfile.TemporaryDirectory() as folder, Lab(lab, model, language) as recogniser:
             for recording in recordings:
@@ -164,7 +172,7 @@ def main() -> int:
     rows = [measure(options.lab, model["id"], options.language, recordings, not options.no_realtime)
             .row(f"{model['id']}, {model['engine']}") for model in models]
     print(f"{len(recordings)} recordings, load of the machine {os.getloadavg()[0]:.1f}\n")
-    print("| Model, engine | Words | Errors | Computing for 1 s | End to text, median and worst | Memory |")
+    print("| Model, engine | Words | Errors | Processor for 1 s | End to text, median and worst | Memory |")
     print("|---|---|---|---|---|---|")
     print("\n".join(rows))
     return 0

@@ -18,7 +18,7 @@ sys.path[:0] = [str(ROOT / "tools/demo"), str(ROOT / "tools/desktop")]
 
 from dorix import Dorix  # noqa: E402
 from outcome import sounds_like  # noqa: E402
-from recogniser import recogniser_of  # noqa: E402
+from recogniser import has_ended, recogniser_of  # noqa: E402
 from supervision import supervised  # noqa: E402
 from user import HOLD_KEY, LEAD, User  # noqa: E402
 from virtual_desktop import VirtualDesktop  # noqa: E402
@@ -122,7 +122,7 @@ class FlowTest(unittest.TestCase):
         before = self.editor.text()
         recogniser = self.speak_to_a_recogniser_that_stops(FIRST)
         self.dorix.restart()
-        self.assertTrue(wait_until(lambda: not Path(f"/proc/{recogniser}").exists(), PATIENCE))
+        self.assertTrue(wait_until(lambda: has_ended(recogniser), PATIENCE))
         self.assertEqual(len(self.dorix.history()), known + 1)
         # As far as they were understood.
         self.assertTrue(set(self.remembered()["query"].lower().split()) & set(FIRST.split()), self.remembered())

@@ -23,6 +23,14 @@ def recogniser_of(dorix: int) -> int | None:
     return None
 
 
+def has_ended(process: int) -> bool:
+    try:
+        state = Path(f"/proc/{process}/stat").read_text().rpartition(") ")[2]
+    except (FileNotFoundError, ProcessLookupError):
+        return True
+    return state.startswith("Z")  # nobody has asked how
+
+
 class Accident:
     """Befalls the recogniser some seconds from now."""
 
