@@ -68,6 +68,11 @@ class SpeechRecognition {
     /// it is not loaded; it then stays for the life of the process.
     virtual Task<std::optional<AudioFormat>> bestAvailableAudioFormat(std::string locale) = 0;
 
+    /// The same format, where it is known before anything is loaded.
+    virtual std::optional<AudioFormat> knownFormat(const std::string& /*locale*/) const {
+        return std::nullopt;
+    }
+
     virtual std::unique_ptr<SpeechAnalyzer> makeAnalyzer(const std::string& locale) = 0;
 };
 

@@ -15,11 +15,10 @@ static_assert(std::endian::native == std::endian::little);
 using Length = std::uint32_t;
 constexpr std::size_t headSize = sizeof(Length) + sizeof(Frame::Kind);
 
-constexpr std::array kinds{Frame::Kind::open,     Frame::Kind::begin,   Frame::Kind::audio,
-                           Frame::Kind::finish,   Frame::Kind::drop,    Frame::Kind::unpack,
-                           Frame::Kind::unpacked, Frame::Kind::loading, Frame::Kind::ready,
-                           Frame::Kind::refused,  Frame::Kind::heard,   Frame::Kind::partial,
-                           Frame::Kind::final,    Frame::Kind::done};
+constexpr std::array kinds{
+    Frame::Kind::open,    Frame::Kind::begin,    Frame::Kind::audio, Frame::Kind::finish,  Frame::Kind::drop,
+    Frame::Kind::unpack,  Frame::Kind::unpacked, Frame::Kind::ready, Frame::Kind::refused, Frame::Kind::heard,
+    Frame::Kind::partial, Frame::Kind::final,    Frame::Kind::done};
 
 template <typename T>
 T valueIn(std::string_view bytes) {

@@ -21,7 +21,6 @@ struct Frame {
         finish = 4,  // that was all of its sound
         drop = 5,    // its words are not wanted
         // From the recogniser:
-        loading = 64,   // still at it
         ready = 65,     // the model is loaded
         refused = 66,   // it cannot be, and why; trying again is of no use
         heard = 67,     // how much of the utterance's sound has been worked on

@@ -162,9 +162,10 @@ void AppController::showStatusItem() {
 
 Task<void> AppController::prepareSpeech() {
     co_await speechServer_.readKey();
-    if (const auto server = speechServer_.takeNotice()) {
+    if (const auto server = speechServer_.notice()) {
         const auto notice = formatText(tr("Lo que dictes se enviará a %@ para transcribirlo."), {*server});
         dictation_.flash(HUDPhase::info(notice), 6.0);
+        speechServer_.noticeShown();
     }
     try {
         co_await speech_.prepare(settings_.language.get());

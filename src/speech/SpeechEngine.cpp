@@ -68,6 +68,7 @@ Task<void> SpeechEngine::runStart(std::string language) {
         // Known to work: listening begins before the rest is ready, and no word is lost.
         if (prepared_ && prepared_->id == language) listen(*session, prepared_->format);
         const auto locale = localeFor(language);
+        if (const auto known = recognition_.knownFormat(locale)) listen(*session, *known);
         co_await installAssets(locale);
         if (session->isOver()) co_return;
         const auto format = co_await usableFormat(locale);

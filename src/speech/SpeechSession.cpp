@@ -6,17 +6,16 @@
 #include "speech/Join.h"
 #include "speech/SpeechInput.h"
 
-#include <algorithm>
 #include <exception>
 #include <utility>
 
 namespace dorix {
 
 namespace {
-// A recogniser at work tells something every now and then. The second bound is for one that talks without
-// end: it leaves a slow one the time that the recording took once more. Both leave it the time to be started
-// again, and to hear all of it once more.
-constexpr double resultPatience = 30;
+// A recogniser ends by itself, or is given up by whoever runs it. This is for one that does neither: it
+// leaves a slow one the time to hear the recording twice, and a server to be asked twice.
+constexpr double patienceAtEnd = 120;
+constexpr double patiencePerSecond = 4;
 
 Task<void> endOf(Completion<std::string> words) {
     try {
@@ -57,8 +56,8 @@ Task<void> SpeechSession::readResults(std::shared_ptr<SpeechAnalyzer> analyzer) 
         throw;
     } catch (...) {
         if (isOver()) co_return;
-        hasFailed_ = true;
-        logLine("error de transcripción: " + localizedDescription(std::current_exception()));
+        failure_ = localizedDescription(std::current_exception());
+        logLine("error de transcripción: " + *failure_);
     }
 }
 
@@ -69,7 +68,6 @@ void SpeechSession::takeResult(const TranscriptionResult& result) {
     } else {
         volatile_ = result.text;
     }
-    if (deadline_) awaitNextResult();
     onText_(understood());
 }
 
@@ -84,8 +82,8 @@ void SpeechSession::finish() {
 Task<void> SpeechSession::runFinish() {
     co_await isTranscribing_;
     if (before_) co_await endOf(*before_);
-    deadline_ = main_.now() + recorded_ + resultPatience;
-    awaitNextResult();
+    patience_.once(patienceAtEnd + patiencePerSecond * recorded_,
+                   [this] { fail(tr("No se pudo preparar el formato de audio.")); });
     const auto analyzer = analyzer_;
     try {
         co_await analyzer->finalizeAndFinishThroughEndOfInput();
@@ -96,12 +94,7 @@ Task<void> SpeechSession::runFinish() {
     }
     const auto results = *results_;
     co_await results;
-    hasFailed_ ? fail() : end(understood());
-}
-
-void SpeechSession::awaitNextResult() {
-    const double left = *deadline_ - main_.now();
-    patience_.once(std::min(resultPatience, left), [this] { giveUp(); });
+    failure_ ? fail(*failure_) : end(understood());
 }
 
 void SpeechSession::giveUp() {
@@ -116,8 +109,9 @@ void SpeechSession::cancel() {
 
 void SpeechSession::end(const std::string& words) { settle(words_.complete(words)); }
 
-void SpeechSession::fail() {
-    const SpeechInput::RecognitionFailed error(understood(), tr("No se pudo preparar el formato de audio."));
+void SpeechSession::fail(const std::string& message) {
+    input_.finish();
+    const SpeechInput::RecognitionFailed error(understood(), message);
     settle(words_.fail(std::make_exception_ptr(error)));
 }
 

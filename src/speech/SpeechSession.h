@@ -39,9 +39,8 @@ class SpeechSession {
     /// Begins to take the sound. Throws what the analyzer throws.
     Task<void> transcribe(std::shared_ptr<SpeechAnalyzer> analyzer);
 
-    /// No more sound comes. The words are there when the recogniser is through. One that falls silent for
-    /// 30 s, or needs 30 s more than the recording lasted, is not waited for any longer: what is known by
-    /// then are the words. The time begins when the recording before is through.
+    /// No more sound comes. The words are there when the recogniser is through, which some minutes after the
+    /// recording before is through counts as having failed.
     void finish();
     /// What is known now are the words.
     void giveUp();
@@ -61,9 +60,8 @@ class SpeechSession {
     Task<void> readResults(std::shared_ptr<SpeechAnalyzer> analyzer);
     void takeResult(const TranscriptionResult& result);
     Task<void> runFinish();
-    void awaitNextResult();
     void end(const std::string& words);
-    void fail();
+    void fail(const std::string& message);
     void settle(bool isNews);
     std::string understood() const;
 
@@ -77,9 +75,8 @@ class SpeechSession {
     std::string finalized_;
     std::string volatile_;
     bool isFinishing_ = false;
-    bool hasFailed_ = false;          // the recogniser
-    double recorded_ = 0;             // seconds
-    std::optional<double> deadline_;  // while the recogniser finishes
+    std::optional<std::string> failure_;  // of the recogniser
+    double recorded_ = 0;                 // seconds
     Timer patience_;
     const Completion<std::string> words_;
     std::optional<TaskHandle<void>> results_;

@@ -1,7 +1,6 @@
 #include "speech/recogniser/LocalRecognition.h"
 
 #include "base/Error.h"
-#include "base/Log.h"
 #include "base/async/TaskScope.h"
 #include "speech/recogniser/SpokenUtterance.h"
 
@@ -94,12 +93,13 @@ Task<std::optional<AudioFormat>> LocalRecognition::bestAvailableAudioFormat(std:
     const auto recogniser = recogniser_;
     try {
         co_await recogniser->load(*model);
-    } catch (const MessageError& error) {
-        logLine("no se pudo cargar el reconocedor: " + error.localizedDescription());
-        co_return std::nullopt;
+    } catch (const MessageError&) {
+        co_return std::nullopt;  // the log has why
     }
     co_return soundFormat;
 }
+
+std::optional<AudioFormat> LocalRecognition::knownFormat(const std::string&) const { return soundFormat; }
 
 std::unique_ptr<SpeechAnalyzer> LocalRecognition::makeAnalyzer(const std::string& locale) {
     const auto model = chosen(locale);

@@ -28,6 +28,7 @@ class LocalRecognition final : public SpeechRecognition {
     AssetStatus assetStatus(const std::string& locale) const override;
     Task<void> downloadAndInstall(std::string locale, Progress progress) override;
     Task<std::optional<AudioFormat>> bestAvailableAudioFormat(std::string locale) override;
+    std::optional<AudioFormat> knownFormat(const std::string& locale) const override;
     std::unique_ptr<SpeechAnalyzer> makeAnalyzer(const std::string& locale) override;
 
     /// Lets go of the model that is loaded, as its files are about to change.

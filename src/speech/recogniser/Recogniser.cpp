@@ -21,6 +21,8 @@ constexpr double idleSeconds = 600;
 
 // Seconds that the process may say nothing.
 constexpr double workingPatience = 3;
+// A model that understands at the end has much to do even for one word.
+constexpr double wholePatience = 20;
 // A server has its own time-outs, after which it may be asked once more.
 constexpr double serverPatience = 45;
 
@@ -44,6 +46,8 @@ double loadingPatience(const ModelRequest& model) {
 
 bool asksServer(const ModelRequest& model) { return !model.server.address.empty(); }
 
+std::string failureText() { return tr("No se pudo preparar el formato de audio."); }
+
 double patienceAtWork(const SpokenUtterance& utterance) {
     if (isStreaming(utterance.model())) return workingPatience;
     return workingPatience + utterance.seconds();
@@ -51,8 +55,8 @@ double patienceAtWork(const SpokenUtterance& utterance) {
 
 double patienceAtEnd(const SpokenUtterance& utterance) {
     if (asksServer(utterance.model())) return serverPatience + 2 * utterance.seconds();
-    const double share = isStreaming(utterance.model()) ? 0.3 : 1.5;
-    return workingPatience + 1 + share * utterance.seconds();
+    if (isStreaming(utterance.model())) return workingPatience + 1 + 0.3 * utterance.seconds();
+    return wholePatience + 1.5 * utterance.seconds();
 }
 
 }  // namespace
@@ -126,6 +130,7 @@ void Recogniser::advance() {
 void Recogniser::dropUnwanted() {
     if (!queue_.empty() && queue_.front()->isDropped() && hasBegun_ && link_) {
         link_->send(Frame::Kind::drop);
+        link_->expectNothing();  // of the time before
         ++stale_;
         hasBegun_ = hasFinished_ = false;
     }
@@ -143,8 +148,6 @@ void Recogniser::sendSound(SpokenUtterance& utterance) {
 
 void Recogniser::takeFrame(const Frame& frame) {
     switch (frame.kind) {
-        case Frame::Kind::loading:
-            return;
         case Frame::Kind::ready:
             return ready();
         case Frame::Kind::refused:
@@ -166,9 +169,10 @@ void Recogniser::takeFrameOf(SpokenUtterance& utterance, const Frame& frame) {
             utterance.heard(countIn(frame.body).value_or(0));
             return advance();
         case Frame::Kind::partial:
-            return utterance.understood({text::asLine(frame.body), false});
         case Frame::Kind::final:
-            return utterance.understood({text::asLine(frame.body), true});
+            utterance.understood({text::asLine(frame.body), frame.kind == Frame::Kind::final});
+            if (utterance.isTooLong()) lost("dice más de lo que nadie dicta");
+            return;
         case Frame::Kind::done:
             // Only all of it is all that was said.
             if (!hasFinished_) return lost("termina antes de tiempo");
@@ -193,9 +197,12 @@ void Recogniser::ended() {
     advance();
 }
 
+/// What an engine says of an utterance is for the user; what is wrong with a model, for the log.
 void Recogniser::refused(const std::string& why) {
+    const bool isForUser = isReady_;
     link_.reset();
-    giveUp(tr(why));
+    if (!isForUser) logLine("no se pudo cargar el reconocedor: " + why);
+    giveUp(isForUser ? tr(why) : failureText());
 }
 
 /// Of whoever waits for the process now.
@@ -212,8 +219,12 @@ void Recogniser::lost(const std::string& how) {
     const auto model = link_->model();
     link_.reset();
     logLine("el reconocedor de voz ha fallado: " + how);
-    const int failures = queue_.empty() ? ++failedStarts_ : queue_.front()->countFailure();
-    if (failures >= mostFailures) return giveUp(how);
+    // What it was still at when it died was nobody's any more.
+    const bool isCharged = std::exchange(stale_, 0) == 0;
+    int failures = 0;
+    if (isCharged && !queue_.empty()) failures = queue_.front()->countFailure();
+    if (isCharged && queue_.empty() && loading_) failures = ++failedStarts_;
+    if (failures >= mostFailures) return giveUp(failureText());
     if (!queue_.empty()) return advance();
     if (loading_) launch(model);
 }

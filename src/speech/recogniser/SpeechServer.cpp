@@ -8,7 +8,10 @@
 
 namespace dorix {
 
-Task<void> SpeechServer::readKey() { key_ = (co_await keychain_.read(keyAccount)).value_or(""); }
+Task<void> SpeechServer::readKey() {
+    if (settings_.speechServer.get().empty()) co_return;
+    key_ = (co_await keychain_.read(keyAccount)).value_or("");
+}
 
 std::optional<ModelRequest> SpeechServer::request(std::string language) const {
     const auto address = settings_.speechServer.get();
@@ -25,12 +28,13 @@ std::optional<ModelRequest> SpeechServer::request(std::string language) const {
         .server = {.address = address, .key = key_, .model = settings_.speechServerModel.get()}};
 }
 
-std::optional<std::string> SpeechServer::takeNotice() {
+std::optional<std::string> SpeechServer::notice() const {
     const auto address = settings_.speechServer.get();
     auto host = hostOf(address);
     if (!host || isThisComputer(*host) || settings_.speechServerTold.get() == address) return std::nullopt;
-    settings_.speechServerTold.set(address);
     return host;
 }
+
+void SpeechServer::noticeShown() { settings_.speechServerTold.set(settings_.speechServer.get()); }
 
 }  // namespace dorix

@@ -20,14 +20,14 @@ class SpeechServer {
 
     SpeechServer(SettingsStore& settings, Keychain& keychain) : settings_(settings), keychain_(keychain) {}
 
-    /// Once, before the first recognition.
+    /// Before the first recognition, and when the address has changed.
     Task<void> readKey();
 
     std::optional<ModelRequest> request(std::string language) const;
 
     /// The name of the server where what is said leaves this computer, and the user has not been told so yet.
-    /// It counts as told then.
-    std::optional<std::string> takeNotice();
+    std::optional<std::string> notice() const;
+    void noticeShown();
 
  private:
     SettingsStore& settings_;

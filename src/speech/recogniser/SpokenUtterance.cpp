@@ -10,6 +10,7 @@ namespace dorix {
 namespace {
 // As much as a recogniser may fall behind before it is sent more, and how much is sent in one piece.
 constexpr std::size_t window = 2UZ * Recogniser::sampleRate;
+constexpr std::size_t longestText = 1UZ << 20U;  // bytes
 constexpr std::size_t piece = Recogniser::sampleRate / 4;
 }  // namespace
 
@@ -46,6 +47,8 @@ void SpokenUtterance::understood(TranscriptionResult result) {
     // One that comes from the beginning once more has less to say than what the user has seen.
     if (heard_ >= furthest_) tell();
 }
+
+bool SpokenUtterance::isTooLong() const { return finalText_.size() + partialText_.size() > longestText; }
 
 // Nothing is final before the end, as a recogniser that hears it once more may cut it elsewhere.
 void SpokenUtterance::tell() { results_.push({join(finalText_, partialText_), false}); }

@@ -42,6 +42,8 @@ class SpokenUtterance {
     /// What the recogniser tells.
     void heard(std::uint64_t samples);
     void understood(TranscriptionResult result);
+    /// Whether it is more than anybody says, which a damaged model may.
+    bool isTooLong() const;
     /// That was all of it.
     void done();
 

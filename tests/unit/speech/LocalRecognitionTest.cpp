@@ -184,7 +184,7 @@ TEST_F(LocalRecognitionTest, TwoFailuresAreAnErrorAndTheNextUtteranceIsHeard) {
     next->input.push({numbers(4)});
     next->input.finish();
     executor.advanceBy(30);
-    EXPECT_EQ(said->error, "no responde");
+    EXPECT_EQ(said->error, "No se pudo preparar el formato de audio.");
     EXPECT_EQ(next->final, text(4));
     // Where nothing is under way it is the loading that fails.
     recognition->letGo();
@@ -199,7 +199,7 @@ TEST_F(LocalRecognitionTest, AModelThatIsRefusedIsNotTriedAgain) {
     EXPECT_EQ(processes.launches, 1);
     const auto said = begin();
     executor.runPosted();
-    EXPECT_EQ(said->error, "no model");
+    EXPECT_EQ(said->error, "No se pudo preparar el formato de audio.");
     EXPECT_EQ(processes.running, 0);
     processes.isThere = false;
     EXPECT_FALSE(load());
