@@ -21,9 +21,8 @@ sys.path[:0] = [str(ROOT / "bench"), str(ROOT / "tools/demo"), str(ROOT / "tools
 
 from beside import SETTLE, Program  # noqa: E402
 from dorix import Dorix  # noqa: E402
-from icon_at_rest import on_a_desktop  # noqa: E402
 from recogniser import recogniser_of  # noqa: E402
-from supervision import processes_in  # noqa: E402
+from supervision import processes_in, supervised  # noqa: E402
 from user import HOLD_KEY, User  # noqa: E402
 from virtual_desktop import VirtualDesktop  # noqa: E402
 from voice import synthesise  # noqa: E402
@@ -109,7 +108,15 @@ def main() -> int:
     parser.add_argument("--cold", type=int, default=20)
     options = parser.parse_args()
     options.binary = options.binary.resolve(strict=True)
-    return on_a_desktop(lambda desktop: measure(desktop, options))
+
+    def body(directory: Path) -> int:
+        with VirtualDesktop(directory) as desktop:
+            os.environ.clear()
+            os.environ.update(desktop.env)
+            measure(desktop, options)
+        return 0
+
+    return supervised(body)
 
 
 if __name__ == "__main__":

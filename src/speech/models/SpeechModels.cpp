@@ -53,9 +53,9 @@ void SpeechModels::tell(const fs::path& folder, const std::string& complaint) co
     logLine("no se usa el modelo de voz de " + folder.string() + ": " + complaint);
 }
 
-std::optional<SpeechModel> SpeechModels::choose(std::string_view languageId) const {
+std::optional<SpeechModel> SpeechModels::choose(std::string_view languageId, const Usable& isUsable) const {
     const auto models = installed();
-    const auto serves = [&](const SpeechModel& model) { return model.serves(languageId); };
+    const auto serves = [&](const SpeechModel& model) { return model.serves(languageId) && isUsable(model); };
     const auto choice = choices_.get().find(languageCode(languageId));
     const auto isChosen = [&](const SpeechModel& model) {
         return choice != choices_.get().end() && model.id == choice->second && serves(model);

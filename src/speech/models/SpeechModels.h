@@ -4,6 +4,7 @@
 #include "speech/models/SpeechModel.h"
 
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -32,8 +33,11 @@ class SpeechModels {
     /// folder is told in the log, once.
     std::vector<SpeechModel> installed() const;
 
-    /// What recognises a language ("es-MX"): the user's choice if it is installed, or else the best.
-    std::optional<SpeechModel> choose(std::string_view languageId) const;
+    using Usable = std::function<bool(const SpeechModel&)>;
+
+    /// What recognises a language ("es-MX"), of what can be used: the user's choice if it is installed, or else the best.
+    std::optional<SpeechModel> choose(
+        std::string_view languageId, const Usable& isUsable = [](const SpeechModel&) { return true; }) const;
 
     /// The one of that name; none when it is not in order.
     std::optional<SpeechModel> find(std::string_view id) const;
