@@ -35,7 +35,8 @@ class SpeechModels {
 
     using Usable = std::function<bool(const SpeechModel&)>;
 
-    /// What recognises a language ("es-MX"), of what can be used: the user's choice if it is installed, or else the best.
+    /// What recognises a language ("es-MX"), of what can be used: the user's choice if it is installed, or
+    /// else the best.
     std::optional<SpeechModel> choose(
         std::string_view languageId, const Usable& isUsable = [](const SpeechModel&) { return true; }) const;
 

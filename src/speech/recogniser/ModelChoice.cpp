@@ -22,7 +22,8 @@ std::string parameterText(const SpeechModel::Parameter& parameter) {
 /// A model that somebody put there may be without its engine.
 bool hasEngine(const SpeechModel& model, const std::filesystem::path& engines) {
     std::error_code error;
-    return model.engine != SpeechModel::Engine::sherpaOnnx || std::filesystem::exists(engines / sherpaFolder, error);
+    return model.engine != SpeechModel::Engine::sherpaOnnx ||
+           std::filesystem::exists(engines / sherpaFolder, error);
 }
 
 ModelRequest request(const SpeechModel& model, std::string language, const std::filesystem::path& engines) {
@@ -46,7 +47,8 @@ ModelRequest request(const SpeechModel& model, std::string language, const std::
 LocalRecognition::ChooseModel modelChoice(const SpeechModels& models, std::filesystem::path engines) {
     return
         [&models, engines = std::move(engines)](const std::string& language) -> std::optional<ModelRequest> {
-            const auto model = models.choose(language, [&engines](const auto& each) { return hasEngine(each, engines); });
+            const auto model =
+                models.choose(language, [&engines](const auto& each) { return hasEngine(each, engines); });
             if (!model) return std::nullopt;
             return request(*model, languageCode(language), engines);
         };
