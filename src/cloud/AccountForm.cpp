@@ -2,6 +2,7 @@
 
 #include "base/Error.h"
 #include "base/text/Text.h"
+#include "base/text/Url.h"
 #include "cloud/AccountStore.h"
 #include "cloud/DorixAPI.h"
 #include "cloud/OwnService.h"
@@ -9,6 +10,7 @@
 #include "platform/UserDefaults.h"
 
 #include <algorithm>
+#include <array>
 #include <exception>
 #include <utility>
 
@@ -19,13 +21,14 @@ namespace {
 constexpr std::size_t codeLength = 6;
 constexpr double codeLasts = 600;  // seconds
 
-/// As it was sent, from a text that it was copied out of with blanks.
-std::optional<std::string> codeIn(const std::string& text) {
-    std::string code;
-    for (const char c : text::replaceAll(text, "\u00a0", "")) {
-        if (c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '-') continue;
-        code += c;
-    }
+/// What a mail program may put between digits or around them: blanks, hyphens, and marks without width.
+constexpr auto separators = std::to_array<std::string_view>(
+    {" ", "\t", "\n", "\r", "-", "\u00a0", "\u2007", "\u2009", "\u200b", "\u200c", "\u200d", "\u200e",
+     "\u200f", "\u2010", "\u2011", "\u2013", "\u202f", "\u2060", "\ufeff"});
+
+/// As it was sent, from a text that it was copied out of.
+std::optional<std::string> codeIn(std::string code) {
+    for (const auto separator : separators) code = text::replaceAll(code, separator, "");
     const bool isCode =
         code.size() == codeLength && std::ranges::all_of(code, [](char c) { return c >= '0' && c <= '9'; });
     return isCode ? std::optional(code) : std::nullopt;
@@ -33,7 +36,7 @@ std::optional<std::string> codeIn(const std::string& text) {
 
 /// A token is not sent over a network in the clear.
 bool isSafeServer(const std::string& address) {
-    return isServerAddress(address) && (address.starts_with("https://") || isOnThisComputer(address));
+    return isServerAddress(address) && (address.starts_with("https://") || isThisComputer(*hostOf(address)));
 }
 
 }  // namespace
@@ -151,7 +154,7 @@ void AccountForm::useThisComputer() { begin(goOverTo(std::string(DorixAPI::devel
 
 Task<void> AccountForm::goOverTo(std::string address) {
     // The session is not given up for an address that was mistyped.
-    if (!isOnThisComputer(address) && !co_await own_.isServiceAt(address)) throw APIError::offline();
+    if (!OwnService::isOwn(address) && !co_await own_.isServiceAt(address)) throw APIError::offline();
     co_await account_.leave();
     codeSentAt_.reset();
     defaults_.set(DorixAPI::serverKey, address);

@@ -94,6 +94,7 @@ Task<std::string> DorixAPI::call(HttpRequest request, Session session) {
         used = co_await usableToken();
         authorize(request, used);
     }
+    if (!isAnswered()) throw APIError::offline();
     auto answer = co_await answered(http_.send(std::move(request)));
     if (answer.status < 200 || answer.status > 299) {
         throw co_await refusal(answer.status, std::move(answer.body), std::move(used));
@@ -106,6 +107,7 @@ Task<std::string> DorixAPI::stream(std::string path, Json body, OnText onText) {
     const auto largestBody = request.largestBody;
     auto used = co_await usableToken();
     authorize(request, used);
+    if (!isAnswered()) throw APIError::offline();
     const auto answer = co_await answered(http_.open(std::move(request)));
     if (answer.status != 200) {
         auto words = co_await answered(wholeBody(*answer.body, largestBody));
@@ -131,11 +133,6 @@ Task<APIError> DorixAPI::refusal(int status, std::string body, std::string usedT
 
 bool isServerAddress(const std::string& address) {
     return isWebAddress(address) && hostOf(address) && !address.contains('?') && !address.contains('#');
-}
-
-bool isOnThisComputer(const std::string& address) {
-    const auto host = hostOf(address);
-    return host == "127.0.0.1" || host == "localhost" || host == "::1";
 }
 
 std::optional<std::string> configuredServer(const UserDefaults& defaults,

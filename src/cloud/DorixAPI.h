@@ -50,6 +50,10 @@ class DorixAPI {
     /// Called when the session turns out to be none, before the call fails.
     OnFailure onFailure = [](const APIError&) {};
 
+    /// Whether whoever is meant answers at the address. Asked before each call; without them it fails as
+    /// offline, and nothing is sent.
+    std::function<bool()> isAnswered = [] { return true; };
+
     /// `timeout` is in seconds, for all of the exchange.
     template <Decodable T>
     Task<T> post(std::string path, Json body, Session session, double timeout) {
@@ -86,9 +90,6 @@ class DorixAPI {
 
 /// Whether paths can be appended to it: an address of the web with a host, and neither query nor fragment.
 bool isServerAddress(const std::string& address);
-
-/// Whether what is sent there does not leave this computer.
-bool isOnThisComputer(const std::string& address);
 
 /// The service's address: the user's, by the key "DORIXServerURL", or else the one that the program came
 /// with.

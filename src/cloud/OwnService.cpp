@@ -18,37 +18,58 @@ namespace {
 // Seconds.
 constexpr double longestStart = 10;
 constexpr double betweenLooks = 0.05;
-constexpr double lookTimeout = 2;
+constexpr double lookTimeout = 2;  // on this computer
+constexpr double farTimeout = 15;
 constexpr double firstPause = 1;
 constexpr double longestPause = 300;
 constexpr double provenAfter = 60;  // it ran for so long that what ended it was something new
 
 /// Ports that are tried, from the address's own on.
 constexpr int portsTried = 20;
+constexpr int lastPort = 65535;
+
+double longer(double pause) { return std::min(2 * pause, longestPause); }
 
 std::string urlAt(int port) { return "http://127.0.0.1:" + std::to_string(port); }
 
-/// Where the address is a plain one of this computer.
-std::optional<int> ownPort(std::string_view url) {
+/// A plain address of this computer.
+struct OwnAddress {
+    int port = 0;
+    std::string_view path;
+};
+
+std::optional<OwnAddress> ownAddress(std::string_view url) {
     constexpr std::string_view plain = "http://";
     const auto host = hostOf(url);
     if (!url.starts_with(plain) || (host != "127.0.0.1" && host != "localhost")) return std::nullopt;
-    auto authority = url.substr(plain.size());
-    authority = authority.substr(0, authority.find('/'));
-    const auto colon = authority.rfind(':');
+    url.remove_prefix(plain.size());
+    const auto authority = url.substr(0, url.find('/'));
+    const auto hostAndPort = authority.substr(authority.rfind('@') + 1);  // npos + 1 is 0
+    const auto colon = hostAndPort.find(':');
     if (colon == std::string_view::npos) return std::nullopt;  // the web's own port is not the user's to take
-    int port = 0;
-    const auto digits = authority.substr(colon + 1);
-    const auto read = std::from_chars(digits.data(), digits.data() + digits.size(), port);
-    if (read.ec != std::errc() || port <= 0) return std::nullopt;
-    return port;
+    OwnAddress own{.path = url.substr(authority.size())};
+    const auto digits = hostAndPort.substr(colon + 1);
+    const auto read = std::from_chars(digits.data(), digits.data() + digits.size(), own.port);
+    if (read.ec != std::errc() || own.port <= 0 || own.port > lastPort) return std::nullopt;
+    return own;
 }
 
 }  // namespace
 
 OwnService::OwnService(Executor& executor, HttpClient& http, CompanionService& service, DorixAPI& api,
                        AccountStore& account)
-    : http_(http), service_(service), api_(api), account_(account), restart_(executor), tasks_(executor) {}
+    : http_(http), service_(service), api_(api), account_(account), restart_(executor), tasks_(executor) {
+    api_.isAnswered = [this] { return !isResponsible_ || isRunning(); };
+}
+
+OwnService::~OwnService() {
+    api_.isAnswered = [] { return true; };
+}
+
+bool OwnService::isOwn(std::string_view url) { return ownAddress(url).has_value(); }
+
+/// Who else has taken the port hears nothing of what is meant for the service.
+bool OwnService::isRunning() const { return secret_ && service_.listensOn(startedPort_); }
 
 void OwnService::start() {
     if (work_) work_->cancel();
@@ -58,9 +79,13 @@ void OwnService::start() {
     hasBadSettings.set(false);
     settled_.complete();
     settled_ = {};
-    port_ = ownPort(api_.baseURL());
+    const std::string address = api_.baseURL();
+    const auto own = ownAddress(address);
+    port_ = own ? std::optional(own->port) : std::nullopt;
     isResponsible_ = port_.has_value();
-    if (port_) {
+    if (own) {
+        // Whom a name leads to is another question than who listens on the port.
+        api_.useServer(urlAt(own->port).append(own->path));
         work_ = tasks_.spawn(work());
     } else {
         settled_.complete();
@@ -74,8 +99,8 @@ Task<void> OwnService::work() {
 }
 
 Task<void> OwnService::startAtFreePort() {
-    for (int port = *port_; port < *port_ + portsTried; ++port) {
-        switch (co_await answerAt(urlAt(port))) {
+    for (int port = *port_; port < *port_ + portsTried && port <= lastPort; ++port) {
+        switch (co_await answerAt(urlAt(port), lookTimeout)) {
             case Answer::none:
                 co_return co_await launch(port);
             case Answer::somethingElse:
@@ -93,13 +118,13 @@ Task<void> OwnService::startAtFreePort() {
 
 Task<bool> OwnService::isServiceAt(std::string url) {
     while (url.ends_with('/')) url.pop_back();
-    co_return co_await answerAt(std::move(url)) == Answer::service;
+    co_return co_await answerAt(std::move(url), farTimeout) == Answer::service;
 }
 
 /// Another user's own service is something else, as is a program that is none.
-Task<OwnService::Answer> OwnService::answerAt(std::string url) {
+Task<OwnService::Answer> OwnService::answerAt(std::string url, double timeout) {
     try {
-        const auto answer = co_await http_.send({.url = url + "/healthz", .timeout = lookTimeout});
+        const auto answer = co_await http_.send({.url = url + "/healthz", .timeout = timeout});
         const auto body = Json::parse(answer.body, nullptr, false);
         const auto says = [&](const char* what) {
             return body.is_object() && body.value(what, Json(false)) == true;
@@ -113,9 +138,12 @@ Task<OwnService::Answer> OwnService::answerAt(std::string url) {
 Task<void> OwnService::launch(int port) {
     api_.useServer(urlAt(port));
     secret_ = service_.start("127.0.0.1:" + std::to_string(port), [this](auto how) { ended(how); });
-    if (!secret_) co_return logLine("no se pudo iniciar el servicio de este equipo");
     startedAt_ = tasks_.executor().now();
     startedPort_ = port;
+    if (!secret_) {
+        logLine("no se pudo iniciar el servicio de este equipo");
+        co_return startLater();
+    }
     co_await signIn();
 }
 
@@ -128,23 +156,41 @@ void OwnService::ended(CompanionService::End how) {
         settled_.complete();
         return;
     }
-    const bool isNew = tasks_.executor().now() - startedAt_ >= provenAfter;
-    pause_ = isNew || pause_ == 0 ? firstPause : std::min(2 * pause_, longestPause);
     logLine("el servicio de este equipo ha terminado");
     settled_.complete();
+    startLater();
+}
+
+void OwnService::startLater() {
+    const bool isNew = tasks_.executor().now() - startedAt_ >= provenAfter;
+    pause_ = isNew || pause_ == 0 ? firstPause : longer(pause_);
     restart_.once(pause_, [this] { work_ = tasks_.spawn(work()); });
 }
 
+/// However slow the service is, and whatever it stumbles over at first.
 Task<void> OwnService::signIn() {
-    if (!co_await isUp()) co_return logLine("el servicio de este equipo no responde");
+    for (double pause = firstPause; !co_await trySignIn(); pause = longer(pause)) {
+        settled_.complete();
+        co_await sleep(pause);
+    }
+}
+
+Task<bool> OwnService::trySignIn() {
+    if (!co_await isUp()) {
+        logLine("el servicio de este equipo no responde");
+        co_return false;
+    }
     co_await account_.known();
     // A session of an earlier start still holds, unless the service tells that it does not.
-    if (account_.loggedIn.get()) co_return co_await account_.refresh();
+    if (account_.loggedIn.get()) co_await account_.refresh();
+    if (account_.loggedIn.get()) co_return true;
     try {
         co_await account_.requestCode(std::string(email));
         co_await account_.verify(std::string(email), secret_.value_or(""));
+        co_return true;
     } catch (const Error& error) {
         logLine("no se pudo entrar en el servicio de este equipo: " + error.localizedDescription());
+        co_return false;
     }
 }
 
@@ -160,7 +206,8 @@ Task<bool> OwnService::isUp() {
 
 bool OwnService::mends(const APIError& error) {
     if (error != APIError::notLoggedIn() || !secret_) return false;
-    work_ = tasks_.spawn(signIn());
+    // While signing in is under way it goes on, at its own pace.
+    if (!work_ || work_->isDone()) work_ = tasks_.spawn(signIn());
     return true;
 }
 

@@ -19,7 +19,8 @@ class HttpClient;
 
 /// For whoever uses DORIX alone: where the service's address is this computer's and nobody answers there, the
 /// service is run as a child of the program and signed in to, over the ordinary wire, without the user.
-/// Starts it again when it dies, each time after a longer wait. Main executor.
+/// Starts it again when it dies, each time after a longer wait. While it does not run, calls to it fail as
+/// offline and nothing is sent: another user could listen in its place. Main executor.
 class OwnService {
  public:
     /// The account that only the program which started the service may begin a session of.
@@ -30,6 +31,10 @@ class OwnService {
                AccountStore& account);
     OwnService(const OwnService&) = delete;
     OwnService& operator=(const OwnService&) = delete;
+    ~OwnService();
+
+    /// Whether it is a plain address of this computer, where the service would be run.
+    static bool isOwn(std::string_view url);
 
     /// Sees to it that the address in force is answered; to be called once at start-up, and when the address
     /// has changed: what ran for an earlier one ends. Where another user's own service answers, the next free
@@ -48,7 +53,7 @@ class OwnService {
     /// the program's environment; the log tells what is wrong with them.
     Observable<bool> hasBadSettings;
 
-    /// Whether a service for several users answers at an address.
+    /// Whether a service for several users answers at an address, which may be far away.
     Task<bool> isServiceAt(std::string url);
 
     /// A session that has ended is begun anew, and the user need not hear of it: then true.
@@ -59,10 +64,13 @@ class OwnService {
 
     Task<void> work();
     Task<void> startAtFreePort();
-    Task<Answer> answerAt(std::string url);
+    Task<Answer> answerAt(std::string url, double timeout);
     Task<void> launch(int port);
+    void startLater();
     Task<void> signIn();
+    Task<bool> trySignIn();
     Task<bool> isUp();
+    bool isRunning() const;
     void ended(CompanionService::End how);
 
     HttpClient& http_;
