@@ -23,6 +23,8 @@ constexpr std::size_t longestDevice = 100;
 constexpr Limit codesToEmail{"codes to", 5, quarterHour};
 constexpr Limit codesFromAddress{"codes from", 30, quarterHour};
 constexpr Limit triesForEmail{"tries for", 15, quarterHour};
+// Six digits would be guessed in time by who is patient.
+constexpr Limit triesForEmailInDay{"tries in a day for", 30, day};
 constexpr Limit triesFromAddress{"tries from", 60, quarterHour};
 
 /// The name that a computer gives itself, fit to be listed.
@@ -112,7 +114,8 @@ OrRefusal<SignedIn> Accounts::verify(Database& database, std::string_view email,
     // Before the limits, or anybody on this computer could keep its user out.
     if (isLocalSecret(*clean, code)) return signIn(database, *clean, device, now);
     if (!countWithin(database, triesFromAddress, address, now) ||
-        !countWithin(database, triesForEmail, *clean, now)) {
+        !countWithin(database, triesForEmail, *clean, now) ||
+        !countWithin(database, triesForEmailInDay, *clean, now)) {
         return std::unexpected(Refusal::tooManyTries);
     }
     const auto hash = tryCode(database, *clean, text::trim(code), now);

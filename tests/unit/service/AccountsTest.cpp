@@ -77,6 +77,14 @@ TEST_F(AccountsTest, LimitsHoldForAQuarterOfAnHour) {
     EXPECT_TRUE(verify(codeAt(start + 1800), start + 1800).has_value());
 }
 
+TEST_F(AccountsTest, WhoIsPatientGuessesNoMoreThanThirtyTimesADay) {
+    for (int i = 0; i < 30; ++i) {
+        EXPECT_EQ(verify("x", start + 900 * (i / 10)).error(), Refusal::codeRefused);
+    }
+    EXPECT_EQ(verify(codeAt(start + 3600), start + 3600).error(), Refusal::tooManyTries);
+    EXPECT_TRUE(verify(codeAt(start + day), start + day).has_value());
+}
+
 TEST_F(AccountsTest, WhoMayNotHaveAnAccountHasNoSessionEither) {
     EXPECT_FALSE(accounts_.requestCode(*database_, "eve@example.org", "10.0.0.3", start).value().has_value());
     EXPECT_FALSE(accounts_.requestCode(*database_, localEmail, "10.0.0.3", start).value().has_value());
