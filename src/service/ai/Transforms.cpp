@@ -11,10 +11,28 @@ namespace dorix::service {
 
 namespace {
 
+std::string withoutStart(std::string_view line) {
+    const auto words = text::trim(line);
+    return std::string(words.empty() ? words : line.substr(line.find(words)));
+}
+
+std::string withoutEnd(std::string_view line) {
+    const auto words = text::trim(line);
+    return std::string(words.empty() ? words : line.substr(0, line.find(words) + words.size()));
+}
+
 void apply(Operation operation, Lines& lines) {
     switch (operation) {
+        case Operation::trimStart:
+            return lines.forEach(withoutStart);
+        case Operation::trimEnd:
+            return lines.forEach(withoutEnd);
         case Operation::trim:
-            return lines.trim();
+            return lines.forEach([](auto line) { return std::string(text::trim(line)); });
+        case Operation::squeeze:
+            return lines.forEach([](auto line) { return text::join(text::words(line), " "); });
+        case Operation::dropEmpty:
+            return lines.dropEmpty();
         case Operation::unmark:
             return lines.unmark();
         case Operation::deduplicate:

@@ -26,23 +26,45 @@ TEST(Transforms, DoWhatIsMechanical) {
              {"haz una lista", "pan, leche y huevos", "- pan\n- leche\n- huevos"},
              {"make it a bulleted list", "Buy milk. Call Ana.", "- Buy milk.\n- Call Ana."},
              {"conviértelo en una lista numerada", "- uno\n  - dos\n\n- tres", "1. uno\n  2. dos\n\n3. tres"},
-             {"quita los números", "1. uno\n2) dos\n3,5 kg", "uno\ndos\n3,5 kg"},
+             {"quita la numeración", "1. uno\n2) dos\n3,5 kg", "uno\ndos\n3,5 kg"},
              {"ordena alfabéticamente", "Óscar\nñu\nnube\nana\n", "ana\nnube\nñu\nÓscar\n"},
              {"sort the lines in reverse order", "a\nc\nb", "c\nb\na"},
              {"quita las líneas repetidas", "a\nb\na\n", "a\nb\n"},
              {"ordena y numera las líneas", "b\na", "1. a\n2. b"},
              {"une las líneas", "uno\ndos\n\ntres\n", "uno dos tres\n"},
              {"put it all on one line", "a\nb", "a b"},
-             {"quita los espacios que sobran", "  a   b \n\n c", "a b\nc"},
+             {"quita los espacios que sobran", "  a   b \n\n c", "a b\n\nc"},
+             {"remove trailing spaces", "  a   b \n\n c\t", "  a   b\n\n c"},
+             {"remove leading whitespace", "  a   b \n\n c", "a   b \n\nc"},
+             {"quita las líneas vacías", "  a   b \n \n c", "  a   b \n c"},
+             {"pon el texto en mayúsculas", "uno\ndos", "UNO\nDOS"},
          }))
         EXPECT_EQ(transformed(instruction, selection), result) << instruction;
 }
 
 TEST(Transforms, LeaveTheRestToAModel) {
-    for (const auto* instruction :
-         {"hazlo más corto", "traduce al inglés", "pon en mayúsculas los nombres", "quita las mayúsculas", "",
-          "ordena por fecha", "make it a list of the three best ideas", "no lo pongas en mayúsculas",
-          "quita los espacios", "join the team", "uppercase and lowercase", "remove the last line"}) {
+    for (const auto* instruction : {"hazlo más corto",
+                                    "traduce al inglés",
+                                    "pon en mayúsculas los nombres",
+                                    "quita las mayúsculas",
+                                    "",
+                                    "ordena por fecha",
+                                    "make it a list of the three best ideas",
+                                    "no lo pongas en mayúsculas",
+                                    "quita los espacios",
+                                    "join the team",
+                                    "uppercase and lowercase",
+                                    "remove the last line",
+                                    "escribe los números en letras",
+                                    "convierte la lista en texto",
+                                    "quita las palabras repetidas",
+                                    "write the numbers as words",
+                                    "ordena las palabras",
+                                    "recorta esto",
+                                    "pon una línea en blanco",
+                                    "remove trailing blank lines",
+                                    "quita los espacios en blanco",
+                                    "duplicate this line"}) {
         EXPECT_EQ(transformed(instruction, "Uno. Dos.\nTres."), "needs a model") << instruction;
     }
     EXPECT_EQ(transformed("haz una lista", "Pan"), "needs a model") << "there is one thing alone";

@@ -25,15 +25,15 @@ struct Keyword {
 constexpr auto keywords = std::to_array<Keyword>({
     {"recorta", trim},
     {"trim", trim},
-    {"sobrantes", trim},
-    {"extra", trim},
-    {"sobran", trim},
-    {"trailing", trim},
-    {"leading", trim},
-    {"vacias", trim},
-    {"blanco", trim},
-    {"blank", trim},
-    {"empty", trim},
+    {"sobrantes", squeeze},
+    {"extra", squeeze},
+    {"sobran", squeeze},
+    {"trailing", trimEnd},
+    {"leading", trimStart},
+    {"vacias", dropEmpty},
+    {"blanco", dropEmpty},
+    {"blank", dropEmpty},
+    {"empty", dropEmpty},
     {"duplicados", deduplicate},
     {"duplicadas", deduplicate},
     {"repetidos", deduplicate},
@@ -92,10 +92,9 @@ constexpr auto keywords = std::to_array<Keyword>({
     {"numerado", number},
     {"numeradas", number},
     {"numbered", number},
-    {"number", number},
-    {"numbers", number},
+    {"numbering", number},
     {"enumera", number},
-    {"numeros", number},
+    {"numeracion", number},
     {"une", join},
     {"unelo", join},
     {"unelas", join},
@@ -110,25 +109,36 @@ constexpr auto keywords = std::to_array<Keyword>({
 
 /// Words that go with any of them and change nothing.
 const WordSet& companions() {
-    static const WordSet set({
-        "a",         "al",        "ahora",     "con",     "como",       "convierte",  "conviertelo",
-        "convierte", "convertir", "crea",      "cambia",  "cambialo",   "de",         "del",
-        "deja",      "dejalo",    "e",         "el",      "elementos",  "en",         "esta",
-        "estas",     "este",      "esto",      "estos",   "escribe",    "escribelo",  "favor",
-        "haz",       "hazlo",     "hazme",     "la",      "las",        "letras",     "linea",
-        "lineas",    "lo",        "los",       "me",      "orden",      "palabras",   "pasa",
-        "pasalo",    "pasar",     "pon",       "ponlo",   "ponme",      "poner",      "por",
-        "por",       "puedes",    "puntos",    "que",     "seleccion",  "sola",       "texto",
-        "texto",     "toda",      "todas",     "todo",    "todos",      "transforma", "transformalo",
-        "una",       "un",        "usando",    "y",       "espacios",   "espacio",    "mas",
-        "formato",   "all",       "and",       "as",      "by",         "can",        "case",
-        "change",    "convert",   "each",      "every",   "everything", "format",     "in",
-        "into",      "it",        "items",     "letters", "line",       "lines",      "make",
-        "of",        "on",        "one",       "order",   "please",     "points",     "point",
-        "put",       "selected",  "selection", "space",   "spaces",     "text",       "the",
-        "them",      "these",     "this",      "to",      "together",   "turn",       "whitespace",
-        "with",      "words",     "write",     "you",     "an",
-    });
+    static const WordSet set({"a",           "al",         "ahora",        "con",    "como",     "convierte",
+                              "conviertelo", "convertir",  "crea",         "cambia", "cambialo", "de",
+                              "del",         "deja",       "dejalo",       "e",      "el",       "elementos",
+                              "en",          "esta",       "estas",        "este",   "esto",     "estos",
+                              "escribe",     "escribelo",  "favor",        "haz",    "hazlo",    "hazme",
+                              "la",          "las",        "linea",        "lineas", "lo",       "los",
+                              "me",          "orden",      "pasa",         "pasalo", "pasar",    "pon",
+                              "ponlo",       "ponme",      "poner",        "por",    "puedes",   "puntos",
+                              "que",         "seleccion",  "sola",         "toda",   "todas",    "todo",
+                              "todos",       "transforma", "transformalo", "una",    "un",       "usando",
+                              "y",           "mas",        "formato",      "all",    "and",      "as",
+                              "by",          "can",        "case",         "change", "convert",  "each",
+                              "every",       "everything", "format",       "in",     "into",     "it",
+                              "items",       "line",       "lines",        "make",   "of",       "on",
+                              "one",         "order",      "please",       "points", "point",    "put",
+                              "selected",    "selection",  "the",          "them",   "these",    "this",
+                              "to",          "together",   "turn",         "with",   "write",    "you",
+                              "an"});
+    return set;
+}
+
+/// Those that name what is in the lines. All of it can be put in capitals; else it is not the lines that are
+/// meant ("quita las palabras repetidas"), or something is to become of them ("convierte la lista en texto").
+const WordSet& contents() {
+    static const WordSet set({"letras", "letters", "palabras", "text", "texto", "words"});
+    return set;
+}
+
+const WordSet& blanks() {
+    static const WordSet set({"espacio", "espacios", "space", "spaces", "whitespace"});
     return set;
 }
 
@@ -148,13 +158,65 @@ bool holds(const std::vector<Operation>& operations, Operation operation) {
     return std::ranges::find(operations, operation) != operations.end();
 }
 
+/// What else an instruction says, beside its operations.
+struct Saying {
+    std::vector<Operation> operations;
+    bool removes = false;
+    bool namesBlanks = false;
+    bool namesContents = false;
+};
+
+/// Nothing when a word's part in it is not known.
+std::optional<Saying> sayingOf(const std::vector<std::string_view>& words) {
+    Saying saying;
+    for (const auto word : words) {
+        if (const auto operation = operationOf(word)) {
+            saying.operations.push_back(*operation);
+        } else if (removingVerbs().contains(word)) {
+            saying.removes = true;
+        } else if (blanks().contains(word)) {
+            saying.namesBlanks = true;
+        } else if (contents().contains(word)) {
+            saying.namesContents = true;
+        } else if (!companions().contains(word)) {
+            return std::nullopt;
+        }
+    }
+    return saying;
+}
+
+bool isOfBlanks(Operation operation) {
+    return operation == trimStart || operation == trimEnd || operation == trim || operation == squeeze;
+}
+
+bool isOfCase(Operation operation) { return operation == upper || operation == lower; }
+
 /// "Quita las viñetas" and "remove duplicates"; nothing else can be removed without reading it.
 std::vector<Operation> removal(std::vector<Operation> operations) {
     for (auto& operation : operations) {
         if (operation == bullets || operation == number) operation = unmark;
-        if (operation != unmark && operation != trim && operation != deduplicate) return {};
+        const bool removes = operation == unmark || operation == dropEmpty || operation == deduplicate;
+        if (!removes && !isOfBlanks(operation)) return {};
     }
     return operations;
+}
+
+/// Whether it is clear what becomes of blanks and of lines, and nobody wants more of them.
+bool isClear(const Saying& saying) {
+    const auto& operations = saying.operations;
+    const bool trims = std::ranges::any_of(operations, isOfBlanks);
+    const bool drops = holds(operations, dropEmpty);
+    const bool takesAway = trims || drops || holds(operations, deduplicate);
+    if (takesAway && !saying.removes && !holds(operations, trim)) return false;
+    if (trims && !saying.namesBlanks) return false;           // "recorta esto" may be to make it shorter
+    if (drops && saying.namesBlanks && !trims) return false;  // all blanks, or those of the empty lines
+    return !saying.namesContents || std::ranges::all_of(operations, isOfCase);
+}
+
+bool contradicts(const std::vector<Operation>& operations) {
+    const auto goesWithJoin = [](Operation operation) { return operation == join || isOfBlanks(operation); };
+    return (holds(operations, upper) && holds(operations, lower)) ||
+           (holds(operations, join) && !std::ranges::all_of(operations, goesWithJoin));
 }
 
 }  // namespace
@@ -163,28 +225,24 @@ std::vector<Operation> operationsOf(std::string_view instruction) {
     const auto folded = text::fold(instruction);
     const auto words = foldedWords(folded);
     if (words.size() > mostWords) return {};
-    std::vector<Operation> operations;
-    bool removes = false;
+    auto saying = sayingOf(words);
+    if (!saying) return {};
+    auto& operations = saying->operations;
     // "En una sola línea" and "on one line".
     if (folded.find("una sola linea") != std::string::npos || folded.find("one line") != std::string::npos)
         operations.push_back(join);
-    for (const auto word : words) {
-        if (const auto operation = operationOf(word)) {
-            operations.push_back(*operation);
-        } else if (removingVerbs().contains(word)) {
-            removes = true;
-        } else if (!companions().contains(word)) {
-            return {};
-        }
-    }
-    if (removes) operations = removal(std::move(operations));
+    if (!isClear(*saying)) return {};
+    if (saying->removes) operations = removal(std::move(operations));
     std::ranges::sort(operations);
     const auto repeated = std::ranges::unique(operations);
     operations.erase(repeated.begin(), repeated.end());
+    // The side that is named, alone.
+    if (holds(operations, trimStart) || holds(operations, trimEnd)) {
+        std::erase(operations, trim);
+        std::erase(operations, squeeze);
+    }
     if (holds(operations, number)) std::erase(operations, bullets);
-    const bool contradicts = (holds(operations, upper) && holds(operations, lower)) ||
-                             (holds(operations, join) && operations.size() > 1 && !holds(operations, trim));
-    return contradicts ? std::vector<Operation>() : operations;
+    return contradicts(operations) ? std::vector<Operation>() : std::move(operations);
 }
 
 }  // namespace dorix::service

@@ -8,8 +8,12 @@ namespace dorix::service {
 
 /// What can be done to lines of text without understanding them, in the order in which it is done.
 enum class Operation : std::uint8_t {
-    trim,
-    unmark,  // without bullets and numbers
+    trimStart,
+    trimEnd,
+    trim,       // at both ends
+    squeeze,    // at both ends, and to one blank between words
+    dropEmpty,  // lines
+    unmark,     // without bullets and numbers
     deduplicate,
     sort,
     reverse,  // the other way round, also of what was sorted

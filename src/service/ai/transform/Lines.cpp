@@ -99,10 +99,7 @@ bool Lines::splitItems() {
     return true;
 }
 
-void Lines::trim() {
-    for (auto& line : lines_) line = text::join(text::words(line), " ");
-    std::erase(lines_, "");
-}
+void Lines::dropEmpty() { std::erase_if(lines_, isEmpty); }
 
 void Lines::unmark() { forEach(unmarked); }
 

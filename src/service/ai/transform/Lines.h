@@ -19,8 +19,8 @@ class Lines {
     /// there are two lines at least, now or already before.
     bool splitItems();
 
-    /// No blanks at either end nor two in a row, and no empty lines.
-    void trim();
+    /// No lines without words.
+    void dropEmpty();
     void unmark();
     void deduplicate();
     /// As a dictionary has them, without regard to case and accents, whatever bullet is before them.
