@@ -6,6 +6,7 @@
 #include "service/model/ModelEvents.h"
 #include "service/settings/Settings.h"
 
+#include <algorithm>
 #include <array>
 #include <boost/asio/ssl/context.hpp>
 #include <boost/asio/steady_timer.hpp>
@@ -92,12 +93,14 @@ class ModelClient::Impl {
     template <typename Stream, typename Answered>
     Awaitable<void> tryCalls(Request& request, const Patience& patience, Answered& answered) {
         ++metrics_.modelCalls;
+        // Whoever waits for the answer does not wait once more for each attempt.
+        const auto firstByteBy = std::min(patience.deadline, Clock::now() + patience.firstByte);
         for (std::size_t attempt = 0;; ++attempt) {
             ModelCall<Stream> call(newStream<Stream>(co_await asio::this_coro::executor), patience.deadline);
             std::string fault;
             try {
                 co_await call.connect(url_);
-                co_await call.begin(request, patience.firstByte);
+                co_await call.begin(request, firstByteBy - Clock::now());
             } catch (const TryAgain& again) {
                 fault = again.detail;
             }
@@ -107,8 +110,7 @@ class ModelClient::Impl {
                 co_await answered(call);
                 co_return;
             }
-            const bool hasTime =
-                attempt < pauses.size() && Clock::now() + pauses.at(attempt) < patience.deadline;
+            const bool hasTime = attempt < pauses.size() && Clock::now() + pauses.at(attempt) < firstByteBy;
             if (!hasTime) throw ModelError(ModelError::Kind::down, fault);
             ++metrics_.modelRetries;
             co_await pause(pauses.at(attempt));

@@ -1,9 +1,11 @@
 #include "service/storage/SqliteDatabase.h"
 
+#include <fcntl.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstddef>
-#include <fstream>
 #include <system_error>
 #include <utility>
 
@@ -21,9 +23,9 @@ void makeOwnFile(const std::filesystem::path& file) {
     if (file.has_parent_path() && std::filesystem::create_directories(file.parent_path(), ignored)) {
         std::filesystem::permissions(file.parent_path(), perms::owner_all, ignored);
     }
-    if (std::filesystem::exists(file, ignored)) return;
-    std::ofstream(file, std::ios::app).close();
-    std::filesystem::permissions(file, perms::owner_read | perms::owner_write, ignored);
+    // What is there already stays as it is; what cannot be made, SQLite complains about.
+    const int made = ::open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    if (made >= 0) ::close(made);
 }
 
 std::string columnText(sqlite3_stmt* row, int column) {
