@@ -63,7 +63,9 @@ void ChildLog::take(std::string_view bytes) {
 
 void ChildLog::write() {
     const auto line = std::exchange(line_, {});
-    if (std::exchange(minute_, minuteNow()) != minute_) lines_ = 0;
+    const double minute = minuteNow();
+    if (minute != minute_) lines_ = 0;
+    minute_ = minute;
     if (lines_ > linesInMinute) return;
     if (++lines_ > linesInMinute) return logLine("demasiadas líneas: las siguientes se omiten", component_);
     logLine(line, component_);

@@ -4,6 +4,8 @@
 #include "linux/xdg/AtomicFile.h"
 
 #include <cstddef>
+#include <ctime>
+#include <system_error>
 
 namespace dorix {
 
@@ -11,30 +13,50 @@ namespace {
 constexpr std::size_t largest = 1024UZ * 1024;  // bytes
 }
 
-Json SecretsFile::read() const {
+/// Nothing when the file may hold secrets that cannot be read now: it must not be replaced.
+std::optional<Json> SecretsFile::read() const {
     const auto text = readFile(file_, largest);
-    auto all = text ? Json::parse(*text, nullptr, false) : Json();
-    return all.is_object() ? all : Json::object();
+    if (!text && text.error() == std::errc::no_such_file_or_directory) return Json::object();
+    if (!text) {
+        logLine("no se pudo leer " + file_.string() + ": " + text.error().message());
+        return std::nullopt;
+    }
+    auto all = Json::parse(*text, nullptr, false);
+    if (all.is_object()) return all;
+    return setAside() ? std::optional(Json::object()) : std::nullopt;
+}
+
+/// A file that is damaged stays for whoever can read it.
+bool SecretsFile::setAside() const {
+    auto aside = file_;
+    aside += ".damaged-" + std::to_string(std::time(nullptr));
+    std::error_code error;
+    std::filesystem::rename(file_, aside, error);
+    logLine(file_.string() + " está dañado; " +
+            (error ? "no se guardarán cambios: " + error.message() : "se guarda como " + aside.string()));
+    return !error;
 }
 
 std::optional<Json> SecretsFile::pending(const std::string& account) const {
     const auto all = read();
-    const auto found = all.find(account);
-    if (found == all.end() || !(found->is_string() || found->is_null())) return std::nullopt;
+    if (!all) return std::nullopt;
+    const auto found = all->find(account);
+    if (found == all->end() || !(found->is_string() || found->is_null())) return std::nullopt;
     return *found;
 }
 
 void SecretsFile::set(const std::string& account, const Json& secret) {
     auto all = read();
-    const auto before = all.find(account);
-    if (before != all.end() && *before == secret) return;
-    all[account] = secret;
-    write(all);
+    if (!all) return;
+    const auto before = all->find(account);
+    if (before != all->end() && *before == secret) return;
+    (*all)[account] = secret;
+    write(*all);
 }
 
 void SecretsFile::drop(const std::string& account) {
     auto all = read();
-    if (all.erase(account) > 0) write(all);
+    if (all && all->erase(account) > 0) write(*all);
 }
 
 void SecretsFile::write(const Json& all) const {

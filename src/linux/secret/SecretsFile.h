@@ -10,8 +10,9 @@ namespace dorix {
 
 /// What the Secret Service does not know yet, in a file that only the user can read: secrets to be kept
 /// there, and accounts whose secret is to be removed there. Replaced as a whole, so that a crash leaves the
-/// one or the other. Blocks on the disk; a file that cannot be read counts as empty, one that cannot be
-/// written is a line in the log. One thread.
+/// one or the other. Blocks on the disk. A damaged file is set aside and counts as empty; one that cannot be
+/// read now says nothing and is not replaced. That, and one that cannot be written, is a line in the log.
+/// One thread.
 class SecretsFile {
  public:
     explicit SecretsFile(std::filesystem::path file) : file_(std::move(file)) {}
@@ -22,7 +23,8 @@ class SecretsFile {
     void drop(const std::string& account);
 
  private:
-    Json read() const;
+    std::optional<Json> read() const;
+    bool setAside() const;
     void write(const Json& all) const;
 
     const std::filesystem::path file_;
