@@ -64,7 +64,8 @@ std::string explanation(Step step, const std::string& email) {
         case Step::signedIn:
             break;
     }
-    return formatText(tr("Has entrado como %@."), {email});
+    // Whose session it is may come after it.
+    return email.empty() ? std::string() : formatText(tr("Has entrado como %@."), {email});
 }
 
 }  // namespace
