@@ -78,7 +78,7 @@ LIBRARIES = {
     "service/mail": r"curl/curl\.h|systemd/sd-bus\.h|(fcntl|unistd)\.h",
     "service/model": r"boost/.*",
     "service/net": r"boost/.*",
-    "service/storage": r"sqlite3\.h|libpq-fe\.h",
+    "service/storage": r"sqlite3\.h|libpq-fe\.h|(fcntl|unistd)\.h",
 }
 STANDARD_HEADER = re.compile(r"^[a-z_0-9]+$")
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.MULTILINE)
