@@ -7,7 +7,8 @@
 #include <cstdint>
 #include <string_view>
 
-/// What the other side of the recogniser's socket may send: any bytes, in pieces as long as the first byte says.
+/// What the other side of the recogniser's socket may send: any bytes, in pieces as long as the first byte
+/// says.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace dorix;
     if (size == 0) return 0;

@@ -241,6 +241,9 @@ Task<std::shared_ptr<ModelInstaller::Start>> ModelInstaller::start(const Catalog
         const auto* engine = catalogue_.engineOf(*entry);
         started->hasEngine = engine == nullptr || hasEngine(*engine);
         started->isInstalled = started->hasEngine && isInstalled(*entry);
+        // What a process left that was killed when all was in its place.
+        if (started->hasEngine && engine != nullptr) removeAll(partsOf(*engine));
+        if (started->isInstalled) removeAll(partsOf(entry->model.id));
         if (started->isInstalled) return started;
         const auto needed = needs(*entry).disk + spareSpace;
         if (freeSpace() < needed) throw InstallError::tooLittleSpace(needed, freeSpace());
