@@ -42,6 +42,7 @@ void Composer::send(AppContext target) {
 void Composer::startRecording() {
     state_.composerRecording.set(true);
     speech_.onAudioLost = [this] { audioLost(); };
+    speech_.onRecognitionFailed = [this] { yieldMicrophone(); };
     tasks_.spawn(record(++take_));
 }
 

@@ -54,6 +54,7 @@ DictationController::DictationController(Executor& executor, AppState& state, Se
       lockObserver_(session.locked.subscribe([this](bool locked) { lockedChanged(locked); })),
       tasks_(executor) {
     recorder_.onAudioLost = [this] { audioLost(); };
+    recorder_.onRecognitionFailed = [this] { recognitionFailed(); };
     recorder_.onFailure = [this] { startFailed(); };
 }
 
@@ -63,6 +64,7 @@ DictationController::~DictationController() {
         if (!ended.partial.empty()) written_.keep(ended.partial, ended.recording);
     }
     recorder_.onAudioLost = [] {};
+    recorder_.onRecognitionFailed = [] {};
     recorder_.onFailure = [] {};
 }
 
@@ -139,6 +141,14 @@ void DictationController::audioLost() {
     auto ended = endRecording();
     hud_.hideListening();
     hud_.flashNoSound();
+    process(std::move(ended), Fate::keepHalf);
+}
+
+/// What went wrong comes with the words.
+void DictationController::recognitionFailed() {
+    if (!isRecording()) return;
+    auto ended = endRecording();
+    hud_.hideListening();
     process(std::move(ended), Fate::keepHalf);
 }
 

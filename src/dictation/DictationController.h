@@ -104,6 +104,7 @@ class DictationController {
     void startFailed();
     void tellFailure();
     void audioLost();
+    void recognitionFailed();
     void nothingHeard();
     void lockedChanged(bool locked);
     void playSound(std::string_view name);

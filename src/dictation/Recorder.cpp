@@ -21,7 +21,10 @@ Recorder::Recorder(Executor& executor, SettingsStore& settings, Permissions& per
       screen_(screen),
       tasks_(executor) {}
 
-Recorder::~Recorder() { speech_.onAudioLost = nullptr; }
+Recorder::~Recorder() {
+    speech_.onAudioLost = nullptr;
+    speech_.onRecognitionFailed = nullptr;
+}
 
 bool Recorder::mayUseMicrophone() {
     permissions_.refresh();
@@ -32,6 +35,7 @@ void Recorder::begin(Source source) {
     source_ = source;
     failure_ = nullptr;
     speech_.onAudioLost = [this] { onAudioLost(); };
+    speech_.onRecognitionFailed = [this] { onRecognitionFailed(); };
     const double startedAt = executor_.date();
     // The microphone first: an application that is slow to tell of itself must not cost the first word.
     startTask_ = tasks_.spawn(speech_.start(settings_.language.get()));

@@ -76,6 +76,8 @@ class Recorder {
     /// Called when the recording that runs gets no sound any more, or cannot begin.
     std::function<void()> onAudioLost = [] {};
     std::function<void()> onFailure = [] {};
+    /// Called when nothing more will be understood of the recording that runs.
+    std::function<void()> onRecognitionFailed = [] {};
 
  private:
     Task<void> watchStart(TaskHandle<void> startTask, int number);

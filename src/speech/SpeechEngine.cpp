@@ -89,9 +89,15 @@ std::shared_ptr<SpeechSession> SpeechEngine::beginSession() {
     std::optional<Completion<std::string>> before;
     if (!sessions_.empty()) before = sessions_.back()->words();
     const auto number = ++begun_;
-    session_ = std::make_shared<SpeechSession>(main_, before, [this, number](const std::string& text) {
+    const auto told = [this, number](const std::string& text) {
         if (number == begun_) partial.set(text);
-    });
+    };
+    const auto failed = [this, number] {
+        // A copy: the callback may replace it.
+        const auto tell = number == begun_ ? onRecognitionFailed : nullptr;
+        if (tell) tell();
+    };
+    session_ = std::make_shared<SpeechSession>(main_, before, told, failed);
     sessions_.push_back(session_);
     audioLost_ = hasHeard_ = hasGap_ = false;
     openedAt_ = main_.now();

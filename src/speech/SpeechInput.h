@@ -24,6 +24,9 @@ class SpeechInput {
     /// until it is stopped or cancelled. It may call any function of the input. Whoever starts a recording
     /// sets it to their own.
     std::function<void()> onAudioLost;
+    /// Called when the recogniser has given up the recording that runs: what is said from now on is in vain.
+    /// The same holds for it.
+    std::function<void()> onRecognitionFailed;
 
     /// Begins to listen in the language with this id; a recording that runs is dropped first. Throws an
     /// Error; the recording is dropped then.

@@ -27,8 +27,13 @@ Task<void> endOf(Completion<std::string> words) {
 }  // namespace
 
 SpeechSession::SpeechSession(Executor& main, std::optional<Completion<std::string>> before,
-                             std::function<void(const std::string&)> onText)
-    : main_(main), before_(std::move(before)), onText_(std::move(onText)), patience_(main), tasks_(main) {}
+                             std::function<void(const std::string&)> onText, std::function<void()> onFailure)
+    : main_(main),
+      before_(std::move(before)),
+      onText_(std::move(onText)),
+      onFailure_(std::move(onFailure)),
+      patience_(main),
+      tasks_(main) {}
 
 SpeechSession::~SpeechSession() { cancel(); }
 
@@ -58,6 +63,7 @@ Task<void> SpeechSession::readResults(std::shared_ptr<SpeechAnalyzer> analyzer) 
         if (isOver()) co_return;
         failure_ = localizedDescription(std::current_exception());
         logLine("error de transcripción: " + *failure_);
+        if (isListening()) onFailure_();
     }
 }
 

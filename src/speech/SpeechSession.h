@@ -23,9 +23,10 @@ class SpeechSession {
     using Input = AsyncStream<AnalyzerInput>;
 
     /// `before` is the end of the recording that the recogniser is still at, if there is one. `onText` is
-    /// told what has been understood so far whenever that changes.
+    /// told what has been understood so far whenever that changes, `onFailure` when the recogniser has given
+    /// up while the recording still runs; it may finish the session.
     SpeechSession(Executor& main, std::optional<Completion<std::string>> before,
-                  std::function<void(const std::string&)> onText);
+                  std::function<void(const std::string&)> onText, std::function<void()> onFailure);
     ~SpeechSession();
     SpeechSession(const SpeechSession&) = delete;
     SpeechSession& operator=(const SpeechSession&) = delete;
@@ -68,6 +69,7 @@ class SpeechSession {
     Executor& main_;
     const std::optional<Completion<std::string>> before_;
     const std::function<void(const std::string&)> onText_;
+    const std::function<void()> onFailure_;
     const double startedAt_ = main_.now();
     Input input_;
     std::shared_ptr<SpeechAnalyzer> analyzer_;  // shared with the tasks that wait in it

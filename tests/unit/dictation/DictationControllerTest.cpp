@@ -193,6 +193,16 @@ TEST_F(DictationControllerTest, HalfASentenceIsNotTypedButKept) {
     EXPECT_EQ(bench.inserted, std::nullopt);
     EXPECT_EQ(bench.history.items()[0].answer, "no le digas que");
 
+    bench.executor.advanceBy(4);
+    bench.speech.transcript = "no le digas nada";
+    flow.begin(holdKey, write);
+    flow.showListening();
+    bench.speech.onRecognitionFailed();
+    EXPECT_FALSE(flow.isRecording() || bench.speech.isOn) << "nobody is left talking in vain";
+    bench.executor.advanceBy(0.5);
+    EXPECT_EQ(hud(), HUDPhase::error("no format"));
+    EXPECT_EQ(bench.history.items()[0].answer, "no le digas nada");
+
     bench.speech.isGivenUp = false;
     bench.speech.transcript.clear();
     flow.begin(holdKey, write);

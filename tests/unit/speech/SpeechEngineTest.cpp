@@ -141,8 +141,11 @@ TEST_F(SpeechEngineTest, FailuresReachTheCallerAndEndTheRecording) {
 TEST_F(SpeechEngineTest, AFailedResultStreamIsLoggedAndToldAndTheNextRecordingIsHeard) {
     start();
     recognition.current().sayFinal("so far");
+    int failures = 0;
+    engine->onRecognitionFailed = [&] { ++failures; };
     recognition.current().results.finish(std::make_exception_ptr(MessageError("broken")));
     EXPECT_EQ(logOf([&] { executor.runPosted(); }), "DORIX: error de transcripción: broken\n");
+    EXPECT_EQ(failures, 1);
     EXPECT_TRUE(engine->isRunning());
     const auto failed = stop();
     EXPECT_EQ(outcome(failed), "broken");
