@@ -68,6 +68,8 @@ AppController::AppController(const Platform& platform)
         if (!ownService_.mends(error)) accountNotice_.tell(error);
     };
     modelInstaller_.onLetGo = [this](const std::string&) { recognition_.letGo(); };
+    speechModels_.isUsable = withEngineIn(platform.userData / "DORIX" / "engines");
+    recognition_.onRefused([this](const ModelRequest& model) { speechModels_.setAside(model.folder); });
     speechOffer_.onInstalled = [this] { tasks_.spawn(prepareSpeech()); };
     // The system's own recogniser has its models from the system.
     if (platform.recognition == nullptr)

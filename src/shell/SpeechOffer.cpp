@@ -38,8 +38,8 @@ std::string question(const ModelOffer& offer) {
 }  // namespace
 
 SpeechOffer::SpeechOffer(Executor& executor, const AppState& state, const SettingsStore& settings,
-                         const SpeechModels& models, ModelInstaller& installer,
-                         DictationController& dictation, Observable<std::optional<double>>& progress)
+                         SpeechModels& models, ModelInstaller& installer, DictationController& dictation,
+                         Observable<std::optional<double>>& progress)
     : settings_(settings),
       models_(models),
       installer_(installer),
@@ -112,7 +112,9 @@ Task<void> SpeechOffer::install(ModelOffer offer) {
     const auto language = languageLabel();
     std::string failure;
     bool isCancelled = false;
+    const auto folder = models_.folder() / offer.id;
     try {
+        if (models_.isSetAside(folder)) co_await installer_.remove(offer.id);
         co_await installer_.install(offer.id, ModelInstaller::Licence::accepted,
                                     [this](double fraction) { progress_.set(fraction); });
     } catch (const Cancelled&) {
@@ -130,6 +132,7 @@ Task<void> SpeechOffer::install(ModelOffer offer) {
         co_return;
     }
     dictation_.flash(HUDPhase::done(formatText(tr("Ya puedes dictar en %@"), {language})), secondsForOutcome);
+    models_.trust(folder);
     onInstalled();
 }
 

@@ -22,7 +22,7 @@ class SettingsStore;
 class SpeechOffer {
  public:
     SpeechOffer(Executor& executor, const AppState& state, const SettingsStore& settings,
-                const SpeechModels& models, ModelInstaller& installer, DictationController& dictation,
+                SpeechModels& models, ModelInstaller& installer, DictationController& dictation,
                 Observable<std::optional<double>>& progress);
     SpeechOffer(const SpeechOffer&) = delete;
     SpeechOffer& operator=(const SpeechOffer&) = delete;
@@ -45,7 +45,7 @@ class SpeechOffer {
     std::string languageLabel() const;
 
     const SettingsStore& settings_;
-    const SpeechModels& models_;
+    SpeechModels& models_;
     ModelInstaller& installer_;
     DictationController& dictation_;
     Observable<std::optional<double>>& progress_;

@@ -53,9 +53,11 @@ void SpeechModels::tell(const fs::path& folder, const std::string& complaint) co
     logLine("no se usa el modelo de voz de " + folder.string() + ": " + complaint);
 }
 
-std::optional<SpeechModel> SpeechModels::choose(std::string_view languageId, const Usable& isUsable) const {
+std::optional<SpeechModel> SpeechModels::choose(std::string_view languageId) const {
     const auto models = installed();
-    const auto serves = [&](const SpeechModel& model) { return model.serves(languageId) && isUsable(model); };
+    const auto serves = [&](const SpeechModel& model) {
+        return model.serves(languageId) && isUsable(model) && !isSetAside(model.folder);
+    };
     const auto choice = choices_.get().find(languageCode(languageId));
     const auto isChosen = [&](const SpeechModel& model) {
         return choice != choices_.get().end() && model.id == choice->second && serves(model);

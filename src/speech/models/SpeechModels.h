@@ -7,6 +7,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -33,12 +34,18 @@ class SpeechModels {
     /// folder is told in the log, once.
     std::vector<SpeechModel> installed() const;
 
-    using Usable = std::function<bool(const SpeechModel&)>;
-
     /// What recognises a language ("es-MX"), of what can be used: the user's choice if it is installed, or
     /// else the best.
-    std::optional<SpeechModel> choose(
-        std::string_view languageId, const Usable& isUsable = [](const SpeechModel&) { return true; }) const;
+    std::optional<SpeechModel> choose(std::string_view languageId) const;
+
+    /// What is asked of a model before it is chosen, besides being in order.
+    using Usable = std::function<bool(const SpeechModel&)>;
+    Usable isUsable = [](const SpeechModel&) { return true; };
+
+    /// The model in that folder is not what its record says: it is not chosen until it is trusted again.
+    void setAside(const std::filesystem::path& folder) { setAside_.insert(folder); }
+    void trust(const std::filesystem::path& folder) { setAside_.erase(folder); }
+    bool isSetAside(const std::filesystem::path& folder) const { return setAside_.contains(folder); }
 
     /// The one of that name; none when it is not in order.
     std::optional<SpeechModel> find(std::string_view id) const;
@@ -51,6 +58,7 @@ class SpeechModels {
     const std::filesystem::path folder_;
     const std::filesystem::path packaged_;
     const Observable<SpeechModelChoices>& choices_;
+    std::set<std::filesystem::path> setAside_;
     mutable std::map<std::filesystem::path, std::string> told_;  // what was said of which folder
 };
 

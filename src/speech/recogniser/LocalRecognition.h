@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace dorix {
 
@@ -30,6 +31,11 @@ class LocalRecognition final : public SpeechRecognition {
     Task<std::optional<AudioFormat>> bestAvailableAudioFormat(std::string locale) override;
     std::optional<AudioFormat> knownFormat(const std::string& locale) const override;
     std::unique_ptr<SpeechAnalyzer> makeAnalyzer(const std::string& locale) override;
+
+    /// `callback` is told of a model that cannot be loaded, and will not be at another try.
+    void onRefused(std::function<void(const ModelRequest&)> callback) {
+        recogniser_->onRefused = std::move(callback);
+    }
 
     /// Lets go of the model that is loaded, as its files are about to change.
     void letGo() { recogniser_->letGo(); }

@@ -19,13 +19,6 @@ std::string parameterText(const SpeechModel::Parameter& parameter) {
     return {digits.data(), end};
 }
 
-/// A model that somebody put there may be without its engine.
-bool hasEngine(const SpeechModel& model, const std::filesystem::path& engines) {
-    std::error_code error;
-    return model.engine != SpeechModel::Engine::sherpaOnnx ||
-           std::filesystem::exists(engines / sherpaFolder, error);
-}
-
 ModelRequest request(const SpeechModel& model, std::string language, const std::filesystem::path& engines) {
     ModelRequest request{.engine = std::string(storedName(model.engine)),
                          .kind = std::string(storedName(model.kind)),
@@ -44,11 +37,18 @@ ModelRequest request(const SpeechModel& model, std::string language, const std::
 
 }  // namespace
 
+SpeechModels::Usable withEngineIn(std::filesystem::path engines) {
+    return [engines = std::move(engines)](const SpeechModel& model) {
+        std::error_code error;
+        return model.engine != SpeechModel::Engine::sherpaOnnx ||
+               std::filesystem::exists(engines / sherpaFolder, error);
+    };
+}
+
 LocalRecognition::ChooseModel modelChoice(const SpeechModels& models, std::filesystem::path engines) {
     return
         [&models, engines = std::move(engines)](const std::string& language) -> std::optional<ModelRequest> {
-            const auto model =
-                models.choose(language, [&engines](const auto& each) { return hasEngine(each, engines); });
+            const auto model = models.choose(language);
             if (!model) return std::nullopt;
             return request(*model, languageCode(language), engines);
         };

@@ -12,6 +12,9 @@ namespace dorix {
 /// are loaded at run time, with a folder each.
 LocalRecognition::ChooseModel modelChoice(const SpeechModels& models, std::filesystem::path engines);
 
+/// Whether the engine of a model is there: a model that somebody put there by hand may lack it.
+SpeechModels::Usable withEngineIn(std::filesystem::path engines);
+
 /// Chooses the user's server where there is one, and else as `models` does. The server outlives the choice.
 LocalRecognition::ChooseModel serverOr(const SpeechServer& server, LocalRecognition::ChooseModel models);
 

@@ -200,8 +200,12 @@ void Recogniser::ended() {
 /// What an engine says of an utterance is for the user; what is wrong with a model, for the log.
 void Recogniser::refused(const std::string& why) {
     const bool isForUser = isReady_;
+    const auto model = link_->model();
     link_.reset();
-    if (!isForUser) logLine("no se pudo cargar el reconocedor: " + why);
+    if (!isForUser) {
+        logLine("no se pudo cargar el reconocedor: " + why);
+        onRefused(model);
+    }
     giveUp(isForUser ? tr(why) : failureText());
 }
 

@@ -41,6 +41,9 @@ class Recogniser {
     /// More of its sound is there, or it has been dropped.
     void changed() { advance(); }
 
+    /// Called when a model cannot be loaded, and will not be at another try.
+    std::function<void(const ModelRequest&)> onRefused = [](const ModelRequest&) {};
+
     /// Lets go of the process and of its model's files; what is under way is begun anew with the next.
     void letGo();
 

@@ -108,6 +108,13 @@ TEST_F(SpeechOfferTest, WhatIsMissingIsToldBehindTheErrorAndInstalledFromTheMenu
     EXPECT_TRUE(http.exchanges.empty());
     settings.language.set("it-IT");
     EXPECT_EQ(first(), "") << "there is nothing for that one";
+
+    settings.language.set("es-ES");
+    models.setAside(models.folder() / "noise");
+    EXPECT_EQ(models.choose("es-ES"), std::nullopt);
+    EXPECT_THAT(first(), StartsWith("Instalar el dictado en Español"));
+    choose();
+    EXPECT_TRUE(eventually([&] { return !http.exchanges.empty(); })) << "what has gone bad is fetched anew";
 }
 
 TEST_F(SpeechOfferTest, ALicenceThatIsNotClearIsAskedAboutFirst) {

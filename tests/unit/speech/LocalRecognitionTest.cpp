@@ -195,8 +195,11 @@ TEST_F(LocalRecognitionTest, TwoFailuresAreAnErrorAndTheNextUtteranceIsHeard) {
 
 TEST_F(LocalRecognitionTest, AModelThatIsRefusedIsNotTriedAgain) {
     processes.refusal = "no model";
+    std::string refused;
+    recognition->onRefused([&](const ModelRequest& model) { refused = model.folder; });
     EXPECT_FALSE(load());
     EXPECT_EQ(processes.launches, 1);
+    EXPECT_EQ(refused, "/models/es");
     const auto said = begin();
     executor.runPosted();
     EXPECT_EQ(said->error, "No se pudo preparar el formato de audio.");

@@ -149,6 +149,14 @@ TEST_F(SpeechModelTest, TheUsersChoiceComesFirstThenTheBest) {
     EXPECT_EQ(models.choose("it-IT")->id, "all-languages") << "it does not speak that";
     fs::remove_all(folder.path() / "words");
     EXPECT_EQ(models.choose("es-MX")->id, "tones");
+
+    models.setAside(folder.path() / "tones");
+    EXPECT_EQ(models.choose("es-MX")->id, "all-languages");
+    models.trust(folder.path() / "tones");
+    models.isUsable = [](const SpeechModel& model) {
+        return model.kind != SpeechModel::Kind::streamingTransducer;
+    };
+    EXPECT_EQ(models.choose("es-MX")->id, "offline");
 }
 
 TEST_F(SpeechModelTest, ThePackagesModelComesLast) {
