@@ -75,7 +75,7 @@ int obey(Channel& channel, const UnpackOrder& order) {
     }
 }
 
-/// Tells why there is none, and waits to be ended.
+/// Null where there is none, after telling why.
 std::unique_ptr<Engine> loadEngine(Channel& channel, const ModelRequest& model) {
     try {
         shutIn(model);
