@@ -101,7 +101,7 @@ struct LinuxDesktop::Adapters {
           processes(watcher),
           helpers(watcher, processes.executable()),
           urls(watcher),
-          companion(watcher, companionServiceBeside(processes.executable())),
+          companion(watcher, programBeside(processes.executable(), "dorix-service")),
           system(BusConnection::system(main, watcher)),
           bus(BusConnection::session(main, watcher)),
           notifications(main, *bus),

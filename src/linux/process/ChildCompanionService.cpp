@@ -161,13 +161,4 @@ bool ChildCompanionService::isTrusted(int port) const {
     return isThere;
 }
 
-fs::path companionServiceBeside(const fs::path& executable) {
-    const auto folder = executable.parent_path();
-    for (const auto& place : {folder / "dorix-service", folder.parent_path() / "service" / "dorix-service"}) {
-        std::error_code error;
-        if (fs::is_regular_file(place, error)) return place;
-    }
-    return {};
-}
-
 }  // namespace dorix

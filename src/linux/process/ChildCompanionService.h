@@ -42,7 +42,4 @@ class ChildCompanionService final : public CompanionService {
     Subscription ended_;  // goes before the descriptor
 };
 
-/// The service's executable: beside this program's, or in the folder that a build leaves it in.
-std::filesystem::path companionServiceBeside(const std::filesystem::path& executable);
-
 }  // namespace dorix

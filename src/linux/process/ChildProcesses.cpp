@@ -8,6 +8,8 @@
 
 #include <csignal>
 #include <memory>
+#include <string_view>
+#include <system_error>
 
 namespace dorix {
 
@@ -79,6 +81,17 @@ std::optional<pid_t> spawn(const std::vector<std::string>& command, SpawnAs as, 
                                    arguments.data(), environ);
     if (error != 0) return std::nullopt;
     return process;
+}
+
+std::filesystem::path programBeside(const std::filesystem::path& executable, const std::string& name) {
+    constexpr std::string_view prefix = "dorix-";
+    const auto folder = executable.parent_path();
+    const auto room = name.starts_with(prefix) ? name.substr(prefix.size()) : name;
+    for (const auto& place : {folder / name, folder.parent_path() / room / name}) {
+        std::error_code error;
+        if (std::filesystem::is_regular_file(place, error)) return place;
+    }
+    return {};
 }
 
 FileDescriptor openProcess(pid_t process) {

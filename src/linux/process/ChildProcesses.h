@@ -5,6 +5,7 @@
 
 #include <sys/types.h>
 
+#include <filesystem>
 #include <list>
 #include <optional>
 #include <string>
@@ -36,6 +37,10 @@ struct SpawnFiles {
 std::optional<pid_t> spawn(const std::vector<std::string>& command, SpawnAs as, SpawnFiles files = {});
 
 inline constexpr int inheritedDescriptor = 3;
+
+/// Another program of ours, such as "dorix-service": beside this one's executable, or in the folder that a
+/// build leaves it in. Empty where there is none.
+std::filesystem::path programBeside(const std::filesystem::path& executable, const std::string& name);
 
 /// A descriptor that stands for a process, also when its id has been given to another one since; it can be
 /// read once the process has ended. None when there is no such process or the kernel has no such descriptors.

@@ -9,12 +9,9 @@
 #include <cerrno>
 #include <csignal>
 #include <optional>
-#include <system_error>
 #include <utility>
 
 namespace dorix {
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -107,26 +104,14 @@ class LinuxHelperProcess final : public HelperProcess {
     std::optional<Subscription> writable_;
 };
 
-/// Where an installation has it, or a build.
-fs::path helperBeside(const fs::path& executable, const std::string& name) {
-    const auto folder = executable.parent_path();
-    constexpr std::string_view prefix = "dorix-";
-    const auto room = name.starts_with(prefix) ? name.substr(prefix.size()) : name;
-    for (const auto& place : {folder / name, folder.parent_path() / room / name}) {
-        std::error_code error;
-        if (fs::is_regular_file(place, error)) return place;
-    }
-    return {};
-}
-
 }  // namespace
 
 bool LinuxHelperProcesses::isInstalled(const std::string& name) const {
-    return !helperBeside(executable_, name).empty();
+    return !programBeside(executable_, name).empty();
 }
 
 std::unique_ptr<HelperProcess> LinuxHelperProcesses::launch(const std::string& name, Listener listener) {
-    const auto program = helperBeside(executable_, name);
+    const auto program = programBeside(executable_, name);
     auto sockets = program.empty() ? std::nullopt : makeSocketPair();
     const auto child = sockets
                            ? spawn({program.string()}, SpawnAs::helper, {.inherited = sockets->theirs.get()})
