@@ -25,10 +25,10 @@ AppController::AppController(const Platform& platform)
       permissions_(platform.executor, platform.grants),
       speechModels_(platform.userData / "DORIX" / "models", platform.packagedSpeechModels,
                     settings_.speechModels),
-      speechServer_(settings_, platform.keychain),
-      recognition_(
-          platform.executor, platform.helpers,
-          serverOr(speechServer_, modelChoice(speechModels_, platform.userData / "DORIX" / "engines"))),
+      speechServer_(platform.executor, settings_, platform.keychain),
+      recognition_(platform.executor, platform.helpers,
+                   serverOr(speechServer_, modelChoice(speechModels_, engines_)),
+                   modelChoice(speechModels_, engines_)),
       speech_(platform.executor, platform.audio,
               platform.recognition != nullptr ? *platform.recognition : recognition_),
       unpacker_(platform.executor, platform.helpers),
@@ -68,7 +68,11 @@ AppController::AppController(const Platform& platform)
         if (!ownService_.mends(error)) accountNotice_.tell(error);
     };
     modelInstaller_.onLetGo = [this](const std::string&) { recognition_.letGo(); };
-    speechModels_.isUsable = withEngineIn(platform.userData / "DORIX" / "engines");
+    speechModels_.isUsable = withEngineIn(engines_);
+    recognition_.onServerFailed([this](const std::string& why) {
+        speechServer_.failed(why);
+        tasks_.spawn(speechServer_.readKey());
+    });
     recognition_.onRefused([this](const ModelRequest& model) { speechModels_.setAside(model.folder); });
     speechOffer_.onInstalled = [this] { tasks_.spawn(prepareSpeech()); };
     // The system's own recogniser has its models from the system.

@@ -94,6 +94,7 @@ class AppController {
 
     const Platform platform_;
     const std::filesystem::path database_ = platform_.userData / "DORIX" / "dorix.sqlite";
+    const std::filesystem::path engines_ = platform_.userData / "DORIX" / "engines";
     AppState state_;
     SettingsStore settings_;
     HistoryStore history_;

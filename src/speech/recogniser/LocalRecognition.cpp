@@ -15,9 +15,10 @@ constexpr AudioFormat soundFormat{Recogniser::sampleRate, 1};
 /// One transcription; it waits for its turn while others are under way.
 class RecogniserAnalyzer final : public SpeechAnalyzer {
  public:
-    RecogniserAnalyzer(Executor& main, std::shared_ptr<Recogniser> recogniser, ModelRequest model)
+    RecogniserAnalyzer(Executor& main, std::shared_ptr<Recogniser> recogniser, ModelRequest model,
+                       std::optional<ModelRequest> other)
         : recogniser_(std::move(recogniser)),
-          utterance_(std::make_shared<SpokenUtterance>(std::move(model))),
+          utterance_(std::make_shared<SpokenUtterance>(std::move(model), std::move(other))),
           tasks_(main) {}
     ~RecogniserAnalyzer() override {
         utterance_->drop();
@@ -57,9 +58,11 @@ class RecogniserAnalyzer final : public SpeechAnalyzer {
 
 }  // namespace
 
-LocalRecognition::LocalRecognition(Executor& main, HelperProcesses& processes, ChooseModel chooseModel)
+LocalRecognition::LocalRecognition(Executor& main, HelperProcesses& processes, ChooseModel chooseModel,
+                                   ChooseModel otherwise)
     : main_(main),
       chooseModel_(std::move(chooseModel)),
+      otherwise_(std::move(otherwise)),
       recogniser_(std::make_shared<Recogniser>(main, processes)) {}
 
 LocalRecognition::~LocalRecognition() = default;
@@ -104,7 +107,9 @@ std::optional<AudioFormat> LocalRecognition::knownFormat(const std::string&) con
 std::unique_ptr<SpeechAnalyzer> LocalRecognition::makeAnalyzer(const std::string& locale) {
     const auto model = chosen(locale);
     if (!model) return nullptr;
-    return std::make_unique<RecogniserAnalyzer>(main_, recogniser_, *model);
+    auto other = otherwise_ ? otherwise_(locale) : std::nullopt;
+    if (other == model) other.reset();
+    return std::make_unique<RecogniserAnalyzer>(main_, recogniser_, *model, std::move(other));
 }
 
 }  // namespace dorix

@@ -20,8 +20,9 @@ class LocalRecognition final : public SpeechRecognition {
     /// The model that is to serve a language; none when none can.
     using ChooseModel = std::function<std::optional<ModelRequest>(const std::string& language)>;
 
-    /// Both must outlive it.
-    LocalRecognition(Executor& main, HelperProcesses& processes, ChooseModel chooseModel);
+    /// Both must outlive it. `otherwise` chooses what an utterance goes to on which the chosen one failed.
+    LocalRecognition(Executor& main, HelperProcesses& processes, ChooseModel chooseModel,
+                     ChooseModel otherwise = nullptr);
     ~LocalRecognition() override;
 
     /// Looks for the model anew.
@@ -37,6 +38,11 @@ class LocalRecognition final : public SpeechRecognition {
         recogniser_->onRefused = std::move(callback);
     }
 
+    /// `callback` is told of a server that failed on an utterance, and why, for the user to read.
+    void onServerFailed(std::function<void(const std::string& why)> callback) {
+        recogniser_->onServerFailed = std::move(callback);
+    }
+
     /// Lets go of the model that is loaded, as its files are about to change.
     void letGo() { recogniser_->letGo(); }
 
@@ -45,6 +51,7 @@ class LocalRecognition final : public SpeechRecognition {
 
     Executor& main_;
     const ChooseModel chooseModel_;
+    const ChooseModel otherwise_;
     mutable std::map<std::string, ModelRequest> chosen_;  // by locale
     const std::shared_ptr<Recogniser> recogniser_;
 };

@@ -57,7 +57,9 @@ LocalRecognition::ChooseModel modelChoice(const SpeechModels& models, std::files
 LocalRecognition::ChooseModel serverOr(const SpeechServer& server, LocalRecognition::ChooseModel models) {
     return [&server, models = std::move(models)](const std::string& language) {
         auto asked = server.request(languageCode(language));
-        return asked ? asked : models(language);
+        if (asked && !server.isResting()) return asked;
+        auto model = models(language);
+        return model ? model : asked;
     };
 }
 

@@ -15,7 +15,8 @@ LocalRecognition::ChooseModel modelChoice(const SpeechModels& models, std::files
 /// Whether the engine of a model is there: a model that somebody put there by hand may lack it.
 SpeechModels::Usable withEngineIn(std::filesystem::path engines);
 
-/// Chooses the user's server where there is one, and else as `models` does. The server outlives the choice.
+/// Chooses the user's server where there is one that does not rest, and else as `models` does. The server
+/// outlives the choice.
 LocalRecognition::ChooseModel serverOr(const SpeechServer& server, LocalRecognition::ChooseModel models);
 
 }  // namespace dorix

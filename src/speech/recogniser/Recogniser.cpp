@@ -128,16 +128,23 @@ void Recogniser::advance() {
 }
 
 void Recogniser::dropUnwanted() {
-    if (!queue_.empty() && queue_.front()->isDropped() && hasBegun_ && link_) {
-        link_->send(Frame::Kind::drop);
-        link_->expectNothing();  // of the time before
-        ++stale_;
-        hasBegun_ = hasFinished_ = false;
-    }
+    if (!queue_.empty() && queue_.front()->isDropped() && hasBegun_ && link_) stopWork();
     std::erase_if(queue_, [](const auto& utterance) {
         if (utterance->isDropped()) utterance->fail(nullptr);
         return utterance->isDropped();
     });
+}
+
+/// On what nobody wants any more. Who waits for a server does not listen, and has nothing loaded to be lost.
+void Recogniser::stopWork() {
+    if (hasFinished_ && asksServer(link_->model())) {
+        link_.reset();
+    } else {
+        link_->send(Frame::Kind::drop);
+        link_->expectNothing();  // of the time before
+        ++stale_;
+    }
+    hasBegun_ = hasFinished_ = false;
 }
 
 void Recogniser::sendSound(SpokenUtterance& utterance) {
@@ -215,7 +222,10 @@ void Recogniser::giveUp(const std::string& why) {
     failedStarts_ = 0;
     if (loading_) std::exchange(loading_, std::nullopt)->fail(error);
     if (queue_.empty()) return;
-    queue_.front()->fail(error);
+    auto& utterance = *queue_.front();
+    if (asksServer(utterance.model())) onServerFailed(why);
+    if (utterance.takeOtherModel()) return advance();
+    utterance.fail(error);
     ended();
 }
 

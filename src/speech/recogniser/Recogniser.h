@@ -36,13 +36,16 @@ class Recogniser {
     Task<void> load(ModelRequest model);
 
     /// Puts an utterance through, when those before are. Its results end, whatever happens: with an error
-    /// when two recognisers in a row failed on it, or when its model cannot be loaded.
+    /// when two recognisers in a row failed on it, or when its model cannot be loaded, and it has no other.
     void transcribe(std::shared_ptr<SpokenUtterance> utterance);
     /// More of its sound is there, or it has been dropped.
     void changed() { advance(); }
 
     /// Called when a model cannot be loaded, and will not be at another try.
     std::function<void(const ModelRequest&)> onRefused = [](const ModelRequest&) {};
+
+    /// Called when a server has failed on an utterance, and why, for the user to read.
+    std::function<void(const std::string& why)> onServerFailed = [](const std::string&) {};
 
     /// Lets go of the process and of its model's files; what is under way is begun anew with the next.
     void letGo();
@@ -53,6 +56,7 @@ class Recogniser {
     void launch(const ModelRequest& model);
     void advance();
     void dropUnwanted();
+    void stopWork();
     void sendSound(SpokenUtterance& utterance);
     void takeFrame(const Frame& frame);
     void takeFrameOf(SpokenUtterance& utterance, const Frame& frame);

@@ -1,5 +1,6 @@
 #include "speech/recogniser/SpeechServer.h"
 
+#include "base/Log.h"
 #include "base/text/Url.h"
 #include "localdata/SettingsStore.h"
 #include "platform/Keychain.h"
@@ -26,6 +27,12 @@ std::optional<ModelRequest> SpeechServer::request(std::string language) const {
         .parameters = {},
         .engineFolder = {},
         .server = {.address = address, .key = key_, .model = settings_.speechServerModel.get()}};
+}
+
+void SpeechServer::failed(const std::string& why) {
+    constexpr double rest = 60;
+    restsUntil_ = executor_.now() + rest;
+    logLine("the speech server failed: " + why);
 }
 
 std::optional<std::string> SpeechServer::notice() const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/async/Executor.h"
 #include "base/async/Task.h"
 #include "recognition/ModelRequest.h"
 
@@ -18,21 +19,29 @@ class SpeechServer {
     /// Of the keychain: the key that the server asks for.
     static constexpr auto keyAccount = "speech-server-key";
 
-    SpeechServer(SettingsStore& settings, Keychain& keychain) : settings_(settings), keychain_(keychain) {}
+    SpeechServer(Executor& executor, SettingsStore& settings, Keychain& keychain)
+        : executor_(executor), settings_(settings), keychain_(keychain) {}
 
-    /// Before the first recognition, and when the address has changed.
+    /// Before the first recognition, when the address has changed, and when the server has failed: a keychain
+    /// may have been locked until now.
     Task<void> readKey();
 
     std::optional<ModelRequest> request(std::string language) const;
+
+    /// It has failed on what was said, and rests for a minute, in which models come before it.
+    void failed(const std::string& why);
+    bool isResting() const { return executor_.now() < restsUntil_; }
 
     /// The name of the server where what is said leaves this computer, and the user has not been told so yet.
     std::optional<std::string> notice() const;
     void noticeShown();
 
  private:
+    Executor& executor_;
     SettingsStore& settings_;
     Keychain& keychain_;
     std::string key_;
+    double restsUntil_ = 0;
 };
 
 }  // namespace dorix

@@ -4,6 +4,7 @@
 #include "speech/recogniser/Recogniser.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace dorix {
 
@@ -57,6 +58,13 @@ void SpokenUtterance::done() {
     results_.push({join(finalText_, partialText_), true});
     results_.finish();
     finished_.complete();
+}
+
+bool SpokenUtterance::takeOtherModel() {
+    if (!other_) return false;
+    model_ = *std::exchange(other_, std::nullopt);
+    failures_ = 0;
+    return true;
 }
 
 void SpokenUtterance::fail(std::exception_ptr error) {

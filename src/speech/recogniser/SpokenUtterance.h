@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <exception>
+#include <optional>
 #include <span>
 #include <string>
 #include <utility>
@@ -20,7 +21,9 @@ namespace dorix {
 /// new one has come as far. Main executor.
 class SpokenUtterance {
  public:
-    explicit SpokenUtterance(ModelRequest model) : model_(std::move(model)) {}
+    /// `other` takes the place of a model that fails on it.
+    explicit SpokenUtterance(ModelRequest model, std::optional<ModelRequest> other = std::nullopt)
+        : model_(std::move(model)), other_(std::move(other)) {}
 
     const ModelRequest& model() const { return model_; }
 
@@ -49,6 +52,8 @@ class SpokenUtterance {
 
     /// The recogniser failed it; how often that has happened.
     int countFailure() { return ++failures_; }
+    /// From now on it is for the other model, from its first sound; false where there is none.
+    bool takeOtherModel();
     /// It is given up.
     void fail(std::exception_ptr error);
     /// Nobody wants its words.
@@ -62,7 +67,8 @@ class SpokenUtterance {
  private:
     void tell();
 
-    const ModelRequest model_;
+    ModelRequest model_;
+    std::optional<ModelRequest> other_;
     std::vector<float> sound_;
     bool isWhole_ = false;
     bool isDropped_ = false;

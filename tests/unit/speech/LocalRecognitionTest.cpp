@@ -208,6 +208,38 @@ TEST_F(LocalRecognitionTest, AModelThatIsRefusedIsNotTriedAgain) {
     EXPECT_FALSE(load());
 }
 
+TEST_F(LocalRecognitionTest, WhereAServerFailsAModelTakesItsPlace) {
+    const auto server = [](const std::string& language) {
+        auto request = model(language);
+        request.server.address = "http://localhost:1";
+        return std::optional(request);
+    };
+    const auto local = [](const std::string& language) { return std::optional(model(language)); };
+    recognition = std::make_unique<LocalRecognition>(executor, processes, server, local);
+    std::string failure;
+    recognition->onServerFailed([&](const std::string& why) { failure = why; });
+    processes.faults = {{8000, Fault::dies}, {8000, Fault::dies}};
+    const auto said = begin();
+    speak(*said, numbers(5));
+    said->input.finish();
+    executor.advanceBy(1);
+    EXPECT_EQ(said->final, text(5));
+    EXPECT_EQ(processes.opened.back().server.address, "");
+    EXPECT_EQ(failure, "No se pudo preparar el formato de audio.");
+    // One that is waited for does not keep the next utterance waiting.
+    processes.faults = {{8000, Fault::hangs}};
+    const auto dropped = begin();
+    speak(*dropped, numbers(5));
+    dropped->input.finish();
+    executor.advanceBy(1);
+    const auto next = begin();
+    next->input.push({numbers(4)});
+    next->input.finish();
+    dropped->analyzer.reset();
+    executor.runPosted();
+    EXPECT_EQ(next->final, text(4));
+}
+
 TEST_F(LocalRecognitionTest, WhatIsDroppedMakesRoomForTheNext) {
     auto dropped = begin();
     speak(*dropped, numbers(30));
