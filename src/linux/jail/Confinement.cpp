@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
@@ -52,6 +53,11 @@ void limitResources(const Confinement& confinement) {
     limit(RLIMIT_NOFILE, confinement.openFiles, "open files");
     // It counts what all processes of the user have, so it is of use only where none may be added.
     if (!confinement.mayStartThreads) limit(RLIMIT_NPROC, 0, "processes");
+    if (confinement.largestFile) {
+        // A write beyond it fails, and does not end the process.
+        if (std::signal(SIGXFSZ, SIG_IGN) == SIG_ERR) check(-1, "signal");
+        limit(RLIMIT_FSIZE, *confinement.largestFile, "file size");
+    }
     if (confinement.processorSeconds) limit(RLIMIT_CPU, *confinement.processorSeconds, "processor time");
     // The address space: other bounds leave out what is shared, or mapped from files.
     if (confinement.memory != 0 && !isSanitized) {

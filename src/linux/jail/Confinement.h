@@ -15,8 +15,10 @@ namespace dorix {
 struct Confinement {
     // Files, and folders with all that is below them. One that does not exist is passed over.
     std::vector<std::filesystem::path> readable;
-    std::vector<std::filesystem::path> writable;  // and readable
-    bool mayConnect = false;                      // to servers over TCP, and look up their names
+    // And readable. Who may write files loads no code any more, as he could have written it.
+    std::vector<std::filesystem::path> writable;
+    std::optional<std::uint64_t> largestFile;  // bytes that one that is written may have
+    bool mayConnect = false;                   // to servers over TCP, and look up their names
     bool mayStartThreads = false;
     std::uint64_t memory = 0;  // bytes of address space on top of what the process has by then; 0: unbounded
     std::uint64_t openFiles = 64;

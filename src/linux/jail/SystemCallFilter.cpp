@@ -179,11 +179,12 @@ class Filter {
     std::unique_ptr<void, Release> filter_;
 };
 
-void allowMemory(Filter& filter) {
-    // Code comes from files, through the loader: memory that is written to is never run.
+void allowMemory(Filter& filter, bool mayLoadCode) {
     filter.allow(SCMP_SYS(mmap), {bits(2, PROT_EXEC, 0)});
-    filter.allow(SCMP_SYS(mmap), {bits(2, PROT_EXEC | PROT_WRITE, PROT_EXEC), bits(3, MAP_ANONYMOUS, 0)});
     filter.allow(SCMP_SYS(mprotect), {bits(2, PROT_EXEC, 0)});
+    // Code comes from files, through the loader: memory that is written to is never run.
+    if (!mayLoadCode) return;
+    filter.allow(SCMP_SYS(mmap), {bits(2, PROT_EXEC | PROT_WRITE, PROT_EXEC), bits(3, MAP_ANONYMOUS, 0)});
 }
 
 void allowItself(Filter& filter) {
@@ -238,7 +239,7 @@ void restrictSystemCalls(const Confinement& confinement) {
     // What they ask for lies in memory, where the filter cannot look; programs know another way.
     filter.add(SCMP_ACT_ERRNO(ENOSYS), SCMP_SYS(clone3), {});
     filter.add(SCMP_ACT_ERRNO(ENOSYS), SCMP_SYS(openat2), {});
-    allowMemory(filter);
+    allowMemory(filter, confinement.writable.empty());
     allowItself(filter);
     allowFiles(filter, !confinement.writable.empty());
     if (confinement.mayConnect) allowServers(filter);

@@ -63,6 +63,7 @@ int obey(Channel& channel, const UnpackOrder& order) {
     try {
         const Confinement confinement{.readable = {order.archive},
                                       .writable = {order.folder},
+                                      .largestFile = order.largest,
                                       .memory = memory,
                                       .processorSeconds = 100};
         for (const auto& complaint : confine(confinement)) logLine(complaint);

@@ -110,7 +110,12 @@ bool keepsItsWork() {
     // Loaded, read, computed and told: what a recogniser does all day.
     std::string block(8 * megabyte, 'x');
     return opens(folder + "/in/file", O_RDONLY) && ::opendir((folder + "/in").c_str()) != nullptr &&
-           ::dlopen("libz.so.1", RTLD_NOW) != nullptr && ::write(STDERR_FILENO, block.data(), 1) == 1;
+           ::write(STDERR_FILENO, block.data(), 1) == 1;
+}
+
+bool writes(off_t bytes) {
+    const int fd = ::open((folder + "/out/written").c_str(), O_WRONLY | O_CREAT, 0600);
+    return fd >= 0 && ::ftruncate(fd, bytes) == 0;
 }
 
 const std::map<std::string_view, std::function<bool()>>& attempts() {
@@ -138,6 +143,9 @@ const std::map<std::string_view, std::function<bool()>>& attempts() {
         {"signal its parent", [] { return ::kill(::getppid(), 0) == 0; }},
         {"read its parent", [] { return opens("/proc/" + std::to_string(::getppid()) + "/mem", O_RDONLY); }},
         {"be read", [] { return opens("/proc/self/mem", O_RDONLY); }},
+        {"load a library", [] { return ::dlopen("libz.so.1", RTLD_NOW) != nullptr; }},
+        {"write a file", [] { return writes(1000); }},
+        {"write a large file", [] { return writes(megabyte); }},
         {"load a library from elsewhere",
          [] { return ::dlopen((folder + "/elsewhere/library.so").c_str(), RTLD_NOW) != nullptr; }},
         {"take memory", [] { return maps(512 * megabyte, PROT_READ | PROT_WRITE, MAP_PRIVATE); }},
@@ -155,7 +163,10 @@ void shutIn(std::string_view grants) {
     confinement.readable.emplace_back(folder + "/not there");
     confinement.mayConnect = grants.contains('c');
     confinement.mayStartThreads = grants.contains('t');
-    if (grants.contains('w')) confinement.writable.emplace_back(folder + "/out");
+    if (grants.contains('w')) {
+        confinement.writable.emplace_back(folder + "/out");
+        confinement.largestFile = 1000;
+    }
     for (const auto& line : dorix::confine(confinement)) std::fprintf(stderr, "%s\n", line.c_str());
 }
 
