@@ -25,6 +25,7 @@ CatalogueEngine engineIn(const Json& json) {
     const auto& archive = json.at("archive");
     CatalogueEngine engine{.version = json.at("version"),
                            .licence = json.at("licence"),
+                           .processor = json.value("processor", ""),
                            .archive = remoteFile(archive, archive.at("url")),
                            .files = json.at("files"),
                            .unpacked = json.at("unpacked")};
@@ -34,6 +35,15 @@ CatalogueEngine engineIn(const Json& json) {
         if (!staysInside(file) || file.contains('/')) throw std::runtime_error("no file name: " + file);
     }
     return engine;
+}
+
+bool runsHere(const CatalogueEngine& engine) {
+#ifdef __x86_64__
+    constexpr std::string_view processor = "x86_64";
+#else
+    constexpr std::string_view processor = "another";
+#endif
+    return engine.processor.empty() || engine.processor == processor;
 }
 
 /// The record that is going to lie beside the files.
@@ -82,7 +92,11 @@ std::expected<ModelCatalogue, std::string> ModelCatalogue::parse(std::string_vie
         const auto json = Json::parse(text);
         ModelCatalogue catalogue;
         for (const auto& engine : json.at("engines")) catalogue.engines_.push_back(engineIn(engine));
-        for (const auto& model : json.at("models")) catalogue.models_.push_back(modelIn(model));
+        for (const auto& entry : json.at("models")) {
+            auto model = modelIn(entry);
+            const auto* engine = catalogue.engineOf(model);
+            if (engine == nullptr || runsHere(*engine)) catalogue.models_.push_back(std::move(model));
+        }
         return catalogue;
     } catch (const std::exception& error) {
         return std::unexpected(error.what());

@@ -25,6 +25,7 @@ struct CatalogueEngine {
     SpeechModel::Engine engine = SpeechModel::Engine::sherpaOnnx;
     std::string version;
     std::string licence;
+    std::string processor;  // that it was compiled for; empty for any
     RemoteFile archive;
     std::vector<std::string> files;  // what is needed of it
     std::uint64_t unpacked = 0;      // bytes, at most
@@ -50,7 +51,8 @@ struct CatalogueModel {
 /// What can be installed. Pure data, any thread.
 class ModelCatalogue {
  public:
-    /// Reads a catalogue; or says why it is none, in English.
+    /// Reads a catalogue, of which it leaves out what does not run on this processor; or says why it is none,
+    /// in English.
     static std::expected<ModelCatalogue, std::string> parse(std::string_view json);
 
     /// The one that is part of the program.

@@ -80,6 +80,16 @@ std::string engineText(const CatalogueEngine& engine, const fs::path& folder) {
     return record.dump(2) + "\n";
 }
 
+/// What that record says of the files; empty where it cannot be read.
+std::map<std::string, std::string> recordedSums(const fs::path& folder) {
+    try {
+        std::ifstream stream(folder / engineRecord);
+        return Json::parse(stream).at("sha256").get<std::map<std::string, std::string>>();
+    } catch (const Json::exception&) {
+        return {};
+    }
+}
+
 /// A folder that goes at once for all who look, however long the deleting takes.
 void removeFolder(const fs::path& folder) {
     const auto aside = folder.parent_path() / (".removed-" + folder.filename().string());
@@ -137,6 +147,19 @@ ModelInstaller::~ModelInstaller() = default;
 bool ModelInstaller::hasEngine(const CatalogueEngine& engine) const {
     return std::ranges::all_of(engine.files,
                                [&](const auto& file) { return isFile(engines_ / engine.id() / file); });
+}
+
+/// With the files that were unpacked then; one that somebody put there by hand has no record of them. Reads
+/// them all.
+bool ModelInstaller::hasIntactEngine(const CatalogueEngine& engine) const {
+    const auto folder = engines_ / engine.id();
+    if (!hasEngine(engine) || !isFile(folder / engineRecord)) return hasEngine(engine);
+    const auto recorded = recordedSums(folder);
+    return std::ranges::all_of(engine.files, [&](const auto& file) {
+        const auto sum = sha256OfFile(folder / file);
+        const auto known = recorded.find(file);
+        return sum && known != recorded.end() && known->second == *sum;
+    });
 }
 
 /// As the catalogue has it; what the files hold is looked at when they are used.
@@ -239,7 +262,7 @@ Task<std::shared_ptr<ModelInstaller::Start>> ModelInstaller::start(const Catalog
     return runOn(disk_, [this, entry = &model] {
         auto started = std::make_shared<Start>();
         const auto* engine = catalogue_.engineOf(*entry);
-        started->hasEngine = engine == nullptr || hasEngine(*engine);
+        started->hasEngine = engine == nullptr || hasIntactEngine(*engine);
         started->isInstalled = started->hasEngine && isInstalled(*entry);
         // What a process left that was killed when all was in its place.
         if (started->hasEngine && engine != nullptr) removeAll(partsOf(*engine));
@@ -288,7 +311,8 @@ Task<void> ModelInstaller::installEngine(const CatalogueEngine* engine, Run* run
         return std::shared_ptr(tools_.folders.hold(parts));
     });
     if (!hold) throw InstallError(Case::underWayElsewhere);
-    if (!hasEngine(*engine)) {
+    const bool isThere = co_await runOn(disk_, [this, engine] { return hasIntactEngine(*engine); });
+    if (!isThere) {
         co_await fetch(engine->archive, parts / archiveName, run);
         co_await unpackEngine(engine, parts);
     }

@@ -112,6 +112,7 @@ class ModelInstaller {
     Task<void> fetch(RemoteFile file, std::filesystem::path to, Run* run);
 
     bool hasEngine(const CatalogueEngine& engine) const;
+    bool hasIntactEngine(const CatalogueEngine& engine) const;
     bool isInstalled(const CatalogueModel& model) const;
     ModelOffer offer(const CatalogueModel& model) const;
     std::uint64_t freeSpace() const;

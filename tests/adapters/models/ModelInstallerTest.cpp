@@ -141,6 +141,10 @@ TEST_F(ModelInstallerTest, AModelIsInstalledWithItsEngineChosenAndRemoved) {
     EXPECT_EQ(install(), std::nullopt);
     EXPECT_TRUE(isRight()) << "what was damaged is replaced";
     EXPECT_EQ(unpacker.calls, 1);
+    fs::resize_file(home.path() / "engines/sherpa-onnx-1/one.so", 5);
+    EXPECT_EQ(install(), std::nullopt);
+    EXPECT_TRUE(isRight());
+    EXPECT_EQ(unpacker.calls, 2) << "so is a damaged engine";
 
     letGo.clear();
     EXPECT_EQ(remove(), std::nullopt);
