@@ -3,10 +3,13 @@
 #include "base/text/Text.h"
 #include "base/writing/Faithfulness.h"
 #include "service/ai/writing/AskRule.h"
+#include "service/ai/writing/Clauses.h"
 #include "service/ai/writing/Corrections.h"
 #include "service/ai/writing/Fillers.h"
 #include "service/ai/writing/Letter.h"
 #include "service/ai/writing/Lists.h"
+#include "service/ai/writing/Names.h"
+#include "service/ai/writing/Numbers.h"
 #include "service/ai/writing/Sentences.h"
 #include "service/ai/writing/SpokenMarks.h"
 
@@ -18,11 +21,14 @@ constexpr std::size_t titleWords = 6;
 constexpr double leastFaithfulness = 0.3;
 
 Tokens rewritten(Tokens tokens, const WriteRequest& request, Spoken spoken) {
-    tokens = withoutCorrected(withoutHesitations(std::move(tokens), spoken));
-    tokens = withSpokenMarks(withoutAsides(std::move(tokens), spoken));
-    tokens = withLists(std::move(tokens));
+    const auto manner = request.tone == "tecnico" ? Register::technical : Register::prose;
+    tokens = withoutHesitations(std::move(tokens), spoken);
+    if (manner == Register::prose) capitaliseNames(tokens, spoken);
+    tokens = withoutAsides(withoutCorrected(tokens), spoken);
+    tokens = withLists(withSpokenMarks(withNumbers(tokens, spoken, manner)));
+    if (manner == Register::prose) breakSentences(tokens, spoken);
     if (request.tone == "profesional") frameLetter(tokens);
-    punctuate(tokens, request.tone == "tecnico" ? Register::technical : Register::prose, spoken);
+    punctuate(tokens, manner, spoken);
     return tokens;
 }
 

@@ -129,7 +129,7 @@ TEST(RuleWriter, PunctuatesQuestionsAndSentences) {
              {"tu viens avec nous demain ?", "Tu viens avec nous demain ?"},
              {"qué bonito es esto", "Qué bonito es esto."},
              {"que vengas mañana dice", "Que vengas mañana dice."},
-             {"when you arrive call me", "When you arrive call me."},
+             {"when you arrive call me", "When you arrive, call me."},
              {"can you call me when you arrive", "Can you call me when you arrive?"},
              {"i think i'm late on tuesday", "I think I'm late on Tuesday."},
              {"el Sr. García llega. mañana hablamos", "El Sr. García llega. Mañana hablamos."},

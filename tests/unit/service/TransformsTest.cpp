@@ -31,6 +31,8 @@ TEST(Transforms, DoWhatIsMechanical) {
              {"sort the lines in reverse order", "a\nc\nb", "c\nb\na"},
              {"quita las líneas repetidas", "a\nb\na\n", "a\nb\n"},
              {"ordena y numera las líneas", "b\na", "1. a\n2. b"},
+             {"ordena la lista", "b\na", "a\nb"},
+             {"haz la lista", "b\na", "- b\n- a"},
              {"une las líneas", "uno\ndos\n\ntres\n", "uno dos tres\n"},
              {"put it all on one line", "a\nb", "a b"},
              {"quita los espacios que sobran", "  a   b \n\n c", "a b\n\nc"},

@@ -8,6 +8,7 @@
 #include <array>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace dorix::service {
 
@@ -158,9 +159,17 @@ bool holds(const std::vector<Operation>& operations, Operation operation) {
     return std::ranges::find(operations, operation) != operations.end();
 }
 
+/// Whether the word is about the list that is there, as in "ordena la lista", and none is to be made.
+bool namesList(std::string_view word, std::string_view last) {
+    static const WordSet names({"lista", "list", "listado"});
+    static const WordSet definites({"el", "esta", "este", "la", "the", "this"});
+    return names.contains(word) && definites.contains(last);
+}
+
 /// What else an instruction says, beside its operations.
 struct Saying {
     std::vector<Operation> operations;
+    bool namesList = false;
     bool removes = false;
     bool namesBlanks = false;
     bool namesContents = false;
@@ -169,8 +178,11 @@ struct Saying {
 /// Nothing when a word's part in it is not known.
 std::optional<Saying> sayingOf(const std::vector<std::string_view>& words) {
     Saying saying;
+    std::string_view last;
     for (const auto word : words) {
-        if (const auto operation = operationOf(word)) {
+        if (namesList(word, std::exchange(last, word))) {
+            saying.namesList = true;
+        } else if (const auto operation = operationOf(word)) {
             saying.operations.push_back(*operation);
         } else if (removingVerbs().contains(word)) {
             saying.removes = true;
@@ -182,6 +194,8 @@ std::optional<Saying> sayingOf(const std::vector<std::string_view>& words) {
             return std::nullopt;
         }
     }
+    // "Haz la lista".
+    if (saying.namesList && saying.operations.empty()) saying.operations.push_back(bullets);
     return saying;
 }
 

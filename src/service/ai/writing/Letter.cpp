@@ -1,5 +1,6 @@
 #include "service/ai/writing/Letter.h"
 
+#include "service/ai/writing/Names.h"
 #include "service/ai/writing/PhraseTable.h"
 #include "service/ai/writing/WritingWords.h"
 
@@ -10,15 +11,6 @@ namespace dorix::service {
 
 namespace {
 
-constexpr std::size_t mostNameWords = 4;
-
-bool isCapital(const Token& token) {
-    const auto& text = token.text;
-    if (text.empty()) return false;
-    const auto lead = static_cast<unsigned char>(text.front());
-    return (lead >= 'A' && lead <= 'Z') || lead == 0xC3;
-}
-
 const Phrases& farewells() {
     static const Phrases table(words::farewells());
     return table;
@@ -28,15 +20,10 @@ const Phrases& farewells() {
 std::optional<std::size_t> greetingEnd(const Tokens& tokens) {
     const auto words = Phrases(words::greetings()).wordsAt(tokens, 0);
     if (words == 0) return std::nullopt;
-    auto end = words;
     // "Hola, Ana," as well as "Hola Ana,".
-    const bool pauses = tokens[end - 1].closing == ",";
-    const auto limit = std::min(tokens.size(), words + mostNameWords);
-    if (tokens[end - 1].endsClause() && !pauses) return end;
-    while (end < limit && isCapital(tokens[end])) {
-        const auto& name = tokens[end++];
-        if (name.endsClause() && !isAbbreviation(name)) return end;
-    }
+    const bool pauses = tokens[words - 1].closing == ",";
+    if (tokens[words - 1].endsClause() && !pauses) return words;
+    const auto end = words + addresseeAt(tokens, words);
     return end > words || pauses ? std::optional(end) : std::nullopt;
 }
 

@@ -218,15 +218,15 @@ std::span<const std::string_view> greetings() {
     static constexpr auto rows = std::to_array<std::string_view>({
         "hola", "muy buenas", "buenos dias", "buenas tardes", "buenas noches", "buenas", "estimado", "estimada",
         "estimados", "estimadas", "querido", "querida", "queridos", "queridas", "hello", "hi", "hey", "dear",
-        "good morning", "good afternoon", "good evening",
+        "good morning", "good afternoon", "good evening", "morning", "afternoon", "evening",
     });
     return rows;
 }
 
 std::span<const std::string_view> farewells() {
     static constexpr auto rows = std::to_array<std::string_view>({
-        "un saludo cordial", "un cordial saludo", "un saludo", "saludos cordiales", "saludos", "un abrazo",
-        "muchas gracias", "gracias", "atentamente", "cordialmente", "best regards", "kind regards",
+        "un saludo cordial", "un cordial saludo", "un saludo", "saludos cordiales", "saludos", "un abrazo", "un fuerte abrazo", "abrazos",
+        "muchas gracias", "mil gracias", "gracias", "atentamente", "cordialmente", "best regards", "kind regards",
         "warm regards", "regards", "many thanks", "thank you", "thanks", "best wishes", "yours sincerely",
         "sincerely", "cheers",
     });
