@@ -1,3 +1,4 @@
+#include "app/CommandLine.h"
 #include "app/WatchdogProcess.h"
 #include "base/Error.h"
 #include "base/Log.h"
@@ -162,6 +163,7 @@ Ending run(int argc, char** argv) {
 int main(int argc, char** argv) {
     const std::vector<std::string_view> arguments(argv, argv + argc);
     if (isWatchdog(arguments)) return runWatchdog(arguments);
+    if (const auto status = answerCommandLine(arguments)) return *status;
 
     const auto ending = run(argc, argv);
     // Nothing of this one is left by now.

@@ -47,11 +47,13 @@ void installLanguage(const UserDefaults& defaults, SystemLanguages languages) {
     source().languages = std::move(languages);
 }
 
-void uninstallLanguage() {
+void installLanguage(SystemLanguages languages) {
     std::scoped_lock lock(source().mutex);
     source().defaults = nullptr;
-    source().languages = {};
+    source().languages = std::move(languages);
 }
+
+void uninstallLanguage() { installLanguage(SystemLanguages{}); }
 
 std::string currentAppLanguage() {
     std::scoped_lock lock(source().mutex);

@@ -15,6 +15,9 @@ namespace dorix {
 /// `defaults` must live as long as texts are asked for. Without it the language is Spanish.
 void installLanguage(const UserDefaults& defaults, SystemLanguages languages);
 
+/// The same for as long as there are no defaults to ask: the language is what the system prefers.
+void installLanguage(SystemLanguages languages);
+
 /// Takes back what installLanguage installed.
 void uninstallLanguage();
 

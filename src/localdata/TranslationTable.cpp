@@ -653,6 +653,16 @@ constexpr auto kTable = std::to_array<Translation>({
     {"Aceptar y descargar · %@", "Accept and download · %@"},
     {"Instalar el dictado en %@ · %@", "Install dictation in %@ · %@"},
     {"Ya puedes dictar en %@", "You can now dictate in %@"},
+    {"Uso: dorix [OPCIÓN]", "Usage: dorix [OPTION]"},
+    {"Mantén pulsada una tecla, habla, y lo que dices se escribe donde está el cursor.\nSin opciones DORIX se abre; si ya "
+     "está abierto, muestra u oculta el historial.",
+     "Hold a key, talk, and what you say is typed at the cursor.\nWithout options DORIX opens; when it is open already, it "
+     "shows or hides the history."},
+    {"muestra esta ayuda", "show this help"},
+    {"muestra la versión", "show the version"},
+    {"La página de manual, «man dorix», cuenta el resto.", "The manual page, “man dorix”, tells the rest."},
+    {"dorix: no se conoce la opción «%@»; «dorix --help» dice cuáles hay",
+     "dorix: there is no option “%@”; “dorix --help” says which there are"},
 });
 // clang-format on
 

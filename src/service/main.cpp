@@ -1,4 +1,5 @@
 #include "base/Log.h"
+#include "base/Version.h"
 #include "service/LocalSecret.h"
 #include "service/Options.h"
 #include "service/Program.h"
@@ -40,6 +41,16 @@ int tell(const std::vector<std::string>& faults) {
     return badSettings;
 }
 
+int refuse(const std::string& fault) {
+    std::fprintf(stderr, "dorix-service: %s; dorix-service --help tells what there is\n", fault.c_str());
+    return badUsage;
+}
+
+int print(const std::string& text) {
+    const bool isWritten = std::fputs(text.c_str(), stdout) >= 0 && std::fflush(stdout) == 0;
+    return isWritten ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
 int runService(const Settings& settings, const Options& options) {
     std::string secret;
     if (options.secretDescriptor) {
@@ -56,10 +67,9 @@ int runService(const Settings& settings, const Options& options) {
 
 int main(int argc, char** argv) {
     const auto options = readOptions(std::span(argv + 1, static_cast<std::size_t>(argc - 1)));
-    if (!options || options->isHelp) {
-        std::fputs(usageText().c_str(), options ? stdout : stderr);
-        return options ? 0 : badUsage;
-    }
+    if (!options) return refuse(options.error());
+    if (options->isHelp) return print(usageText());
+    if (options->isVersion) return print("dorix-service " + std::string(version()) + "\n");
     setLogName("dorix-service");
     // A client that is gone, and a log that nobody reads any more.
     std::signal(SIGPIPE, SIG_IGN);

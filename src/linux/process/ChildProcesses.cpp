@@ -87,7 +87,8 @@ std::filesystem::path programBeside(const std::filesystem::path& executable, con
     constexpr std::string_view prefix = "dorix-";
     const auto folder = executable.parent_path();
     const auto room = name.starts_with(prefix) ? name.substr(prefix.size()) : name;
-    for (const auto& place : {folder / name, folder.parent_path() / room / name}) {
+    const auto above = folder.parent_path();
+    for (const auto& place : {above / "libexec" / "dorix" / name, folder / name, above / room / name}) {
         std::error_code error;
         if (std::filesystem::is_regular_file(place, error)) return place;
     }

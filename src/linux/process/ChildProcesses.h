@@ -38,8 +38,9 @@ std::optional<pid_t> spawn(const std::vector<std::string>& command, SpawnAs as, 
 
 inline constexpr int inheritedDescriptor = 3;
 
-/// Another program of ours, such as "dorix-service": beside this one's executable, or in the folder that a
-/// build leaves it in. Empty where there is none.
+/// Another program of ours, such as "dorix-service": where an installation puts it ("libexec/dorix" beside
+/// the executable's folder), beside this one's executable, or in the folder that a build leaves it in. Empty
+/// where there is none.
 std::filesystem::path programBeside(const std::filesystem::path& executable, const std::string& name);
 
 /// A descriptor that stands for a process, also when its id has been given to another one since; it can be

@@ -1,5 +1,6 @@
 #include "base/Error.h"
 #include "base/Log.h"
+#include "base/Version.h"
 #include "linux/jail/Confinement.h"
 #include "recogniser/program/Channel.h"
 #include "recogniser/program/Engines.h"
@@ -17,6 +18,8 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <string>
+#include <string_view>
 #include <system_error>
 #include <vector>
 
@@ -87,13 +90,22 @@ std::unique_ptr<Engine> loadEngine(Channel& channel, const ModelRequest& model) 
     }
 }
 
-}  // namespace
+constexpr const char* purpose = "dorix-recogniser is started by dorix, and takes no arguments\n";
 
-int main(int argc, char**) {
-    if (argc > 1) {
-        std::fputs("dorix-recogniser is started by dorix, and takes no arguments\n", stderr);
+/// Whoever gives arguments is a person.
+int answer(std::string_view argument) {
+    if (argument == "--help" || argument == "-h") return std::fputs(purpose, stdout) < 0 ? 1 : 0;
+    if (argument != "--version" && argument != "-V") {
+        std::fputs(purpose, stderr);
         return 2;
     }
+    return std::printf("dorix-recogniser %s\n", std::string(version()).c_str()) < 0 ? 1 : 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc > 1) return answer(argv[1]);
     // Also while an engine is at work, which does not listen.
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     setLogName("dorix-recogniser");
