@@ -21,6 +21,7 @@ sys.dont_write_bytecode = True
 PROJECT = Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(PROJECT / "tools/desktop"))
 
+import clean_root  # noqa: E402
 from clean_root import APART, MOUNT_SYSTEM, add_user, make_root  # noqa: E402
 from supervision import spawn, supervised  # noqa: E402
 
@@ -94,6 +95,7 @@ def kept_root(name: str, packages: tuple[str, ...]) -> Path:
     root.parent.mkdir(parents=True, exist_ok=True)
     make_root(root, SUITE, packages)
     add_user(root, USER, 1000)
+    clean_root.run("chroot", root, "apt-get", "update")
     stamp.write_text(wanted)
     return root
 
