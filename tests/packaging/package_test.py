@@ -72,9 +72,9 @@ dbus-run-session -- sh -c '
     exit $status'
 """
 
-# Every file, and its size where it is one of the user's.
 EVERY_FILE = "find / -xdev \\( -path /proc -o -path /sys -o -path /dev -o -path /mnt \\) -prune -o -print"
-# What apt and dpkg keep for themselves, and caches that others make of everything that is installed.
+USERS_FILES = f"cd {HOME} && find . -type f -exec sha256sum {{}} + | sort"
+# What apt, dpkg and the system keep for themselves.
 OTHERS = ("/var/lib/dpkg/", "/var/lib/apt/", "/var/cache/", "/var/log/", "/tmp/", "/run/")
 
 
@@ -131,10 +131,6 @@ class Machine:
 
     def files(self) -> set[str]:
         return set(self.run("sh", "-c", EVERY_FILE).splitlines())
-
-    def owned(self) -> set[str]:
-        """The files of installed packages."""
-        return set(self.run("sh", "-c", "cat /var/lib/dpkg/info/*.list /dev/null").splitlines())
 
 
 def with_version(deb: Path, suffix: str, folder: Path) -> Path:
@@ -194,25 +190,29 @@ class PackageTest(unittest.TestCase):
 
     def test_comes_is_used_and_goes(self):
         machine = self.machine("desktop", DESKTOP)
-        before = machine.files()
         machine.install(self.deb.name)
-        told = machine.run_as_user("/mnt/project/tools/demo/demo.py", "--binary", "/usr/bin/dorix", "--output",
-                                   f"{HOME}/demo")
-        print(told)
+        installed = machine.files()
+        machine.run(*APT, "purge", "dorix")
+        before = machine.files()  # with what it depends on
+        self.assertEqual([file for file in before if "dorix" in file], [])
+        self.assertGreater(len(installed - before), 30)
+
+        machine.install(self.deb.name)
+        print(machine.run_as_user("/mnt/project/tools/demo/demo.py", "--binary", "/usr/bin/dorix", "--output",
+                                  f"{HOME}/demo"))
         machine.run_as_user("env", "QT_QPA_PLATFORM=offscreen", "sh", "-c", RUN_BRIEFLY)
         machine.install(f"later_{self.deb.name}")
         self.assertEqual(machine.run("dpkg-query", "--show", "--showformat=${Version}", "dorix"),
                          field(self.deb, "Version") + "+later")
         self.assertEqual(machine.run("dpkg", "--verify", "dorix"), "")
         machine.run_as_user("env", "QT_QPA_PLATFORM=offscreen", "sh", "-c", RUN_BRIEFLY)
-        users = machine.run("sh", "-c", f"cd {HOME} && find . -type f -exec sha256sum {{}} + | sort")
+        users = machine.run("sh", "-c", USERS_FILES)
         for data in ("dorix/defaults.json", "DORIX/dorix.sqlite"):
             self.assertIn(data, users)
+
         machine.run(*APT, "purge", "dorix")
-        machine.run(*APT, "autoremove", "--purge")
-        self.assertEqual(machine.run("sh", "-c", f"cd {HOME} && find . -type f -exec sha256sum {{}} + | sort"), users)
-        left = machine.files() - before - machine.owned()
-        self.assertEqual([file for file in sorted(left) if not file.startswith((*OTHERS, HOME))], [])
+        self.assertEqual(machine.run("sh", "-c", USERS_FILES), users)
+        self.assertEqual([file for file in sorted(machine.files() - before) if not file.startswith((HOME, *OTHERS))], [])
 
 
 def missing() -> str | None:
