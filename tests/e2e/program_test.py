@@ -170,6 +170,21 @@ class ProgramTest(unittest.TestCase):
         self.assertTrue(program.is_running(), program.log())
         self.assert_ends(program)
 
+    def test_tells_its_version_and_help_without_starting(self):
+        for program in (BINARY, BINARY.parents[1] / "service/dorix-service",
+                        BINARY.parents[1] / "recogniser/dorix-recogniser"):
+            for arguments, status, told in ((["--version"], 0, r"^dorix[a-z-]* [0-9.]+\n$"), (["--help"], 0, "dorix"),
+                                            (["--no-such"], 2, "^$"), ([""], 2, "^$")):
+                with self.subTest(program=program.name, arguments=arguments):
+                    # No display, no bus, no home.
+                    answer = subprocess.run([program, *arguments], env={}, capture_output=True, text=True, check=False,
+                                            timeout=END_TIMEOUT)
+                    self.assertEqual(answer.returncode, status, answer.stderr)
+                    self.assertRegex(answer.stdout, told)
+                    self.assertEqual(answer.stderr != "", status == 2)
+        with open("/dev/full", "w") as full:
+            self.assertEqual(subprocess.run([BINARY, "--help"], stdout=full, check=False).returncode, 1)
+
     def test_started_anew_from_its_menu(self):
         with Program(("--no-sound", "--no-a11y")) as program:
             self.assert_starts(program)
