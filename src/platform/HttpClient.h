@@ -120,6 +120,11 @@ class HttpClient {
  public:
     virtual ~HttpClient() = default;
 
+    /// Opens a connection to the server of that address, for a request that is about to come, and sends
+    /// nothing over it. Does nothing where one is at rest already. Returns at once; a failure is silent, as
+    /// the request will tell.
+    virtual void connect(std::string url) = 0;
+
     /// The answer, whole.
     virtual Task<HttpResponse> send(HttpRequest request) = 0;
 

@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace dorix {
 
@@ -60,6 +61,9 @@ class FakeHttpClient final : public HttpClient {
 
     std::deque<Exchange> exchanges;
     Exchange& last() { return exchanges.back(); }
+    std::vector<std::string> connections;  // that were opened ahead
+
+    void connect(std::string url) override { connections.push_back(std::move(url)); }
 
     Task<HttpResponse> send(HttpRequest request) override {
         auto stream = co_await open(std::move(request));

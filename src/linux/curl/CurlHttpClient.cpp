@@ -78,6 +78,12 @@ CurlHttpClient::Hold CurlHttpClient::begin(HttpRequest request, CurlTransfer::An
     return {loop_, std::move(transfer)};
 }
 
+void CurlHttpClient::connect(std::string url) {
+    constexpr double patience = 20;  // seconds
+    loop_->begin(std::make_shared<CurlTransfer>(HttpRequest{.url = std::move(url), .timeout = patience},
+                                                CurlTransfer::Answer::none, *loop_, authorities_));
+}
+
 Task<HttpResponse> CurlHttpClient::send(HttpRequest request) {
     const auto transfer = begin(std::move(request), CurlTransfer::Answer::whole);
     co_return co_await std::move(transfer->whole);

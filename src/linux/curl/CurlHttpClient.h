@@ -21,6 +21,7 @@ class CurlHttpClient final : public HttpClient {
     CurlHttpClient(const CurlHttpClient&) = delete;
     CurlHttpClient& operator=(const CurlHttpClient&) = delete;
 
+    void connect(std::string url) override;
     Task<HttpResponse> send(HttpRequest request) override;
     Task<HttpStream> open(HttpRequest request) override;
     Task<HttpResponse> download(HttpRequest request, HttpDownload to) override;

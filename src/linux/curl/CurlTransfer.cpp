@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <limits>
 #include <new>
 #include <system_error>
 #include <utility>
@@ -132,9 +133,18 @@ void CurlTransfer::setOptions() {
     curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, onBody);
     curl_easy_setopt(curl, CURLOPT_WRITEDATA, this);
     if (request_.range) curl_easy_setopt(curl, CURLOPT_RANGE, rangeText(*request_.range).c_str());
+    if (answer_ == Answer::none) askNothing();
     if (!follows()) return;
     curl_easy_setopt(curl, CURLOPT_FOLLOWLOCATION, 1L);
     curl_easy_setopt(curl, CURLOPT_MAXREDIRS, mostRedirects);
+}
+
+/// The library opens a connection that can be used later for a request only, and gives it away for good where
+/// it is told to do no more than connect. So it gets a request that it finds it cannot write once it is
+/// connected, with a time that no header holds: as nothing has gone over it the connection is kept.
+void CurlTransfer::askNothing() {
+    curl_easy_setopt(handle(), CURLOPT_TIMECONDITION, static_cast<long>(CURL_TIMECOND_IFMODSINCE));
+    curl_easy_setopt(handle(), CURLOPT_TIMEVALUE_LARGE, std::numeric_limits<curl_off_t>::max());
 }
 
 /// The library's own patience would end connecting sooner than the request allows, so it gets none of its

@@ -48,7 +48,8 @@ class BodyBuffer {
 /// but for the members that say otherwise.
 class CurlTransfer {
  public:
-    enum class Answer { whole, streamed };
+    /// `none`: only the connection is opened.
+    enum class Answer { whole, streamed, none };
 
     /// `clock` outlives it. Certificates are judged by the authorities in the file, or by the system's where
     /// none is named.
@@ -84,6 +85,7 @@ class CurlTransfer {
     static std::size_t onBody(const char* data, std::size_t size, std::size_t count, void* transfer);
 
     void setOptions();
+    void askNothing();
     void setBody();
     void setTrust();
     void setHeaders();

@@ -229,6 +229,33 @@ TEST_F(CurlHttpClientTest, AServerOfHTTP2IsSpokenToAsSuch) {
     EXPECT_EQ(result(trusting.send(request)).body, "words");
 }
 
+TEST_F(CurlHttpClientTest, AConnectionIsOpenedAheadAndNothingIsSentOverIt) {
+    const Certificate certificate;
+    const WebServer secure(serverCommand, &certificate);
+    for (const WebServer* shop : {static_cast<const WebServer*>(&server), &secure}) {
+        CurlHttpClient onlooker(certificate.file);
+        CurlHttpClient early(certificate.file);
+        int looks = 0;
+        const auto seen = [&](const char* what) -> int {
+            ++looks;
+            return Json::parse(result(onlooker.send({.url = shop->url("seen")})).body).at(what);
+        };
+        early.connect(shop->url(""));
+        // One is the onlooker's own.
+        EXPECT_TRUE(loop.runUntil([&] { return seen("connections") == 2; }));
+        loop.runFor(0.1);
+        early.connect(shop->url(""));
+        loop.runFor(0.1);
+        EXPECT_EQ(result(early.send({.url = shop->url("echo/")})).status, 200);
+        EXPECT_EQ(seen("connections"), 2);
+        EXPECT_EQ(seen("requests"), looks + 1);
+    }
+    CurlHttpClient nowhere;
+    nowhere.connect("http://127.0.0.1:1");
+    nowhere.connect("mailto:x");
+    loop.runFor(0.1);
+}
+
 TEST_F(CurlHttpClientTest, AFileIsWrittenAndGoneOnWith) {
     const TemporaryFolder folder;
     const auto file = folder.path() / "model";

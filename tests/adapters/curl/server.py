@@ -14,7 +14,7 @@ from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
 from urllib.parse import unquote
 
 released = threading.Event()
-seen = {"left": 0, "sent": 0}
+seen = {"left": 0, "sent": 0, "connections": 0, "requests": 0}
 
 
 class Handler(BaseHTTPRequestHandler):
@@ -22,6 +22,10 @@ class Handler(BaseHTTPRequestHandler):
 
     def log_message(self, *_):
         pass
+
+    def setup(self):
+        super().setup()
+        seen["connections"] += 1
 
     def answer(self, status: int, body: bytes, headers: dict | None = None):
         self.send_response(status)
@@ -48,6 +52,7 @@ class Handler(BaseHTTPRequestHandler):
         self.do_GET()
 
     def do_GET(self):
+        seen["requests"] += 1
         name, _, argument = self.path[1:].partition("/")
         self.body = self.rfile.read(int(self.headers.get("Content-Length", 0)))
         getattr(self, name)(unquote(argument))
