@@ -31,6 +31,7 @@ class SavePanel;
 struct SessionState;
 class SpeechRecognition;
 class StatusItem;
+class SystemLanguageModel;
 class SystemSounds;
 class UrlOpener;
 class UserDefaults;
@@ -67,6 +68,8 @@ struct Platform {
     AudioEngineFactory& audio;
     /// The system's own; null where it has none, and the program brings one.
     SpeechRecognition* recognition;
+    /// The system's own likewise.
+    SystemLanguageModel* languageModel;
     HelperProcesses& helpers;
     PrivacyGrants& grants;
     LoginItem& loginItem;

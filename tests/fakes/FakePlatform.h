@@ -69,6 +69,7 @@ struct FakePlatform {
                 .accessibility = accessibility,
                 .audio = audio,
                 .recognition = &recognition,
+                .languageModel = nullptr,
                 .helpers = helpers,
                 .grants = grants,
                 .loginItem = loginItem,

@@ -201,6 +201,7 @@ Platform LinuxDesktop::platform(Application& application) {
             .accessibility = made.accessibility,
             .audio = made.audio,
             .recognition = nullptr,
+            .languageModel = nullptr,
             .helpers = made.helpers,
             .grants = made.grants,
             .loginItem = made.loginItem,
