@@ -61,20 +61,24 @@ struct Listener {
     unsigned long number = 0;  // the socket's own
 };
 
-/// All of this computer, over IPv4.
+/// All of this computer. What listens over IPv6 may be reached over IPv4 as well.
 std::vector<Listener> listeners() {
     constexpr unsigned listening = 0x0A;
-    // "  0: 0100007F:2253 00000000:0000 0A 00000000:00000000 00:00000000 00000000  1000        0 4026 ..."
-    std::ifstream table("/proc/net/tcp");
     std::vector<Listener> found;
-    std::string line;
-    std::getline(table, line);
-    while (std::getline(table, line)) {
-        Listener one;
-        unsigned state = 0;
-        const int read = std::sscanf(line.c_str(), " %*d: %*x:%x %*x:%*x %x %*x:%*x %*x:%*x %*x %u %*d %lu",
-                                     &one.port, &state, &one.owner, &one.number);
-        if (read == 4 && state == listening) found.push_back(one);
+    for (const auto* name : {"/proc/net/tcp", "/proc/net/tcp6"}) {
+        // "  0: 0100007F:2253 00000000:0000 0A 00000000:00000000 00:00000000 00000000  1000        0 4026
+        // ..."
+        std::ifstream table(name);
+        std::string line;
+        std::getline(table, line);
+        while (std::getline(table, line)) {
+            Listener one;
+            unsigned state = 0;
+            const int read =
+                std::sscanf(line.c_str(), " %*d: %*x:%x %*x:%*x %x %*x:%*x %*x:%*x %*x %u %*d %lu", &one.port,
+                            &state, &one.owner, &one.number);
+            if (read == 4 && state == listening) found.push_back(one);
+        }
     }
     return found;
 }
