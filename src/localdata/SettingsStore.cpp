@@ -58,6 +58,9 @@ SettingsStore::SettingsStore(UserDefaults& defaults, LoginItem& loginItem, const
       speechServer(defaults.string("speechServer").value_or("")),
       speechServerModel(defaults.string("speechServerModel").value_or("whisper-1")),
       speechServerTold(defaults.string("speechServerTold").value_or("")),
+      modelServer(defaults.string("modelServer").value_or("")),
+      modelServerModel(defaults.string("modelServerModel").value_or("")),
+      modelServerTold(defaults.string("modelServerTold").value_or("")),
       defaults_(defaults),
       loginItem_(loginItem),
       languageObserver_{.code = Observable<std::string>(appLanguage.get())} {
@@ -79,6 +82,9 @@ SettingsStore::SettingsStore(UserDefaults& defaults, LoginItem& loginItem, const
     writeThrough(speechServer, "speechServer", asIs);
     writeThrough(speechServerModel, "speechServerModel", asIs);
     writeThrough(speechServerTold, "speechServerTold", asIs);
+    writeThrough(modelServer, "modelServer", asIs);
+    writeThrough(modelServerModel, "modelServerModel", asIs);
+    writeThrough(modelServerTold, "modelServerTold", asIs);
     subscriptions_.push_back(defaults.observe("appLanguage", [this] { adoptLanguage(); }));
 }
 

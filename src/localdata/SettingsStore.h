@@ -65,6 +65,14 @@ class SettingsStore {
     /// The server of which the user has been told that it hears what they say.
     Observable<std::string> speechServerTold;
 
+    /// The address of a server of language models, which writes where the cloud service does not; where it is
+    /// empty one is looked for on this computer.
+    Observable<std::string> modelServer;
+    /// The model that it is asked for; one of those that it has where it is empty.
+    Observable<std::string> modelServerModel;
+    /// The server of which the user has been told that it reads what they dictate.
+    Observable<std::string> modelServerTold;
+
     LanguageObserver& languageObserver() { return languageObserver_; }
 
     /// Makes `code` ("es" or "en") the app language; the dictation language follows it.

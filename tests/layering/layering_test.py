@@ -21,7 +21,7 @@ ROWS = [
     ["sqlite", "platform", "recognition"],
     ["localdata", "routing"],
     ["context", "permissions"],
-    ["cloud"],
+    ["cloud", "modelserver"],
     ["writing"],
     ["memory"],
     ["assistant"],

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "platform/HttpClient.h"
+#include "platform/LanguageModel.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace dorix {
+
+/// Where a server of language models answers, and the key that it asks for, which may be empty.
+struct ModelEndpoint {
+    std::string url;  // as the user wrote it: with or without "/v1" at its end
+    std::string key;
+
+    bool operator==(const ModelEndpoint&) const = default;
+};
+
+/// Why a server gave no answer of use.
+class ModelServerError final : public LanguageModelError {
+ public:
+    enum class Kind : std::uint8_t {
+        unreachable,  // nobody there
+        late,         // no answer in time
+        loading,      // it is not ready yet
+        refused,      // it wants another key, or none of us
+        badRequest,   // it does not take what it was asked
+        invalid,      // whatever answers is no such server, or not at its best
+    };
+
+    ModelServerError(Kind kind, std::string words) : LanguageModelError(std::move(words)), kind_(kind) {}
+    Kind kind() const { return kind_; }
+
+ private:
+    Kind kind_;
+};
+
+/// Calls of a server with the interface that such servers have in common ("v1/chat/completions"). Main
+/// executor, which none of them blocks; each ends when its task does. They throw ModelServerError.
+class ModelClient {
+ public:
+    struct Chat {
+        std::string model;
+        std::string instructions;
+        std::string prompt;
+        std::optional<GenerationSchema> schema;  // asked for in the prompt as well
+        std::optional<double> temperature;
+        std::optional<int> mostTokens;
+    };
+
+    /// The client must outlive it.
+    explicit ModelClient(HttpClient& http) : http_(http) {}
+
+    /// The names of the server's models. `timeout` is in seconds, for all of the exchange.
+    Task<std::vector<std::string>> models(ModelEndpoint at, double timeout);
+
+    /// What the model writes. A server that does not take the schema is asked once more without.
+    Task<std::string> chat(ModelEndpoint at, Chat chat, double timeout);
+
+ private:
+    Task<std::string> call(HttpRequest request);
+
+    HttpClient& http_;
+    std::string takesNoSchema_;  // the last server that said so, by its address
+};
+
+}  // namespace dorix
