@@ -88,6 +88,10 @@ Task<std::string> DorixAPI::usableToken() {
     throw APIError::notLoggedIn();
 }
 
+void DorixAPI::connect() {
+    if (isAnswered()) http_.connect(baseURL_);
+}
+
 Task<std::string> DorixAPI::call(HttpRequest request, Session session) {
     std::string used;
     if (session == Session::required) {

@@ -72,6 +72,9 @@ class DorixAPI {
     /// come so far each time. What breaks the connection on the way is thrown as HttpError.
     Task<std::string> stream(std::string path, Json body, OnText onText = nullptr);
 
+    /// Has a connection to the service open by the time of the next call, and sends nothing.
+    void connect();
+
     /// To read records with that were stored as the service sent them.
     Decoder decoder() const { return {executor_.date()}; }
 

@@ -52,7 +52,11 @@ UtteranceRoads::UtteranceRoads(Writer& writer, SelectionProbe& selection, Access
       to_(destinations) {}
 
 void UtteranceRoads::announce(const AppContext& context) {
-    if (!writer_.usesCloudEngine()) writer_.prewarm(written_.request(context, ""));
+    if (writer_.cloudEnabled()) {
+        writer_.connect();
+    } else {
+        writer_.prewarm(written_.request(context, ""));
+    }
 }
 
 void UtteranceRoads::handOver(Route route) const {

@@ -40,6 +40,10 @@ AppController::AppController(const Platform& platform)
       account_(platform.executor, api_, platform.keychain, platform.defaults, platform.computerName),
       ownService_(platform.executor, platform.http, platform.companion, api_, account_),
       accountForm_(platform.executor, api_, account_, ownService_, platform.defaults),
+      modelServer_(platform.executor, settings_, platform.http, platform.keychain,
+                   [&companion = platform.companion](int port) { return companion.isTrusted(port); }),
+      localPolisher_(platform.languageModel != nullptr ? *platform.languageModel : modelServer_),
+      router_(settings_, account_, api_, localPolisher_),
       clipboard_(platform.executor, platform.pasteboard),
       inserter_({platform.executor, clipboard_, platform.pasteboard, platform.events, platform.workspace}),
       selection_(platform.executor, platform.accessibility, clipboard_, platform.pasteboard, platform.events,
@@ -48,7 +52,7 @@ AppController::AppController(const Platform& platform)
       recorder_(platform.executor, settings_, permissions_, speech_, platform.workspace,
                 platform.accessibility, nullptr),
       written_(platform.executor, settings_, history_, clipboard_, inserter_, platform.workspace, hud_),
-      roads_(writer_, selection_, platform.accessibility, written_, hud_, {}),
+      roads_(router_, selection_, platform.accessibility, written_, hud_, {}),
       composer_(platform.executor, state_, settings_, permissions_, speech_, hud_, nullptr),
       dictation_(platform.executor, state_, settings_, permissions_, speech_, platform.sounds, recorder_,
                  roads_, written_, composer_, hud_, platform.session),
@@ -61,6 +65,7 @@ AppController::AppController(const Platform& platform)
                    speech_.downloadProgress),
       sessionNotice_(platform.session, platform.defaults, platform.notifications, dictation_),
       accountNotice_(windows, dictation_),
+      modelServerNotice_(state_, modelServer_, dictation_),
       keys_(platform.executor, platform.keyEvents, platform.hotKeys, state_, settings_, permissions_, speech_,
             dictation_),
       tasks_(platform.executor) {
@@ -92,6 +97,7 @@ void AppController::applicationDidFinishLaunching() {
     ownService_.start();
     tasks_.spawn(showFirstScreen());
     tasks_.spawn(sessionNotice_.tell());
+    if (platform_.languageModel == nullptr) modelServer_.look();
 }
 
 /// Nobody is stopped before it is known whether there is a session.

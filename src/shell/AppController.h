@@ -16,6 +16,7 @@
 #include "dictation/WrittenText.h"
 #include "localdata/HistoryStore.h"
 #include "localdata/SettingsStore.h"
+#include "modelserver/ModelServer.h"
 #include "overlay/AppWindow.h"
 #include "panel/HistoryPanel.h"
 #include "permissions/Permissions.h"
@@ -32,7 +33,8 @@
 #include "speech/models/SpeechModels.h"
 #include "speech/recogniser/LocalRecognition.h"
 #include "speech/recogniser/SpeechServer.h"
-#include "writing/BasicPolisher.h"
+#include "writing/LocalPolisher.h"
+#include "writing/WritingRouter.h"
 
 #include <filesystem>
 #include <optional>
@@ -80,6 +82,8 @@ class AppController {
     AccountStore& account() { return account_; }
     AccountForm& accountForm() { return accountForm_; }
     Toasts& toasts() { return toasts_; }
+    /// Writes where the system has no language model of its own.
+    ModelServer& modelServer() { return modelServer_; }
     SpeechModels& speechModels() { return speechModels_; }
     ModelInstaller& modelInstaller() { return modelInstaller_; }
 
@@ -109,7 +113,9 @@ class AppController {
     AccountStore account_;
     OwnService ownService_;
     AccountForm accountForm_;
-    BasicWriter writer_;
+    ModelServer modelServer_;
+    LocalPolisher localPolisher_;
+    WritingRouter router_;
     UserClipboard clipboard_;
     TextInserter inserter_;
     TextSelection selection_;
@@ -130,6 +136,7 @@ class AppController {
     SpeechOffer speechOffer_;
     LimitedSessionNotice sessionNotice_;
     AccountNotice accountNotice_;
+    ModelServerNotice modelServerNotice_;
     Keys keys_;
     const IconVerbs iconVerbs_ = iconVerbs();
     std::optional<EventTrace> trace_;

@@ -4,6 +4,7 @@
 #include "dictation/DictationController.h"
 #include "localdata/Language.h"
 #include "localdata/SettingsStore.h"
+#include "modelserver/ModelServer.h"
 #include "overlay/AppWindow.h"
 #include "platform/Notifications.h"
 
@@ -16,6 +17,7 @@ constexpr double secondsShown = 6.0;
 constexpr const char* limitsToldKey = "limitedSessionTold";
 constexpr double secondsToRead = 12.0;
 constexpr double secondsForAccount = 3.0;
+constexpr double secondsForServer = 6.0;
 }  // namespace
 
 bool Toasts::show(const std::string& text) {
@@ -67,6 +69,24 @@ void AccountNotice::openWhenFree() {
     opens_ = false;
     windows_.account->place();
     windows_.account->show();
+}
+
+ModelServerNotice::ModelServerNotice(const AppState& state, ModelServer& server,
+                                     DictationController& dictation)
+    : server_(server),
+      dictation_(dictation),
+      found_(server.state().subscribe([this](const auto&) { tell(); })),
+      hud_(state.hud.subscribe([this](const auto&) { tell(); })),
+      hint_(state.showFirstRunHint.subscribe([this](bool) { tell(); })) {}
+
+void ModelServerNotice::tell() {
+    const auto server = server_.notice();
+    const bool isFound = server_.state().get().availability == SystemLanguageModel::Availability::available;
+    if (!server || !isFound || !dictation_.isIdle()) return;
+    server_.noticeShown();
+    dictation_.flash(
+        HUDPhase::info(formatText(tr("Lo que dictes se enviará a %@ para redactarlo."), {*server})),
+        secondsForServer);
 }
 
 }  // namespace dorix

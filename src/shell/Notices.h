@@ -14,6 +14,7 @@ namespace dorix {
 struct AppWindows;
 class APIError;
 class DictationController;
+class ModelServer;
 class Notifications;
 class SettingsStore;
 
@@ -87,6 +88,24 @@ class AccountNotice {
     bool opens_ = false;
     const Subscription busy_;
     const Subscription recording_;
+};
+
+/// Tells the user once that what they dictate will leave this computer for a server of language models that
+/// the settings name, as soon as nothing else shows. Main executor; what it is given outlives it.
+class ModelServerNotice {
+ public:
+    ModelServerNotice(const AppState& state, ModelServer& server, DictationController& dictation);
+    ModelServerNotice(const ModelServerNotice&) = delete;
+    ModelServerNotice& operator=(const ModelServerNotice&) = delete;
+
+ private:
+    void tell();
+
+    ModelServer& server_;
+    DictationController& dictation_;
+    const Subscription found_;
+    const Subscription hud_;
+    const Subscription hint_;
 };
 
 }  // namespace dorix

@@ -33,6 +33,21 @@ constexpr std::array words{
     Word{"⌥ Space", "Alt+Space"},
     Word{"⌘", "Ctrl+"},
 
+    // Whole texts first: what keeps a language model from running is another thing here.
+    Word{"Este Mac no es compatible con Apple Intelligence.",
+         "En este equipo no hay ningún modelo local. Instala un servidor de modelos, como Ollama o "
+         "llama.cpp, y "
+         "DORIX lo encontrará."},
+    Word{"This Mac doesn’t support Apple Intelligence.",
+         "There is no local model on this computer. Install a model server, such as Ollama or llama.cpp, and "
+         "DORIX will find it."},
+    Word{"Activa Apple Intelligence en Ajustes del Sistema.",
+         "El servidor de modelos no tiene el modelo que hace falta. Descárgalo con él."},
+    Word{"Turn on Apple Intelligence in System Settings.",
+         "The model server doesn’t have the model it takes. Download it there."},
+    Word{"El modelo de Apple Intelligence se está descargando.", "El modelo local se está cargando."},
+    Word{"The Apple Intelligence model is downloading.", "The local model is loading."},
+
     Word{"Este Mac", "Este equipo"},
     Word{"este Mac", "este equipo"},
     Word{"tu Mac", "tu equipo"},

@@ -2,9 +2,7 @@
 
 #include "base/text/Regex.h"
 #include "base/text/Text.h"
-#include "routing/IntentRules.h"
 
-#include <algorithm>
 #include <array>
 
 namespace dorix {
@@ -28,9 +26,7 @@ std::string withoutFillers(std::string text) {
 bool wantsPeriod(std::string_view text) {
     const auto last = text::lastCharacter(text);
     if (text.empty() || last == "." || last == "!" || last == "?" || last == "…") return false;
-    const auto pieces = text::split(text, ' ');
-    const auto words = std::ranges::count_if(pieces, [](const auto piece) { return !piece.empty(); });
-    return static_cast<std::size_t>(words) >= leastWordsForPeriod;
+    return wordCount(text) >= leastWordsForPeriod;
 }
 
 }  // namespace
@@ -44,11 +40,6 @@ PolishResult BasicPolisher::polished(std::string_view transcript) const {
     text = text::capitalizeFirst(text::trimBlanks(text));
     if (wantsPeriod(text)) text += '.';
     return {.title = titleFrom(text), .text = text, .engine = name_};
-}
-
-Task<WriteOrAsk> BasicWriter::writeOrAsk(PolishRequest request) {
-    if (request.editableFocus == false || IntentRules::refersToScreen(request.transcript)) co_return Ask{};
-    co_return co_await polisher_.polish(std::move(request));
 }
 
 }  // namespace dorix

@@ -22,17 +22,4 @@ class BasicPolisher final : public TextPolisher {
     std::string name_;
 };
 
-/// Writes every dictation by rule, on this computer.
-class BasicWriter final : public Writer {
- public:
-    Task<PolishResult> polish(PolishRequest request) override { return polisher_.polish(std::move(request)); }
-    /// With no field to type in, or a word that points at the screen, it is a question.
-    Task<WriteOrAsk> writeOrAsk(PolishRequest request) override;
-    bool usesCloudEngine() const override { return false; }
-    void prewarm(PolishRequest) override {}
-
- private:
-    BasicPolisher polisher_;
-};
-
 }  // namespace dorix

@@ -4,6 +4,7 @@
 #include "base/writing/Tones.h"
 #include "localdata/Language.h"
 
+#include <algorithm>
 #include <string>
 
 namespace dorix {
@@ -21,6 +22,11 @@ constexpr std::string_view closingRules =
     "\nTítulo: máximo 6 palabras, solo con lo dictado.";
 
 }  // namespace
+
+std::size_t wordCount(std::string_view text) {
+    return static_cast<std::size_t>(
+        std::ranges::count_if(text::split(text, ' '), [](const auto piece) { return !piece.empty(); }));
+}
 
 std::string rewriteInstructions(const PolishRequest& request) {
     std::string prompt = "Reescribe la transcripción de un dictado como texto final para ";

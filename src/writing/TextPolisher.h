@@ -3,6 +3,7 @@
 #include "base/async/Task.h"
 #include "context/Tone.h"
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -61,10 +62,16 @@ class Writer {
     virtual Task<PolishResult> polish(PolishRequest request) = 0;
     /// Tells a text to write from a question, for an utterance that may be either; throws only Cancelled.
     virtual Task<WriteOrAsk> writeOrAsk(PolishRequest request) = 0;
-    virtual bool usesCloudEngine() const = 0;
-    /// A request like this one will come soon; the transcript is still empty.
+    /// Whether the service would write now.
+    virtual bool cloudEnabled() const = 0;
+    /// A request like this one will come soon, for the model of this computer; the transcript is still empty.
     virtual void prewarm(PolishRequest request) = 0;
+    /// The same for the service: the way there is opened, and nothing sent.
+    virtual void connect() = 0;
 };
+
+/// The pieces of a text between blanks. Pure; any thread.
+std::size_t wordCount(std::string_view text);
 
 /// The rewrite prompt, in Spanish whatever the app language. Pure; any thread.
 std::string rewriteInstructions(const PolishRequest& request);

@@ -12,6 +12,8 @@ TEST(DesktopWordsTest, KeysAndComputerHaveTheNamesOfThisDesktop) {
     EXPECT_EQ(desktopWords("Mantén pulsado ⌥ Espacio (o ⌥ Opción derecha), ⌥⇧ Espacio o ⌘V"),
               "Mantén pulsado Alt+Espacio (o Alt derecha), Alt+Mayús+Espacio o Ctrl+V");
     EXPECT_EQ(desktopWords("Apple Intelligence (on this Mac)"), "Modelo local (on this computer)");
+    EXPECT_EQ(desktopWords("Apple Intelligence (en tu Mac)"), "Modelo local (en tu equipo)");
+    EXPECT_TRUE(desktopWords("Este Mac no es compatible con Apple Intelligence.").contains("Instala"));
     EXPECT_EQ(desktopWords("Machado, MacArthur"), "Machado, MacArthur") << "only whole phrases";
 }
 

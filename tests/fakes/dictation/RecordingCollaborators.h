@@ -129,8 +129,9 @@ class RecordingWriter final : public Writer {
         if (judgement == Judgement::ask) co_return Ask{};
         co_return polisher_.polished(request.transcript);
     }
-    bool usesCloudEngine() const override { return cloud; }
+    bool cloudEnabled() const override { return cloud; }
     void prewarm(PolishRequest request) override { prewarmed.push_back(std::move(request)); }
+    void connect() override { ++connections; }
 
     enum class Judgement { write, ask };
 
@@ -141,6 +142,7 @@ class RecordingWriter final : public Writer {
     std::vector<PolishRequest> judged;
     std::vector<PolishRequest> requests;
     std::vector<PolishRequest> prewarmed;
+    int connections = 0;
 
  private:
     BasicPolisher polisher_;

@@ -299,11 +299,15 @@ TEST_F(DictationControllerTest, TheRequestTellsTheWriterWhereTheTextGoes) {
     EXPECT_THAT(request.styleExamples, ElementsAre(longText('b'), longText('c'), longText('d')));
     ASSERT_EQ(bench.writer.prewarmed.size(), 1U);
     EXPECT_EQ(bench.writer.prewarmed[0].transcript, "");
+    EXPECT_EQ(bench.writer.connections, 0);
 
+    bench.writer.cloud = true;
     bench.settings.adaptTone.set(false);
     dictate("hola");
     EXPECT_EQ(bench.writer.requests[1].tone, Tone::neutral);
     EXPECT_EQ(bench.history.items()[0].meta.tone, "Natural");
+    EXPECT_EQ(bench.writer.prewarmed.size(), 1U) << "the service writes";
+    EXPECT_EQ(bench.writer.connections, 1);
 }
 
 TEST_F(DictationControllerTest, WhatIsSaidWhileTheLastTextIsOnItsWayComesAfterIt) {

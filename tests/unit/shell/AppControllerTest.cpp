@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -229,6 +230,38 @@ TEST_F(AppControllerTest, ASessionThatHasEndedOpensTheAccountWindowWhenNothingIs
     EXPECT_EQ(asked.size(), 4U);
     app->windows = {};
     EXPECT_THAT(log(), testing::Not(testing::HasSubstr("secret")));
+}
+
+TEST_F(AppControllerTest, WhatTheServiceStillHasWhenTheProgramEndsIsWrittenByRule) {
+    TaskScope scope(executor);
+    scope.spawn(keychain.save("session-token", "secret"));
+    defaults.set("DORIXServerURL", "https://dorix.example");
+    defaults.set("modelServer", "http://models.example");
+    launch();
+    executor.advanceBy(0);
+    const auto models = std::ranges::find(http.exchanges, "http://models.example/v1/models",
+                                          [](const auto& exchange) { return exchange.request.url; });
+    ASSERT_NE(models, http.exchanges.end());
+    models->respond(200, R"({"data":[{"id":"small"}]})");
+    executor.advanceBy(10);
+    EXPECT_EQ(app->state().hud.get(),
+              HUDPhase::info("Lo que dictes se enviará a models.example para redactarlo."));
+    press();
+    EXPECT_THAT(http.connections, ElementsAre("https://dorix.example")) << "while the user talks";
+    executor.advanceBy(0.3);
+    say("nos vemos mañana");
+    release();
+    executor.advanceBy(1);
+    auto& call = http.last();
+    EXPECT_EQ(call.request.url, "https://dorix.example/v1/ai/write");
+    scope.spawn(app->settled());
+    executor.advanceBy(10);
+    EXPECT_TRUE(call.isOver());
+    EXPECT_THAT(pasteboard.log, testing::Contains("setString Nos vemos mañana."));
+    app.reset();
+    const HistoryStore history(folder.path() / "DORIX" / "dorix.sqlite");
+    ASSERT_EQ(history.items().size(), 1U);
+    EXPECT_EQ(history.items()[0].answer, "Nos vemos mañana.");
 }
 
 TEST(FirstRunHintTest, ShowsThreeTimesUnlessForced) {

@@ -1,0 +1,27 @@
+#include "base/text/Base64.h"
+
+#include <openssl/evp.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <vector>
+
+namespace dorix::text {
+
+std::string base64(std::string_view bytes) {
+    // In turns, as the library counts in int; a multiple of three needs no padding in between.
+    constexpr std::size_t turn = 3UZ * 1024 * 1024;
+    std::string encoded;
+    encoded.reserve((bytes.size() + 2) / 3 * 4);
+    std::vector<unsigned char> room(std::min(bytes.size(), turn) / 3 * 4 + 5);
+    while (!bytes.empty()) {
+        const auto piece = bytes.substr(0, turn);
+        const auto length = EVP_EncodeBlock(room.data(), reinterpret_cast<const unsigned char*>(piece.data()),
+                                            static_cast<int>(piece.size()));
+        encoded.append(room.begin(), room.begin() + length);
+        bytes.remove_prefix(piece.size());
+    }
+    return encoded;
+}
+
+}  // namespace dorix::text

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace dorix::text {
+
+/// The bytes in base64 (RFC 4648), padded and without line breaks. Pure; any thread.
+std::string base64(std::string_view bytes);
+
+}  // namespace dorix::text
