@@ -54,4 +54,23 @@ AppLanguage::AppLanguage(const std::string& code) {
 
 std::string languageOf(const Json& input) { return optionalString(input, "language").value_or("es"); }
 
+std::string bytesOf(const char* field, std::string_view base64) {
+    constexpr std::string_view digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    while (base64.ends_with('=')) base64.remove_suffix(1);
+    std::string bytes;
+    unsigned held = 0;
+    unsigned bits = 0;
+    for (const char character : base64) {
+        const auto digit = digits.find(character);
+        if (digit == std::string_view::npos)
+            throw BadInput(std::string("field \"") + field + "\" must be base64");
+        held = (held << 6U) | static_cast<unsigned>(digit);
+        bits += 6;
+        if (bits < 8) continue;
+        bits -= 8;
+        bytes += static_cast<char>((held >> bits) & 0xFFU);
+    }
+    return bytes;
+}
+
 }  // namespace dorix::lab

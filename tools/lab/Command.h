@@ -38,6 +38,7 @@ std::vector<Command> dictationCommands();
 std::vector<Command> routingCommands();
 std::vector<Command> routeCommands();
 std::vector<Command> speechCommands();
+std::vector<Command> writeCommands();
 
 /// The field, which must be there and be a string.
 std::string requiredString(const Json& input, const char* field);
@@ -51,6 +52,9 @@ bool isSecond(const Json& input, const char* field, const std::array<std::string
 double requiredNumber(const Json& input, const char* field);
 /// The field, which must be there and be a whole number.
 std::int64_t requiredInteger(const Json& input, const char* field);
+
+/// What the base64 text in the field stands for.
+std::string bytesOf(const char* field, std::string_view base64);
 
 /// Makes the app speak a language, "es" or "en", as long as it lives.
 class AppLanguage {

@@ -16,7 +16,7 @@ std::vector<Command> allCommands() {
     for (const auto& group :
          {dorix::lab::cloudCommands(), dorix::lab::writingCommands(), dorix::lab::languageCommands(),
           dorix::lab::contextCommands(), dorix::lab::dictationCommands(), dorix::lab::routingCommands(),
-          dorix::lab::routeCommands(), dorix::lab::speechCommands()}) {
+          dorix::lab::routeCommands(), dorix::lab::speechCommands(), dorix::lab::writeCommands()}) {
         all.insert(all.end(), group.begin(), group.end());
     }
     return all;
