@@ -43,13 +43,22 @@ def play_dictation(options: argparse.Namespace, desktop: VirtualDesktop) -> bool
     return dictation.play(options.say, lambda: Dorix(desktop, options.binary, options.log, SETTINGS))
 
 
+def start_model_server(desktop: VirtualDesktop) -> str:
+    """Gives its address; it ends with the desktop."""
+    server = desktop.spawn([str(HERE / "model_server.py")], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, text=True)
+    return f"http://127.0.0.1:{server.stdout.readline().strip()}"
+
+
 def play_script(options: argparse.Namespace, desktop: VirtualDesktop) -> bool:
     from player import Player
 
     script = options.script
     if script.is_spanish:
         spanish_speech.install(Path(desktop.env["XDG_DATA_HOME"]))
-    player = Player(desktop, Dorix(desktop, options.binary, options.log, SETTINGS | script.settings), options.output)
+    settings = SETTINGS | script.settings
+    if script.has_model_server:
+        settings["modelServer"] = start_model_server(desktop)
+    player = Player(desktop, Dorix(desktop, options.binary, options.log, settings), options.output)
     for step in script.steps:
         print(step, flush=True)
         try:

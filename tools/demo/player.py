@@ -1,6 +1,8 @@
 """Plays the steps of a script as a user would, and checks each."""
 
 import json
+import os
+import signal
 import time
 from pathlib import Path
 from typing import Callable
@@ -9,6 +11,7 @@ from dorix import Dorix
 from failure import DemoError
 from outcome import contains, sounds_like
 from panel import Panel
+from processes import child_of
 from recogniser import ACCIDENTS, Accident
 from script import Step
 from spanish_speech import recording
@@ -18,8 +21,9 @@ from virtual_desktop import VirtualDesktop
 from voice import seconds_of, synthesise
 from waiting import wait_until
 
-PROCESSED_TIMEOUT = 30.0
+PROCESSED_TIMEOUT = 60.0  # a service that says nothing is waited for 20 s
 FRONT_TIMEOUT = 3.0  # from the panel's end to the keyboard being the application's again
+SERVICE_SIGNALS = {"stopped": signal.SIGSTOP, "continued": signal.SIGCONT}
 SILENCE = 1.5  # seconds of holding the key without a word
 UNSEEN = 1.0  # seconds in which what must not happen would have happened
 
@@ -120,6 +124,16 @@ class Player:
             raise DemoError(f"a recogniser may be {' or '.join(ACCIDENTS)}")
         self._accident = what
 
+    def service(self, what: str) -> None:
+        """Befalls the service of this computer, once DORIX has a session with it."""
+        if what not in SERVICE_SIGNALS:
+            raise DemoError(f"the service may be {' or '.join(SERVICE_SIGNALS)}")
+        self._dorix.session()
+        service = child_of(self._dorix.pid, "dorix-service")
+        if service is None:
+            raise DemoError("there is no service")
+        os.kill(service, SERVICE_SIGNALS[what])
+
     def _dictate(self, sentence: str, words: Path, speak: Callable[[Path], object]) -> list[str]:
         accident = self._accident and Accident(self._dorix.pid, self._accident, LEAD + seconds_of(words) / 2)
         self._accident = ""
@@ -215,6 +229,7 @@ class Player:
             "route": lambda: self._stage.outcome.route() == wanted,
             "hud": lambda: self._stage.outcome.phases() == wanted.split(),
             "panel": lambda: self._panel.comes_to_show(wanted),
+            "engine": lambda: [json.loads(item["meta"]).get("engine") for item in self._stage.outcome.remembered] == [wanted],
             "message": lambda: any(wanted in text for text in self._stage.outcome.messages()),
         }
         if not actual[what]():

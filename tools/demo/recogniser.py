@@ -6,6 +6,7 @@ import threading
 from pathlib import Path
 
 from failure import DemoError
+from processes import child_of
 
 NAME = "dorix-recognise"  # the kernel keeps fifteen letters
 ACCIDENTS = {"killed": signal.SIGKILL, "stopped": signal.SIGSTOP}
@@ -13,14 +14,7 @@ ACCIDENTS = {"killed": signal.SIGKILL, "stopped": signal.SIGSTOP}
 
 def recogniser_of(dorix: int) -> int | None:
     """The one that works for that process."""
-    for status in Path("/proc").glob("[0-9]*/stat"):
-        try:
-            process, _, rest = status.read_text().partition(f" ({NAME}) ")
-        except (FileNotFoundError, ProcessLookupError):
-            continue  # it ended just now
-        if rest and int(rest.split()[1]) == dorix and rest.split()[0] != "Z":
-            return int(process)
-    return None
+    return child_of(dorix, NAME)
 
 
 def has_ended(process: int) -> bool:

@@ -9,6 +9,7 @@ from failure import DemoError
 
 SETTINGS = "settings"
 SPANISH = "spanish-speech"
+MODEL_SERVER = "model-server"
 
 # Every step with its argument; Player has a method for each.
 STEPS = {
@@ -30,10 +31,11 @@ STEPS = {
     "say-hands-free": "SENTENCE",
     "screenshot": "FILE",
     "search": "TEXT",
+    "service": "stopped|continued",
     "silent": "",
     "tap": "",
 }
-EXPECTATIONS = ("typed", "route", "hud", "message", "panel")
+EXPECTATIONS = ("typed", "route", "hud", "message", "panel", "engine")
 
 
 @dataclass(frozen=True)
@@ -51,6 +53,7 @@ class Script:
     path: Path
     settings: dict[str, object] = field(default_factory=dict)
     is_spanish: bool = False  # needs the Spanish model
+    has_model_server: bool = False
     steps: list[Step] = field(default_factory=list)
 
     def failure(self, line: int, text: object) -> DemoError:
@@ -82,6 +85,9 @@ def _add(script: Script, step: Step) -> str:
     if step.name == SPANISH and not step.argument:
         script.is_spanish = True
         return "" if not script.steps else f"{SPANISH} stands before the first step"
+    if step.name == MODEL_SERVER and not step.argument:
+        script.has_model_server = True
+        return "" if not script.steps else f"{MODEL_SERVER} stands before the first step"
     if step.name not in STEPS:
         return f'there is no step "{step.name}"; there are {", ".join((SETTINGS, *STEPS))}'
     wanted = STEPS[step.name]
