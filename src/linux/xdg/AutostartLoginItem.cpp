@@ -27,9 +27,11 @@ AutostartLoginItem::AutostartLoginItem(const std::filesystem::path& configHome,
     : entry_(configHome / "autostart" / "es.pelmora.dorix.desktop"), executable_(std::move(executable)) {}
 
 void AutostartLoginItem::registerApplication() {
-    const std::string contents =
-        "[Desktop Entry]\nType=Application\nName=DORIX\nExec=" + execArgument(executable_.string()) +
-        "\nX-GNOME-Autostart-enabled=true\n";
+    // A desktop passes over the entry when the program that it tries is not there any more.
+    const std::string contents = "[Desktop Entry]\nType=Application\nName=DORIX\nTryExec=" +
+                                 text::replaceAll(executable_.string(), "\\", "\\\\") +
+                                 "\nExec=" + execArgument(executable_.string()) +
+                                 "\nX-GNOME-Autostart-enabled=true\n";
     if (const auto error = replaceFile(entry_, contents)) throw MessageError(error.message());
 }
 

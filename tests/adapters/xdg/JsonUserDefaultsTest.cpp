@@ -245,7 +245,7 @@ TEST_F(XdgTest, TheLoginItemIsAnAutostartEntry) {
     item.registerApplication();
     EXPECT_TRUE(item.isRegistered());
     EXPECT_THAT(read(folder / "autostart" / "es.pelmora.dorix.desktop"),
-                testing::HasSubstr("Exec=\"/opt/a \\\\\"b\\\\\" \\\\$c 100%%/dorix\"\n"));
+                testing::HasSubstr("\nTryExec=/opt/a \"b\" $c 100%/dorix\nExec=\"/opt/a \\\\\"b\\\\\" \\\\$c 100%%/dorix\"\n"));
     item.unregisterApplication();
     item.unregisterApplication();
     EXPECT_FALSE(item.isRegistered());
