@@ -21,11 +21,12 @@ int print(const std::string& text) {
 }
 
 int printHelp() {
-    return print(tr("Uso: dorix [OPCIÓN]") + "\n\n" +
-                 tr("Mantén pulsada una tecla, habla, y lo que dices se escribe donde está el cursor.\nSin opciones "
-                    "DORIX se abre; si ya está abierto, muestra u oculta el historial.") +
-                 "\n\n  -h, --help     " + tr("muestra esta ayuda") + "\n  -V, --version  " +
-                 tr("muestra la versión") + "\n\n" + tr("La página de manual, «man dorix», cuenta el resto.") + "\n");
+    return print(
+        tr("Uso: dorix [OPCIÓN]") + "\n\n" +
+        tr("Mantén pulsada una tecla, habla, y lo que dices se escribe donde está el cursor.\nSin opciones "
+           "DORIX se abre; si ya está abierto, muestra u oculta el historial.") +
+        "\n\n  -h, --help     " + tr("muestra esta ayuda") + "\n  -V, --version  " +
+        tr("muestra la versión") + "\n\n" + tr("La página de manual, «man dorix», cuenta el resto.") + "\n");
 }
 
 int refuse(std::string_view argument) {

@@ -244,8 +244,10 @@ TEST_F(XdgTest, TheLoginItemIsAnAutostartEntry) {
     EXPECT_FALSE(item.isRegistered());
     item.registerApplication();
     EXPECT_TRUE(item.isRegistered());
-    EXPECT_THAT(read(folder / "autostart" / "es.pelmora.dorix.desktop"),
-                testing::HasSubstr("\nTryExec=/opt/a \"b\" $c 100%/dorix\nExec=\"/opt/a \\\\\"b\\\\\" \\\\$c 100%%/dorix\"\n"));
+    EXPECT_THAT(
+        read(folder / "autostart" / "es.pelmora.dorix.desktop"),
+        testing::HasSubstr(
+            "\nTryExec=/opt/a \"b\" $c 100%/dorix\nExec=\"/opt/a \\\\\"b\\\\\" \\\\$c 100%%/dorix\"\n"));
     item.unregisterApplication();
     item.unregisterApplication();
     EXPECT_FALSE(item.isRegistered());
