@@ -10,7 +10,9 @@
 #include "service/ai/writing/Lists.h"
 #include "service/ai/writing/Names.h"
 #include "service/ai/writing/Numbers.h"
+#include "service/ai/writing/Relay.h"
 #include "service/ai/writing/Sentences.h"
+#include "service/ai/writing/SpokenCode.h"
 #include "service/ai/writing/SpokenMarks.h"
 
 namespace dorix::service {
@@ -24,10 +26,16 @@ Tokens rewritten(Tokens tokens, const WriteRequest& request, Spoken spoken) {
     const auto manner = request.tone == "tecnico" ? Register::technical : Register::prose;
     tokens = withoutHesitations(std::move(tokens), spoken);
     if (manner == Register::prose) capitaliseNames(tokens, spoken);
+    if (manner == Register::technical) tokens = withSpokenCode(tokens, spoken);
+    if (manner == Register::technical && isCommandLine(tokens)) return tokens;
     tokens = withoutAsides(withoutCorrected(tokens), spoken);
     tokens = withLists(withSpokenMarks(withNumbers(tokens, spoken, manner)));
-    if (manner == Register::prose) breakSentences(tokens, spoken);
-    if (request.tone == "profesional") frameLetter(tokens);
+    const bool isLetter = request.tone == "profesional";
+    if (manner == Register::prose) {
+        breakSentences(tokens, spoken);
+        relay(tokens, spoken, isLetter ? Gap::paragraph : Gap::blank);
+    }
+    if (isLetter) frameLetter(tokens);
     punctuate(tokens, manner, spoken);
     return tokens;
 }

@@ -39,6 +39,21 @@ const WordSet& spanishThirdVerbs() {
     return set;
 }
 
+const WordSet& spanishDependentVerbs() {
+    static const WordSet set({"esté", "estén", "estés", "estéis", "haya", "hayan", "hayas", "hayáis", "pueda", "puedan",
+                              "puedas", "podáis", "sea", "sean", "seas", "seáis", "tenga", "tengan", "tengas", "tengáis",
+                              "vaya", "vayan", "vayas", "fuera", "fueran", "hubiera", "pudiera", "tuviera", "vengas",
+                              "vengan", "llegue", "llegues", "lleguen"});
+    return set;
+}
+
+const WordSet& spanishAskingVerbs() {
+    static const WordSet set({"sabe", "sabr", "sabi", "se", "dime", "dino", "deci", "dice", "dijo", "diga", "digo",
+                              "preg", "ente", "enti", "imag", "recu", "expl", "cuen", "aver", "conf", "avis", "duda", "depe",
+                              "ver", "mira", "vere", "pens", "olvi", "ense", "acla", "most", "mues", "info"});
+    return set;
+}
+
 const WordSet& spanishClitics() {
     static const WordSet set({"me", "te", "se", "le", "les", "nos", "os"});
     return set;

@@ -15,6 +15,10 @@ const WordSet& subjects();
 /// third. As they are spelled, with their accents.
 const WordSet& spanishOwnVerbs();
 const WordSet& spanishThirdVerbs();
+/// Those of subordinate clauses.
+const WordSet& spanishDependentVerbs();
+/// The first four letters of verbs that a question may be the object of.
+const WordSet& spanishAskingVerbs();
 /// Pronouns that stand before a finite verb and nothing else.
 const WordSet& spanishClitics();
 /// The same that are also articles.

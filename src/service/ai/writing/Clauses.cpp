@@ -2,332 +2,21 @@
 
 #include "base/text/Text.h"
 #include "service/ai/writing/ClauseWords.h"
+#include "service/ai/writing/Grammar.h"
 #include "service/ai/writing/Names.h"
-#include "service/ai/writing/PhraseTable.h"
 #include "service/ai/writing/WritingWords.h"
 
 #include <algorithm>
-#include <array>
 #include <optional>
-#include <string>
 #include <string_view>
 
 namespace dorix::service {
 
 namespace {
 
-constexpr std::size_t leastWords = 3;       // of a dictation that is looked at
-constexpr std::size_t farthestJoined = 5;   // words from "y" to the verb that it joins
-constexpr std::size_t farthestArticle = 8;  // words from a verb back to the article of its subject
-constexpr std::size_t mostNameWords = 3;    // behind a farewell
-
-bool endsWithAny(std::string_view word, std::span<const std::string_view> endings) {
-    return std::ranges::any_of(endings, [&](const auto ending) { return word.ends_with(ending); });
-}
-
-/// A finite verb with what belongs to it in front.
-struct Verb {
-    std::size_t begin = 0;
-    std::size_t end = 0;
-    bool isThird = false;  // a noun may be its subject
-    bool asks = false;     // it stands before its subject
-};
-
-/// What the walk over a dictation does not know of the language.
-class Grammar {
- public:
-    explicit Grammar(const Tokens& tokens) : tokens_(tokens) {}
-    virtual ~Grammar() = default;
-
-    virtual std::optional<Verb> verbAt(std::size_t at) const = 0;
-    /// Whether the word joins a clause; not the question word that opens the sentence from `begin` on.
-    virtual bool isLink(std::size_t at, std::size_t begin) const = 0;
-    /// Whether a sentence may end before the verb, given that nothing joins it.
-    virtual bool mayBegin(const Verb& verb) const = 0;
-    virtual const Phrases& formulas() const = 0;
-    virtual const Phrases& introductions() const = 0;
-    virtual std::size_t startAt(std::size_t) const { return 0; }
-    virtual bool isCondition(std::string_view key) const = 0;
-
-    bool isConjunction(std::size_t at) const {
-        static const WordSet set({"y", "e", "o", "u", "ni", "and", "or", "so"});
-        return set.contains(key(at));
-    }
-
-    std::string_view key(std::size_t at) const {
-        return at < tokens_.size() ? std::string_view(tokens_[at].key) : std::string_view();
-    }
-
-    bool isWithin(std::size_t at) const { return at < tokens_.size(); }
-    const Token& token(std::size_t at) const { return tokens_[at]; }
-    const Tokens& tokens() const { return tokens_; }
-
-    /// Where the clause of a verb begins that nothing joins, with its subject; none where that is not clear.
-    virtual std::optional<std::size_t> clauseStart(const Verb& verb, std::size_t begin) const = 0;
-
- protected:
-    /// Whether a noun behind the word is its object.
-    virtual bool governs(std::size_t at) const = 0;
-
-    /// The article of the noun before a verb that is nobody's object; or that there is none (`isObject`), as
-    /// the noun is one of another verb.
-    struct Article {
-        std::optional<std::size_t> at;
-        bool isObject = false;
-    };
-    Article articleBefore(std::size_t verb, std::size_t begin) const {
-        static const WordSet prepositions({"a",   "al",    "de",    "del",   "en",   "para",  "por",
-                                           "con", "sobre", "desde", "hasta", "at",   "in",    "on",
-                                           "to",  "from",  "for",   "by",    "with", "until", "of"});
-        for (auto at = verb; at-- > begin + 1 && verb - at <= farthestArticle;) {
-            if (!words::determiners().contains(key(at))) {
-                if (governs(at) && !prepositions.contains(key(at)))
-                    return {.at = std::nullopt, .isObject = true};
-                continue;
-            }
-            if (prepositions.contains(key(at - 1))) continue;
-            if (governs(at - 1)) return {.at = std::nullopt, .isObject = true};
-            return {.at = at};
-        }
-        return {};
-    }
-
- private:
-    const Tokens& tokens_;
-};
-
-class Spanish final : public Grammar {
- public:
-    using Grammar::Grammar;
-
-    std::optional<Verb> verbAt(std::size_t at) const override {
-        auto head = at;
-        while (isLead(head)) ++head;
-        const auto clitics = cliticsAt(head);
-        const auto verb = head + clitics;
-        if (!isWithin(verb)) return std::nullopt;
-        const auto person = personOf(verb, at);
-        const bool isClear = clitics > 0 && words::spanishClitics().contains(key(head)) && isContent(verb);
-        if (!person && !isClear) return std::nullopt;
-        return Verb{.begin = at, .end = verb + 1, .isThird = person.value_or(Person::third) == Person::third};
-    }
-
-    bool isLink(std::size_t at, std::size_t begin) const override {
-        if (!words::spanishLinks().contains(key(at))) return false;
-        const bool asks = text::lowercase(token(at).text) != key(at);
-        return !asks || (at != begin && !(at == begin + 1 && words::leadWords().contains(key(begin))));
-    }
-
-    bool mayBegin(const Verb& verb) const override {
-        static const WordSet before({"a",   "al",  "con",  "de", "del", "en", "para", "por",
-                                     "sin", "no",  "lo",   "ya", "el",  "un", "una",  "mas",
-                                     "muy", "tan", "cada", "mi", "su",  "tu", "hace", "yo"});
-        return !before.contains(key(verb.begin - 1));
-    }
-
-    std::optional<std::size_t> clauseStart(const Verb& verb, std::size_t begin) const override {
-        if (!verb.isThird) return verb.begin;
-        if (const auto article = articleBefore(verb.begin, begin); article.at) return article.at;
-        auto start = verb.begin;  // a verb needs no subject, and a name no article
-        while (start > begin + 1 && isCapital(token(start - 1))) --start;
-        return start < verb.begin && governs(start - 1) ? verb.begin : start;
-    }
-
-    const Phrases& formulas() const override {
-        static const Phrases table(words::spanishFormulas());
-        return table;
-    }
-    const Phrases& introductions() const override {
-        static const Phrases table(words::spanishIntroductions());
-        return table;
-    }
-    bool isCondition(std::string_view word) const override { return word == "si"; }
-
- protected:
-    bool governs(std::size_t at) const override {
-        const auto word = key(at);
-        static constexpr auto endings = std::to_array<std::string_view>({"ar", "er", "ir", "ndo"});
-        return words::leadWords().contains(word) || isLink(at, at + 1) || isConjunction(at) || isLead(at) ||
-               endsWithAny(word, endings) || personOf(at, at) ||
-               (at > 0 && words::spanishClitics().contains(key(at - 1)));
-    }
-
- private:
-    enum class Person : std::uint8_t { own, third };
-
-    /// What may stand before the pronouns of a verb.
-    bool isLead(std::size_t at) const {
-        static const WordSet leads({"no", "ya", "yo", "tambien", "nosotros", "nosotras", "vosotros"});
-        return leads.contains(key(at));
-    }
-
-    std::size_t cliticsAt(std::size_t at) const {
-        std::size_t count = 0;
-        const auto isClitic = [&](std::size_t word) {
-            return words::spanishClitics().contains(key(word)) ||
-                   words::spanishArticleClitics().contains(key(word));
-        };
-        while (count < 2 && isClitic(at + count)) ++count;
-        return count;
-    }
-
-    /// No small word: those never stand between a pronoun and its verb.
-    bool isContent(std::size_t at) const {
-        return !words::leadWords().contains(key(at)) && !words::spanishLinks().contains(key(at)) &&
-               !words::determiners().contains(key(at)) && !isConjunction(at) && key(at) != "eh";
-    }
-
-    std::optional<Person> personOf(std::size_t at, std::size_t begin) const {
-        static const WordSet articles(
-            {"el", "un", "una", "mi", "tu", "su", "este", "esta", "ese", "esa", "cada"});
-        const auto spelled = text::lowercase(token(at).text);
-        if (at > 0 && at == begin && articles.contains(key(at - 1)))
-            return std::nullopt;  // "la era", "el debe"
-        if (spelled == "es" && key(at + 1) == "decir") return std::nullopt;
-        if (words::spanishOwnVerbs().contains(spelled) || isOwnForm(spelled) || isOrder(spelled))
-            return Person::own;
-        if (words::spanishThirdVerbs().contains(spelled) || isThirdForm(spelled)) return Person::third;
-        return std::nullopt;
-    }
-
-    /// Endings of the first and second person that no other words have.
-    static bool isOwnForm(std::string_view word) {
-        static constexpr auto endings =
-            std::to_array<std::string_view>({"aremos", "eremos", "iremos", "ábamos", "íamos", "aré", "eré",
-                                             "iré", "aréis", "eréis", "iréis", "áis"});
-        return word.size() > 5 && endsWithAny(word, endings);
-    }
-
-    static bool isThirdForm(std::string_view word) {
-        static constexpr auto endings = std::to_array<std::string_view>(
-            {"ará", "erá", "irá", "arán", "erán", "irán", "aron", "ieron", "aban", "ó"});
-        return word.size() > 5 && endsWithAny(word, endings);
-    }
-
-    /// "Escríbeme", "apúntalo", "echadles": an order with its pronoun. "Esperándote" and "decírmelo" are
-    /// none, nor are nouns as "película" and "límite".
-    static bool isOrder(std::string_view word) {
-        static constexpr auto plural =
-            std::to_array<std::string_view>({"adme", "adle", "adles", "adlo", "adla", "adnos", "edme", "edlo",
-                                             "idme", "idlo", "idle", "idles"});
-        static constexpr auto singular = std::to_array<std::string_view>(
-            {"ame", "eme", "anos", "enos", "alo", "elo", "alos", "elos", "ala", "ela", "ale", "ele"});
-        static constexpr auto accents = std::to_array<std::string_view>({"á", "é", "í", "ó", "ú"});
-        if (endsWithAny(word, plural)) return word.size() > 6;
-        if (word.size() < 7 || !endsWithAny(word, singular)) return false;
-        std::size_t accent = std::string_view::npos;
-        for (const auto each : accents) accent = std::min(accent, word.find(each));
-        if (accent == std::string_view::npos || accent + 2 >= word.size()) return false;
-        const auto rest = word.substr(accent + 2);
-        const bool isGerund = rest.starts_with("ndo");
-        const bool isInfinitive =
-            rest.starts_with("r") && rest.size() > 1 && !std::string_view("aeiou").contains(rest[1]);
-        static const WordSet nouns({"escándalo", "vándalo", "sándalo", "óvalo", "intérvalo"});
-        return !isGerund && !isInfinitive && !nouns.contains(word);
-    }
-};
-
-class English final : public Grammar {
- public:
-    using Grammar::Grammar;
-
-    std::optional<Verb> verbAt(std::size_t at) const override {
-        if (const auto question = inversion(at)) return question;
-        if (isSubject(at)) return Verb{.begin = at, .end = at + 2};
-        static const WordSet behindNouns({"is", "are", "was", "were", "isn't", "aren't", "wasn't", "weren't",
-                                          "has", "hasn't", "haven't", "doesn't", "didn't", "won't"});
-        if (behindNouns.contains(key(at)) || (words::englishPasts().contains(key(at)) && isLink(at - 1, at)))
-            return Verb{.begin = at, .end = at + 1, .isThird = true};
-        return std::nullopt;
-    }
-
-    bool isLink(std::size_t at, std::size_t begin) const override {
-        return at != begin && words::englishLinks().contains(key(at));
-    }
-
-    bool mayBegin(const Verb& verb) const override {
-        if (verb.asks) return !words::englishAuxiliaries().contains(key(verb.begin - 1));
-        return !isClauseHead(verb.begin - 1) && !maySpecify(verb);
-    }
-
-    std::optional<std::size_t> clauseStart(const Verb& verb, std::size_t begin) const override {
-        if (!verb.isThird) return verb.begin;
-        const auto article = articleBefore(verb.begin, begin).at;
-        return article && !key(*article - 1).ends_with("ed") ? article : std::nullopt;
-    }
-
-    const Phrases& formulas() const override {
-        static const Phrases table(words::englishFormulas());
-        return table;
-    }
-    const Phrases& introductions() const override {
-        static const Phrases table(words::englishIntroductions());
-        return table;
-    }
-    /// "Please", "see you", where nobody is said to do so.
-    std::size_t startAt(std::size_t at) const override {
-        static const Phrases table(words::englishStarts());
-        static const WordSet before({"to",   "and",  "or",   "not",    "never", "you",  "we",
-                                     "they", "just", "also", "always", "then",  "will", "please",
-                                     "who",  "that", "but",  "so",     "if",    "when", "because"});
-        if (at == 0 || before.contains(key(at - 1)) || words::subjects().contains(key(at - 1)) ||
-            words::englishAuxiliaries().contains(key(at - 1)) || words::determiners().contains(key(at - 1)))
-            return 0;
-        return table.wordsAt(tokens(), at);
-    }
-    bool isCondition(std::string_view word) const override { return word == "if"; }
-
- protected:
-    bool governs(std::size_t at) const override {
-        return words::leadWords().contains(key(at)) || isLink(at, at + 1) || isConjunction(at) ||
-               isSubject(at) || words::englishAuxiliaries().contains(key(at)) || key(at).ends_with("ing") ||
-               isSubject(at - 1) || isClauseHead(at);
-    }
-
- private:
-    bool isSubject(std::size_t at) const {
-        if (!isWithin(at)) return false;
-        if (words::subjects().contains(key(at))) return true;
-        static const WordSet others({"it", "you", "this", "that", "these", "there", "mine", "ours", "yours"});
-        return others.contains(key(at)) && words::englishAuxiliaries().contains(key(at + 1));
-    }
-
-    bool isClauseHead(std::size_t at) const {
-        const auto word = key(at);
-        return words::englishClauseHeads().contains(word) || words::leadWords().contains(word) ||
-               words::determiners().contains(word) || words::englishAuxiliaries().contains(word) ||
-               words::englishLinks().contains(word) || isConjunction(at) || word == "about" || word == "of";
-    }
-
-    /// "Can you", "could someone", also behind a question word.
-    std::optional<Verb> inversion(std::size_t at) const {
-        static const WordSet asking({"what", "who", "where", "when", "why", "how"});
-        static const WordSet asked(
-            {"i", "we", "you", "he", "she", "they", "it", "someone", "anyone", "somebody", "anybody"});
-        const auto verb = at + (asking.contains(key(at)) ? 1 : 0);
-        if (!words::englishAuxiliaries().contains(key(verb)) || !asked.contains(key(verb + 1)))
-            return std::nullopt;
-        return Verb{.begin = at, .end = verb + 2, .asks = true};
-    }
-
-    /// Behind "the offer" a clause may say which one: "the offer I really like". Not with a form of "be" that
-    /// no verb follows: "the late reply, I was on leave".
-    bool maySpecify(const Verb& verb) const {
-        static const WordSet openers(
-            {"the", "every", "any", "those", "these", "some", "all", "best", "my", "our", "a", "an"});
-        bool isDefinite = false;
-        for (std::size_t back = 1; back <= 3 && back <= verb.begin; ++back)
-            isDefinite |= openers.contains(key(verb.begin - back));
-        if (!isDefinite) return false;
-        static const WordSet contracted(
-            {"i'm", "it's", "that's", "there's", "we're", "they're", "he's", "she's"});
-        static const WordSet forms({"am", "is", "are", "was", "were"});
-        const bool isForm = contracted.contains(key(verb.begin));
-        const auto next = verb.begin + (isForm ? 1 : 2);
-        const bool isBeing = isForm || forms.contains(key(verb.begin + 1));
-        return !isBeing || !isWithin(next) || key(next).ends_with("ing");
-    }
-};
+constexpr std::size_t leastWords = 2;      // of a dictation that is looked at
+constexpr std::size_t farthestJoined = 5;  // words from "y" to the verb that it joins
+constexpr std::size_t mostNameWords = 3;   // behind a farewell
 
 /// Walks a dictation of one language from sentence to sentence.
 class Walk {
@@ -350,7 +39,7 @@ class Walk {
         conjunction_.reset();
         condition_.reset();
         isFronted_ = isSubordinate(at);
-        if (isFronted_) free_ = 2;
+        if (isFronted_ || grammar_.isLink(at, at)) free_ = 2;
     }
 
     bool isSubordinate(std::size_t at) const {
@@ -367,6 +56,7 @@ class Walk {
     /// What a sentence may open with that has punctuation of its own; so many words.
     std::size_t openingAt(std::size_t at, std::size_t to) {
         static const Phrases talk(words::smallTalk());
+        static const WordSet goOn({"a", "de", "del", "que", "of", "to"});  // "además de"
         if (const auto words = talk.wordsAt(tokens_, at);
             words > 0 && at + words < to && isSentence(at + words)) {
             mark(at + words, "?");
@@ -374,7 +64,7 @@ class Walk {
             return words;
         }
         if (const auto words = grammar_.introductions().wordsAt(tokens_, at);
-            words > 0 && at + words < to && !words::leadWords().contains(tokens_[at + words].key)) {
+            words > 0 && at + words < to && !goOn.contains(tokens_[at + words].key)) {
             mark(at + words, ",");
             begin(at + words);
             return words;
@@ -402,6 +92,11 @@ class Walk {
             free_ = 0;
             return words;
         }
+        if (grammar_.asksAnew(at, begin_)) {
+            mark(at, ".");
+            begin(at);
+            return 1;
+        }
         if (const auto verb = grammar_.verbAt(at)) {
             take(*verb);
             return verb->end - at;
@@ -415,6 +110,7 @@ class Walk {
     }
 
     void take(const Verb& verb) {
+        if (grammar_.isOfNoun(verb, begin_)) return;
         if (isJoined(verb)) {
             conjunction_.reset();
             return;
@@ -424,7 +120,7 @@ class Walk {
             if (++verbs_ == 2 && isFronted_) separate(verb);
             return;
         }
-        if (!grammar_.mayBegin(verb)) return;
+        if (verb.isDependent || !grammar_.mayBegin(verb)) return;
         const bool isConditional = condition_ && verbs_ == condition_->verbs + 1;
         const auto start = isConditional ? std::optional(condition_->at) : grammar_.clauseStart(verb, begin_);
         if (!start || *start <= begin_) return;
@@ -491,6 +187,18 @@ std::size_t endGreeting(Tokens& tokens) {
     return end;
 }
 
+/// "Gracias, un saludo": the thanks before a farewell belong to it.
+std::size_t endBeforeThanks(Tokens& tokens, std::size_t from, std::size_t farewell) {
+    static const Phrases thanks(words::thanks());
+    for (std::size_t words = 1; words <= 2 && farewell > from + words; ++words) {
+        const auto at = farewell - words;
+        if (thanks.wordsAt(tokens, at) != words || tokens[at - 1].key == "muchas") continue;
+        tokens[at - 1].closing = ".";
+        return at;
+    }
+    return farewell;
+}
+
 /// The farewell at the very end, with a name or without; where it begins.
 std::size_t endBeforeFarewell(Tokens& tokens, std::size_t from) {
     static const Phrases farewells(words::farewells());
@@ -506,12 +214,9 @@ std::size_t endBeforeFarewell(Tokens& tokens, std::size_t from) {
         const bool isName =
             std::all_of(tokens.begin() + static_cast<std::ptrdiff_t>(name), tokens.end(), isCapital);
         if (tokens.size() - name > mostNameWords || !isName) continue;
-        if (tokens.size() > leastWords)
-            tokens[at - 1].closing = ".";
-        else
-            tokens[at - 1].closing = ",";
+        tokens[at - 1].closing = at > 1 ? "." : ",";
         if (name < tokens.size()) tokens[name - 1].closing = ",";
-        return at;
+        return endBeforeThanks(tokens, from, at);
     }
     return tokens.size();
 }
@@ -522,8 +227,8 @@ void breakSentences(Tokens& tokens, Spoken spoken) {
     if (spoken.spanish == spoken.english || !isUnmarked(tokens)) return;
     const auto body = endGreeting(tokens);
     const auto end = endBeforeFarewell(tokens, body);
-    if (spoken.spanish) return Walk(tokens, Spanish(tokens)).run(body, end);
-    Walk(tokens, English(tokens)).run(body, end);
+    const auto grammar = spoken.spanish ? spanishGrammar(tokens) : englishGrammar(tokens);
+    Walk(tokens, *grammar).run(body, end);
 }
 
 }  // namespace dorix::service

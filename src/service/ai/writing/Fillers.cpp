@@ -1,5 +1,6 @@
 #include "service/ai/writing/Fillers.h"
 
+#include "base/text/Text.h"
 #include "service/ai/Language.h"
 #include "service/ai/writing/PhraseTable.h"
 #include "service/ai/writing/WritingWords.h"
@@ -10,6 +11,8 @@
 namespace dorix::service {
 
 namespace {
+
+constexpr std::size_t leastWordsBeforeVale = 3;
 
 bool isNumber(const Token& token) {
     return !token.text.empty() && token.text.back() >= '0' && token.text.back() <= '9';
@@ -45,7 +48,8 @@ class Fillers {
 
     /// A sound, also with the opening filler before it, or a small word said again.
     std::size_t hesitation(std::size_t at, const Tokens& written) const {
-        if (isHesitation(at) || isStutter(at, written)) return 1;
+        if (isHesitation(at) || isStutter(at, written) || isSaidAgain(at) || isLastVale(at)) return 1;
+        if (const auto words = opener(at, written)) return words;
         if (!opensSentence(at, written)) return 0;
         for (const auto* table : tables_) {
             const auto words = table->openers.wordsAt(tokens_, at);
@@ -91,6 +95,49 @@ class Fillers {
     bool isStutter(std::size_t at, const Tokens& written) const {
         return !written.empty() && !written.back().endsClause() && written.back().key == tokens_[at].key &&
                tokens_[at].opening.empty() && words::stutters().contains(tokens_[at].key);
+    }
+
+    /// The first of two with a pause or a sound between them: "con, con", "and, uh, and".
+    bool isSaidAgain(std::size_t at) const {
+        const auto& token = tokens_[at];
+        const auto isPlain = [](const Token& word) { return word.closing.empty() || isPause(word); };
+        if (!words::stutters().contains(token.key) || !isPlain(token)) return false;
+        auto next = at + 1;
+        while (next < tokens_.size() && isHesitation(next) && isPlain(tokens_[next])) ++next;
+        if (next >= tokens_.size() || (next == at + 1 && token.closing.empty())) return false;
+        return tokens_[next].key == token.key && tokens_[next].opening.empty() &&
+               tokens_[next].gap == Gap::blank;
+    }
+
+    /// Opening fillers that need no pause before what follows: "I mean I…", "o sea lo que…".
+    std::size_t opener(std::size_t at, const Tokens& written) const {
+        static const WordSet subjects({"i", "we", "he", "she", "they", "i'm", "we're"});
+        static const WordSet articles({"el", "la", "lo", "los", "las", "yo", "nosotros"});
+        if (!opensSentence(at, written) && !isBehindGreeting(at)) return 0;
+        if (at + 2 >= tokens_.size() || tokens_[at].endsClause() || tokens_[at + 1].endsClause()) return 0;
+        const auto& next = tokens_[at + 2].key;
+        if (isPhraseAt(tokens_, at, "i mean") && subjects.contains(next)) return 2;
+        return isPhraseAt(tokens_, at, "o sea") && articles.contains(next) ? 2 : 0;
+    }
+
+    bool isBehindGreeting(std::size_t at) const {
+        static const Phrases greetings(words::greetings());
+        const auto words = greetings.wordsAt(tokens_, 0);
+        return words > 0 && at == words + 1;
+    }
+
+    /// "… lo vean ellos vale" asks for agreement, where nothing tells that something is worth as much.
+    bool isLastVale(std::size_t at) const {
+        static const WordSet worth({"que", "no", "lo", "nada", "mas", "menos", "mucho", "poco", "tanto", "si",
+                                    "euros", "como", "ya", "solo", "tambien", "me", "se", "y", "o"});
+        if (tokens_[at].key != "vale" || at + 1 != tokens_.size() || at < leastWordsBeforeVale) return false;
+        if (tokens_[at].closing.find('?') != std::string::npos || tokens_[at - 1].endsClause()) return false;
+        if (worth.contains(tokens_[at - 1].key) || words::determiners().contains(tokens_[at - 2].key))
+            return false;
+        for (std::size_t word = 0; word < at; ++word) {
+            if (tokens_[word].key == "cuanto" || isPhraseAt(tokens_, word, "lo que")) return false;
+        }
+        return true;
     }
 
     /// Two opening fillers, which need no pause.
@@ -160,11 +207,19 @@ void closePauses(Tokens& tokens) {
     }
 }
 
+/// What no English word has, nor most words of other languages.
+bool hasSpanishAccent(std::string_view transcript) {
+    const auto said = text::lowercase(transcript);
+    const auto has = [&](std::string_view letter) { return said.find(letter) != std::string::npos; };
+    return has("á") || has("í") || has("ó") || has("ú");
+}
+
 }  // namespace
 
 Spoken spokenIn(std::string_view transcript) {
     if (isForeign(transcript)) return {};
     const auto language = languageOf(transcript);
+    if (!language && hasSpanishAccent(transcript)) return {.spanish = true};
     if (!language) return {.spanish = true, .english = true};
     return {.spanish = language == Language::spanish, .english = language == Language::english};
 }

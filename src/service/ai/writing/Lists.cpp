@@ -123,6 +123,8 @@ std::string withoutComma(std::string closing) {
 Tokens listed(const Tokens& tokens, const Markers& markers, bool isNumbered) {
     Tokens written;
     std::size_t next = 0;
+    // Else the full stop is that of the sentence, which is a list now.
+    const bool isEnded = tokens[markers.back().first - 1].endsSentence();
     for (std::size_t at = 0; at < tokens.size();) {
         if (next == markers.size() || at != markers[next].first) {
             written.push_back(tokens[at++]);
@@ -137,6 +139,7 @@ Tokens listed(const Tokens& tokens, const Markers& markers, bool isNumbered) {
         written.push_back(std::move(item));
         ++next;
     }
+    if (!isEnded && written.back().closing == ".") written.back().closing.clear();
     return written;
 }
 

@@ -93,8 +93,8 @@ bool hasEnglishWords(const Tokens& tokens, Range sentence) {
                        [&](const Token& token) { return english.contains(token.key); });
 }
 
-/// Puts the marks of a question where it was said as one.
-void markQuestion(Tokens& tokens, Range sentence, bool isSpanishText) {
+/// Puts the marks of a question where it was said as one, and says whether it was.
+bool markQuestion(Tokens& tokens, Range sentence, bool isSpanishText) {
     auto& last = tokens[sentence.end - 1];
     const auto start = questionStart(tokens, sentence);
     const bool opensSpanish = opensSpanishQuestion(tokens, start);
@@ -102,11 +102,12 @@ void markQuestion(Tokens& tokens, Range sentence, bool isSpanishText) {
         const bool isSaid = opensSpanish || opensEnglishQuestion(tokens, sentence.begin);
         const bool isOpen = last.closing.empty() || last.closing == "." || last.closing == ",";
         const bool isShort = sentence.words() > 1 && sentence.words() <= longestQuestion;
-        if (!isSaid || !isOpen || !isShort) return;
+        if (!isSaid || !isOpen || !isShort) return false;
         endWith(last, "?");
     }
     const bool isSpanish = opensSpanish || (isSpanishText && !hasEnglishWords(tokens, sentence));
     if (isSpanish && !hasInside(tokens, sentence, "¿")) tokens[start].opening += "¿";
+    return true;
 }
 
 /// Names of files, functions and commands keep their case.
@@ -142,10 +143,9 @@ void punctuate(Tokens& tokens, Register manner, Spoken spoken) {
     const bool isProse = manner == Register::prose;
     for (std::size_t at = 0; at < tokens.size();) {
         const auto sentence = sentenceAt(tokens, at);
-        if (isProse) {
-            markQuestion(tokens, sentence, spoken.spanish && !spoken.english);
-            capitalise(tokens[at]);
-        }
+        // A question's first word is no name of a program.
+        const bool asks = markQuestion(tokens, sentence, spoken.spanish && !spoken.english);
+        if (isProse || asks) capitalise(tokens[at]);
         for (auto word = at; word < sentence.end; ++word) {
             if (isProse && words::alwaysCapital().contains(tokens[word].key)) capitalise(tokens[word]);
         }

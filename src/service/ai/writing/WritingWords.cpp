@@ -59,7 +59,8 @@ std::span<const std::string_view> closers() {
 const WordSet& stutters() {
     static const WordSet set({"el", "los", "las", "un", "una", "de", "del", "en", "con", "para", "por", "que", "y",
                               "al", "su", "mi", "the", "an", "of", "to", "and", "in", "for", "with", "we", "i",
-                              "they", "my", "our", "is", "it's", "i'm"});
+                              "they", "my", "our", "is", "it's", "i'm", "if", "she", "he", "on", "at", "from",
+                              "or", "but", "pero", "si", "se", "me", "te", "this", "esta", "este", "nuestro"});
     return set;
 }
 
@@ -135,7 +136,7 @@ const WordSet& units() {
 std::span<const Cue> cues() {
     static constexpr auto rows = std::to_array<Cue>({
         {"mejor dicho", true}, {"quiero decir", true}, {"digo", true}, {"perdon", true}, {"corrijo", true},
-        {"no perdon", true}, {"no espera", true}, {"no", false}, {"o mejor", false}, {"mejor", false},
+        {"no perdon", true}, {"no espera", true}, {"no", false}, {"bueno no", true}, {"o mejor", false}, {"mejor", false},
         {"i mean", true}, {"or rather", true}, {"make that", true}, {"no wait", true}, {"no sorry", true},
         {"wait no", true}, {"sorry", true}, {"actually", false}, {"rather", false},
     });
@@ -183,14 +184,19 @@ std::span<const std::string_view> spanishQuestions() {
         "qué es", "qué son", "qué hora", "qué tal", "qué hay", "qué te", "qué le", "qué se", "qué hacemos",
         "qué haces", "qué hago", "qué piensas", "qué opinas", "qué opinan", "qué quieres", "qué quiere", "qué día",
         "qué pasa", "qué pasó", "qué ha", "qué has", "qué significa", "qué necesitas", "qué tengo", "qué tienes",
-        "qué puedo", "qué podemos", "qué sabes", "qué dice", "qué dijo", "qué falta", "qué tiempo", "qué fecha",
+        "qué puedo", "qué podemos", "qué habéis", "qué han", "qué vas", "qué vais", "qué estás", "qué estáis", "qué sabes", "qué dice", "qué dijo", "qué falta", "qué tiempo", "qué fecha",
         "a qué hora", "de qué", "por qué", "para qué", "para cuándo", "con quién", "de quién", "a quién",
         "desde cuándo", "hasta cuándo", "dónde", "a dónde", "adónde", "de dónde", "quién", "quiénes", "cuál",
         "cuáles", "cuándo", "cuánto cuesta", "cuánto es", "cuánto vale", "cuánto tarda", "cuánto falta",
-        "cuánto tiempo", "cuántos", "cuántas", "cómo estás", "cómo está", "cómo están", "cómo va", "cómo vas",
+        "cuánto tiempo", "cuánto te", "cuánto le", "cuánto os", "cuánto se", "cuánto hay", "cuánto cobras", "cuántos", "cuántas", "cómo estás", "cómo está", "cómo están", "cómo va", "cómo vas",
         "cómo te va", "cómo se", "cómo puedo", "cómo podemos", "cómo hago", "cómo hacemos", "cómo es", "cómo fue",
         "cómo ha", "cómo lo", "cómo quieres", "cómo quedamos", "puedes", "podrías", "podemos quedar", "te parece",
         "te va bien", "os va bien", "le parece", "sabes si", "sabes cuándo", "sabes dónde", "sabes qué",
+        "sabes cómo", "sabes por qué", "sabéis si", "sabéis cuándo", "sabéis dónde", "alguien sabe", "alguien puede",
+        "alguien ha", "alguien tiene", "alguien quiere", "alguien podría", "podéis", "podríais", "podría usted",
+        "me las puedes", "me lo puedes", "me la puedes", "me los puedes", "nos puedes", "le puedes", "te puedo",
+        "me podéis", "nos podéis", "lo puedes", "la puedes", "has visto", "habéis visto", "quieres que", "queréis que",
+        "os parece", "te apetece", "os apetece", "te importa", "te importaría",
         "tienes tiempo", "me puedes", "me podrías", "nos vemos el lunes o",
     });
     return rows;
@@ -209,7 +215,13 @@ std::span<const std::string_view> englishQuestions() {
         "can we", "can i", "could you", "could we", "could i", "would you", "will you", "will we", "do you",
         "do we", "do i", "does it", "does he", "does she", "does that", "does this", "did you", "did we",
         "did they", "are you", "are we", "are they", "is it", "is there", "is he", "is she", "is that", "is this",
-        "have you", "has anyone", "should we", "should i", "shall we", "may i",
+        "have you", "has anyone", "does anyone", "does anybody", "did anyone", "is anyone", "can anyone",
+        "could someone", "can someone", "would it", "would that", "would the", "would next", "would this", "would monday",
+        "would tuesday", "would wednesday", "would thursday", "would friday", "does the", "does your", "does my",
+        "did the", "did your", "is the", "is your", "is my", "are the", "are your", "was the", "was it", "were you",
+        "were they", "have they", "have we", "has the", "has it", "has she", "has he", "could the", "can the",
+        "will the", "will it", "will they", "will she", "will he", "won't you", "isn't it", "isn't that", "aren't you",
+        "don't you", "didn't you", "should we", "should i", "shall we", "may i",
     });
     return rows;
 }
@@ -230,6 +242,12 @@ std::span<const std::string_view> farewells() {
         "warm regards", "regards", "many thanks", "thank you", "thanks", "best wishes", "yours sincerely",
         "sincerely", "cheers",
     });
+    return rows;
+}
+
+std::span<const std::string_view> thanks() {
+    static constexpr auto rows = std::to_array<std::string_view>({"gracias", "muchas gracias", "mil gracias", "thanks",
+                                                                  "many thanks", "thank you"});
     return rows;
 }
 
@@ -255,8 +273,12 @@ std::span<const std::span<const std::string_view>> listNumbers() {
         "numero uno", "numero dos", "numero tres", "numero cuatro", "numero cinco", "numero seis"});
     static constexpr auto englishNamed = std::to_array<std::string_view>({
         "number one", "number two", "number three", "number four", "number five", "number six"});
-    static constexpr std::array<std::span<const std::string_view>, 4> rows{spanishNamed, englishNamed, spanish,
-                                                                           english};
+    static constexpr auto spanishSteps = std::to_array<std::string_view>({
+        "paso uno", "paso dos", "paso tres", "paso cuatro", "paso cinco", "paso seis", "paso siete", "paso ocho"});
+    static constexpr auto englishSteps = std::to_array<std::string_view>({
+        "step one", "step two", "step three", "step four", "step five", "step six", "step seven", "step eight"});
+    static constexpr std::array<std::span<const std::string_view>, 6> rows{
+        spanishNamed, englishNamed, spanishSteps, englishSteps, spanish, english};
     return rows;
 }
 

@@ -69,6 +69,8 @@ std::span<const std::string_view> englishQuestions();
 
 std::span<const std::string_view> greetings();
 std::span<const std::string_view> farewells();
+/// Those of them that another one may follow.
+std::span<const std::string_view> thanks();
 
 /// Rows of markers of a dictated list, each in the order of the list.
 std::span<const std::span<const std::string_view>> listOrdinals();
