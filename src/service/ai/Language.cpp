@@ -14,25 +14,30 @@ constexpr std::size_t examinedBytes = 4'000;
 // Words that the other language does not have, or hardly.
 const WordSet& spanishWords() {
     static const WordSet set({
-        "al",      "ayer",  "bueno",  "como",   "con",     "cual",    "cuando",    "de",    "del",
-        "digo",    "donde", "el",     "ella",   "en",      "es",      "esta",      "este",  "esto",
-        "gracias", "hay",   "hola",   "hoy",    "jueves",  "la",      "las",       "le",    "lo",
-        "los",     "lunes", "manana", "martes", "mas",     "mi",      "miercoles", "muy",   "para",
-        "perdon",  "pero",  "pon",    "por",    "porque",  "pues",    "que",       "quien", "resume",
-        "se",      "si",    "sin",    "sobre",  "su",      "tambien", "te",        "tiene", "tu",
-        "un",      "una",   "unos",   "vale",   "viernes", "y",       "ya",        "yo",
+        "al",      "ayer",   "bueno",  "como",      "con",    "cual",  "cuando", "de",    "del",     "digo",
+        "donde",   "el",     "ella",   "en",        "es",     "esta",  "este",   "esto",  "gracias", "hay",
+        "hola",    "hoy",    "jueves", "la",        "las",    "le",    "lo",     "los",   "lunes",   "manana",
+        "martes",  "mas",    "mi",     "miercoles", "muy",    "para",  "perdon", "pero",  "pon",     "por",
+        "porque",  "pues",   "que",    "quien",     "resume", "se",    "si",     "sin",   "sobre",   "su",
+        "tambien", "te",     "tiene",  "tu",        "un",     "una",   "unos",   "vale",  "viernes", "y",
+        "ya",      "yo",     "cuesta", "nos",       "os",     "les",   "han",    "hemos", "estoy",   "soy",
+        "tengo",   "quiero", "puedo",  "voy",       "dos",    "tres",  "cuatro", "cinco", "seis",    "siete",
+        "ocho",    "nueve",  "diez",   "doce",      "euros",  "calle", "ese",    "esa",   "todo",    "cada",
+        "dile",    "luego",  "ahora",  "siempre",   "nada",   "oye",   "vamos",
     });
     return set;
 }
 
 const WordSet& englishWords() {
     static const WordSet set({
-        "about",   "all",  "and",    "are",       "at",     "be",    "but",   "by",   "can",      "did",
-        "do",      "does", "for",    "from",      "have",   "hello", "hi",    "how",  "i",        "in",
-        "is",      "it",   "monday", "my",        "friday", "not",   "of",    "on",   "or",       "our",
-        "please",  "she",  "sorry",  "thanks",    "that",   "the",   "their", "this", "thursday", "to",
-        "tuesday", "was",  "we",     "wednesday", "well",   "were",  "what",  "when", "where",    "which",
-        "who",     "why",  "will",   "with",      "you",    "your",
+        "about",   "all",   "and",      "are",       "at",     "be",    "but",   "by",    "can",      "did",
+        "do",      "does",  "for",      "from",      "have",   "hello", "hi",    "how",   "i",        "in",
+        "is",      "it",    "monday",   "my",        "friday", "not",   "of",    "on",    "or",       "our",
+        "please",  "she",   "sorry",    "thanks",    "that",   "the",   "their", "this",  "thursday", "to",
+        "tuesday", "was",   "we",       "wednesday", "well",   "were",  "what",  "when",  "where",    "which",
+        "who",     "why",   "will",     "with",      "you",    "your",  "they",  "there", "his",      "been",
+        "would",   "could", "should",   "some",      "any",    "let",   "if",    "two",   "three",    "five",
+        "tell",    "today", "tomorrow", "work",      "send",   "here",
     });
     return set;
 }

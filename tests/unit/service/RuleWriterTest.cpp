@@ -42,6 +42,13 @@ TEST(RuleWriter, DropsFillersThatMeanNothing) {
              {"I like it, like, a lot", "I like it a lot."},
              {"I like it", "I like it."},
              {"Hola Ana, eh, te llamo luego", "Hola Ana, te llamo luego."},
+             {"Ana, Luis y, eh, y Eva", "Ana, Luis y Eva."},
+             {"on, on the the, the table", "On the table."},
+             {"nos vemos luego vale", "Nos vemos luego."},
+             {"la entrada del lunes vale", "La entrada del lunes vale."},
+             {"dime lo que el coche vale", "Dime lo que el coche vale."},
+             {"i mean we could go", "We could go."},
+             {"i mean it", "I mean it."},
              {"bueno pues eh mira lo que dice", "Mira lo que dice."},
              {"vale", "Vale"},
          }))
@@ -141,6 +148,98 @@ TEST(RuleWriter, PunctuatesQuestionsAndSentences) {
     EXPECT_EQ(written("", "neutral"), "");
 }
 
+TEST(RuleWriter, EndsSentencesThatCameWithoutPunctuation) {
+    for (const auto [said, text] : std::to_array<Case>({
+             {"dónde estás llevo una hora esperándote", "¿Dónde estás? Llevo una hora esperándote."},
+             {"si te interesa escríbeme", "Si te interesa, escríbeme."},
+             {"busco piso en madrid si sabes de alguno avísame",
+              "Busco piso en Madrid. Si sabes de alguno, avísame."},
+             {"no sé si te va bien dime cuándo puedes", "No sé si te va bien dime cuándo puedes."},
+             {"tengo las actas de enero y febrero te las mando",
+              "Tengo las actas de enero y febrero. Te las mando."},
+             {"hola ana qué tal te escribo por lo del lunes",
+              "Hola Ana, ¿qué tal? Te escribo por lo del lunes."},
+             {"thank you for coming we have a lot to do", "Thank you for coming. We have a lot to do."},
+             {"i merged the fix could you look at it", "I merged the fix. Could you look at it?"},
+             {"however it works", "However, it works."},
+             // One sentence.
+             {"el hombre que conocí ayer me dijo que vive aquí",
+              "El hombre que conocí ayer me dijo que vive aquí."},
+             {"me parece que la idea que tuviste es buena", "Me parece que la idea que tuviste es buena."},
+             {"mi hermana y mi padre están en casa", "Mi hermana y mi padre están en casa."},
+             {"llegué hace dos años", "Llegué hace dos años."},
+             {"the people we were talking about are here", "The people we were talking about are here."},
+             {"the way you are doing it is wrong", "The way you are doing it is wrong."},
+             {"i think he said she was coming", "I think he said she was coming."},
+             {"everything you said is true", "Everything you said is true."},
+             {"this is a tool that would break", "This is a tool that would break."},
+         }))
+        EXPECT_EQ(written(said), text) << said;
+}
+
+TEST(RuleWriter, WritesNumbersAsPeopleDo) {
+    for (const auto [said, text] : std::to_array<Case>({
+             {"nació en mil novecientos ochenta y siete", "Nació en 1987."},
+             {"la mesa cuesta doce coma cinco euros", "La mesa cuesta 12,5 euros."},
+             {"sale a las ocho y veinte el tres de mayo", "Sale a las 8:20 el 3 de mayo."},
+             {"mi número es el seis uno dos tres cuatro cinco", "Mi número es el 612345."},
+             {"son ciento diez mil personas",
+              "Son 110\xC2\xA0"
+              "000 personas."},
+             {"it opened in nineteen thirty seven with two hundred and fifty rooms",
+              "It opened in 1937 with 250 rooms."},
+             {"the code is four oh one nine at three thirty", "The code is 4019 at 3:30."},
+             {"version two point one has one hundred and ten thousand lines",
+              "Version 2.1 has 110,000 lines."},
+             {"on the twenty second of july", "On the twenty-second of July."},
+             // Words that read better as words, and what is no one number.
+             {"llego en diez minutos", "Llego en diez minutos."},
+             {"hay uno o dos", "Hay uno o dos."},
+             {"cuesta dos euros con cincuenta", "Cuesta dos euros con cincuenta."},
+             {"a las ocho y diez personas", "A las ocho y diez personas."},
+             {"they are four dollars fifty each", "They are four dollars fifty each."},
+             {"i read nineteen eighty four", "I read nineteen eighty four."},
+         }))
+        EXPECT_EQ(written(said), text) << said;
+    EXPECT_EQ(written("escucha en el puerto veinte mil ochenta", "tecnico"), "escucha en el puerto 20080");
+}
+
+TEST(RuleWriter, GivesNamesTheirCapitals) {
+    for (const auto [said, text] : std::to_array<Case>({
+             {"pablo ruiz vive en nueva york con marta", "Pablo Ruiz vive en Nueva York con Marta."},
+             {"me llamo rosa y compré una rosa", "Me llamo Rosa y compré una rosa."},
+             {"compré una magdalena en paris", "Compré una magdalena en Paris."},
+             {"i may march on the first of may or in march", "I may march on the first of May or in March."},
+             {"mr whitfield speaks french on fridays", "Mr Whitfield speaks French on Fridays."},
+             {"nos vemos el lunes en enero por el iva", "Nos vemos el lunes en enero por el IVA."},
+         }))
+        EXPECT_EQ(written(said), text) << said;
+}
+
+TEST(RuleWriter, MakesAMessageOfWhatIsToBeSaid) {
+    EXPECT_EQ(written("dile a juan que llego a las ocho"), "Juan, llego a las ocho.");
+    EXPECT_EQ(written("tell ana the build is green"), "Ana, the build is green.");
+    EXPECT_EQ(written("tell ana that i am late", "profesional"), "Ana,\n\nI am late.");
+    for (const auto stays :
+         {"dile a Juan que venga.", "dile a Juan que está cansado.", "dile a Juan que la quiero.",
+          "tell John to call me.", "tell John she is late.", "tell me what you think."})
+        EXPECT_EQ(written(stays), text::capitalizeFirst(stays));
+}
+
+TEST(RuleWriter, WritesSignsOfCommandsAndComments) {
+    for (const auto [said, text] : std::to_array<Case>({
+             {"docker run dash dash rm dash it ubuntu bash", "docker run --rm -it ubuntu bash"},
+             {"cd slash var slash log", "cd /var/log"},
+             {"mira el directorio barra etc barra nginx", "mira el directorio /etc/nginx"},
+             {"comentario esto falla sin red", "// esto falla sin red"},
+             {"comment out this line", "comment out this line"},
+             {"el operador menos resta dos", "el operador menos resta dos"},
+             {"make sure the dash works", "make sure the dash works"},
+             {"why does it fail", "Why does it fail?"},
+         }))
+        EXPECT_EQ(written(said, "tecnico"), text) << said;
+}
+
 TEST(RuleWriter, MakesListsOfWhatIsCounted) {
     for (const auto [said, text] : std::to_array<Case>({
              {"hay que hacer varias cosas primero comprar pan segundo llamar a Ana y tercero pagar la luz",
@@ -158,6 +257,8 @@ TEST(RuleWriter, MakesListsOfWhatIsCounted) {
              {"trae uno grande dos medianos y tres chicos", "Trae uno grande dos medianos y tres chicos."},
              {"primero fui a casa y segundo me da igual", "Primero fui a casa y segundo me da igual."},
              {"one of the two or three", "One of the two or three."},
+             {"paso uno abre la tapa paso dos cambia el filtro paso tres cierra",
+              "1. Abre la tapa\n2. Cambia el filtro\n3. Cierra"},
          }))
         EXPECT_EQ(written(said), text) << said;
 }
@@ -168,6 +269,10 @@ TEST(RuleWriter, FramesAMailWithWhatWasDictatedAlone) {
     EXPECT_EQ(written("Dear Mr. Smith, thanks for the call. Best regards.", "profesional"),
               "Dear Mr. Smith,\n\nThanks for the call.\n\nBest regards.");
     EXPECT_EQ(written("te mando el informe", "profesional"), "Te mando el informe.");
+    EXPECT_EQ(
+        written("buenos días señor robles le adjunto la factura muchas gracias un saludo ana", "profesional"),
+        "Buenos días, señor Robles,\n\nLe adjunto la factura. Muchas gracias.\n\nUn saludo,\nAna");
+    EXPECT_EQ(written("Hola, equipo. Os paso el acta.", "profesional"), "Hola, equipo,\n\nOs paso el acta.");
     EXPECT_EQ(written("dale un saludo a Juan", "profesional"), "Dale un saludo a Juan.");
     EXPECT_EQ(written("Hola Ana, te mando el informe. Un saludo, Juan", "cercano"),
               "Hola Ana, te mando el informe. Un saludo, Juan.");
@@ -217,14 +322,20 @@ class Babble {
     }
 
     static constexpr auto vocabulary = std::to_array<std::string_view>({
-        "el",      "martes",  "miércoles",  "no",    "perdón",  "digo",   "mejor",   "dicho",  "eh",
-        "este",    "bueno",   "coma",       "punto", "y",       "aparte", "nueva",   "línea",  "primero",
-        "segundo", "tercero", "uno",        "dos",   "tres",    "qué",    "hora",    "es",     "informe",
-        "Ana",     "Pedro",   "llama",      "a",     "las",     "the",    "Tuesday", "Monday", "sorry",
-        "i",       "mean",    "scratch",    "that",  "send",    "it",     "comma",   "period", "question",
-        "mark",    "first",   "second",     "third", "finally", "hola",   "gracias", "saludo", "un",
-        "abre",    "cierra",  "paréntesis", "guion", "bullet",  "point",  "15",      "euros",  "presupuesto",
-        "vale",    "reunión", "mañana",     "tarde", "in",      "new",    "borra",   "eso",    "manda",
+        "el",         "martes",  "miércoles", "no",      "perdón",   "digo",    "mejor",       "dicho",
+        "eh",         "este",    "bueno",     "coma",    "punto",    "y",       "aparte",      "nueva",
+        "línea",      "primero", "segundo",   "tercero", "uno",      "dos",     "tres",        "qué",
+        "hora",       "es",      "informe",   "Ana",     "Pedro",    "llama",   "a",           "las",
+        "the",        "Tuesday", "Monday",    "sorry",   "i",        "mean",    "scratch",     "that",
+        "send",       "it",      "comma",     "period",  "question", "mark",    "first",       "second",
+        "third",      "finally", "hola",      "gracias", "saludo",   "un",      "abre",        "cierra",
+        "paréntesis", "guion",   "bullet",    "point",   "15",       "euros",   "presupuesto", "vale",
+        "reunión",    "mañana",  "tarde",     "in",      "new",      "borra",   "eso",         "manda",
+        "mil",        "ochenta", "por",       "ciento",  "twenty",   "hundred", "and",         "thousand",
+        "oh",         "dile",    "que",       "tell",    "tengo",    "me",      "puedes",      "está",
+        "si",         "if",      "they",      "are",     "can",      "you",     "please",      "dash",
+        "slash",      "barra",   "git",       "comment", "todo",     "marta",   "ruiz",        "buenos",
+        "días",       "señor",   "cuándo",    "iva",
     });
     static constexpr auto marks =
         std::to_array<std::string_view>({"", "", "", "", "", "", ",", ",", ".", "?", "…", " -", ":"});
@@ -252,7 +363,9 @@ TEST(RuleWriter, PutsNoWordInThatWasNotSaid) {
 TEST(RuleWriter, TakesTimeInProportion) {
     Babble babble(11);
     std::vector<std::string> dictations{babble.next(10'000)};
-    for (const auto piece : {"no, ", "((", "uno ", "coma ", "martes, no, ", "qué, "}) {
+    for (const auto piece :
+         {"no, ", "((", "uno ", "coma ", "martes, no, ", "qué, ", "gracias ", "dime cuándo ", "mil y ",
+          "Ana ", "con eh ", "barra x ", "if i ", "hola ", "the is "}) {
         std::string text;
         while (text.size() < 50'000) text += piece;
         dictations.push_back(std::move(text));

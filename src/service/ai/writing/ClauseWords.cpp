@@ -20,7 +20,7 @@ const WordSet& spanishOwnVerbs() {
         "estuvimos", "estábamos", "estáis", "estás", "fui", "fuimos", "habéis", "hacemos", "hago", "has", "he", "hemos",
         "hice", "hicimos", "iré", "llego", "llevamos", "llevo", "mando", "necesitamos", "necesitas", "necesito",
         "podemos", "podréis", "podrías", "podéis", "ponemos", "pongo", "prefiero", "proponemos", "propongo", "pude",
-        "pudimos", "puedes", "puedo", "quedo", "queremos", "quieres", "quiero", "quise", "queréis", "sabemos", "sabes",
+        "pudimos", "puedes", "puedo", "quedo", "queremos", "quieres", "quiero", "quería", "queríamos", "quise", "queréis", "sabemos", "sabes",
         "salgo", "seguimos", "siento", "sigo", "sois", "solicito", "somos", "soy", "supongo", "sé", "tendremos",
         "tendré", "tenemos", "tengo", "tenéis", "tienes", "trabajamos", "tuve", "tuvimos", "vais", "vamos", "vas",
         "vemos", "vengo", "veo", "vienes", "vine", "vivimos", "vivo", "voy",
@@ -50,7 +50,7 @@ const WordSet& spanishDependentVerbs() {
 const WordSet& spanishAskingVerbs() {
     static const WordSet set({"sabe", "sabr", "sabi", "se", "dime", "dino", "deci", "dice", "dijo", "diga", "digo",
                               "preg", "ente", "enti", "imag", "recu", "expl", "cuen", "aver", "conf", "avis", "duda", "depe",
-                              "ver", "mira", "vere", "pens", "olvi", "ense", "acla", "most", "mues", "info"});
+                              "ver", "mira", "vere", "pens", "olvi", "ense", "acla", "indi", "veri", "elig", "sele", "dete", "most", "mues", "info"});
     return set;
 }
 

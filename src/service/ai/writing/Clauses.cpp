@@ -14,9 +14,10 @@ namespace dorix::service {
 
 namespace {
 
-constexpr std::size_t leastWords = 2;      // of a dictation that is looked at
-constexpr std::size_t farthestJoined = 5;  // words from "y" to the verb that it joins
-constexpr std::size_t mostNameWords = 3;   // behind a farewell
+constexpr std::size_t leastWords = 2;       // of a dictation that is looked at
+constexpr std::size_t longestFronted = 12;  // words of a clause that comes first
+constexpr std::size_t farthestJoined = 5;   // words from "y" to the verb that it joins
+constexpr std::size_t mostNameWords = 3;    // behind a farewell
 
 /// Walks a dictation of one language from sentence to sentence.
 class Walk {
@@ -87,7 +88,7 @@ class Walk {
             return 0;
         }
         if (const auto words = at > begin_ + 1 ? grammar_.startAt(at) : 0) {
-            mark(at, isFronted_ ? "," : ".");
+            mark(at, isFronted_ || tokens_[begin_].key == "to" ? "," : ".");
             begin(at);
             free_ = 0;
             return words;
@@ -134,8 +135,10 @@ class Walk {
     /// Puts a comma between a clause that comes first and the one that it belongs to.
     void separate(const Verb& verb) {
         isFronted_ = false;
-        const auto start = grammar_.clauseStart(verb, begin_);
-        if (start && *start > begin_ + 1 && !grammar_.isLink(*start - 1, begin_)) mark(*start, ",");
+        auto start = grammar_.clauseStart(verb, begin_);
+        if (!start || *start <= begin_ + 1 || *start > begin_ + longestFronted) return;
+        if (tokens_[*start - 1].key == "entonces" || tokens_[*start - 1].key == "then") --*start;
+        if (!grammar_.isLink(*start - 1, begin_)) mark(*start, ",");
     }
 
     /// Whether "y" joins the verb, and not two words of one kind that stand before it.
@@ -176,11 +179,17 @@ bool isUnmarked(const Tokens& tokens) {
 }
 
 /// The greeting gets its comma; where what follows begins.
-std::size_t endGreeting(Tokens& tokens) {
+std::size_t endGreeting(Tokens& tokens, const Grammar& grammar) {
+    static const Phrases talk(words::smallTalk());
     static const Phrases greetings(words::greetings());
     const auto words = greetings.wordsAt(tokens, 0);
     const auto end = words == 0 ? 0 : words + addresseeAt(tokens, words);
-    if (end <= words || end >= tokens.size()) return 0;
+    if (words == 0 || end >= tokens.size()) return 0;
+    if (end == words) {  // nobody is named, or somebody by a word that may be anything
+        if (!grammar.verbAt(end) && talk.wordsAt(tokens, end) == 0) return 0;
+        tokens[end - 1].closing = ",";
+        return end;
+    }
     // "Buenos días, Ana": a vocative has a comma; behind "hola" and "hi" most people leave it out.
     if (words > 1 && tokens[0].key.starts_with("buen")) tokens[words - 1].closing = ",";
     tokens[end - 1].closing = words > 1 ? "." : ",";
@@ -211,9 +220,9 @@ std::size_t endBeforeFarewell(Tokens& tokens, std::size_t from) {
         const auto words = farewells.wordsAt(tokens, at);
         if (words == 0 || partOfIt.contains(tokens[at - 1].key)) continue;
         const auto name = at + words;
-        const bool isName =
-            std::all_of(tokens.begin() + static_cast<std::ptrdiff_t>(name), tokens.end(), isCapital);
-        if (tokens.size() - name > mostNameWords || !isName) continue;
+        if (tokens.size() - name > mostNameWords) continue;
+        if (!std::all_of(tokens.begin() + static_cast<std::ptrdiff_t>(name), tokens.end(), isCapital))
+            continue;
         tokens[at - 1].closing = at > 1 ? "." : ",";
         if (name < tokens.size()) tokens[name - 1].closing = ",";
         return endBeforeThanks(tokens, from, at);
@@ -225,9 +234,9 @@ std::size_t endBeforeFarewell(Tokens& tokens, std::size_t from) {
 
 void breakSentences(Tokens& tokens, Spoken spoken) {
     if (spoken.spanish == spoken.english || !isUnmarked(tokens)) return;
-    const auto body = endGreeting(tokens);
-    const auto end = endBeforeFarewell(tokens, body);
     const auto grammar = spoken.spanish ? spanishGrammar(tokens) : englishGrammar(tokens);
+    const auto body = endGreeting(tokens, *grammar);
+    const auto end = endBeforeFarewell(tokens, body);
     Walk(tokens, *grammar).run(body, end);
 }
 

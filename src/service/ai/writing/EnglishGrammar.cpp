@@ -26,6 +26,7 @@ class English final : public Grammar {
 
     bool mayBegin(const Verb& verb) const override {
         if (verb.asks) return !words::englishAuxiliaries().contains(key(verb.begin - 1));
+        if (key(verb.begin) == "that's") return false;  // "the file that's broken"
         return !isClauseHead(verb.begin - 1) && (verb.isThird || !maySpecify(verb));
     }
 
@@ -82,7 +83,7 @@ class English final : public Grammar {
     bool isSubject(std::size_t at) const {
         if (!isWithin(at)) return false;
         if (words::subjects().contains(key(at))) return true;
-        static const WordSet others({"it", "you", "this", "that", "these", "there", "mine", "ours", "yours"});
+        static const WordSet others({"it", "you", "this", "these", "there", "mine", "ours", "yours"});
         return others.contains(key(at)) && words::englishAuxiliaries().contains(key(at + 1));
     }
 

@@ -2,6 +2,7 @@
 
 #include "base/text/Text.h"
 #include "service/ai/Language.h"
+#include "service/ai/writing/ClauseWords.h"
 #include "service/ai/writing/PhraseTable.h"
 #include "service/ai/writing/WritingWords.h"
 
@@ -126,19 +127,26 @@ class Fillers {
         return words > 0 && at == words + 1;
     }
 
-    /// "… lo vean ellos vale" asks for agreement, where nothing tells that something is worth as much.
+    /// "Nos vemos luego vale" asks for agreement. Where something may be worth it ("la entrada del lunes
+    /// vale") it stays.
     bool isLastVale(std::size_t at) const {
-        static const WordSet worth({"que", "no", "lo", "nada", "mas", "menos", "mucho", "poco", "tanto", "si",
-                                    "euros", "como", "ya", "solo", "tambien", "me", "se", "y", "o"});
+        static const WordSet before({"luego", "pronto", "tarde", "ellos", "ellas", "vosotros", "todos",
+                                     "casa", "ahora", "manana", "hoy", "aqui", "alli", "noche"});
         if (tokens_[at].key != "vale" || at + 1 != tokens_.size() || at < leastWordsBeforeVale) return false;
         if (tokens_[at].closing.find('?') != std::string::npos || tokens_[at - 1].endsClause()) return false;
-        if (worth.contains(tokens_[at - 1].key) || words::determiners().contains(tokens_[at - 2].key))
+        if (!before.contains(tokens_[at - 1].key) && !words::weekdays().contains(tokens_[at - 1].key))
             return false;
+        bool hasVerb = false;
         for (std::size_t word = 0; word < at; ++word) {
-            if (tokens_[word].key == "cuanto" || isPhraseAt(tokens_, word, "lo que")) return false;
+            const auto& key = tokens_[word].key;
+            if (key == "cuanto" || key == "lo" || key == "si" || (key == "que" && !isBehindPara(word)))
+                return false;
+            hasVerb |= words::spanishClitics().contains(key) || words::spanishOwnVerbs().contains(key);
         }
-        return true;
+        return hasVerb;
     }
+
+    bool isBehindPara(std::size_t at) const { return at > 0 && tokens_[at - 1].key == "para"; }
 
     /// Two opening fillers, which need no pause.
     std::size_t pair(std::size_t at, bool opens) const {

@@ -137,6 +137,12 @@ const WordSet& titles() {
     return set;
 }
 
+const WordSet& offices() {
+    static const WordSet set({"director", "directora", "presidente", "presidenta", "alcalde", "alcaldesa", "juez", "jueza",
+                              "cliente", "clienta", "profesor", "profesora", "vecino", "vecina"});
+    return set;
+}
+
 const WordSet& addressees() {
     static const WordSet set({"equipo", "todos", "todas", "chicos", "chicas", "companeros", "companeras", "familia",
                               "clientes", "amigos", "amigas", "colegas", "team", "all", "everyone", "everybody", "folks",

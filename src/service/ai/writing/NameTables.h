@@ -27,6 +27,8 @@ const WordSet& abbreviations();
 
 /// What stands before a family name: "señor", "Mrs".
 const WordSet& titles();
+/// What stands behind one and is no name: "señor director".
+const WordSet& offices();
 /// Who is greeted and has no name: "equipo", "everyone".
 const WordSet& addressees();
 

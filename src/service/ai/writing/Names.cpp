@@ -8,6 +8,8 @@
 #include "service/ai/writing/WritingWords.h"
 
 #include <algorithm>
+#include <array>
+#include <string_view>
 
 namespace dorix::service {
 
@@ -84,7 +86,22 @@ void capitaliseGreeted(Tokens& tokens) {
     const auto at = greetings.wordsAt(tokens, 0);
     if (at == 0 || at + 1 >= tokens.size() || !isTitle(tokens, at) || tokens[at].closing.find(',') == 0)
         return;
-    if (!words::leadWords().contains(tokens[at + 1].key)) capitalise(tokens[at + 1]);
+    const auto& key = tokens[at + 1].key;
+    if (!words::leadWords().contains(key) && !names::offices().contains(key)) capitalise(tokens[at + 1]);
+}
+
+/// "Me llamo Rosa": a name, whatever else the word means.
+void capitaliseOwnName(Tokens& tokens) {
+    static constexpr auto rows = std::to_array<std::string_view>({"me llamo", "mi nombre es", "my name is"});
+    static const Phrases openings(rows);
+    for (std::size_t at = 0; at + 2 < tokens.size(); ++at) {
+        const auto name = at + openings.wordsAt(tokens, at);
+        if (name == at || name >= tokens.size() || tokens[name - 1].endsClause()) continue;
+        if (words::determiners().contains(tokens[name].key) || words::leadWords().contains(tokens[name].key))
+            continue;
+        capitalise(tokens[name]);
+        capitaliseFamily(tokens, name + 1);
+    }
 }
 
 /// Before a name: "Mr. Whitfield" keeps its capital wherever it stands.
@@ -116,12 +133,15 @@ void capitaliseNames(Tokens& tokens, Spoken spoken) {
         }
     }
     capitaliseGreeted(tokens);
+    capitaliseOwnName(tokens);
 }
 
 std::size_t addresseeAt(const Tokens& tokens, std::size_t at) {
     if (at >= tokens.size()) return 0;
     if (names::addressees().contains(tokens[at].key)) return 1;
+    if (isPhraseAt(tokens, at, "a todos") || isPhraseAt(tokens, at, "a todas")) return 2;
     auto end = at + (isTitle(tokens, at) ? 1 : 0);
+    if (end > at && names::offices().contains(keyAt(tokens, end))) return 2;
     const auto limit = std::min(tokens.size(), at + mostNameWords);
     while (end < limit && isCapital(tokens[end]) && !words::subjects().contains(tokens[end].key)) {
         ++end;

@@ -69,12 +69,11 @@ class Spanish final : public Grammar {
 
     /// Where no verb of knowing or asking came before it: "… cuándo te viene bien", but "dime cuándo".
     bool asksAnew(std::size_t at, std::size_t begin) const override {
-        static const WordSet asking(
-            {"cuándo", "cuánto", "cuántos", "cuántas", "cuál", "cómo", "dónde", "quién"});
+        static const WordSet asking({"cuándo", "cuánto", "cuántos", "cuántas", "dónde", "quién"});
         if (at < begin + leastWordsBefore || !asking.contains(token(at).text) || isConjunction(at - 1) ||
             words::leadWords().contains(key(at - 1)))
             return false;
-        for (auto word = begin; word < at; ++word) {
+        for (auto word = std::max(begin, at - std::min(at, farthestAsking)); word < at; ++word) {
             if (words::spanishAskingVerbs().contains(key(word).substr(0, stem))) return false;
         }
         return true;
@@ -93,6 +92,7 @@ class Spanish final : public Grammar {
 
  private:
     static constexpr std::size_t leastWordsBefore = 3;  // of the sentence that a question ends
+    static constexpr std::size_t farthestAsking = 30;   // words back to a verb that asks
     static constexpr std::size_t stem = 4;              // bytes that tell a verb
 
     enum class Person : std::uint8_t { own, third };

@@ -228,7 +228,7 @@ std::span<const std::string_view> englishQuestions() {
 
 std::span<const std::string_view> greetings() {
     static constexpr auto rows = std::to_array<std::string_view>({
-        "hola", "muy buenas", "buenos dias", "buenas tardes", "buenas noches", "buenas", "estimado", "estimada",
+        "hola", "hola buenas", "hola buenos dias", "hola buenas tardes", "hola muy buenas", "muy buenas", "buenos dias", "buenas tardes", "buenas noches", "buenas", "estimado", "estimada",
         "estimados", "estimadas", "querido", "querida", "queridos", "queridas", "hello", "hi", "hey", "dear",
         "good morning", "good afternoon", "good evening", "morning", "afternoon", "evening",
     });
