@@ -23,6 +23,7 @@ constexpr std::size_t titleWords = 6;
 constexpr double leastFaithfulness = 0.3;
 
 Tokens rewritten(Tokens tokens, const WriteRequest& request, Spoken spoken) {
+    const bool beginsWithCapital = !tokens.empty() && isCapital(tokens.front());
     const auto manner = request.tone == "tecnico" ? Register::technical : Register::prose;
     tokens = withoutHesitations(std::move(tokens), spoken);
     if (manner == Register::prose) capitaliseNames(tokens, spoken);
@@ -37,6 +38,7 @@ Tokens rewritten(Tokens tokens, const WriteRequest& request, Spoken spoken) {
     }
     if (isLetter) frameLetter(tokens);
     punctuate(tokens, manner, spoken);
+    if (beginsWithCapital) capitaliseStart(tokens);  // which a filler had, also where case is kept
     return tokens;
 }
 

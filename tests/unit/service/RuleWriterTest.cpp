@@ -236,6 +236,8 @@ TEST(RuleWriter, WritesSignsOfCommandsAndComments) {
              {"el operador menos resta dos", "el operador menos resta dos"},
              {"make sure the dash works", "make sure the dash works"},
              {"why does it fail", "Why does it fail?"},
+             {"Eh, añade un test", "Añade un test"},
+             {"Um, created_at is missing", "created_at is missing"},
          }))
         EXPECT_EQ(written(said, "tecnico"), text) << said;
 }

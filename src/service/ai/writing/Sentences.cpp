@@ -138,6 +138,10 @@ void endText(Tokens& tokens, std::size_t leastWords) {
 
 }  // namespace
 
+void capitaliseStart(Tokens& tokens) {
+    if (!tokens.empty()) capitalise(tokens.front());
+}
+
 void punctuate(Tokens& tokens, Register manner, Spoken spoken) {
     if (tokens.empty()) return;
     const bool isProse = manner == Register::prose;

@@ -15,4 +15,7 @@ enum class Register : std::uint8_t {
 /// Puts capitals, question marks and a full stop at the end where they belong. Words stay.
 void punctuate(Tokens& tokens, Register manner, Spoken spoken);
 
+/// Gives the first word a capital, unless it is code.
+void capitaliseStart(Tokens& tokens);
+
 }  // namespace dorix::service
