@@ -59,10 +59,10 @@ class Floor(unittest.TestCase):
                           for part, count in zip(quality.PARTS, (60, 40))})
         texts = quality.by_service(BUILD / "src/service/dorix-service", items)
         result = quality.score_of(items, texts)
-        self.assertLessEqual(result.word_errors, 0.08)
-        self.assertLessEqual(result.fillers_left, 0.35)
-        self.assertGreaterEqual(result.marks.f1, 0.65)
-        self.assertGreaterEqual(result.capitals.f1, 0.78)
+        self.assertLessEqual(result.word_errors, 0.025)
+        self.assertLessEqual(result.fillers_left, 0.04)
+        self.assertGreaterEqual(result.marks.f1, 0.90)
+        self.assertGreaterEqual(result.capitals.f1, 0.95)
         self.assertEqual(result.invented, 0)
 
 
