@@ -1,5 +1,7 @@
 #include "linux/process/ChildCompanionService.h"
 
+#include "linux/process/Listeners.h"
+
 #include <fcntl.h>
 #include <sys/random.h>
 #include <sys/wait.h>
@@ -7,12 +9,9 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
-#include <fstream>
 #include <set>
 #include <system_error>
 #include <utility>
-#include <vector>
 
 namespace dorix {
 
@@ -52,35 +51,6 @@ std::optional<Pipe> pipeWith(const std::string& line) {
     if (!pipe || ::write(pipe->writing.get(), text.data(), text.size()) != static_cast<ssize_t>(text.size()))
         return std::nullopt;
     return pipe;
-}
-
-/// A socket that waits for connections.
-struct Listener {
-    unsigned port = 0;
-    uid_t owner = 0;
-    unsigned long number = 0;  // the socket's own
-};
-
-/// All of this computer. What listens over IPv6 may be reached over IPv4 as well.
-std::vector<Listener> listeners() {
-    constexpr unsigned listening = 0x0A;
-    std::vector<Listener> found;
-    for (const auto* name : {"/proc/net/tcp", "/proc/net/tcp6"}) {
-        // "  0: 0100007F:2253 00000000:0000 0A 00000000:00000000 00:00000000 00000000  1000        0 4026
-        // ..."
-        std::ifstream table(name);
-        std::string line;
-        std::getline(table, line);
-        while (std::getline(table, line)) {
-            Listener one;
-            unsigned state = 0;
-            const int read =
-                std::sscanf(line.c_str(), " %*d: %*x:%x %*x:%*x %x %*x:%*x %*x:%*x %*x %u %*d %lu", &one.port,
-                            &state, &one.owner, &one.number);
-            if (read == 4 && state == listening) found.push_back(one);
-        }
-    }
-    return found;
 }
 
 /// The names under which a process has its files open.
@@ -149,8 +119,7 @@ bool ChildCompanionService::listensOn(int port) const {
     if (!child_) return false;
     const auto files = openFilesOf(*child_);
     return std::ranges::any_of(listeners(), [&](const Listener& listener) {
-        return static_cast<int>(listener.port) == port &&
-               files.contains("socket:[" + std::to_string(listener.number) + "]");
+        return listener.port == port && files.contains("socket:[" + std::to_string(listener.number) + "]");
     });
 }
 
@@ -158,7 +127,7 @@ bool ChildCompanionService::isTrusted(int port) const {
     constexpr uid_t firstUser = 1000;
     bool isThere = false;
     for (const auto& listener : listeners()) {
-        if (static_cast<int>(listener.port) != port) continue;
+        if (listener.port != port) continue;
         if (listener.owner != ::getuid() && listener.owner >= firstUser) return false;
         isThere = true;
     }
