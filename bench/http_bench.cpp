@@ -195,7 +195,7 @@ struct Bench {
     }
 
     Task<void> measurePosts() {
-        co_await keychain.save(DorixAPI::tokenAccount, "token");
+        co_await keychain.save(SessionToken::account, "token");
         const HttpRequest request{.method = HttpRequest::Method::post,
                                   .url = server.url() + "/post",
                                   .headers = {{"content-type", "application/json"}},
