@@ -62,6 +62,7 @@ TOOLKIT_ROOMS = {ADAPTERS, "views", MAINS}
 LIBRARIES = {
     "base": r"nlohmann/json\.hpp|openssl/evp\.h|unicode/.*\.h",
     "sqlite": r"sqlite3\.h",
+    "memory": r"hwy/.*\.h",
     "panel": r"md4c\.h",
     "recogniser": r"(dlfcn|fcntl|poll|unistd|sys/.*)\.h",
     "recogniser/program": r"(sys/.*|unistd)\.h",

@@ -68,6 +68,10 @@ bool isSpaceOrLineEnd(UChar32 c) {
     return isBlank(c) || (c >= 0x0A && c <= 0x0D) || c == 0x85 || c == 0x2028 || c == 0x2029;
 }
 
+bool isAlphanumeric(UChar32 c) {
+    return (U_MASK(u_charType(c)) & (U_GC_L_MASK | U_GC_M_MASK | U_GC_N_MASK)) != 0;
+}
+
 bool isLetter(UChar32 c) { return (U_MASK(u_charType(c)) & (U_GC_L_MASK | U_GC_M_MASK)) != 0; }
 
 /// Splits into the runs of code points that satisfy `belongs`; text that is not UTF-8 does not.
@@ -229,6 +233,8 @@ std::vector<std::string_view> split(std::string_view text, char separator) {
 }
 
 std::vector<std::string_view> letterRuns(std::string_view text) { return runsOf(text, isLetter); }
+
+std::vector<std::string_view> alphanumericRuns(std::string_view text) { return runsOf(text, isAlphanumeric); }
 
 std::string join(const std::vector<std::string_view>& pieces, std::string_view separator) {
     std::string out;

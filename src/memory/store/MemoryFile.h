@@ -1,0 +1,73 @@
+#pragma once
+
+#include "memory/store/MemoryRecords.h"
+#include "memory/store/VectorIndex.h"
+#include "sqlite/Sqlite.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace dorix {
+
+/// The file of the user's memory: documents in chunks, found by words and by meaning, and what the user worked
+/// with. One thread. Silent: what goes wrong with the file is never told, and what it would have given is not
+/// there. Every call blocks on the disk.
+class MemoryFile {
+ public:
+    /// Opens the file, making it, and its folder, when they are missing.
+    explicit MemoryFile(const std::filesystem::path& file);
+
+    /// When the document had been changed last, when it was put in; none for one that is not there.
+    std::optional<double> docModified(const std::string& path) const;
+    std::vector<std::string> docPaths(const std::string& kind) const;
+
+    /// In the place of the document with that path: all of it, or after a crash what there was before.
+    void upsert(const MemoryDocument& document, double now);
+    void removeDoc(const std::string& path);
+    MemoryCounts counts() const;
+    void clearAll();
+
+    /// The chunks that fit best, best first: those that have words of the query and those whose vectors are
+    /// nearest to its own, by reciprocal rank fusion (Cormack, Clarke and Büttcher, SIGIR 2009, with k = 60).
+    /// The first with a vector loads all vectors, unless loadVectors has.
+    std::vector<MemoryHit> search(const std::string& query, const std::optional<std::vector<float>>& vector,
+                                  std::size_t limit);
+
+    /// Loads vectors for a moment, of at most so many chunks; whether there are more. A search then need not.
+    bool loadVectors(std::size_t chunks);
+
+    void recordActivity(const ActivityRow& row, const std::optional<std::string>& bundle);
+    /// In the order of time.
+    std::vector<ActivityRow> activitySince(double time) const;
+    void pruneActivity(double before);
+    void clearActivity();
+
+ private:
+    using Scores = std::unordered_map<std::int64_t, double>;
+
+    void run(const char* sql) const;
+    void remove(const std::string& path);
+    void insert(const MemoryDocument& document, double now);
+    void insertChunk(std::int64_t document, int position, const MemoryChunk& chunk);
+    void addWordsLeg(const std::string& query, Scores& scores) const;
+    void addVectorLeg(const std::vector<float>& query, Scores& scores);
+    std::optional<float> product(sqlite3_stmt* vectorOf, std::int64_t chunk,
+                                 const std::vector<float>& query) const;
+    std::optional<MemoryHit> hit(std::int64_t chunk) const;
+    void keepVector(std::int64_t chunk, const std::vector<float>& vector);
+    void forgetVectors();
+
+    const sqlite::Connection db_;
+    // What is loaded of the vectors: those of the chunks up to the last one that was read.
+    std::unordered_map<std::size_t, std::unique_ptr<VectorIndex>> vectors_;  // by dimension
+    std::int64_t loadedUpTo_ = 0;
+    bool areLoaded_ = false;
+};
+
+}  // namespace dorix
