@@ -19,6 +19,7 @@
 #include "views/Views.h"
 #include "watchdog/WatchdogTask.h"
 
+#include <sys/resource.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
@@ -158,9 +159,16 @@ Ending run(int argc, char** argv) {
     return {status, ending.relaunches() ? platform.processes.bundlePath() : ""};
 }
 
+/// What was said or copied must not come to lie in a file because the program died.
+void leaveNoDump() {
+    const rlimit none{};
+    ::setrlimit(RLIMIT_CORE, &none);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+    leaveNoDump();
     const std::vector<std::string_view> arguments(argv, argv + argc);
     if (isWatchdog(arguments)) return runWatchdog(arguments);
     if (const auto status = answerCommandLine(arguments)) return *status;

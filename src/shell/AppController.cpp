@@ -72,7 +72,9 @@ AppController::AppController(const Platform& platform)
     account_.onNeedsAttention = [this](const APIError& error) {
         if (!ownService_.mends(error)) accountNotice_.tell(error);
     };
-    modelInstaller_.onLetGo = [this](const std::string&) { recognition_.letGo(); };
+    modelInstaller_.onLetGo = [this](const std::string& id) {
+        recognition_.letGo(speechModels_.folder() / id);
+    };
     speechModels_.isUsable = withEngineIn(engines_);
     recognition_.onServerFailed([this](const std::string& why) {
         speechServer_.failed(why);
@@ -173,12 +175,12 @@ void AppController::showStatusItem() {
 }
 
 Task<void> AppController::prepareSpeech() {
-    co_await speechServer_.readKey();
     if (const auto server = speechServer_.notice()) {
         const auto notice = formatText(tr("Lo que dictes se enviará a %@ para transcribirlo."), {*server});
         dictation_.flash(HUDPhase::info(notice), 6.0);
         speechServer_.noticeShown();
     }
+    co_await speechServer_.readKey();
     try {
         co_await speech_.prepare(settings_.language.get());
     } catch (const Error& error) {

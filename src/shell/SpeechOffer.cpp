@@ -114,7 +114,6 @@ Task<void> SpeechOffer::install(ModelOffer offer) {
     bool isCancelled = false;
     const auto folder = models_.folder() / offer.id;
     try {
-        if (models_.isSetAside(folder)) co_await installer_.remove(offer.id);
         co_await installer_.install(offer.id, ModelInstaller::Licence::accepted,
                                     [this](double fraction) { progress_.set(fraction); });
     } catch (const Cancelled&) {

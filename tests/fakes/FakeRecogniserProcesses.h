@@ -33,6 +33,11 @@ class FakeRecogniserProcesses final : public HelperProcesses {
         return std::make_unique<Process>(*this, std::move(listener));
     }
 
+    /// Those that run are killed.
+    void dieAll() {
+        for (auto* process : std::vector(alive_)) process->die();
+    }
+
     bool isThere = true;
     std::optional<std::string> refusal;
     /// A process fails once it has worked on so many samples; 0: instead of loading.
@@ -46,11 +51,20 @@ class FakeRecogniserProcesses final : public HelperProcesses {
      public:
         Process(FakeRecogniserProcesses& all, Listener listener) : all_(all), listener_(std::move(listener)) {
             ++all_.running;
+            all_.alive_.push_back(this);
             if (all_.faults.empty()) return;
             fault_ = all_.faults.front();
             all_.faults.erase(all_.faults.begin());
         }
-        ~Process() override { --all_.running; }
+        ~Process() override {
+            --all_.running;
+            std::erase(all_.alive_, this);
+        }
+
+        void die() {
+            fault_ = {0, Fault::dies};
+            fail();
+        }
 
         void send(std::string bytes) override {
             reader_.take(bytes);
@@ -126,6 +140,7 @@ class FakeRecogniserProcesses final : public HelperProcesses {
     };
 
     Executor& main_;
+    std::vector<Process*> alive_;
 };
 
 }  // namespace dorix

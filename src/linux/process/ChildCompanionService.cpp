@@ -32,17 +32,6 @@ std::optional<std::string> makeSecret() {
     return secret;
 }
 
-struct Pipe {
-    FileDescriptor reading;
-    FileDescriptor writing;
-};
-
-std::optional<Pipe> makePipe() {
-    std::array<int, 2> ends{};
-    if (::pipe2(ends.data(), O_CLOEXEC) != 0) return std::nullopt;
-    return Pipe{FileDescriptor(ends[0]), FileDescriptor(ends[1])};
-}
-
 /// A pipe that holds a line.
 std::optional<Pipe> pipeWith(const std::string& line) {
     auto pipe = makePipe();

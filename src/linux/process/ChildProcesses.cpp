@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <csignal>
 #include <memory>
 #include <string_view>
@@ -68,6 +69,12 @@ class Files {
 };
 
 }  // namespace
+
+std::optional<Pipe> makePipe() {
+    std::array<int, 2> ends{};
+    if (::pipe2(ends.data(), O_CLOEXEC) != 0) return std::nullopt;
+    return Pipe{FileDescriptor(ends[0]), FileDescriptor(ends[1])};
+}
 
 std::optional<pid_t> spawn(const std::vector<std::string>& command, SpawnAs as, SpawnFiles files) {
     if (command.empty() || command.front().empty()) return std::nullopt;

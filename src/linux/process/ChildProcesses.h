@@ -24,6 +24,14 @@ enum class SpawnAs {
     detached,
 };
 
+struct Pipe {
+    FileDescriptor reading;
+    FileDescriptor writing;
+};
+
+/// Whose ends no other program gets; none where the system has no more.
+std::optional<Pipe> makePipe();
+
 /// What a started program has open beside the null device; -1 for nothing.
 struct SpawnFiles {
     int inherited = -1;  // as inheritedDescriptor

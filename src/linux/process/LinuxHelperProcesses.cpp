@@ -1,5 +1,7 @@
 #include "linux/process/LinuxHelperProcesses.h"
 
+#include "linux/process/ChildLog.h"
+
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -33,19 +35,21 @@ std::string describe(const siginfo_t& end) {
 
 class LinuxHelperProcess final : public HelperProcess {
  public:
-    LinuxHelperProcess(FdWatcher& watcher, ReapedChildren& orphans, pid_t child, FileDescriptor process,
-                       FileDescriptor socket, HelperProcesses::Listener listener)
+    LinuxHelperProcess(FdWatcher& watcher, ReapedChildren& orphans, pid_t child, FileDescriptor socket,
+                       FileDescriptor errors, HelperProcesses::Listener listener)
         : watcher_(watcher),
           orphans_(orphans),
           child_(child),
           listener_(std::move(listener)),
-          process_(std::move(process)),
+          process_(openProcess(child)),
           socket_(std::move(socket)),
+          log_(watcher, std::move(errors), "helper"),
           readable_(watcher.watchReadable(socket_.get(), [this] { receive(); })) {}
 
     ~LinuxHelperProcess() override {
         ::syscall(SYS_pidfd_send_signal, process_.get(), SIGKILL, nullptr, 0);
         orphans_.add(child_);
+        log_.finish();
     }
 
     void send(std::string bytes) override {
@@ -73,6 +77,7 @@ class LinuxHelperProcess final : public HelperProcess {
         const bool isKnown =
             ::waitid(P_PIDFD, static_cast<id_t>(process_.get()), &end, WEXITED | WNOWAIT | WNOHANG) == 0 &&
             end.si_pid != 0;
+        log_.finish();
         const auto onEnd = listener_.onEnd;
         onEnd(isKnown ? describe(end) : "ha terminado");
     }
@@ -99,6 +104,7 @@ class LinuxHelperProcess final : public HelperProcess {
     const HelperProcesses::Listener listener_;
     const FileDescriptor process_;
     const FileDescriptor socket_;
+    ChildLog log_;
     std::string waiting_;
     Subscription readable_;  // these go before the descriptors
     std::optional<Subscription> writable_;
@@ -113,12 +119,13 @@ bool LinuxHelperProcesses::isInstalled(const std::string& name) const {
 std::unique_ptr<HelperProcess> LinuxHelperProcesses::launch(const std::string& name, Listener listener) {
     const auto program = programBeside(executable_, name);
     auto sockets = program.empty() ? std::nullopt : makeSocketPair();
-    const auto child = sockets
-                           ? spawn({program.string()}, SpawnAs::helper, {.inherited = sockets->theirs.get()})
-                           : std::nullopt;
+    auto errors = makePipe();
+    if (!sockets || !errors) return nullptr;
+    const auto child = spawn({program.string()}, SpawnAs::helper,
+                             {.inherited = sockets->theirs.get(), .errors = errors->writing.get()});
     if (!child) return nullptr;
-    return std::make_unique<LinuxHelperProcess>(watcher_, orphans_, *child, openProcess(*child),
-                                                std::move(sockets->ours), std::move(listener));
+    return std::make_unique<LinuxHelperProcess>(watcher_, orphans_, *child, std::move(sockets->ours),
+                                                std::move(errors->reading), std::move(listener));
 }
 
 }  // namespace dorix

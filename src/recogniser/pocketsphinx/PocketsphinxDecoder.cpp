@@ -160,7 +160,11 @@ void PocketsphinxDecoder::endUtterance() {
 void PocketsphinxDecoder::abandonUtterance() noexcept {
     if (!isUtteranceOpen_) return;
     isUtteranceOpen_ = false;
-    ps_end_utt(decoder_.get());
+    try {
+        ps_end_utt(decoder_.get());
+    } catch (const MessageError&) {
+        // Of what nobody wants.
+    }
 }
 
 std::string PocketsphinxDecoder::hypothesis() const {

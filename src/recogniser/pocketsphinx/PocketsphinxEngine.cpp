@@ -1,5 +1,7 @@
 #include "recogniser/pocketsphinx/PocketsphinxEngine.h"
 
+#include "recogniser/files/IntactFiles.h"
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -9,10 +11,17 @@ namespace dorix::recogniser {
 namespace {
 constexpr std::chrono::milliseconds progressInterval{100};
 
+const ModelRequest& intact(const ModelRequest& model) {
+    demandIntact(model.folder, model.sha256);
+    return model;
+}
+
 std::int16_t pcm(float sample) {
     return static_cast<std::int16_t>(std::lround(std::clamp(sample, -1.0F, 1.0F) * 32767));
 }
 }  // namespace
+
+PocketsphinxEngine::PocketsphinxEngine(const ModelRequest& model) : decoder_(intact(model)) {}
 
 void PocketsphinxEngine::begin(Results& results) {
     results_ = &results;

@@ -16,8 +16,9 @@ namespace dorix::recogniser {
 /// the decoder throws.
 class PocketsphinxEngine final : public Engine {
  public:
-    /// Loads the model, which takes some tenths of a second.
-    explicit PocketsphinxEngine(const ModelRequest& model) : decoder_(model) {}
+    /// Loads the model, which takes some tenths of a second; one whose files are not what they should be is
+    /// refused.
+    explicit PocketsphinxEngine(const ModelRequest& model);
 
     void begin(Results& results) override;
     void accept(std::span<const float> samples) override;

@@ -12,7 +12,7 @@ constexpr std::size_t longestPart = 600UZ * Engine::sampleRate;
 }  // namespace
 
 ServerEngine::ServerEngine(const ModelRequest& model, ServerPatience patience)
-    : call_(model.server, model.language, patience) {}
+    : model_(model), patience_(patience) {}
 
 void ServerEngine::begin(Results& results) {
     results_ = &results;
@@ -44,14 +44,16 @@ void ServerEngine::endPart(std::size_t size) {
 }
 
 std::string ServerEngine::understood(std::span<const float> samples) const {
+    // Made only here: what is wrong with an address or a key is told of an utterance.
+    const TranscriptionCall call(model_.server, model_.language, patience_);
     const auto wave = waveFile(samples);
     const auto seconds = static_cast<double>(samples.size()) / sampleRate;
     try {
-        return call_.text(wave, seconds);
+        return call.text(wave, seconds);
     } catch (const ServerFailure& failure) {
         if (!failure.isPassing()) throw;
     }
-    return call_.text(wave, seconds);
+    return call.text(wave, seconds);
 }
 
 }  // namespace dorix::recogniser

@@ -24,7 +24,8 @@ class ServerEngine final : public Engine {
     void endPart(std::size_t size);
     std::string understood(std::span<const float> samples) const;
 
-    const TranscriptionCall call_;
+    const ModelRequest model_;
+    const ServerPatience patience_;
     Results* results_ = nullptr;
     std::vector<float> samples_;
 };

@@ -135,10 +135,7 @@ std::string textIn(const std::string& answer) {
 
 TranscriptionCall::TranscriptionCall(const ModelRequest::Server& server, const std::string& language,
                                      ServerPatience patience)
-    : server_(server),
-      language_(language.substr(0, language.find('-'))),
-      url_(urlOfCall(server.address)),
-      patience_(patience) {
+    : server_(server), language_(language), url_(urlOfCall(server.address)), patience_(patience) {
     const auto host = hostOf(url_);
     if (!isWebAddress(url_) || !host || !isPlain(url_)) throw ServerFailure(Kind::badAddress);
     if (!isPlain(server_.key)) throw ServerFailure(Kind::badKey);

@@ -23,13 +23,12 @@ SherpaHandle<sherpa::OfflineRecognizer> load(const ModelRequest& model, const Sh
     const std::string decoder = model.file("decoder");
     const std::string joiner = model.file("joiner");
     const std::string tokens = model.file("tokens");
-    const auto language = model.language.substr(0, model.language.find('-'));
     sherpa::OfflineRecognizerConfig config{};
     config.features = {Engine::sampleRate, 80};
     if (parameters.modelType == "whisper") {
         config.model.whisper = {.encoder = encoder.c_str(),
                                 .decoder = decoder.c_str(),
-                                .language = language.c_str(),
+                                .language = model.language.c_str(),
                                 .task = "transcribe"};
     } else {
         config.model.transducer = {encoder.c_str(), decoder.c_str(), joiner.c_str()};

@@ -2,6 +2,7 @@
 
 #include "base/async/Completion.h"
 #include "base/async/Timer.h"
+#include "base/text/Line.h"
 #include "recognition/Frames.h"
 #include "recognition/UnpackOrder.h"
 
@@ -27,7 +28,7 @@ struct Answer {
         if (frame && frame->kind == Frame::Kind::unpacked) {
             unpacked.complete();
         } else if (frame || reader.isBroken()) {
-            fail(frame ? frame->body : "no answer");
+            fail(frame ? text::asLine(frame->body) : "no answer");
         }
     }
     void fail(const std::string& why) const { unpacked.fail(std::make_exception_ptr(MessageError(why))); }

@@ -162,13 +162,15 @@ bool ModelInstaller::hasIntactEngine(const CatalogueEngine& engine) const {
     });
 }
 
-/// As the catalogue has it; what the files hold is looked at when they are used.
+/// As the catalogue has it, to the last byte. Reads all files.
 bool ModelInstaller::isInstalled(const CatalogueModel& model) const {
-    auto there = readSpeechModel(models_ / model.model.id);
+    const auto folder = models_ / model.model.id;
+    auto there = readSpeechModel(folder);
     if (!there) return false;
     there->folder.clear();
     return *there == model.model && std::ranges::all_of(model.files, [&](const auto& file) {
-        return sizeOf(models_ / model.model.id / file.first) == file.second.bytes;
+        const auto& [path, expected] = file;
+        return sizeOf(folder / path) == expected.bytes && sha256OfFile(folder / path) == expected.sha256;
     });
 }
 

@@ -15,10 +15,9 @@ constexpr AudioFormat soundFormat{Recogniser::sampleRate, 1};
 /// One transcription; it waits for its turn while others are under way.
 class RecogniserAnalyzer final : public SpeechAnalyzer {
  public:
-    RecogniserAnalyzer(Executor& main, std::shared_ptr<Recogniser> recogniser, ModelRequest model,
-                       std::optional<ModelRequest> other)
+    RecogniserAnalyzer(Executor& main, std::shared_ptr<Recogniser> recogniser, ModelRequest model)
         : recogniser_(std::move(recogniser)),
-          utterance_(std::make_shared<SpokenUtterance>(std::move(model), std::move(other))),
+          utterance_(std::make_shared<SpokenUtterance>(std::move(model))),
           tasks_(main) {}
     ~RecogniserAnalyzer() override {
         utterance_->drop();
@@ -62,8 +61,12 @@ LocalRecognition::LocalRecognition(Executor& main, HelperProcesses& processes, C
                                    ChooseModel otherwise)
     : main_(main),
       chooseModel_(std::move(chooseModel)),
-      otherwise_(std::move(otherwise)),
-      recogniser_(std::make_shared<Recogniser>(main, processes)) {}
+      recogniser_(std::make_shared<Recogniser>(main, processes)) {
+    if (!otherwise) return;
+    recogniser_->replacement = [otherwise = std::move(otherwise)](const ModelRequest& failed) {
+        return otherwise(failed.language);
+    };
+}
 
 LocalRecognition::~LocalRecognition() = default;
 
@@ -91,15 +94,19 @@ Task<void> LocalRecognition::downloadAndInstall(std::string, Progress) {
 }
 
 Task<std::optional<AudioFormat>> LocalRecognition::bestAvailableAudioFormat(std::string locale) {
-    const auto model = chosen(locale);
-    if (!model) co_return std::nullopt;
     const auto recogniser = recogniser_;
-    try {
-        co_await recogniser->load(*model);
-    } catch (const MessageError&) {
-        co_return std::nullopt;  // the log has why
+    for (auto model = chosen(locale); model;) {
+        try {
+            co_await recogniser->load(*model);
+            chosen_.insert_or_assign(locale, *model);
+            co_return soundFormat;
+        } catch (const MessageError&) {
+            // The log has why. There may be another one now.
+            auto other = recogniser->replacement(*model);
+            model = other == model ? std::nullopt : std::move(other);
+        }
     }
-    co_return soundFormat;
+    co_return std::nullopt;
 }
 
 std::optional<AudioFormat> LocalRecognition::knownFormat(const std::string&) const { return soundFormat; }
@@ -107,9 +114,7 @@ std::optional<AudioFormat> LocalRecognition::knownFormat(const std::string&) con
 std::unique_ptr<SpeechAnalyzer> LocalRecognition::makeAnalyzer(const std::string& locale) {
     const auto model = chosen(locale);
     if (!model) return nullptr;
-    auto other = otherwise_ ? otherwise_(locale) : std::nullopt;
-    if (other == model) other.reset();
-    return std::make_unique<RecogniserAnalyzer>(main_, recogniser_, *model, std::move(other));
+    return std::make_unique<RecogniserAnalyzer>(main_, recogniser_, *model);
 }
 
 }  // namespace dorix

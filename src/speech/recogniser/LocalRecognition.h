@@ -4,6 +4,7 @@
 #include "recognition/ModelRequest.h"
 #include "speech/recogniser/Recogniser.h"
 
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <memory>
@@ -20,7 +21,8 @@ class LocalRecognition final : public SpeechRecognition {
     /// The model that is to serve a language; none when none can.
     using ChooseModel = std::function<std::optional<ModelRequest>(const std::string& language)>;
 
-    /// Both must outlive it. `otherwise` chooses what an utterance goes to on which the chosen one failed.
+    /// Both must outlive it. `otherwise` chooses what takes the place of one that failed, if it chooses
+    /// another; none does without it.
     LocalRecognition(Executor& main, HelperProcesses& processes, ChooseModel chooseModel,
                      ChooseModel otherwise = nullptr);
     ~LocalRecognition() override;
@@ -43,15 +45,14 @@ class LocalRecognition final : public SpeechRecognition {
         recogniser_->onServerFailed = std::move(callback);
     }
 
-    /// Lets go of the model that is loaded, as its files are about to change.
-    void letGo() { recogniser_->letGo(); }
+    /// Lets go of the model in that folder, as its files are about to change.
+    void letGo(const std::filesystem::path& folder) { recogniser_->letGo(folder); }
 
  private:
     std::optional<ModelRequest> chosen(const std::string& locale) const;
 
     Executor& main_;
     const ChooseModel chooseModel_;
-    const ChooseModel otherwise_;
     mutable std::map<std::string, ModelRequest> chosen_;  // by locale
     const std::shared_ptr<Recogniser> recogniser_;
 };

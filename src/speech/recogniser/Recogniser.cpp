@@ -3,6 +3,7 @@
 #include "base/Error.h"
 #include "base/Log.h"
 #include "base/text/Line.h"
+#include "base/text/Text.h"
 #include "localdata/Language.h"
 
 #include <algorithm>
@@ -46,11 +47,18 @@ double loadingPatience(const ModelRequest& model) {
 
 bool asksServer(const ModelRequest& model) { return !model.server.address.empty(); }
 
+/// In a line that can be shown, whoever wrote it.
+std::string asComplaint(const std::string& why) {
+    constexpr std::size_t longest = 200;
+    return std::string(text::prefix(text::asLine(why), longest));
+}
+
 std::string failureText() { return tr("No se pudo preparar el formato de audio."); }
 
 double patienceAtWork(const SpokenUtterance& utterance) {
     if (isStreaming(utterance.model())) return workingPatience;
-    return workingPatience + utterance.seconds();
+    const auto asking = asksServer(utterance.model()) ? serverPatience : 0;
+    return asking + workingPatience + 2 * utterance.seconds();
 }
 
 double patienceAtEnd(const SpokenUtterance& utterance) {
@@ -84,7 +92,7 @@ Task<void> Recogniser::load(ModelRequest model) {
 
 void Recogniser::launch(const ModelRequest& model) {
     idle_.stop();
-    isReady_ = hasBegun_ = hasFinished_ = false;
+    isReady_ = isUnwanted_ = hasBegun_ = hasFinished_ = false;
     stale_ = 0;
     link_.reset();  // two models are never in memory together
     link_ = std::make_unique<RecogniserLink>(
@@ -98,23 +106,15 @@ void Recogniser::transcribe(std::shared_ptr<SpokenUtterance> utterance) {
     advance();
 }
 
-void Recogniser::letGo() {
-    link_.reset();
-    idle_.stop();
-    if (loading_ && queue_.empty()) {
-        std::exchange(loading_, std::nullopt)
-            ->fail(std::make_exception_ptr(MessageError("recogniser: let go of")));
-    }
+void Recogniser::letGo(const std::filesystem::path& folder) {
+    if (!link_ || link_->model().folder != folder) return;
+    isUnwanted_ = true;
     advance();
 }
 
 void Recogniser::advance() {
     dropUnwanted();
-    if (queue_.empty()) {
-        if (link_ && !idle_.isActive()) idle_.once(idleSeconds, [this] { link_.reset(); });
-        if (link_) watch();
-        return;
-    }
+    if (queue_.empty()) return rest();
     idle_.stop();
     auto& utterance = *queue_.front();
     if (!link_ || link_->model() != utterance.model()) launch(utterance.model());
@@ -124,6 +124,14 @@ void Recogniser::advance() {
         link_->send(Frame::Kind::begin);
     }
     sendSound(utterance);
+    watch();
+}
+
+/// Nobody says anything.
+void Recogniser::rest() {
+    if (link_ && isUnwanted_ && !loading_) link_.reset();
+    if (!link_) return idle_.stop();
+    if (!idle_.isActive()) idle_.once(idleSeconds, [this] { link_.reset(); });
     watch();
 }
 
@@ -204,16 +212,18 @@ void Recogniser::ended() {
     advance();
 }
 
-/// What an engine says of an utterance is for the user; what is wrong with a model, for the log.
+/// What is wrong with a server is for the user; what is wrong with a model, for the log.
 void Recogniser::refused(const std::string& why) {
-    const bool isForUser = isReady_;
     const auto model = link_->model();
+    const bool isForUser = isReady_ && asksServer(model);
+    // What a model has made of the process says nothing in our name.
+    if (isReady_ && !isForUser) return lost("no quiere seguir");
     link_.reset();
     if (!isForUser) {
         logLine("no se pudo cargar el reconocedor: " + why);
         onRefused(model);
     }
-    giveUp(isForUser ? tr(why) : failureText());
+    giveUp(isForUser ? tr(asComplaint(why)) : failureText());
 }
 
 /// Of whoever waits for the process now.
@@ -224,13 +234,21 @@ void Recogniser::giveUp(const std::string& why) {
     if (queue_.empty()) return;
     auto& utterance = *queue_.front();
     if (asksServer(utterance.model())) onServerFailed(why);
-    if (utterance.takeOtherModel()) return advance();
+    if (takeReplacement(utterance)) return advance();
     utterance.fail(error);
     ended();
 }
 
+bool Recogniser::takeReplacement(SpokenUtterance& utterance) {
+    auto other = replacement(utterance.model());
+    if (!other || *other == utterance.model() || asksServer(*other)) return false;
+    utterance.takeModel(*std::move(other));
+    return true;
+}
+
 void Recogniser::lost(const std::string& how) {
     const auto model = link_->model();
+    const bool wasReady = isReady_;
     link_.reset();
     logLine("el reconocedor de voz ha fallado: " + how);
     // What it was still at when it died was nobody's any more.
@@ -238,7 +256,11 @@ void Recogniser::lost(const std::string& how) {
     int failures = 0;
     if (isCharged && !queue_.empty()) failures = queue_.front()->countFailure();
     if (isCharged && queue_.empty() && loading_) failures = ++failedStarts_;
-    if (failures >= mostFailures) return giveUp(failureText());
+    if (failures >= mostFailures) {
+        // A model that kills who loads it would do so again.
+        if (!wasReady && processes_.isInstalled(RecogniserLink::program)) onRefused(model);
+        return giveUp(failureText());
+    }
     if (!queue_.empty()) return advance();
     if (loading_) launch(model);
 }

@@ -10,6 +10,7 @@
 #include "speech/recogniser/SpokenUtterance.h"
 
 #include <deque>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -47,14 +48,20 @@ class Recogniser {
     /// Called when a server has failed on an utterance, and why, for the user to read.
     std::function<void(const std::string& why)> onServerFailed = [](const std::string&) {};
 
-    /// Lets go of the process and of its model's files; what is under way is begun anew with the next.
-    void letGo();
+    /// What an utterance goes to on which a model, or a server, failed; none where there is nothing else.
+    std::function<std::optional<ModelRequest>(const ModelRequest& failed)> replacement =
+        [](const ModelRequest&) { return std::nullopt; };
+
+    /// Lets go of the model in that folder, of which the process may have files open, when it is through with
+    /// what is under way.
+    void letGo(const std::filesystem::path& folder);
 
     bool isRunning() const { return link_ != nullptr; }
 
  private:
     void launch(const ModelRequest& model);
     void advance();
+    void rest();
     void dropUnwanted();
     void stopWork();
     void sendSound(SpokenUtterance& utterance);
@@ -65,6 +72,7 @@ class Recogniser {
     void lost(const std::string& how);
     void ended();
     void giveUp(const std::string& why);
+    bool takeReplacement(SpokenUtterance& utterance);
     void watch();
 
     Executor& main_;
@@ -73,6 +81,7 @@ class Recogniser {
     std::optional<Completion<void>> loading_;             // somebody waits for
     int failedStarts_ = 0;
     bool isReady_ = false;
+    bool isUnwanted_ = false;   // the model, as soon as nobody uses it
     bool hasBegun_ = false;     // the first of the queue
     bool hasFinished_ = false;  // all its sound is sent
     int stale_ = 0;             // utterances that were dropped, and of which the process has not told the end

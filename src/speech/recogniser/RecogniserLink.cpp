@@ -4,9 +4,7 @@
 
 namespace dorix {
 
-namespace {
-constexpr auto program = "dorix-recogniser";
-}
+namespace {}
 
 RecogniserLink::RecogniserLink(Executor& main, HelperProcesses& processes, ModelRequest model,
                                std::function<void(const Frame&)> onFrame,

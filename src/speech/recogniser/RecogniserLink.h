@@ -17,6 +17,8 @@ namespace dorix {
 /// executor.
 class RecogniserLink {
  public:
+    static constexpr auto program = "dorix-recogniser";
+
     /// `onFrame` and `onLost` may destroy the link. `onLost` is called once, never inside another call: the
     /// process could not be started, has ended, says what is no frame, or is silent for too long; in words
     /// for the log.

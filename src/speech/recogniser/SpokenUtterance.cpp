@@ -60,11 +60,9 @@ void SpokenUtterance::done() {
     finished_.complete();
 }
 
-bool SpokenUtterance::takeOtherModel() {
-    if (!other_) return false;
-    model_ = *std::exchange(other_, std::nullopt);
+void SpokenUtterance::takeModel(ModelRequest model) {
+    model_ = std::move(model);
     failures_ = 0;
-    return true;
 }
 
 void SpokenUtterance::fail(std::exception_ptr error) {

@@ -8,7 +8,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <exception>
-#include <optional>
 #include <span>
 #include <string>
 #include <utility>
@@ -21,9 +20,7 @@ namespace dorix {
 /// new one has come as far. Main executor.
 class SpokenUtterance {
  public:
-    /// `other` takes the place of a model that fails on it.
-    explicit SpokenUtterance(ModelRequest model, std::optional<ModelRequest> other = std::nullopt)
-        : model_(std::move(model)), other_(std::move(other)) {}
+    explicit SpokenUtterance(ModelRequest model) : model_(std::move(model)) {}
 
     const ModelRequest& model() const { return model_; }
 
@@ -52,8 +49,8 @@ class SpokenUtterance {
 
     /// The recogniser failed it; how often that has happened.
     int countFailure() { return ++failures_; }
-    /// From now on it is for the other model, from its first sound; false where there is none.
-    bool takeOtherModel();
+    /// From now on it is for another model, from its first sound.
+    void takeModel(ModelRequest model);
     /// It is given up.
     void fail(std::exception_ptr error);
     /// Nobody wants its words.
@@ -68,7 +65,6 @@ class SpokenUtterance {
     void tell();
 
     ModelRequest model_;
-    std::optional<ModelRequest> other_;
     std::vector<float> sound_;
     bool isWhole_ = false;
     bool isDropped_ = false;

@@ -46,7 +46,7 @@ std::vector<std::string> transcribe(const ModelRequest& model, ServerPatience pa
 
 ModelRequest modelAt(const std::string& address, const std::string& key = "top-secret") {
     return {
-        .engine = "server", .language = "pt-BR", .server = {.address = address, .key = key, .model = "big"}};
+        .engine = "server", .language = "pt", .server = {.address = address, .key = key, .model = "big"}};
 }
 
 std::optional<Kind> failure(const std::string& address, const std::string& key = "top-secret") {

@@ -147,7 +147,7 @@ TEST_F(LocalRecognitionTest, ARecogniserThatFailsOnceCostsNoWord) {
     std::uniform_int_distribution<std::uint64_t> moment(0, 60 * 1600);
     for (int round = 0; round < 200; ++round) {
         const auto fault = static_cast<Fault>(round % 3);
-        recognition->letGo();
+        recognition->letGo("/models/es");
         processes.faults = {{moment(random), fault}};
         const auto said = begin();
         speak(*said, numbers(60));
@@ -163,7 +163,7 @@ TEST_F(LocalRecognitionTest, ARecogniserThatFailsOnceCostsNoWord) {
 
 TEST_F(LocalRecognitionTest, ARecogniserThatHangsIsReplacedWhileOneTalksOn) {
     for (const std::uint64_t heard : {0U, 4000U}) {
-        recognition->letGo();
+        recognition->letGo("/models/es");
         processes.launches = 0;
         processes.faults = {{heard, Fault::hangs}};
         const auto said = begin();
@@ -187,9 +187,12 @@ TEST_F(LocalRecognitionTest, TwoFailuresAreAnErrorAndTheNextUtteranceIsHeard) {
     EXPECT_EQ(said->error, "No se pudo preparar el formato de audio.");
     EXPECT_EQ(next->final, text(4));
     // Where nothing is under way it is the loading that fails.
-    recognition->letGo();
+    recognition->letGo("/models/es");
     processes.faults = {{0, Fault::hangs}, {0, Fault::babbles}};
+    std::string refused;
+    recognition->onRefused([&](const ModelRequest& model) { refused = model.folder; });
     EXPECT_FALSE(load());
+    EXPECT_EQ(refused, "/models/es") << "a model that kills who loads it";
     EXPECT_TRUE(load());
 }
 
@@ -206,6 +209,33 @@ TEST_F(LocalRecognitionTest, AModelThatIsRefusedIsNotTriedAgain) {
     EXPECT_EQ(processes.running, 0);
     processes.isThere = false;
     EXPECT_FALSE(load());
+}
+
+TEST_F(LocalRecognitionTest, WhatIsSaidGoesToTheNextModelWhereOneCannotBeLoaded) {
+    std::string best = "es";
+    const auto choose = [&](const std::string&) { return std::optional(model(best)); };
+    recognition = std::make_unique<LocalRecognition>(executor, processes, choose, choose);
+    recognition->onRefused([&](const ModelRequest&) {
+        best = "fr";
+        processes.refusal.reset();
+    });
+    processes.refusal = "no model";
+    EXPECT_TRUE(load());
+    EXPECT_EQ(processes.opened.back().language, "fr");
+    // Also in the middle of an utterance, whose process has died.
+    best = "es";
+    EXPECT_EQ(recognition->supportedLocale("es"), "es");
+    EXPECT_TRUE(load());
+    const auto said = begin();
+    speak(*said, numbers(5));
+    processes.refusal = "no model";
+    recognition->letGo("/models/es");
+    EXPECT_EQ(processes.running, 1) << "not in the middle of it";
+    processes.dieAll();
+    said->input.finish();
+    executor.advanceBy(1);
+    EXPECT_EQ(said->final, text(5));
+    EXPECT_EQ(processes.opened.back().language, "fr");
 }
 
 TEST_F(LocalRecognitionTest, WhereAServerFailsAModelTakesItsPlace) {
