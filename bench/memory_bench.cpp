@@ -2,8 +2,8 @@
 //
 //     memory_bench [CHUNKS [DIMENSION]]
 //
-// Documents of ten chunks, with words of Zipf's frequencies and vectors about a thousand topics. Then a year of use:
-// documents are put in anew, some go, others come.
+// Documents of ten chunks, with words of Zipf's frequencies and vectors about a thousand topics. Then a year
+// of use: documents are put in anew, some go, others come.
 
 #include "base/async/Executor.h"
 #include "fakes/TemporaryFolder.h"
@@ -94,7 +94,9 @@ double milliseconds(const std::function<void()>& work) {
 
 void tell(const char* what, std::vector<double> times) {
     std::ranges::sort(times);
-    const auto at = [&](double part) { return times[static_cast<std::size_t>(part * static_cast<double>(times.size() - 1))]; };
+    const auto at = [&](double part) {
+        return times[static_cast<std::size_t>(part * static_cast<double>(times.size() - 1))];
+    };
     std::printf("%-44s median %7.2f ms, 95 %% %7.2f ms\n", what, at(0.5), at(0.95));
     std::fflush(stdout);
 }
@@ -148,7 +150,8 @@ int main(int count, char** arguments) {
         const auto vector = texts.vector();
         std::vector<float> similarities(40);
         std::vector<faiss::Index::idx_t> ids(40);
-        scans.push_back(milliseconds([&] { reference.search(1, vector.data(), 40, similarities.data(), ids.data()); }));
+        scans.push_back(
+            milliseconds([&] { reference.search(1, vector.data(), 40, similarities.data(), ids.data()); }));
     }
     tell("FAISS IndexFlatIP, 40 nearest", scans);
     tellSearches("the memory", file, texts);
@@ -159,7 +162,9 @@ int main(int count, char** arguments) {
         } else {
             file.upsert(texts.document(number), 1);
         }
-        file.recordActivity({.time = static_cast<double>(i), .app = "Editor", .title = texts.words(5), .document = {}}, "editor");
+        file.recordActivity(
+            {.time = static_cast<double>(i), .app = "Editor", .title = texts.words(5), .document = {}},
+            "editor");
     }
     tellSearches("after a year of use", file, texts);
 }

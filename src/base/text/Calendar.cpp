@@ -51,17 +51,30 @@ struct DateFormat::Compiled {
     std::unique_ptr<icu::SimpleDateFormat> format;
 };
 
-DateFormat::DateFormat(std::string_view skeleton, const std::string& locale)
-    : compiled_(std::make_unique<Compiled>()) {
+DateFormat::DateFormat() : compiled_(std::make_unique<Compiled>()) {}
+
+DateFormat::DateFormat(std::string_view skeleton, const std::string& locale) : DateFormat() {
     UErrorCode status = U_ZERO_ERROR;
-    const auto named = localeNamed(locale);
     const std::unique_ptr<icu::DateTimePatternGenerator> generator(
-        icu::DateTimePatternGenerator::createInstance(named, status));
+        icu::DateTimePatternGenerator::createInstance(localeNamed(locale), status));
     if (U_FAILURE(status)) return;
-    const auto pattern = generator->getBestPattern(text::toUnicode(skeleton), status);
-    compiled_->format = std::make_unique<icu::SimpleDateFormat>(pattern, named, status);
+    compile(text::toUtf8(generator->getBestPattern(text::toUnicode(skeleton), status)), locale);
+}
+
+DateFormat DateFormat::ofPattern(std::string_view pattern, const std::string& locale) {
+    DateFormat made;
+    made.compile(pattern, locale);
+    return made;
+}
+
+void DateFormat::compile(std::string_view pattern, const std::string& locale) {
+    UErrorCode status = U_ZERO_ERROR;
+    compiled_->format =
+        std::make_unique<icu::SimpleDateFormat>(text::toUnicode(pattern), localeNamed(locale), status);
     if (U_FAILURE(status)) compiled_->format.reset();
 }
+
+DateFormat::DateFormat(DateFormat&&) noexcept = default;
 
 DateFormat::~DateFormat() = default;
 

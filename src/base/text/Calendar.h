@@ -31,13 +31,18 @@ class DateFormat {
     /// "EEEEdMMM" is the weekday in full, the day and the abbreviated month. The locale, such as "es_ES",
     /// decides on order and punctuation.
     DateFormat(std::string_view skeleton, const std::string& locale);
+    /// Written just as a date pattern says (UTS 35): "EEEE HH:mm".
+    static DateFormat ofPattern(std::string_view pattern, const std::string& locale);
     ~DateFormat();
-    DateFormat(const DateFormat&) = delete;
+    DateFormat(DateFormat&&) noexcept;
     DateFormat& operator=(const DateFormat&) = delete;
 
     std::string format(double time) const;
 
  private:
+    DateFormat();
+    void compile(std::string_view pattern, const std::string& locale);
+
     struct Compiled;
     std::unique_ptr<Compiled> compiled_;
 };

@@ -1,5 +1,6 @@
 #include "base/text/Text.h"
 
+#include "base/text/Pieces.h"
 #include "base/text/Unicode.h"
 
 #include <unicode/brkiter.h>
@@ -13,6 +14,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <numeric>
 
 namespace dorix::text {
 
@@ -183,6 +185,20 @@ std::size_t length(std::string_view text) {
     std::size_t count = 0;
     while (characters.next() != std::string_view::npos) ++count;
     return count;
+}
+
+std::vector<std::size_t> characterBounds(std::string_view text) {
+    std::vector<std::size_t> bounds;
+    if (isOneByteACharacter(text)) {
+        bounds.resize(text.size() + 1);
+        std::iota(bounds.begin(), bounds.end(), 0);
+        return bounds;
+    }
+    bounds.push_back(0);
+    Characters characters(text);
+    for (auto end = characters.next(); end != std::string_view::npos; end = characters.next())
+        bounds.push_back(end);
+    return bounds;
 }
 
 std::string_view prefix(std::string_view text, std::size_t count) {

@@ -40,9 +40,6 @@ std::vector<std::string_view> split(std::string_view text, char separator);
 /// The runs of letters (and the marks that belong to them).
 std::vector<std::string_view> letterRuns(std::string_view text);
 
-/// The runs of letters and digits (and the marks that belong to them).
-std::vector<std::string_view> alphanumericRuns(std::string_view text);
-
 std::string join(const std::vector<std::string_view>& pieces, std::string_view separator);
 
 /// Without regard to case and diacritics, in no language's rules: full case folding after canonical

@@ -1,5 +1,6 @@
 #include "memory/store/MemoryFile.h"
 
+#include "base/text/Pieces.h"
 #include "base/text/Text.h"
 
 #include <algorithm>
@@ -32,11 +33,12 @@ constexpr auto schema =
 
 // Words that a question is made of rather than what it is about.
 constexpr std::array<std::string_view, 48> stopWords{
-    "que",    "los",       "las",     "del",  "con",      "por",   "para",    "una",  "uno",    "unos",
-    "unas",   "donde",     "esta",    "estaba", "como",   "cual",  "quien",   "sobre", "the",   "and",
-    "for",    "with",      "busca",   "buscame", "encuentra", "documento", "archivo", "tengo", "hablamos", "dijo",
-    "mas",    "este",      "ese",     "eso",  "what",     "where", "did",     "say",  "said",   "about",
-    "search", "find",      "from",    "that", "this",     "have",  "file",    "document"};
+    "que",       "los",       "las",     "del",   "con",      "por",    "para",  "una",
+    "uno",       "unos",      "unas",    "donde", "esta",     "estaba", "como",  "cual",
+    "quien",     "sobre",     "the",     "and",   "for",      "with",   "busca", "buscame",
+    "encuentra", "documento", "archivo", "tengo", "hablamos", "dijo",   "mas",   "este",
+    "ese",       "eso",       "what",    "where", "did",      "say",    "said",  "about",
+    "search",    "find",      "from",    "that",  "this",     "have",   "file",  "document"};
 
 constexpr std::size_t shortestWord = 3;
 constexpr std::size_t perLeg = 40;
@@ -149,8 +151,8 @@ void MemoryFile::removeDoc(const std::string& path) {
 void MemoryFile::remove(const std::string& path) {
     const auto chunks = sqlite::prepare(
         db_.get(), "SELECT c.id, c.text FROM chunks c JOIN docs d ON d.id = c.doc_id WHERE d.path = ?");
-    const auto unindex = sqlite::prepare(
-        db_.get(), "INSERT INTO chunks_fts(chunks_fts, rowid, text) VALUES ('delete', ?, ?)");
+    const auto unindex =
+        sqlite::prepare(db_.get(), "INSERT INTO chunks_fts(chunks_fts, rowid, text) VALUES ('delete', ?, ?)");
     if (chunks && unindex) {
         sqlite::bindText(chunks.get(), 1, path);
         while (sqlite3_step(chunks.get()) == SQLITE_ROW) {
@@ -190,8 +192,7 @@ void MemoryFile::insert(const MemoryDocument& document, double now) {
 void MemoryFile::insertChunk(std::int64_t document, int position, const MemoryChunk& chunk) {
     const auto insert =
         sqlite::prepare(db_.get(), "INSERT INTO chunks(doc_id, ord, text, vec) VALUES (?,?,?,?)");
-    const auto index =
-        sqlite::prepare(db_.get(), "INSERT INTO chunks_fts(rowid, text) VALUES (?, ?)");
+    const auto index = sqlite::prepare(db_.get(), "INSERT INTO chunks_fts(rowid, text) VALUES (?, ?)");
     if (!insert || !index) return;
     sqlite3_bind_int64(insert.get(), 1, document);
     sqlite3_bind_int(insert.get(), 2, position);
@@ -228,7 +229,8 @@ void MemoryFile::clearAll() {
 // Searching
 
 std::vector<MemoryHit> MemoryFile::search(const std::string& query,
-                                          const std::optional<std::vector<float>>& vector, std::size_t limit) {
+                                          const std::optional<std::vector<float>>& vector,
+                                          std::size_t limit) {
     Scores scores;
     addWordsLeg(query, scores);
     if (vector) addVectorLeg(*vector, scores);
@@ -257,7 +259,8 @@ void MemoryFile::addWordsLeg(const std::string& query, Scores& scores) const {
 }
 
 void MemoryFile::addVectorLeg(const std::vector<float>& query, Scores& scores) {
-    while (loadVectors(std::numeric_limits<std::size_t>::max())) {}
+    while (loadVectors(std::numeric_limits<std::size_t>::max())) {
+    }
     const auto index = vectors_.find(query.size());
     const auto vectorOf = sqlite::prepare(db_.get(), "SELECT vec FROM chunks WHERE id = ?");
     if (index == vectors_.end() || !vectorOf) return;
@@ -346,8 +349,8 @@ void MemoryFile::recordActivity(const ActivityRow& activity, const std::optional
 
 std::vector<ActivityRow> MemoryFile::activitySince(double time) const {
     std::vector<ActivityRow> rows;
-    const auto statement = sqlite::prepare(
-        db_.get(), "SELECT ts, app, title, document FROM activity WHERE ts >= ? ORDER BY ts");
+    const auto statement =
+        sqlite::prepare(db_.get(), "SELECT ts, app, title, document FROM activity WHERE ts >= ? ORDER BY ts");
     if (!statement) return rows;
     auto* const row = statement.get();
     sqlite3_bind_double(row, 1, time);

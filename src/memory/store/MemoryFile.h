@@ -15,9 +15,9 @@
 
 namespace dorix {
 
-/// The file of the user's memory: documents in chunks, found by words and by meaning, and what the user worked
-/// with. One thread. Silent: what goes wrong with the file is never told, and what it would have given is not
-/// there. Every call blocks on the disk.
+/// The file of the user's memory: documents in chunks, found by words and by meaning, and what the user
+/// worked with. One thread. Silent: what goes wrong with the file is never told, and what it would have given
+/// is not there. Every call blocks on the disk.
 class MemoryFile {
  public:
     /// Opens the file, making it, and its folder, when they are missing.

@@ -17,7 +17,7 @@ struct MemoryChunk {
 struct MemoryDocument {
     std::string path;  // absolute; of a history item, its address
     std::string title;
-    std::string kind;      // "file" or "history"
+    std::string kind;     // "file" or "history"
     double modified = 0;  // seconds since 1970
     std::vector<MemoryChunk> chunks;
 };

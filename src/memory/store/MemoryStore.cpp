@@ -11,7 +11,8 @@ constexpr double secondsOfDay = 86400;
 constexpr std::size_t vectorsInOneGo = 2000;
 }  // namespace
 
-MemoryStore::MemoryStore(Executor& clock, std::filesystem::path file) : clock_(clock), path_(std::move(file)) {}
+MemoryStore::MemoryStore(Executor& clock, std::filesystem::path file)
+    : clock_(clock), path_(std::move(file)) {}
 
 MemoryFile& MemoryStore::file() {
     if (!file_) file_.emplace(path_);

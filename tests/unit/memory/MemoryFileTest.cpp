@@ -97,7 +97,8 @@ class MemoryFileTest : public testing::Test {
 TEST_F(MemoryFileTest, WordsAreFoundWhateverMarksAndAccentsTheQueryHas) {
     file.upsert(document("/a", {{"La reunión del jueves con Marta", {}}, {"El contrato de Velmar", {}}}), 1);
     EXPECT_THAT(found("¿REUNION?"), testing::ElementsAre("La reunión del jueves con Marta"));
-    EXPECT_THAT(found("busca el contrato \"Velmar\" OR NEAR(x) *-"), testing::ElementsAre("El contrato de Velmar"));
+    EXPECT_THAT(found("busca el contrato \"Velmar\" OR NEAR(x) *-"),
+                testing::ElementsAre("El contrato de Velmar"));
     EXPECT_THAT(found("¿qué dijo del que los de la?"), testing::IsEmpty());
     file.upsert(document("/a", {{"Otra cosa", {}}}), 2);
     EXPECT_THAT(found("reunión contrato"), testing::IsEmpty());
@@ -127,7 +128,8 @@ TEST_F(MemoryFileTest, WhatIsNearestIsFoundWhateverCameAndWent) {
             continue;
         }
         for (int chunk = random.below(5); chunk > 0; --chunk) {
-            made.chunks.push_back({std::to_string(step) + " " + std::to_string(chunk), random.vector(dimension)});
+            made.chunks.push_back(
+                {std::to_string(step) + " " + std::to_string(chunk), random.vector(dimension)});
         }
         // Of another model, and of none.
         made.chunks.push_back({std::to_string(step) + " other", random.vector(dimension / 2)});
@@ -175,7 +177,8 @@ bool isConsistent(const std::filesystem::path& place) {
         return statement && sqlite3_step(statement.get()) == result;
     };
     return is("INSERT INTO chunks_fts(chunks_fts, rank) VALUES ('integrity-check', 1)", SQLITE_DONE) &&
-           is("SELECT 1 FROM docs d WHERE 3 != (SELECT count(*) FROM chunks WHERE doc_id = d.id)", SQLITE_DONE) &&
+           is("SELECT 1 FROM docs d WHERE 3 != (SELECT count(*) FROM chunks WHERE doc_id = d.id)",
+              SQLITE_DONE) &&
            is("SELECT 1 FROM chunks WHERE doc_id NOT IN (SELECT id FROM docs)", SQLITE_DONE) &&
            is("PRAGMA integrity_check", SQLITE_ROW);
 }
@@ -184,7 +187,11 @@ void writeUntilKilled(const std::filesystem::path& place, unsigned seed) {
     Random random(seed);
     MemoryFile file(place);
     for (int i = 0; i < 500; ++i) {
-        MemoryDocument document{.path = "/" + std::to_string(random.below(60)), .title = "t", .kind = "file", .modified = 1, .chunks = {}};
+        MemoryDocument document{.path = "/" + std::to_string(random.below(60)),
+                                .title = "t",
+                                .kind = "file",
+                                .modified = 1,
+                                .chunks = {}};
         for (int chunk = 0; chunk < 3; ++chunk) document.chunks.push_back({random.text(), random.vector(64)});
         file.upsert(document, 1);
     }
