@@ -111,6 +111,7 @@ TEST_F(SpeechOfferTest, WhatIsMissingIsToldBehindTheErrorAndInstalledFromTheMenu
 
     settings.language.set("es-ES");
     models.setAside(models.folder() / "noise");
+    std::filesystem::resize_file(models.folder() / "noise/tokens.txt", 5);
     EXPECT_EQ(models.choose("es-ES"), std::nullopt);
     EXPECT_THAT(first(), StartsWith("Instalar el dictado en Español"));
     choose();
