@@ -105,8 +105,8 @@ int runWatchdog(std::span<const std::string_view> arguments) {
                        .mayRelaunch =
                            [&loop] {
                                const bool may = mayRelaunch(loop);
-                               logLine(may ? "ha terminado de golpe; se vuelve a abrir"
-                                           : "ha terminado de golpe demasiadas veces; no se vuelve a abrir");
+                               logLine(may ? "the program has died; it is started again"
+                                           : "the program has died too often; it is not started again");
                                return may;
                            },
                        .open = [&processes](const std::string& path) { processes.open(path); },

@@ -5,7 +5,7 @@
 
 namespace dorix {
 
-/// Writes one line for whoever looks after the program, in Spanish, with the prefix "DORIX: ", or with the
+/// Writes one line for whoever looks after the program, in English, with the prefix "DORIX: ", or with the
 /// name of a component whose own words it passes on, "DORIX SQLite: ". A program may have another name there.
 /// There are no levels. Any thread; not the audio thread. Whatever the text holds, it stays one line and
 /// moves no terminal: control characters are written out, and what is no UTF-8 is replaced.

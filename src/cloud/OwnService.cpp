@@ -5,6 +5,7 @@
 #include "base/text/Url.h"
 #include "cloud/AccountStore.h"
 #include "cloud/DorixAPI.h"
+#include "localdata/Language.h"
 #include "platform/HttpClient.h"
 
 #include <algorithm>
@@ -113,7 +114,7 @@ Task<void> OwnService::startAtFreePort() {
                 co_return;
         }
     }
-    logLine("no hay un puerto libre para el servicio de este equipo");
+    logLine("there is no free port for this computer's service");
 }
 
 Task<bool> OwnService::isServiceAt(std::string url) {
@@ -141,7 +142,7 @@ Task<void> OwnService::launch(int port) {
     startedAt_ = tasks_.executor().now();
     startedPort_ = port;
     if (!secret_) {
-        logLine("no se pudo iniciar el servicio de este equipo");
+        logLine("this computer's service could not be started");
         co_return startLater();
     }
     co_await signIn();
@@ -151,12 +152,12 @@ void OwnService::ended(CompanionService::End how) {
     secret_.reset();
     if (work_) work_->cancel();
     if (how == CompanionService::End::badSettings) {
-        logLine("el servicio de este equipo no admite su configuración");
+        logLine("this computer's service does not accept its settings");
         hasBadSettings.set(true);
         settled_.complete();
         return;
     }
-    logLine("el servicio de este equipo ha terminado");
+    logLine("this computer's service has ended");
     settled_.complete();
     startLater();
 }
@@ -177,7 +178,7 @@ Task<void> OwnService::signIn() {
 
 Task<bool> OwnService::trySignIn() {
     if (!co_await isUp()) {
-        logLine("el servicio de este equipo no responde");
+        logLine("this computer's service does not answer");
         co_return false;
     }
     co_await account_.known();
@@ -189,7 +190,7 @@ Task<bool> OwnService::trySignIn() {
         co_await account_.verify(std::string(email), secret_.value_or(""));
         co_return true;
     } catch (const Error& error) {
-        logLine("no se pudo entrar en el servicio de este equipo: " + error.localizedDescription());
+        logLine("no session with this computer's service: " + describedIn(LogLanguage::english, error));
         co_return false;
     }
 }

@@ -27,7 +27,7 @@ Task<void> TextInserter::insert(Insertion insertion, Completion<InsertionReceipt
         co_await paste.giveBack();
     } catch (const std::exception& error) {
         // Out of memory, with the clipboard of others: whoever waits goes on all the same.
-        logLine(std::string("no se pudo completar la inserción: ") + error.what());
+        logLine(std::string("an insertion was not carried to its end: ") + error.what());
         receipt.complete();
     }
 }

@@ -34,6 +34,17 @@ const Dictionary& dictionary() {
     return built;
 }
 
+/// The language that holds for this thread alone while a failure is described for the log.
+thread_local const char* described = nullptr;
+
+template <typename Failure>
+std::string describe(LogLanguage language, const Failure& words) {
+    const auto* const before = std::exchange(described, language == LogLanguage::english ? "en" : "es");
+    std::string text = words();
+    described = before;
+    return text;
+}
+
 std::string filled(const FormatArgument& argument) {
     if (const auto* number = std::get_if<std::int64_t>(&argument)) return std::to_string(*number);
     return std::get<std::string>(argument);
@@ -55,7 +66,16 @@ void installLanguage(SystemLanguages languages) {
 
 void uninstallLanguage() { installLanguage(SystemLanguages{}); }
 
+std::string describedIn(LogLanguage language, const Error& error) {
+    return describe(language, [&] { return error.localizedDescription(); });
+}
+
+std::string describedIn(LogLanguage language, const std::exception_ptr& error) {
+    return describe(language, [&] { return localizedDescription(error); });
+}
+
 std::string currentAppLanguage() {
+    if (described != nullptr) return described;
     std::scoped_lock lock(source().mutex);
     if (source().defaults != nullptr) {
         const auto chosen = source().defaults->string("appLanguage");

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "base/Error.h"
 #include "platform/Platform.h"
 #include "platform/UserDefaults.h"
 
 #include <cstdint>
+#include <exception>
 #include <initializer_list>
 #include <string>
 #include <string_view>
@@ -26,6 +28,12 @@ std::string currentAppLanguage();
 
 /// The text, which is Spanish, in the app language; unchanged where there is no translation. Any thread.
 std::string tr(std::string_view text);
+
+/// The words of a failure for the log, which has a language of its own whatever that of the app is: English,
+/// or Spanish in those lines that are in Spanish.
+enum class LogLanguage { english, spanish };
+std::string describedIn(LogLanguage language, const Error& error);
+std::string describedIn(LogLanguage language, const std::exception_ptr& error);
 
 /// "en_US" or "es_ES", for dates and formats. Any thread.
 std::string appLocaleIdentifier();

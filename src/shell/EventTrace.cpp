@@ -29,7 +29,7 @@ EventTrace::EventTrace(const std::filesystem::path& file, Executor& executor, co
                        const Observable<bool>& busy)
     : executor_(executor), file_(openForAppending(file)) {
     if (!file_) {
-        logLine("no se pudo abrir la traza " + file.string());
+        logLine("the trace could not be opened: " + file.string());
         return;
     }
     subscriptions_.push_back(state.hud.subscribe(

@@ -111,6 +111,7 @@ Task<void> SpeechOffer::install(ModelOffer offer) {
     progress_.set(0.0);
     const auto language = languageLabel();
     std::string failure;
+    std::string told;  // of it, to the log
     bool isCancelled = false;
     const auto folder = models_.folder() / offer.id;
     try {
@@ -120,13 +121,14 @@ Task<void> SpeechOffer::install(ModelOffer offer) {
         isCancelled = true;
     } catch (const Error& error) {
         failure = error.localizedDescription();
+        told = describedIn(LogLanguage::english, error);
     }
     installing_.clear();
     askedAbout_.clear();
     progress_.set(std::nullopt);
     if (isCancelled) co_return;
     if (!failure.empty()) {
-        logLine("no se pudo instalar el modelo de voz " + offer.id + ": " + failure);
+        logLine("the speech model " + offer.id + " could not be installed: " + told);
         dictation_.flash(HUDPhase::error(failure), secondsForOutcome);
         co_return;
     }

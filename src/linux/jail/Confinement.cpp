@@ -77,11 +77,10 @@ std::vector<std::string> confine(const Confinement& confinement) {
     std::vector<std::string> missing;
     demandOneThread();
     limitResources(confinement);
-    if (isSanitized && confinement.memory != 0)
-        missing.emplace_back("sin límite de memoria bajo un sanitizer");
+    if (isSanitized && confinement.memory != 0) missing.emplace_back("no limit on memory under a sanitizer");
     check(::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), "no new privileges");
     if (!restrictFiles(confinement)) {
-        missing.emplace_back("el núcleo no tiene landlock: los archivos del usuario quedan al alcance");
+        missing.emplace_back("the kernel has no landlock: the user's files are within reach");
     }
     // Nor may other programs of the user look into it.
     check(::prctl(PR_SET_DUMPABLE, 0, 0, 0, 0), "not dumpable");

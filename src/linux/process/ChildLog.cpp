@@ -70,7 +70,7 @@ void ChildLog::write() {
     if (minute != minute_) lines_ = 0;
     minute_ = minute;
     if (lines_ > linesInMinute) return;
-    if (++lines_ > linesInMinute) return logLine("demasiadas líneas: las siguientes se omiten", component_);
+    if (++lines_ > linesInMinute) return logLine("too many lines: the next ones are left out", component_);
     logLine(line, component_);
 }
 

@@ -72,8 +72,8 @@ SecretService::Result<void> SecretKeychain::handOver(const std::string& account,
 
 void SecretKeychain::tell(const std::string& reason) {
     if (std::exchange(told_, reason) == reason) return;
-    logLine("no se puede usar el llavero (" + reason +
-            "); los secretos se guardan en un archivo que solo tú puedes leer");
+    logLine("the keychain cannot be used (" + reason +
+            "); secrets are kept in a file that only its owner can read");
 }
 
 }  // namespace dorix

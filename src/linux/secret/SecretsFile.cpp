@@ -18,7 +18,7 @@ std::optional<Json> SecretsFile::read() const {
     const auto text = readFile(file_, largest);
     if (!text && text.error() == std::errc::no_such_file_or_directory) return Json::object();
     if (!text) {
-        logLine("no se pudo leer " + file_.string() + ": " + text.error().message());
+        logLine(file_.string() + " could not be read" + ": " + text.error().message());
         return std::nullopt;
     }
     auto all = Json::parse(*text, nullptr, false);
@@ -32,8 +32,8 @@ bool SecretsFile::setAside() const {
     aside += ".damaged-" + std::to_string(std::time(nullptr));
     std::error_code error;
     std::filesystem::rename(file_, aside, error);
-    logLine(file_.string() + " está dañado; " +
-            (error ? "no se guardarán cambios: " + error.message() : "se guarda como " + aside.string()));
+    logLine(file_.string() + " is damaged; " +
+            (error ? "changes will not be kept: " + error.message() : "it is kept as " + aside.string()));
     return !error;
 }
 
@@ -62,7 +62,7 @@ void SecretsFile::drop(const std::string& account) {
 void SecretsFile::write(const Json& all) const {
     const auto text = all.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
     if (const auto error = replaceFile(file_, text)) {
-        logLine("no se pudo escribir " + file_.string() + ": " + error.message());
+        logLine(file_.string() + " could not be written" + ": " + error.message());
     }
 }
 

@@ -63,14 +63,14 @@ std::unique_ptr<X11Connection> X11Connection::open(Executor& executor, FdWatcher
     int screen = 0;
     Connection connection(xcb_connect(display.empty() ? nullptr : display.c_str(), &screen));
     if (xcb_connection_has_error(connection.get()) != 0) {
-        logLine("no se pudo abrir la pantalla X11");
+        logLine("the X display could not be opened");
         return nullptr;
     }
     std::unique_ptr<X11Connection> opened(
         new X11Connection(std::move(connection), screen, executor, watcher));
     opened->display_ = display;
     if (!opened->startExtensions()) {
-        logLine("a la pantalla X11 le faltan extensiones");
+        logLine("the X display lacks extensions");
         return nullptr;
     }
     return opened;
@@ -180,7 +180,7 @@ void X11Connection::dispatch(const xcb_generic_event_t& event) {
 void X11Connection::noteLoss() {
     if (std::exchange(lossNoted_, true)) return;
     watch_.reset();
-    logLine("se perdió la conexión con la pantalla X11");
+    logLine("the connection to the X display is lost");
     if (onLost_) onLost_();
 }
 

@@ -69,7 +69,7 @@ X11EventPoster::Chord X11EventPoster::keysOf(const std::vector<OptionalKey>& key
     Chord chord;
     for (const auto& key : keys) {
         if (!key) {
-            logLine("el teclado no tiene las teclas para copiar o pegar en la aplicación de delante");
+            logLine("the keyboard lacks the keys to copy or paste in the application in front");
             return {};
         }
         chord.keys.push_back(*key);

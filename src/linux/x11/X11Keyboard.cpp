@@ -108,7 +108,7 @@ void X11Keyboard::reload() {
     reloadPending_.reset();
     X11Keymap typed(connection_, context_.get(), xkb_x11_get_core_keyboard_device_id(connection_.get()));
     if (!typed) {
-        if (!connection_.isLost()) logLine("no se pudo leer la distribución del teclado");
+        if (!connection_.isLost()) logLine("the keyboard layout could not be read");
         return;
     }
     typed_ = std::move(typed);

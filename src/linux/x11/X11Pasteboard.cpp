@@ -243,7 +243,7 @@ Task<X11SelectionRead::Result> X11Pasteboard::read(xcb_atom_t target, Budget bud
 
 void X11Pasteboard::noteFailure(xcb_atom_t target) {
     if (std::exchange(ownerFailed_, true)) return;
-    logLine("la aplicación dueña del portapapeles no entregó a tiempo " + connection_.atomName(target));
+    logLine("the owner of the clipboard did not deliver in time: " + connection_.atomName(target));
 }
 
 /// What there is to be read; an owner that cannot list it is asked for text.

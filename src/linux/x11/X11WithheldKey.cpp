@@ -49,7 +49,7 @@ bool X11WithheldKey::take(xcb_keycode_t key) {
     const auto error =
         connection_.check(xcb_grab_key_checked(connection_.get(), 0, connection_.root(), XCB_MOD_MASK_ANY,
                                                key, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
-    if (error != 0) logLine("otro programa tiene la tecla con la que se cancela, y le llegará también a él");
+    if (error != 0) logLine("another program has the key that cancels, and will get it as well");
     return error == 0;
 }
 

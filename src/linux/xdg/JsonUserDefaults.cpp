@@ -55,7 +55,7 @@ JsonUserDefaults::JsonUserDefaults(Executor& main, std::filesystem::path file)
     auto held = read();
     if (held && *held) values_ = std::move(**held);
     if (held) return;
-    logLine("no se puede leer el archivo de ajustes; se deja como está: " + held.error().message());
+    logLine("the settings file cannot be read and stays as it is: " + held.error().message());
 }
 
 JsonUserDefaults::~JsonUserDefaults() = default;
@@ -66,13 +66,13 @@ std::expected<std::optional<Json>, std::error_code> JsonUserDefaults::read() {
     const auto text = readFile(file_, largestFile);
     if (!text && text.error() == std::errc::no_such_file_or_directory) return std::nullopt;
     if (!text && text.error() == std::errc::file_too_large) {
-        setAside("es demasiado grande");
+        setAside("is too large");
         return std::nullopt;
     }
     if (!text) return std::unexpected(text.error());
     Json parsed = isTooDeep(*text) ? Json() : Json::parse(*text, nullptr, /*allow_exceptions=*/false);
     if (parsed.is_object()) return parsed;
-    setAside("está dañado");
+    setAside("is damaged");
     return std::nullopt;
 }
 
@@ -86,8 +86,8 @@ void JsonUserDefaults::setAside(const std::string& reason) {
         std::scoped_lock lock(mutex_);
         mayWrite_ = !error;
     }
-    logLine("el archivo de ajustes " + reason + "; " +
-            (error ? "no se guardarán cambios: " + error.message() : "se guarda como " + aside.string()));
+    logLine("the settings file " + reason + "; " +
+            (error ? "changes will not be kept: " + error.message() : "it is kept as " + aside.string()));
 }
 
 std::optional<Json> JsonUserDefaults::value(std::string_view key) const {
@@ -135,7 +135,7 @@ void JsonUserDefaults::write() {
         changes.swap(pending_);
     }
     const auto error = writeMerged(changes);
-    if (error && !failureLogged_) logLine("no se pudieron guardar los ajustes: " + error.message());
+    if (error && !failureLogged_) logLine("the settings could not be saved: " + error.message());
     failureLogged_ = static_cast<bool>(error);
     if (!error) return;
     std::scoped_lock lock(mutex_);

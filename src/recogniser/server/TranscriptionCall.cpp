@@ -111,7 +111,7 @@ void setPatience(CURL* curl, const ServerPatience& patience, double seconds) {
 
 /// The log is told no more than that.
 [[noreturn]] void fail(Kind kind, const std::string& how) {
-    logLine("servidor de transcripción: " + how);
+    logLine("transcription server: " + how);
     throw ServerFailure(kind);
 }
 

@@ -38,7 +38,7 @@ void makeFolder(const fs::path& folder) {
 void removeAll(const fs::path& path) {
     std::error_code error;
     fs::remove_all(path, error);
-    if (error) logLine("no se pudo borrar " + path.string() + ": " + error.message());
+    if (error) logLine(path.string() + " could not be deleted: " + error.message());
 }
 
 void writeWhole(const fs::path& file, const std::string& text) {

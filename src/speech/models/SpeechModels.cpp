@@ -50,7 +50,7 @@ std::vector<SpeechModel> SpeechModels::installed() const {
 
 void SpeechModels::tell(const fs::path& folder, const std::string& complaint) const {
     if (std::exchange(told_[folder], complaint) == complaint) return;
-    logLine("no se usa el modelo de voz de " + folder.string() + ": " + complaint);
+    logLine("the speech model in " + folder.string() + " is not used: " + complaint);
 }
 
 std::optional<SpeechModel> SpeechModels::choose(std::string_view languageId) const {

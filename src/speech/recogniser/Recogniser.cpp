@@ -220,7 +220,7 @@ void Recogniser::refused(const std::string& why) {
     if (isReady_ && !isForUser) return lost("no quiere seguir");
     link_.reset();
     if (!isForUser) {
-        logLine("no se pudo cargar el reconocedor: " + why);
+        logLine("the recogniser could not be loaded: " + why);
         onRefused(model);
     }
     giveUp(isForUser ? tr(asComplaint(why)) : failureText());
@@ -250,7 +250,7 @@ void Recogniser::lost(const std::string& how) {
     const auto model = link_->model();
     const bool wasReady = isReady_;
     link_.reset();
-    logLine("el reconocedor de voz ha fallado: " + how);
+    logLine("the recogniser has failed: " + how);
     // What it was still at when it died was nobody's any more.
     const bool isCharged = std::exchange(stale_, 0) == 0;
     int failures = 0;

@@ -272,7 +272,7 @@ TEST_F(X11KeyMonitorTest, AKeyThatOthersHaveIsDoneWithout) {
         << "nothing was left behind";
     testing::internal::CaptureStderr();
     EXPECT_FALSE(monitors_->withhold(keycode::escape));
-    EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::HasSubstr("DORIX: otro programa"));
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::HasSubstr("DORIX: another program"));
 }
 
 TEST_F(X11KeyMonitorTest, AHoldSurvivesANewLayoutAndAKeyboardThatComesAndGoes) {

@@ -100,7 +100,7 @@ TEST_F(X11PasteTest, NeedsNoOtherKeysThanThoseOfTheChord) {
     const auto terminal = openApplication("xterm", "XTerm");
     testing::internal::CaptureStderr();
     EXPECT_THAT(keysOf(*terminal, keycode::v, 0), IsEmpty());
-    EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::HasSubstr("DORIX: el teclado no tiene"));
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::HasSubstr("DORIX: the keyboard lacks"));
 }
 
 TEST_F(X11PasteTest, HeldModifiersDoNotMixInAndAreHeldAgainAfterwards) {

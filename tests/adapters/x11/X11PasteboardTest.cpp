@@ -339,7 +339,7 @@ TEST_F(X11PasteboardTest, AHungOwnerCostsNoMoreThanTheBudget) {
     EXPECT_LT(loop_.main.now() - start, 1.8);
     const std::string log = testing::internal::GetCapturedStderr();
     EXPECT_EQ(std::ranges::count(log, '\n'), 1) << log;
-    EXPECT_THAT(log, testing::HasSubstr("DORIX: la aplicación dueña del portapapeles"));
+    EXPECT_THAT(log, testing::HasSubstr("DORIX: the owner of the clipboard"));
 
     const RawOwner half(*user_, [](RawOwner& self, const auto& request, const std::string& target) {
         if (target == "TARGETS") self.replyTargets(request, {"A", "B", "C", "text/plain"});
