@@ -2,8 +2,10 @@
 
 #include "base/text/Regex.h"
 #include "base/text/Text.h"
+#include "writing/EnglishDates.h"
 
 #include <array>
+#include <utility>
 
 namespace dorix {
 
@@ -37,7 +39,7 @@ PolishResult BasicPolisher::polished(std::string_view transcript) const {
     static const Regex whiteSpace(R"(\s+)");
     std::string text = withoutFillers(std::string(text::trim(transcript)));
     text = whiteSpace.replaceAll(text, " ");
-    text = text::capitalizeFirst(text::trimBlanks(text));
+    text = text::capitalizeFirst(text::trimBlanks(withEnglishDates(std::move(text))));
     if (wantsPeriod(text)) text += '.';
     return {.title = titleFrom(text), .text = text, .engine = name_};
 }

@@ -26,6 +26,12 @@ TEST(BasicPolisherTest, LeavesWhatTheRulesDoNotReach) {
     EXPECT_EQ(polish(" "), "");
 }
 
+TEST(BasicPolisherTest, EnglishDaysAndMonthsAreCapitalised) {
+    EXPECT_EQ(polish("see you on monday or tuesdays in may"), "See you on Monday or Tuesdays in May.");
+    EXPECT_EQ(polish("we may march until 5 march and may 3rd"), "We may march until 5 March and May 3rd.");
+    EXPECT_EQ(polish("en mayo, los lunes"), "En mayo, los lunes.");
+}
+
 TEST(BasicPolisherTest, NamesItselfAndTitlesTheText) {
     const auto result = BasicPolisher().polished("uno dos tres cuatro cinco seis siete ocho");
     EXPECT_EQ(result.engine, "Básico");
