@@ -29,7 +29,9 @@ using AXValue = std::variant<AXUIElementRef, std::string, bool>;
 /// block up to what is left of the budget.
 ///
 /// Attributes that the product asks for: "AXFocusedWindow", "AXFocusedUIElement", "AXParent" (elements);
-/// "AXTitle", "AXRole", "AXValue", "AXSelectedText", "AXDocument", "AXURL" (strings). Roles are the
+/// "AXTitle", "AXRole", "AXValue", "AXSelectedText", "AXDocument", "AXURL" (strings), and
+/// "AXTextBeforeCursor", the last two characters at most in front of the cursor or of what is selected, which
+/// a place that is no text to write in, and one for secrets, does not tell. Roles are the
 /// platform's: "AXTextField", "AXTextArea", "AXComboBox", "AXSearchField", "AXWebArea", "AXList" and so on.
 class AXUIElement {
  public:

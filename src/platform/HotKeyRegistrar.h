@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <expected>
 #include <functional>
+#include <string>
 
 namespace dorix {
 
@@ -12,6 +13,9 @@ struct HotKeyID {
 
     bool operator==(const HotKeyID&) const = default;
 };
+
+/// A chord as its keys are printed, for the log: "Alt+Shift+Space". Any thread.
+std::string chordName(std::uint16_t keyCode, std::uint32_t modifiers);
 
 /// System-wide chords that the system delivers to this application alone. Main executor; nothing blocks.
 class HotKeyRegistrar {
@@ -35,6 +39,10 @@ class HotKeyRegistrar {
     virtual std::expected<Ref, Status> registerHotKey(std::uint16_t keyCode, std::uint32_t modifiers,
                                                       HotKeyID id) = 0;
 
+    /// Whether the chord comes to us. One that a change of layout has brought to where another program has it
+    /// is tried again.
+    virtual bool isDelivered(Ref ref) = 0;
+
     /// Unknown refs are ignored.
     virtual void unregisterHotKey(Ref ref) = 0;
 };
@@ -48,6 +56,7 @@ class UnavailableHotKeyRegistrar final : public HotKeyRegistrar {
     std::expected<Ref, Status> registerHotKey(std::uint16_t, std::uint32_t, HotKeyID) override {
         return std::unexpected(notSupported);
     }
+    bool isDelivered(Ref) override { return false; }
     void unregisterHotKey(Ref) override {}
 };
 

@@ -43,6 +43,9 @@ class KeyEventMonitors {
     /// Whether the modifier key is held to type characters in the layout in force, as AltGr is.
     virtual bool typesCharacters(std::uint16_t keyCode) const = 0;
 
+    /// Called after the keyboard or its layout has changed.
+    virtual Subscription onKeyboardChange(std::function<void()> callback) = 0;
+
     /// The modifier key that is being reported down is held for this application: where the system opens a
     /// menu when such a key goes up with nothing in between, it will not for this press, if that is more
     /// than a tap.
@@ -61,6 +64,7 @@ class UnavailableKeyEventMonitors final : public KeyEventMonitors {
     Subscription addLocalMonitor(KeyEventMask, LocalHandler) override { return {}; }
     bool reportsKey(std::uint16_t) const override { return false; }
     bool typesCharacters(std::uint16_t) const override { return false; }
+    Subscription onKeyboardChange(std::function<void()>) override { return {}; }
     void keepMenuShut() override {}
     Subscription withhold(std::uint16_t) override { return {}; }
 };

@@ -27,8 +27,8 @@ class PrivacyGrants {
     virtual bool requestScreenCaptureAccess() = 0;
 
     /// Opens the system's settings at one of "Privacy_Microphone", "Privacy_SpeechRecognition",
-    /// "Privacy_Accessibility", "Privacy_ScreenCapture", where the system has such a place.
-    virtual void openPane(std::string_view name) = 0;
+    /// "Privacy_Accessibility", "Privacy_ScreenCapture"; false where the system has no such place.
+    virtual bool openPane(std::string_view name) = 0;
 };
 
 }  // namespace dorix

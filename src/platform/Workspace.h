@@ -14,6 +14,8 @@ struct RunningApplication {
     std::optional<std::string> localizedName;
     /// The window that was in front; 0 for unknown. Only the adapter knows what the number means.
     std::uint64_t windowNumber = 0;
+    /// What this system itself calls it, for what people and other programs read.
+    std::optional<std::string> systemIdentifier;
 
     bool operator==(const RunningApplication&) const = default;
 };
@@ -32,6 +34,10 @@ class Workspace {
     /// Whether both are the same application, whatever their windows.
     virtual bool isSameApplication(const RunningApplication& one, const RunningApplication& other) const = 0;
 
+    /// The identity that the tables know an application by which this system calls `systemIdentifier`; that
+    /// itself where they do not.
+    virtual std::string tableIdentifier(const std::string& systemIdentifier) const = 0;
+
     /// This application's own bundle identifier.
     virtual std::string ownBundleIdentifier() const = 0;
 
@@ -47,6 +53,7 @@ class UnavailableWorkspace final : public Workspace {
     bool isSameApplication(const RunningApplication&, const RunningApplication&) const override {
         return false;
     }
+    std::string tableIdentifier(const std::string& identifier) const override { return identifier; }
     std::string ownBundleIdentifier() const override { return "es.pelmora.dorix"; }
     void activate(const RunningApplication&) override {}
 };

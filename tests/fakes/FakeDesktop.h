@@ -100,7 +100,10 @@ class FakePrivacyGrants final : public PrivacyGrants {
         log.emplace_back("request screen");
         return screen;
     }
-    void openPane(std::string_view name) override { log.push_back("open " + std::string(name)); }
+    bool openPane(std::string_view name) override {
+        log.push_back("open " + std::string(name));
+        return true;
+    }
 };
 
 class FakeWorkspace final : public Workspace {
@@ -117,6 +120,7 @@ class FakeWorkspace final : public Workspace {
     bool isSameApplication(const RunningApplication& one, const RunningApplication& other) const override {
         return one.processIdentifier == other.processIdentifier;
     }
+    std::string tableIdentifier(const std::string& identifier) const override { return identifier; }
     std::string ownBundleIdentifier() const override { return own; }
     void activate(const RunningApplication& app) override {
         activated.push_back(app);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Observable.h"
 #include "base/async/Executor.h"
 #include "platform/HotKeyRegistrar.h"
 #include "platform/InputEvents.h"
@@ -22,6 +23,7 @@ class FakeHotKeyRegistrar final : public HotKeyRegistrar {
         if (refuseWith != 0) return std::unexpected(refuseWith);
         return ++lastRef_;
     }
+    bool isDelivered(Ref) override { return refuseWith == 0; }
     void unregisterHotKey(Ref) override {}
 
     /// It happened so many seconds ago.
@@ -52,8 +54,13 @@ class FakeKeyEventMonitors final : public KeyEventMonitors {
     Subscription addLocalMonitor(KeyEventMask mask, LocalHandler handler) override {
         return add(mask, true, std::move(handler));
     }
-    bool reportsKey(std::uint16_t) const override { return true; }
+    bool reportsKey(std::uint16_t) const override { return hasHoldKey; }
     bool typesCharacters(std::uint16_t) const override { return holdKeyIsAltGr; }
+    Subscription onKeyboardChange(std::function<void()> callback) override {
+        return changed_.add(std::move(callback));
+    }
+    /// Another keyboard, or another layout.
+    void change() { changed_.notify(); }
     void keepMenuShut() override {}
     Subscription withhold(std::uint16_t keyCode) override {
         auto token = std::make_shared<std::uint16_t>(keyCode);
@@ -93,6 +100,7 @@ class FakeKeyEventMonitors final : public KeyEventMonitors {
     }
 
     bool refuseGlobal = false;
+    bool hasHoldKey = true;
     bool holdKeyIsAltGr = false;
     double toldLate = 0;  // seconds that an event waits before it is sent
 
@@ -112,6 +120,7 @@ class FakeKeyEventMonitors final : public KeyEventMonitors {
     const Executor& executor_;
     std::vector<std::weak_ptr<Monitor>> monitors_;
     std::weak_ptr<std::uint16_t> withheld_;
+    Observers<> changed_;
 };
 
 /// Keeps what is struck; `onPost` plays the application that gets it.

@@ -9,6 +9,8 @@ namespace {
 
 constexpr const char* busName = "org.a11y.Bus";
 constexpr const char* busPath = "/org/a11y/bus";
+constexpr const char* propertiesInterface = "org.freedesktop.DBus.Properties";
+constexpr const char* statusInterface = "org.a11y.Status";
 
 /// What applications are asked to tell: without a listener they keep it to themselves.
 constexpr std::array registeredEvents = {"object:state-changed:focused", "window:activate",
@@ -45,6 +47,8 @@ void AccessibilityBus::openSession() {
     session_ = BusConnection::session(main_, watcher_);
     launcher_ = std::make_unique<BusService>(
         *session_, busName, [this] { launcherChanged(); }, BusService::Start::yes);
+    status_ = launcher_->listen(busPath, propertiesInterface, "PropertiesChanged",
+                                [this](sd_bus_message*) { statusChanged(); });
 }
 
 void AccessibilityBus::launcherChanged() {
@@ -57,11 +61,33 @@ void AccessibilityBus::launcherChanged() {
     }
 }
 
+void AccessibilityBus::switchOn() {
+    retries_ = maxRetries;
+    connect();
+    if (session_->isJoined.get()) enable();
+}
+
+void AccessibilityBus::enable() {
+    const auto request = session_->newCall(busName, busPath, propertiesInterface, "Set");
+    sd_bus_message_append(request.get(), "ssv", statusInterface, "IsEnabled", "b", 1);
+    session_->callLater(request, [this](sd_bus_message* reply) {
+        if (!isError(reply)) isEnabled_ = true;
+    });
+}
+
+/// Whoever switches it off in the desktop's settings is believed; the launcher tells of it.
+void AccessibilityBus::statusChanged() {
+    const auto request = session_->newCall(busName, busPath, propertiesInterface, "Get");
+    sd_bus_message_append(request.get(), "ss", statusInterface, "IsEnabled");
+    session_->callLater(request, [this](sd_bus_message* reply) {
+        int enabled = 0;
+        if (!isError(reply) && sd_bus_message_read(reply, "v", "b", &enabled) > 0) isEnabled_ = enabled != 0;
+    });
+}
+
 void AccessibilityBus::askAddress() {
     asking_ = true;
-    const auto enable = session_->newCall(busName, busPath, "org.freedesktop.DBus.Properties", "Set");
-    sd_bus_message_append(enable.get(), "ssv", "org.a11y.Status", "IsEnabled", "b", 1);
-    session_->callLater(enable, [](sd_bus_message*) {});
+    enable();
     session_->callLater(session_->newCall(busName, busPath, busName, "GetAddress"),
                         [this](sd_bus_message* reply) {
                             asking_ = false;

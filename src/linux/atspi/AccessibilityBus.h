@@ -27,12 +27,19 @@ class AccessibilityBus {
     /// nullptr while there is none. May go at any turn of the main loop, not between.
     BusConnection* connection() const;
 
+    /// Whether applications are told, as last heard of.
+    bool isEnabled() const { return isEnabled_; }
+    /// Tells the session again, and tries for a bus anew where there is none.
+    void switchOn();
+
     FocusTracker& focus() { return focus_; }
     ApplicationDirectory& applications() { return applications_; }
 
  private:
     void openSession();
     void launcherChanged();
+    void enable();
+    void statusChanged();
     void askAddress();
     void open(const std::string& address);
     void listen();
@@ -42,6 +49,7 @@ class AccessibilityBus {
     Executor& main_;
     FdWatcher& watcher_;
     bool asking_ = false;
+    bool isEnabled_ = true;
     int retries_ = 0;
     std::string address_;
     FocusTracker focus_;
@@ -49,6 +57,7 @@ class AccessibilityBus {
     std::vector<Subscription> signals_;
     std::unique_ptr<BusConnection> session_;
     std::unique_ptr<BusService> launcher_;  // on the session bus
+    Subscription status_;                   // what it tells
     std::unique_ptr<BusConnection> bus_;
 };
 

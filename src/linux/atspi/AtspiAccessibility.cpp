@@ -71,6 +71,7 @@ class ObjectElement final : public AXUIElement {
         if (attribute == "AXTitle") return asValue(client.name(object_));
         if (attribute == "AXValue") return asValue(value(client));
         if (attribute == "AXSelectedText") return asValue(selectedText(client));
+        if (attribute == "AXTextBeforeCursor") return asValue(textBeforeCursor(client));
         if (attribute == "AXURL") return asValue(documentAddress(client, object_));
         return unsupported();
     }
@@ -147,6 +148,20 @@ class ObjectElement final : public AXUIElement {
         if (!range) return std::unexpected(range.error());
         auto text = client.text(object_, *range);
         if (text && text->contains(embeddedObject)) return unsupported();
+        return text;
+    }
+
+    /// A terminal's text is not the user's alone, and where there are objects in it their own text counts.
+    Answer<std::string> textBeforeCursor(AtspiClient& client) const {
+        const auto role = roleOf(client);
+        if (!role) return std::unexpected(role.error());
+        if (*role == Role::passwordText || *role == Role::terminal) return unsupported();
+        const auto selected = client.selection(object_);
+        const auto place = selected ? Answer<std::int32_t>(selected->start) : client.caret(object_);
+        if (!place) return std::unexpected(place.error());
+        if (*place == 0) return std::string();
+        auto text = client.text(object_, {std::max(0, *place - 2), *place});
+        if (text && (text->empty() || text->contains(embeddedObject))) return unsupported();
         return text;
     }
 
@@ -276,6 +291,8 @@ AXUIElementRef AtspiAccessibility::createApplication(std::int32_t processIdentif
         AtspiLook{bus_, executor_, executor_.now() + budget, processIdentifier, windowTitle_}));
 }
 
-bool AtspiAccessibility::isAvailable() const { return bus_->connection() != nullptr; }
+bool AtspiAccessibility::isAvailable() const { return bus_->connection() != nullptr && bus_->isEnabled(); }
+
+void AtspiAccessibility::switchOn() { bus_->switchOn(); }
 
 }  // namespace dorix

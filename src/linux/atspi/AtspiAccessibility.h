@@ -35,8 +35,13 @@ class AtspiAccessibility final : public Accessibility {
 
     AXUIElementRef createApplication(std::int32_t processIdentifier, double budget) override;
 
-    /// Whether other applications can be looked into at this moment. Does not block.
+    /// Whether other applications can be looked into at this moment, and are told that somebody does. Does
+    /// not block.
     bool isAvailable() const;
+
+    /// Has the session say again that an assistive technology runs, where that has been switched off, and
+    /// looks for the bus anew. Applications take it up at once, or when they are started next.
+    void switchOn();
 
  private:
     Executor& executor_;

@@ -194,12 +194,22 @@ AtspiClient::Answer<std::string> AtspiClient::text(const ObjectRef& object, Rang
     return std::move(*text);
 }
 
+AtspiClient::Answer<std::int32_t> AtspiClient::caret(const ObjectRef& object) {
+    auto place = number(object, "CaretOffset");
+    if (place && *place < 0) return std::unexpected(AXError::noValue);
+    return place;
+}
+
 AtspiClient::Answer<std::int32_t> AtspiClient::textLength(const ObjectRef& object) {
-    const auto reply = property(object, textInterface, "CharacterCount", "i");
+    return number(object, "CharacterCount");
+}
+
+AtspiClient::Answer<std::int32_t> AtspiClient::number(const ObjectRef& object, const char* name) {
+    const auto reply = property(object, textInterface, name, "i");
     if (!reply) return std::unexpected(reply.error());
-    std::int32_t count = 0;
-    if (sd_bus_message_read_basic(reply->get(), 'i', &count) <= 0) return malformed();
-    return count;
+    std::int32_t value = 0;
+    if (sd_bus_message_read_basic(reply->get(), 'i', &value) <= 0) return malformed();
+    return value;
 }
 
 AtspiClient::Answer<std::string> AtspiClient::documentAttribute(const ObjectRef& object, const char* name) {

@@ -49,6 +49,8 @@ class AtspiClient {
     /// The first selected stretch of the object's text; noValue when nothing is selected.
     Answer<Range> selection(const ObjectRef& object);
     Answer<std::string> text(const ObjectRef& object, Range range);
+    /// Where the cursor stands in the object's text, in characters; noValue where it does not.
+    Answer<std::int32_t> caret(const ObjectRef& object);
     /// The number of characters in the object's text.
     Answer<std::int32_t> textLength(const ObjectRef& object);
     Answer<std::string> documentAttribute(const ObjectRef& object, const char* name);
@@ -59,6 +61,8 @@ class AtspiClient {
  private:
     sdbus::Message ask(const ObjectRef& object, const char* interface, const char* member) const;
     Answer<sdbus::Message> send(const sdbus::Message& request);
+    /// A property of the object's text.
+    Answer<std::int32_t> number(const ObjectRef& object, const char* name);
     Answer<sdbus::Message> property(const ObjectRef& object, const char* interface, const char* name,
                                     const char* type);
 

@@ -13,6 +13,7 @@
 #include "linux/process/ChildCompanionService.h"
 #include "linux/process/LinuxHelperProcesses.h"
 #include "linux/process/LinuxProcesses.h"
+#include "linux/process/SoundSettings.h"
 #include "linux/pulse/PulseAudioEngine.h"
 #include "linux/pulse/PulseSystemSounds.h"
 #include "linux/secret/SecretKeychain.h"
@@ -101,6 +102,7 @@ struct LinuxDesktop::Adapters {
           processes(watcher),
           helpers(watcher, processes.executable()),
           urls(watcher),
+          soundSettings(watcher),
           companion(watcher, programBeside(processes.executable(), "dorix-service")),
           system(BusConnection::system(main, watcher)),
           bus(BusConnection::session(main, watcher)),
@@ -143,12 +145,15 @@ struct LinuxDesktop::Adapters {
     LinuxPrivacyGrants grants{
         {.hasRecogniser = [this] { return helpers.isInstalled("dorix-recogniser"); },
          .canUseOtherApplications = [this] { return hasDisplay() && accessibility.isAvailable(); },
-         .canCaptureScreen = [this] { return hasDisplay(); }}};
+         .canCaptureScreen = [this] { return hasDisplay(); },
+         .switchOnAccessibility = [this] { accessibility.switchOn(); },
+         .openSoundSettings = [this] { return soundSettings.open(); }}};
     PulseSystemSounds sounds{audio.connection()};
     ClipboardKeeper keeper;
     LinuxProcesses processes;
     LinuxHelperProcesses helpers;
     XdgUrlOpener urls;
+    SoundSettings soundSettings;
     AtomicFileReplacer files;
     DurableFolders folders;
     ChildCompanionService companion;

@@ -7,7 +7,7 @@
 namespace dorix {
 
 /// A Linux desktop has no grants to give: what is there may be used. So each answer tells whether the means
-/// is there, a request changes nothing, and there is no settings page to open. Only the microphone comes and
+/// is there, and a request does what little can be done about it. Only the microphone comes and
 /// goes while the program runs: that there is none now is no refusal, and shows when one is to be opened.
 class LinuxPrivacyGrants final : public PrivacyGrants {
  public:
@@ -17,6 +17,10 @@ class LinuxPrivacyGrants final : public PrivacyGrants {
         /// Other applications can be looked into and typed into.
         std::function<bool()> canUseOtherApplications;
         std::function<bool()> canCaptureScreen;
+        /// Accessibility may have been switched off in the desktop's settings.
+        std::function<void()> switchOnAccessibility;
+        /// False where no program for that is known.
+        std::function<bool()> openSoundSettings;
     };
 
     explicit LinuxPrivacyGrants(Means means) : means_(std::move(means)) {}
@@ -31,9 +35,11 @@ class LinuxPrivacyGrants final : public PrivacyGrants {
 
     Task<void> requestMicrophone() override { co_return; }
     Task<void> requestSpeech() override { co_return; }
-    void promptForTrust() override {}
+    void promptForTrust() override { means_.switchOnAccessibility(); }
     bool requestScreenCaptureAccess() override { return means_.canCaptureScreen(); }
-    void openPane(std::string_view) override {}
+    bool openPane(std::string_view name) override {
+        return name == "Privacy_Microphone" && means_.openSoundSettings();
+    }
 
  private:
     Means means_;

@@ -56,6 +56,15 @@ std::expected<HotKeyRegistrar::Ref, HotKeyRegistrar::Status> X11HotKeyRegistrar:
     return lastRef_;
 }
 
+bool X11HotKeyRegistrar::isDelivered(Ref ref) {
+    const auto found = hotKeys_.find(ref);
+    if (found == hotKeys_.end() || connection_.isLost()) return false;
+    auto& hotKey = found->second;
+    const auto chord = hotKey.grabbed ? std::nullopt : chordFor(hotKey);
+    if (chord && grab(*chord) == 0) hotKey.grabbed = chord;
+    return hotKey.grabbed.has_value();
+}
+
 void X11HotKeyRegistrar::unregisterHotKey(Ref ref) {
     const auto hotKey = hotKeys_.find(ref);
     if (hotKey == hotKeys_.end()) return;
@@ -105,7 +114,8 @@ void X11HotKeyRegistrar::regrabAll() {
         if (status == 0) {
             hotKey.grabbed = chord;
         } else {
-            logLine("no se pudo registrar el atajo global (" + std::to_string(status) + ")");
+            logLine("no se pudo registrar el atajo global (" + std::to_string(status) +
+                    "): " + chordName(hotKey.keyCode, hotKey.modifiers));
         }
     }
 }

@@ -23,6 +23,7 @@ class X11HotKeyRegistrar final : public HotKeyRegistrar {
     void installEventHandler(Handler handler) override { handler_ = std::move(handler); }
     std::expected<Ref, Status> registerHotKey(std::uint16_t keyCode, std::uint32_t modifiers,
                                               HotKeyID id) override;
+    bool isDelivered(Ref ref) override;
     void unregisterHotKey(Ref ref) override;
 
  private:

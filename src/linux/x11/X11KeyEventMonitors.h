@@ -25,6 +25,9 @@ class X11KeyEventMonitors final : public KeyEventMonitors {
     Subscription addLocalMonitor(KeyEventMask mask, LocalHandler handler) override;
     bool reportsKey(std::uint16_t keyCode) const override;
     bool typesCharacters(std::uint16_t keyCode) const override;
+    Subscription onKeyboardChange(std::function<void()> callback) override {
+        return keyboard_.onChange(std::move(callback));
+    }
     void keepMenuShut() override { menuKept_ = true; }
     Subscription withhold(std::uint16_t keyCode) override;
 

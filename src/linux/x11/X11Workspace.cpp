@@ -47,9 +47,15 @@ std::optional<RunningApplication> X11Workspace::frontmostApplication() const {
     const std::string executable = app.processIdentifier > 0 ? executableName(app.processIdentifier) : "";
     app.bundleIdentifier =
         linuxapps::bundleIdentifier({desktopId, windowClass.className, windowClass.instance, executable});
+    app.systemIdentifier =
+        firstNotEmpty({desktopId, windowClass.className, windowClass.instance, executable});
     if (!app.bundleIdentifier)
         app.bundleIdentifier = firstNotEmpty({desktopId, windowClass.className, windowClass.instance});
     return app;
+}
+
+std::string X11Workspace::tableIdentifier(const std::string& systemIdentifier) const {
+    return linuxapps::bundleIdentifier({systemIdentifier}).value_or(systemIdentifier);
 }
 
 bool X11Workspace::isFrontmost(const RunningApplication& app) const {

@@ -19,6 +19,7 @@ class X11Workspace final : public Workspace {
     std::optional<RunningApplication> frontmostApplication() const override;
     bool isFrontmost(const RunningApplication& app) const override;
     bool isSameApplication(const RunningApplication& one, const RunningApplication& other) const override;
+    std::string tableIdentifier(const std::string& systemIdentifier) const override;
     std::string ownBundleIdentifier() const override { return "es.pelmora.dorix"; }
     void activate(const RunningApplication& app) override;
 
