@@ -42,8 +42,8 @@ struct HistoryItem {
 
     std::string id;  // a UUID, made by whoever creates the item
     HistoryKind kind = HistoryKind::dictado;
-    std::string app;  // display name of the application in front
-    std::optional<std::string> bundleID;
+    std::string app;                      // display name of the application in front
+    std::optional<std::string> bundleID;  // the system's own name of the application
     std::string title;
     double createdAt = 0;  // seconds since 1970
     std::string query;     // what the user said

@@ -27,7 +27,12 @@ inline constexpr const char* selectNewestFirst =
     "SELECT id, kind, app, bundle_id, title, created_at, query, answer, meta FROM history "
     "ORDER BY created_at DESC";
 
-/// The item of a row of that statement. Nothing when the kind is not known to this version.
+/// Those before a date, newest first.
+inline constexpr const char* selectOlder =
+    "SELECT id, kind, app, bundle_id, title, created_at, query, answer, meta FROM history "
+    "WHERE created_at < ? ORDER BY created_at DESC";
+
+/// The item of a row of these statements. Nothing when the kind is not known to this version.
 std::optional<HistoryItem> itemOf(sqlite3_stmt* row);
 
 }  // namespace dorix::historyrows

@@ -16,7 +16,7 @@ namespace {
 using Kind = HistoryChange::Kind;
 
 /// Opening must not take longer as the file grows.
-constexpr int shownAtStart = 2000;
+constexpr std::size_t shownAtStart = 2000;
 
 constexpr const char* schema =
     "PRAGMA journal_mode=WAL;\n"
@@ -52,7 +52,8 @@ void sortNewestFirst(HistoryItems& items) {
 HistoryStore::HistoryStore(const std::filesystem::path& database) : db_(sqlite::open(database)) {
     if (!db_) logLine("no se pudo abrir la base de datos en " + database.string());
     sqlite::exec(db_.get(), schema);
-    auto loaded = load(shownAtStart);
+    auto loaded = load(static_cast<int>(shownAtStart));
+    if (loaded.size() >= shownAtStart) oldestRead_ = loaded.back().createdAt;
     for (const auto& item : loaded) shownIds_.insert(item.id);
     items_.assign(std::move_iterator(loaded.begin()), std::move_iterator(loaded.end()));
     inOrder_ = std::ranges::is_sorted(items_, std::greater{}, &HistoryItem::createdAt);
@@ -86,12 +87,19 @@ void HistoryStore::restore(const RemovedItem& removed) {
     observers_.notify({.kind = Kind::inserted, .index = index});
 }
 
+void HistoryStore::showOlder(const std::vector<HistoryItem>& found) {
+    for (const auto& item : found) {
+        if (!shownIds_.contains(item.id)) show(item);
+    }
+}
+
 void HistoryStore::clear() {
     sqlite::exec(db_.get(), "DELETE FROM history; VACUUM;");
     sqlite::emptyLog(db_.get());
     items_.clear();
     shownIds_.clear();
     inOrder_ = true;
+    oldestRead_.reset();
     observers_.notify({.kind = Kind::reset});
 }
 

@@ -49,8 +49,15 @@ class HistoryStore {
     HistoryStore(const HistoryStore&) = delete;
     HistoryStore& operator=(const HistoryStore&) = delete;
 
-    /// Newest first: what was read at the start, and what was added since.
+    /// Newest first: what was read at the start, what was added since, and what a search found in the file.
     const HistoryItems& items() const { return items_; }
+
+    /// When the last of the items was made that were read at the start, where the file holds more: what is
+    /// older than that is listed only when it was found by a search. None where all was read.
+    std::optional<double> oldestRead() const { return oldestRead_; }
+
+    /// Lists items that the file holds; those that are listed already stay as they are.
+    void showOlder(const std::vector<HistoryItem>& found);
 
     /// Tells of every change of items(), after it. An observer may not change the history.
     Subscription observe(std::function<void(const HistoryChange&)> observer);
@@ -98,6 +105,7 @@ class HistoryStore {
     std::unordered_set<std::string>
         shownIds_;         // of items_: most items that come are new, which this tells at once
     bool inOrder_ = true;  // items_ is, by date
+    std::optional<double> oldestRead_;
     Observers<HistoryChange> observers_;
 };
 
