@@ -66,6 +66,11 @@ bool isPasswordField(const std::expected<AXValue, AXError>& focused) {
     return element && *element && (*element)->string("AXSubrole") == "AXSecureTextField";
 }
 
+bool tellsCursor(const std::expected<AXValue, AXError>& focused) {
+    const auto* element = focused ? std::get_if<AXUIElementRef>(&*focused) : nullptr;
+    return element && *element && (*element)->string("AXTextBeforeCursor").has_value();
+}
+
 std::optional<std::string> pageURLAround(const std::expected<AXValue, AXError>& focused) {
     const auto* start = focused ? std::get_if<AXUIElementRef>(&*focused) : nullptr;
     AXUIElementRef element = start ? *start : nullptr;
@@ -79,6 +84,15 @@ std::optional<std::string> pageURLAround(const std::expected<AXValue, AXError>& 
     return std::nullopt;
 }
 
+AppContext ownContext(const RunningApplication& app) {
+    AppContext context;
+    context.app = app;
+    context.bundleID = app.bundleIdentifier;
+    context.displayName = "DORIX";
+    context.hasEditableFocus = true;
+    return context;
+}
+
 }  // namespace
 
 AppDescription describeApp(const std::optional<std::string>& bundleID,
@@ -90,11 +104,13 @@ AppDescription describeApp(const std::optional<std::string>& bundleID,
     return {localizedName.value_or("App"), row ? row->tone : Tone::neutral, appIcon(bundleID)};
 }
 
-AppContext captureAppContext(Workspace& workspace, Accessibility& accessibility) {
+AppContext captureAppContext(Workspace& workspace, Accessibility& accessibility, OwnField ownField) {
     AppContext context;
     const auto app = workspace.frontmostApplication();
-    if (!app || !app->bundleIdentifier || *app->bundleIdentifier == workspace.ownBundleIdentifier()) {
-        return context;
+    if (!app || !app->bundleIdentifier) return context;
+    if (*app->bundleIdentifier == workspace.ownBundleIdentifier()) {
+        // Its accessibility is not asked: it would have to answer meanwhile.
+        return ownField == OwnField::yes ? ownContext(*app) : context;
     }
     const auto element = accessibility.createApplication(app->processIdentifier);
     context.app = app;
@@ -103,6 +119,7 @@ AppContext captureAppContext(Workspace& workspace, Accessibility& accessibility)
     const auto focused = element->copyAttributeValue("AXFocusedUIElement");
     context.hasEditableFocus = editableFocus(focused);
     context.hasSecretFocus = isPasswordField(focused);
+    context.tellsCursor = !context.hasSecretFocus && tellsCursor(focused);
     auto description = describeApp(context.bundleID, app->localizedName, context.windowTitle);
     context.displayName = std::move(description.displayName);
     context.tone = description.tone;

@@ -27,6 +27,8 @@ struct AppContext {
     std::optional<bool> hasEditableFocus;
     /// Whether it stands where a password goes.
     bool hasSecretFocus = false;
+    /// Whether the place tells what stands before the cursor.
+    bool tellsCursor = false;
     /// Of a browser only.
     std::optional<std::string> pageURL;
 
@@ -47,9 +49,13 @@ AppDescription describeApp(const std::optional<std::string>& bundleID,
                            const std::optional<std::string>& localizedName,
                            const std::optional<std::string>& windowTitle);
 
+/// Whether a field of this application itself takes what is dictated.
+enum class OwnField { no, yes };
+
 /// A snapshot of the application in front. Never fails: what cannot be had is left open. Main executor; may
 /// block for one accessibility budget.
-AppContext captureAppContext(Workspace& workspace, Accessibility& accessibility);
+AppContext captureAppContext(Workspace& workspace, Accessibility& accessibility,
+                             OwnField ownField = OwnField::no);
 
 /// Whether the user is talking to another assistant, where words are typed as they are. Pure, any thread.
 bool isAIChat(const std::optional<std::string>& bundleID, const std::optional<std::string>& windowTitle,

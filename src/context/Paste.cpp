@@ -60,10 +60,11 @@ Task<InsertionReceipt> Paste::deliver() {
 Task<std::optional<RunningApplication>> Paste::placeInFront() {
     const auto& workspace = means_.workspace;
     const double deadline = means_.executor.now() + keyboardReturns;
+    const bool isForUs = isOwn(insertion_.target);
     bool asked = false;
     for (;;) {
         const auto front = workspace.frontmostApplication();
-        if (front && !isOwn(front)) {
+        if (front && (isForUs || !isOwn(front))) {
             const bool isPlace = !insertion_.target || workspace.isFrontmost(*insertion_.target);
             co_return isPlace ? front : std::nullopt;
         }
@@ -103,7 +104,7 @@ Task<bool> Paste::take() {
     // What the user has only just copied is not taken away for a text that may not even be pasted.
     if (isOffered_ && reading.state == Pasteboard::Reading::State::unreadable) co_return false;
     // A clipboard manager may have taken the text itself over.
-    if (!isOffered_ || !holds(reading, insertion_.text)) {
+    if (!isOffered_ || !holds(reading, offered_)) {
         before_ = std::move(reading);
         userCopied_ = means_.pasteboard.changeCount() != known_;
     }
@@ -156,13 +157,14 @@ Task<void> Paste::giveBack() {
 Task<bool> Paste::isStillOurs() {
     // Asked of the system: we may yet have to hear of what the user has just copied.
     if (means_.pasteboard.holdsOwnContents() && means_.pasteboard.changeCount() == known_) co_return true;
-    co_return co_await means_.pasteboard.string() == insertion_.text;
+    co_return co_await means_.pasteboard.string() == offered_;
 }
 
 /// Passing contents are not kept by clipboard managers.
 void Paste::offer(bool isPassing) {
     means_.pasteboard.clearContents();
-    means_.pasteboard.setString(insertion_.text);
+    offered_ = isPassing ? insertion_.lead + insertion_.text : insertion_.text;
+    means_.pasteboard.setString(offered_);
     if (isPassing || insertion_.isSecret) means_.pasteboard.setData({}, Pasteboard::transientType);
     known_ = means_.pasteboard.changeCount();
     isOffered_ = true;

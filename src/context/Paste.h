@@ -16,6 +16,8 @@ class UserClipboard;
 /// A text for another application.
 struct Insertion {
     std::string text;
+    /// What is typed before it; of no use on the clipboard.
+    std::string lead = {};
     /// Where it belongs; whatever is in front when its turn comes, if that cannot be said.
     std::optional<RunningApplication> target;
     /// False where there seems to be nothing to type in: the text is left on the clipboard as well.
@@ -83,6 +85,7 @@ class Paste {
     const Insertion insertion_;
     const EventPoster::Condition mayType_;
     Pasteboard::Reading before_;
+    std::string offered_;  // what was put on the clipboard last
     Delivery delivery_ = Delivery::refused;
     std::int64_t known_ = 0;   // the clipboard's count when this began, and then since the text is there
     bool isOffered_ = false;   // the text has been there
