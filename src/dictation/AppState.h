@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Observable.h"
+#include "dictation/WorkingKeys.h"
 
 #include <array>
 #include <cstdint>
@@ -39,16 +40,29 @@ constexpr std::string_view name(HUDPhase::Kind kind) {
 /// The filter of the panel.
 enum class PanelSection { todo, dictado, preguntas, reunion, busqueda, accion };
 
+/// What the program can do beside writing what is said: texts teach nothing else.
+struct Abilities {
+    bool answers = false;
+    bool meetings = false;
+    bool memory = false;  // to search
+    bool actions = false;
+
+    bool operator==(const Abilities&) const = default;
+};
+
 /// What the screen shows. The flow sets it, views render it. Main executor.
 struct AppState {
     enum class FocusTarget { composer, search };
 
     Observable<bool> panelOpen;
     Observable<bool> accountOpen;
+    Observable<bool> onboardingOpen;
+    Observable<bool> practises;  // a field of our own has the cursor, and takes what is dictated
     Observable<bool> panelAnchorRight;
     Observable<PanelSection> section;
     Observable<std::optional<std::string>> selectedID;
     Observable<std::string> query;
+    Observable<bool> searchesOlder;  // for it, in what is not listed
     Observable<HUDPhase> hud;
     Observable<bool> handsFree;
     Observable<bool> asking;
@@ -59,6 +73,8 @@ struct AppState {
     Observable<std::string> composerText;
     Observable<std::optional<FocusTarget>> focusRequest;
     Observable<bool> showFirstRunHint;
+    Observable<WorkingKeys> keys;
+    Observable<Abilities> abilities;
 };
 
 }  // namespace dorix

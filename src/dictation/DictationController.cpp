@@ -178,7 +178,7 @@ Recorder::Ended DictationController::endRecording() {
 
 void DictationController::nothingHeard() {
     cancelRecording();
-    flash(HUDPhase::info(tr("No te he oído. Pulsa ⌥ Espacio y habla.")), 2.4);
+    flash(HUDPhase::info(namingKeys(tr("No te he oído. Pulsa ⌥ Espacio y habla."), state_.keys.get())), 2.4);
 }
 
 /// Whoever speaks before a locked screen may not be the user, and keys would go to the one who locked it.
@@ -282,7 +282,9 @@ Task<bool> DictationController::carry(std::string transcript, Mode mode, Fate fa
         co_return false;
     }
     if (transcript.empty()) {
-        flash(HUDPhase::info(tr("No te he oído. Mantén pulsado ⌥ Espacio mientras hablas.")), 2.4);
+        flash(HUDPhase::info(namingKeys(tr("No te he oído. Mantén pulsado ⌥ Espacio mientras hablas."),
+                                        state_.keys.get())),
+              2.4);
         co_return true;
     }
     if (session_.locked.get() && !isSecret) keptWhileLocked_ = true;
@@ -299,7 +301,8 @@ void DictationController::failed(const std::exception_ptr& error, bool hasWords)
     const std::string description = localizedDescription(error);
     flash(HUDPhase::error(description), 3.5);
     // None of the collaborators may fail with the words; when one does all the same, they are kept.
-    if (hasWords) logLine("no se pudo completar lo dictado: " + description);
+    if (hasWords)
+        logLine("a dictation was not carried to its end: " + describedIn(LogLanguage::english, error));
 }
 
 // The end

@@ -27,11 +27,13 @@ void HotKeyTable::call(const Table& callbacks, std::uint32_t id, std::uint32_t k
 
 std::unique_ptr<GlobalHotKey> GlobalHotKey::make(HotKeyTable& table, std::uint16_t keyCode,
                                                  std::uint32_t modifiers, std::uint32_t id,
-                                                 HotKeyTable::Callbacks callbacks) {
+                                                 HotKeyTable::Callbacks callbacks, Refusal refusal) {
     (*table.callbacks_)[id] = std::move(callbacks);
     const auto ref = table.registrar_.registerHotKey(keyCode, modifiers, {signature, id});
     if (!ref) {
-        logLine("no se pudo registrar el atajo global (" + std::to_string(ref.error()) + ")");
+        if (refusal == Refusal::logged)
+            logLine("no se pudo registrar el atajo global (" + std::to_string(ref.error()) +
+                    "): " + chordName(keyCode, modifiers));
         table.callbacks_->erase(id);
         return nullptr;
     }

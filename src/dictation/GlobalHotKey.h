@@ -43,13 +43,19 @@ class GlobalHotKey {
     /// "DRX!", as a big-endian four-character code.
     static constexpr std::uint32_t signature = 0x44525821;
 
-    /// Nothing, and a line in the log, when the system refuses the chord. `modifiers` are hot-key modifier
-    /// bits; `id` is unique in the program.
+    /// Whether a refusal leaves a line in the log.
+    enum class Refusal { logged, silent };
+
+    /// Nothing when the system refuses the chord. `modifiers` are hot-key modifier bits; `id` is unique in
+    /// the program.
     static std::unique_ptr<GlobalHotKey> make(HotKeyTable& table, std::uint16_t keyCode,
                                               std::uint32_t modifiers, std::uint32_t id,
-                                              HotKeyTable::Callbacks callbacks);
+                                              HotKeyTable::Callbacks callbacks,
+                                              Refusal refusal = Refusal::logged);
 
     ~GlobalHotKey();
+    /// Whether the chord still comes to us.
+    bool isDelivered() const { return table_.registrar_.isDelivered(ref_); }
     GlobalHotKey(const GlobalHotKey&) = delete;
     GlobalHotKey& operator=(const GlobalHotKey&) = delete;
 

@@ -1,38 +1,9 @@
 #include "dictation/PushToTalkMonitor.h"
 
 #include "base/Log.h"
-#include "platform/KeyCodes.h"
-
-#include <utility>
+#include "dictation/WatchedKey.h"
 
 namespace dorix {
-
-namespace {
-
-struct WatchedKey {
-    std::uint16_t keyCode;
-    /// The device-side bit, so that the key's left-hand twin never counts.
-    std::uint64_t flag;
-    /// Modifiers that make the press an ordinary chord.
-    std::uint64_t veto;
-};
-
-constexpr WatchedKey watched(PushToTalkKey key) {
-    using namespace modifier;
-    switch (key) {
-        case PushToTalkKey::rightOption:
-            return {keycode::rightOption, deviceRightOption, shift | control | command};
-        case PushToTalkKey::rightCommand:
-            return {keycode::rightCommand, deviceRightCommand, shift | control | option};
-        case PushToTalkKey::rightControl:
-            return {keycode::rightControl, deviceRightControl, shift | option | command};
-        case PushToTalkKey::fn:
-            return {keycode::function, function, shift | control | option | command};
-    }
-    std::unreachable();
-}
-
-}  // namespace
 
 PushToTalkMonitor::PushToTalkMonitor(Executor& executor, KeyEventMonitors& events, PushToTalkKey watchedKey)
     : key(watchedKey), executor_(executor), events_(events), confirmWork_(executor) {}
@@ -40,7 +11,7 @@ PushToTalkMonitor::PushToTalkMonitor(Executor& executor, KeyEventMonitors& event
 void PushToTalkMonitor::start() {
     stop();
     if (!events_.reportsKey(watched(key).keyCode))
-        logLine("el teclado no tiene la tecla elegida para dictar");
+        logLine("the keyboard lacks the key that was chosen for dictating");
     const auto install = [this](Subscription token) {
         if (token) monitors_.push_back(std::move(token));
     };
@@ -66,12 +37,21 @@ void PushToTalkMonitor::reset() {
 }
 
 void PushToTalkMonitor::flagsChanged(const KeyEvent& event) {
-    if (!isEnabled) return;
+    if (!isEnabled) return watchInVain(event);
     if (event.keyCode == watched(key).keyCode) {
         holdKeyChanged(event);
     } else if (phase_ != Phase::idle && !isHold(event)) {
         cancel();
     }
+}
+
+/// Once a press, and never for a tap or a chord.
+void PushToTalkMonitor::watchInVain(const KeyEvent& event) {
+    confirmWork_.stop();
+    const auto& hold = watched(key);
+    const bool isPress = event.keyCode == hold.keyCode && (event.modifierFlags & hold.flag) != 0;
+    if (!isPress || (event.modifierFlags & hold.veto) != 0) return;
+    confirmWork_.once(event.time + holdThreshold - executor_.now(), [this] { onHeldInVain(); });
 }
 
 void PushToTalkMonitor::holdKeyChanged(const KeyEvent& event) {
@@ -89,6 +69,7 @@ void PushToTalkMonitor::holdKeyChanged(const KeyEvent& event) {
 
 bool PushToTalkMonitor::keyDown(const KeyEvent& event) {
     const bool escape = event.keyCode == keycode::escape;
+    if (!isEnabled) confirmWork_.stop();
     if (phase_ == Phase::idle) return escape && onEscape();
     const bool hold = isHold(event);
     if (!hold || escape || isChord()) cancel();

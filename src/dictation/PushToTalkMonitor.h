@@ -36,6 +36,7 @@ class PushToTalkMonitor {
     Phase phase() const { return phase_; }
 
     PushToTalkKey key;
+    /// While it is not, the key does nothing.
     bool isEnabled = true;
 
     // Each is called with the phase already changed.
@@ -43,6 +44,8 @@ class PushToTalkMonitor {
     std::function<void()> onConfirm = [] {};
     std::function<void()> onEnd = [] {};
     std::function<void()> onCancel = [] {};
+    /// The key has been held although it is not enabled.
+    std::function<void()> onHeldInVain = [] {};
     /// Esc while idle; true means that it was used.
     std::function<bool()> onEscape = [] { return false; };
     /// Asked when another key goes down in a hold of a key that types characters with others (AltGr): whether
@@ -52,6 +55,7 @@ class PushToTalkMonitor {
  private:
     void flagsChanged(const KeyEvent& event);
     bool keyDown(const KeyEvent& event);
+    void watchInVain(const KeyEvent& event);
     void holdKeyChanged(const KeyEvent& event);
     void arm(const KeyEvent& event);
     void confirm();

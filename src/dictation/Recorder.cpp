@@ -39,8 +39,10 @@ void Recorder::begin(Source source) {
     const double startedAt = executor_.date();
     // The microphone first: an application that is slow to tell of itself must not cost the first word.
     startTask_ = tasks_.spawn(speech_.start(settings_.language.get()));
-    recording_ = {
-        .context = captureAppContext(workspace_, accessibility_), .startedAt = startedAt, .shot = {}};
+    const auto ownField = isPractising() ? OwnField::yes : OwnField::no;
+    recording_ = {.context = captureAppContext(workspace_, accessibility_, ownField),
+                  .startedAt = startedAt,
+                  .shot = {}};
     if (screen_ != nullptr && permissions_.screen.get())
         recording_.shot = ShotTask(tasks_, *screen_, recording_.context.app);
     tasks_.spawn(watchStart(*startTask_, ++number_));

@@ -42,6 +42,9 @@ class Recorder {
     /// Whether the microphone may be used, by the grants as they are now.
     bool mayUseMicrophone();
 
+    /// Whether a field of our own takes what is dictated now.
+    std::function<bool()> isPractising = [] { return false; };
+
     /// Begins to listen and captures what is in front. While one runs it must be ended before.
     void begin(Source source);
     bool isRecording() const { return startTask_.has_value(); }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "dictation/AppState.h"
 #include "dictation/HUDFlash.h"
 #include "dictation/Recorder.h"
 #include "dictation/WrittenText.h"
@@ -66,7 +67,17 @@ struct Destinations {
     Actions* actions = nullptr;
     Teaching* teaching = nullptr;
     DocumentReader* documents = nullptr;  // reads what a question is about
+    bool hasMemory = false;               // that the assistant can search
 };
+
+/// What these can do, for the texts that teach it.
+constexpr Abilities abilitiesOf(const Destinations& there) {
+    const bool answers = there.assistant != nullptr;
+    return {.answers = answers,
+            .meetings = there.meeting != nullptr,
+            .memory = answers && there.hasMemory,
+            .actions = there.actions != nullptr};
+}
 
 /// Decides what a finished utterance wants, in a fixed order, and carries it there. One at a time. Main
 /// executor; what it is given outlives it and its tasks.

@@ -4,6 +4,7 @@
 #include "base/async/Executor.h"
 #include "base/async/Sleep.h"
 #include "base/text/Text.h"
+#include "context/CursorGap.h"
 #include "context/TextInsertion.h"
 #include "context/UserClipboard.h"
 #include "localdata/HistoryStore.h"
@@ -44,13 +45,14 @@ std::string named(std::string_view format, const AppContext& context) {
 
 WrittenText::WrittenText(Executor& executor, SettingsStore& settings, HistoryStore& history,
                          UserClipboard& clipboard, TextInserter& inserter, Workspace& workspace,
-                         HUDFlash& hud)
+                         Accessibility& accessibility, HUDFlash& hud)
     : executor_(executor),
       settings_(settings),
       history_(history),
       clipboard_(clipboard),
       inserter_(inserter),
       workspace_(workspace),
+      accessibility_(accessibility),
       hud_(hud) {}
 
 void WrittenText::prepare() { clipboard_.prepare(); }
@@ -110,6 +112,7 @@ Task<void> WrittenText::write(HistoryItem item, Recording recording, DoneTexts t
     const bool isSecret = recording.context.hasSecretFocus;
     item.meta.inserted = true;
     const auto insertion = inserter_.insertText({.text = item.answer,
+                                                 .lead = leadOf(item, recording.context),
                                                  .target = recording.context.app,
                                                  .hasCursor = recording.context.hasEditableFocus != false,
                                                  .isSecret = isSecret});
@@ -122,6 +125,16 @@ Task<void> WrittenText::write(HistoryItem item, Recording recording, DoneTexts t
     if (std::ranges::find(history_.items(), item.id, &HistoryItem::id) == history_.items().end()) co_return;
     item.meta.inserted = false;
     history_.add(item, HistoryStore::Persist::yes);
+}
+
+/// Seen anew: the sentence before may have been typed since this one was begun. What replaces a selection
+/// stands as that stood.
+std::string WrittenText::leadOf(const HistoryItem& item, const AppContext& context) const {
+    if (item.kind != HistoryKind::dictado || !context.app) return "";
+    if (context.bundleID == workspace_.ownBundleIdentifier())
+        return wantsGap(beforeOwnCursor(), item.answer) ? " " : "";
+    if (!context.tellsCursor) return "";
+    return gapBefore(item.answer, *context.app, accessibility_);
 }
 
 void WrittenText::tell(const InsertionReceipt& receipt, const AppContext& context, const DoneTexts& texts) {
@@ -174,7 +187,8 @@ void WrittenText::keep(const std::string& transcript, const Recording& recording
 void WrittenText::remember(HistoryItem& item, const Recording& recording) const {
     item.id = makeUuid();
     item.app = recording.context.displayName;
-    item.bundleID = recording.context.bundleID;
+    const auto& app = recording.context.app;
+    item.bundleID = app && app->systemIdentifier ? app->systemIdentifier : recording.context.bundleID;
     item.createdAt = recording.startedAt;
     item.meta.durationMs = static_cast<std::int64_t>((executor_.date() - recording.startedAt) * 1000);
     history_.add(item, HistoryStore::Persist::yes);

@@ -6,10 +6,12 @@
 #include "localdata/HistoryItem.h"
 #include "writing/TextPolisher.h"
 
+#include <functional>
 #include <string>
 
 namespace dorix {
 
+class Accessibility;
 class HistoryStore;
 class TextInserter;
 class UserClipboard;
@@ -21,11 +23,14 @@ struct InsertionReceipt;
 class WrittenText {
  public:
     WrittenText(Executor& executor, SettingsStore& settings, HistoryStore& history, UserClipboard& clipboard,
-                TextInserter& inserter, Workspace& workspace, HUDFlash& hud);
+                TextInserter& inserter, Workspace& workspace, Accessibility& accessibility, HUDFlash& hud);
 
     /// What the writing engine is to know of a dictation: where the text goes, and the user's settings and
     /// style. An empty transcript announces a request.
     PolishRequest request(const AppContext& context, std::string transcript) const;
+
+    /// What stands before the cursor in a field of our own, where that takes what is dictated.
+    std::function<std::string()> beforeOwnCursor = [] { return std::string(); };
 
     /// A text is likely to come, or none comes after all.
     void prepare();
@@ -57,6 +62,7 @@ class WrittenText {
     };
 
     Task<void> write(HistoryItem item, Recording recording, DoneTexts texts);
+    std::string leadOf(const HistoryItem& item, const AppContext& context) const;
     void tell(const InsertionReceipt& receipt, const AppContext& context, const DoneTexts& texts);
     void remember(HistoryItem& item, const Recording& recording) const;
 
@@ -68,6 +74,7 @@ class WrittenText {
     UserClipboard& clipboard_;
     TextInserter& inserter_;
     Workspace& workspace_;
+    Accessibility& accessibility_;
     HUDFlash& hud_;
 };
 

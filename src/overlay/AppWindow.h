@@ -40,6 +40,7 @@ struct AppWindows {
     AppWindow* icon = &noWindow;
     AppWindow* panel = &noWindow;
     AppWindow* account = &noWindow;
+    AppWindow* onboarding = &noWindow;
 };
 
 }  // namespace dorix

@@ -28,8 +28,13 @@ HUDContent listening(const AppState& state, const std::string& understood) {
     return content;
 }
 
-HUDContent hint() {
-    return {.look = Look::hint, .text = tr("dicta o pregunta · clic en el icono para tu historial")};
+HUDContent hint(const AppState& state) {
+    const auto key = dictationKeyName(state.keys.get());
+    if (!key) return {.look = Look::hint, .text = tr("Elige en el menú del icono una tecla para dictar")};
+    const auto use = state.abilities.get().answers
+                         ? tr("dicta o pregunta · clic en el icono para tu historial")
+                         : tr("dicta en cualquier campo de texto · clic en el icono para tu historial");
+    return {.look = Look::hint, .text = formatText(tr("Mantén pulsado %@"), {*key}) + " · " + use};
 }
 
 }  // namespace
@@ -38,7 +43,7 @@ HUDContent hudContent(const AppState& state, const std::string& partial) {
     const HUDPhase& phase = state.hud.get();
     switch (phase.kind) {
         case HUDPhase::Kind::hidden:
-            return state.showFirstRunHint.get() ? hint() : HUDContent{};
+            return state.showFirstRunHint.get() ? hint(state) : HUDContent{};
         case HUDPhase::Kind::listening:
             return listening(state, partial);
         case HUDPhase::Kind::processing:

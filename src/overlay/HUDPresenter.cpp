@@ -14,6 +14,7 @@ HUDPresenter::HUDPresenter(Executor& executor, AppState& state, Observable<std::
     subscriptions_.push_back(state.asking.subscribe(refresh));
     subscriptions_.push_back(state.handsFree.subscribe(refresh));
     subscriptions_.push_back(partial.subscribe(refresh));
+    subscriptions_.push_back(state.keys.subscribe(refresh));
     schedule();
 }
 

@@ -24,12 +24,14 @@ IconLook iconLook(HUDPhase::Kind hud, bool paused) {
     return paused ? IconLook::paused : IconLook::idle;
 }
 
-std::string iconTooltip(const OpenWindows& open) {
+std::string iconTooltip(const OpenWindows& open, const WorkingKeys& keys, bool paused) {
     if (open.settings) return tr("Ajustes de DORIX");
     if (open.onboarding) return tr("Bienvenido a DORIX");
     if (open.account) return tr("Tu cuenta de DORIX");
     if (open.learned) return tr("Lo que sé de ti");
-    return tr("DORIX · ⌥ Espacio para dictar · clic para el historial");
+    if (paused) return tr("DORIX está en pausa · clic para el historial");
+    if (!dictationKeyName(keys)) return tr("DORIX · elige en el menú una tecla para dictar");
+    return namingKeys(tr("DORIX · ⌥ Espacio para dictar · clic para el historial"), keys);
 }
 
 namespace {

@@ -22,8 +22,8 @@ struct OpenWindows {
 };
 
 /// The icon's tooltip in the app language: the title of the window that stands open, or else what the icon is
-/// good for.
-std::string iconTooltip(const OpenWindows& open);
+/// good for as things stand.
+std::string iconTooltip(const OpenWindows& open, const WorkingKeys& keys, bool paused);
 
 /// Tells a click on the icon from a drag: a hand that slips a little while clicking still clicks.
 class IconMouse {

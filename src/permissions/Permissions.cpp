@@ -17,11 +17,17 @@ void Permissions::refresh() {
     screen.set(grants_.preflightScreenCaptureAccess());
 }
 
-bool Permissions::allRequired() const {
-    return microphone.get() == AuthorizationStatus::authorized && accessibility.get() &&
-           speech.get() != SpeechAuthorizationStatus::denied &&
-           speech.get() != SpeechAuthorizationStatus::restricted;
+Json Permissions::missing() const {
+    Json names = Json::array();
+    if (microphone.get() != AuthorizationStatus::authorized) names.push_back("Privacy_Microphone");
+    if (speech.get() == SpeechAuthorizationStatus::denied ||
+        speech.get() == SpeechAuthorizationStatus::restricted)
+        names.push_back("Privacy_SpeechRecognition");
+    if (!accessibility.get()) names.push_back("Privacy_Accessibility");
+    return names;
 }
+
+bool Permissions::allRequired() const { return missing().empty(); }
 
 Task<void> Permissions::requestMicrophone() {
     const auto status = grants_.microphoneStatus();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Json.h"
 #include "base/Observable.h"
 #include "base/async/Timer.h"
 #include "platform/PrivacyGrants.h"
@@ -24,13 +25,18 @@ class Permissions {
     /// Whether dictation has all it needs; the screen is optional.
     bool allRequired() const;
 
+    /// The grants of those that are missing, by their names in the settings of the system: an array of
+    /// strings.
+    Json missing() const;
+
     /// Each asks the user, or opens the system's settings when the answer was no; then reads anew.
     Task<void> requestMicrophone();
     Task<void> requestSpeech();
     void requestAccessibility();
     void requestScreen();
 
-    void openPane(std::string_view name) { grants_.openPane(name); }
+    /// False where the system has no such page.
+    bool openPane(std::string_view name) { return grants_.openPane(name); }
 
     /// Reads the grants every second while a window shows them.
     void startPolling();

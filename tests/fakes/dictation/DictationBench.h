@@ -78,7 +78,7 @@ class DictationBench {
               recorder(bench.executor, bench.settings, bench.permissions, bench.speech, bench.workspace,
                        bench.accessibility, &bench.screen),
               written(bench.executor, bench.settings, bench.history, bench.clipboard, bench.inserter,
-                      bench.workspace, hud),
+                      bench.workspace, bench.accessibility, hud),
               roads(bench.writer, bench.selection, bench.accessibility, written, hud,
                     {.assistant = assistant,
                      .meeting = have.meeting ? &bench.meeting : nullptr,

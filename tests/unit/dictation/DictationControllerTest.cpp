@@ -98,6 +98,32 @@ TEST_F(DictationControllerTest, OnlyWhatWasDeliveredIsSaidToBeWritten) {
     EXPECT_EQ(hud(), HUDPhase::done("Escrito en TextEdit · del portapapeles solo ha vuelto una parte"));
 }
 
+TEST_F(DictationControllerTest, ASentenceIsNotGluedToWhatStandsBeforeTheCursor) {
+    const auto field = bench.accessibility.focus(DictationBench::appProcess, "AXTextField");
+    const auto dictateAfter = [&](const char* atBegin, const char* atEnd) {
+        field->attributes.insert_or_assign("AXTextBeforeCursor", AXValue(std::string(atBegin)));
+        flow.begin(holdKey, write);
+        flow.showListening();
+        bench.speech.transcript = "hola";
+        field->attributes.insert_or_assign("AXTextBeforeCursor", AXValue(std::string(atEnd)));
+        flow.stopAndProcess();
+        bench.executor.advanceBy(5);
+        return *bench.inserted;
+    };
+    EXPECT_EQ(dictateAfter("", "a."), " Hola") << "the sentence before has come meanwhile";
+    EXPECT_EQ(bench.history.items().front().answer, "Hola");
+    for (const auto* before : {"", "\n", "a ", "a\n", "a(", " \"", "(\"", "a/", "\u00A0", "¿"}) {
+        EXPECT_EQ(dictateAfter("x", before), "Hola") << '"' << before << '"';
+    }
+    EXPECT_EQ(dictateAfter("x", "a\""), " Hola") << "it closes a quotation";
+    bench.takesPastes = false;
+    dictateAfter("x", "a.");
+    EXPECT_EQ(bench.pasteboard.items[0][0].second, "Hola") << "to be pasted by hand";
+    bench.takesPastes = true;
+    field->attributes.insert_or_assign("AXSubrole", AXValue(std::string("AXSecureTextField")));
+    EXPECT_EQ(dictateAfter("x", "a."), "Hola");
+}
+
 TEST_F(DictationControllerTest, APasswordIsWrittenAndNothingElse) {
     bench.accessibility.focus(DictationBench::appProcess, "AXTextField")->attributes["AXSubrole"] =
         std::string("AXSecureTextField");
