@@ -1,9 +1,11 @@
 #include "panel/HistoryPanel.h"
 
 #include "base/text/Url.h"
+#include "context/AppContext.h"
 #include "panel/PanelSections.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace dorix {
 
@@ -22,6 +24,11 @@ HistoryPanel::HistoryPanel(Executor& executor, AppState& state, SpeechInput& spe
       })) {
     actions.copy = [this](const HistoryItem& item) { clipboard.copy(item); };
     actions.remove = [this](const HistoryItem& item) { deletions.remove(std::string(item.id)); };
+}
+
+Ph HistoryPanel::icon(const HistoryItem& item) const {
+    return storedRowIcon(item.app,
+                         item.bundleID ? std::optional(tableIdentifier(*item.bundleID)) : std::nullopt);
 }
 
 void HistoryPanel::openLink(const std::string& url) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "context/Glyph.h"
 #include "localdata/HistoryStore.h"
 #include "panel/PanelClipboard.h"
 #include "panel/PanelComposer.h"
@@ -12,6 +13,7 @@
 #include "platform/Processes.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 namespace dorix {
@@ -36,6 +38,12 @@ class HistoryPanel {
     PanelExport& exporter;
     /// The number of the panel's window, for dialogs of the desktop above it; 0 for none.
     std::uint64_t windowNumber = 0;
+
+    /// How the tables of applications call one that this system calls so.
+    std::function<std::string(const std::string&)> tableIdentifier = [](const auto& name) { return name; };
+
+    /// The icon of the item's row.
+    Ph icon(const HistoryItem& item) const;
 
     /// Asks where, and writes the whole history there.
     void exportHistory(HistoryExportFormat format) { exporter.ask(format, windowNumber); }

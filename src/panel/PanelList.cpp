@@ -1,5 +1,6 @@
 #include "panel/PanelList.h"
 
+#include "localdata/Language.h"
 #include "panel/PanelSections.h"
 
 #include <algorithm>
@@ -145,15 +146,27 @@ void PanelList::resetRows() {
 
 // Rows
 
+bool PanelList::isOlder(std::size_t place) const {
+    const auto oldest = history_.oldestRead();
+    return oldest && history_.items()[place].createdAt < *oldest;
+}
+
 bool PanelList::isListed(std::size_t place) const {
+    if (state_.query.get().empty() && isOlder(place)) return false;
     return index_.matches(place) && shows(state_.section.get(), history_.items()[place].kind);
 }
 
 PanelList::Rows PanelList::makeRows() const {
     Rows rows;
     DayLabels::Label day = nullptr;
+    bool older = false;
     for (std::size_t place = 0; place < days_.size(); ++place) {
         if (!isListed(place)) continue;
+        if (!older && isOlder(place)) {
+            older = true;
+            day = nullptr;
+            rows.push_back({.kind = PanelRow::Kind::day, .place = place, .day = &olderLabel_});
+        }
         if (days_[place] != day) {
             day = days_[place];
             rows.push_back({.kind = PanelRow::Kind::day, .place = place, .day = day});
@@ -217,6 +230,7 @@ void PanelList::tellRenamed(const Rows& before) {
 }
 
 void PanelList::takeDays() {
+    olderLabel_ = tr("Más antiguo");
     days_.clear();
     for (const auto& item : history_.items()) days_.push_back(labels_.label(item.createdAt));
 }

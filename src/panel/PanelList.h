@@ -15,7 +15,8 @@
 
 namespace dorix {
 
-/// A line of the panel's list: the name of a day, or an item of that day.
+/// A line of the panel's list: the name of a day, or an item of that day. What is older than what is in
+/// memory begins with a line like that of a day.
 struct PanelRow {
     enum class Kind { day, item };
 
@@ -38,7 +39,8 @@ struct PanelListChange {
     bool operator==(const PanelListChange&) const = default;
 };
 
-/// The items of the history that the section and the search text leave, grouped by day. It follows the
+/// The items of the history that the section and the search text leave, grouped by day; what only a search
+/// finds stands below a row of its own that says so, while there is a search text. It follows the
 /// history, `section`, `query` and, while the panel is open, midnight. Items are never copied. Main executor.
 class PanelList {
  public:
@@ -76,6 +78,7 @@ class PanelList {
     void takeOut(std::size_t place);
     void itemUpdated(std::size_t place);
     void search();
+    bool isOlder(std::size_t place) const;
     bool isListed(std::size_t place) const;
     Rows makeRows() const;
     void replaceRows(Rows rows);
@@ -89,6 +92,7 @@ class PanelList {
     HistoryStore& history_;
     SearchIndex index_;
     DayLabels labels_;
+    std::string olderLabel_;
     std::vector<DayLabels::Label> days_;  // of each item of the history
     Rows rows_;
     Observers<PanelListChange> observers_;

@@ -1,5 +1,7 @@
 #include "panel/PanelSelection.h"
 
+#include "panel/PanelSections.h"
+
 #include <algorithm>
 
 namespace dorix {
@@ -8,6 +10,8 @@ PanelSelection::PanelSelection(AppState& state, HistoryStore& history, PanelList
     : state_(state), history_(history), list_(list), shown_(place().has_value()) {
     subscriptions_.push_back(
         history.observe([this](const HistoryChange& change) { historyChanged(change); }));
+    subscriptions_.push_back(
+        state.section.subscribe([this](PanelSection) { observers_.notify(Change::item); }));
     subscriptions_.push_back(state.selectedID.subscribe([this](const auto&) {
         shown_ = place().has_value();
         observers_.notify(Change::item);
@@ -16,7 +20,8 @@ PanelSelection::PanelSelection(AppState& state, HistoryStore& history, PanelList
 
 const HistoryItem* PanelSelection::item() const {
     const auto found = place();
-    return found ? &history_.items()[*found] : nullptr;
+    if (!found || !shows(state_.section.get(), history_.items()[*found].kind)) return nullptr;
+    return &history_.items()[*found];
 }
 
 std::optional<std::size_t> PanelSelection::row() const {

@@ -11,8 +11,8 @@ namespace dorix {
 
 /// Which item of the history the panel shows: the one that `AppState.selectedID` names. One that the section
 /// or the search leaves out stays selected, so that nothing vanishes while the user types; moving on starts
-/// from its place. When it is deleted the next older listed one follows, or else the next newer. Main
-/// executor.
+/// from its place. A section of another kind shows nothing of it until the user comes back. When it is
+/// deleted the next older listed one follows, or else the next newer. Main executor.
 class PanelSelection {
  public:
     enum class Change {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "dictation/AppState.h"
-#include "localdata/PushToTalkKey.h"
 
 #include <string>
 #include <utility>
@@ -11,14 +10,11 @@
 /// thread.
 namespace dorix::paneltext {
 
-/// What stands in place of an empty list; `query` is the search text.
-std::string emptyList(PanelSection section, const std::string& query, PushToTalkKey holdKey);
-
-/// The hold key as it is named inside a sentence.
-std::string holdKeyName(PushToTalkKey key);
+/// What stands in place of an empty list, by the section, the search text and what works here.
+std::string emptyList(const AppState& state);
 
 /// What stands in the panel whatever it shows, by the names that its view has for it.
-std::vector<std::pair<const char*, std::string>> words();
+std::vector<std::pair<const char*, std::string>> words(const Abilities& abilities);
 
 /// Of the composer's microphone.
 std::string micButton(bool recording);
@@ -27,9 +23,9 @@ std::string micButton(bool recording);
 struct Welcome {
     std::string title;
     std::vector<std::string> steps;  // in their order
-    std::string aside;
+    std::string aside;               // may be empty
     std::string sample;
 };
-Welcome welcome(PushToTalkKey holdKey);
+Welcome welcome(const AppState& state);
 
 }  // namespace dorix::paneltext

@@ -1,8 +1,8 @@
 #include "panel/SearchIndex.h"
 
 #include "base/text/Text.h"
+#include "localdata/HistorySearch.h"
 
-#include <array>
 #include <utility>
 
 namespace dorix {
@@ -11,9 +11,7 @@ namespace {
 
 constexpr std::size_t bytesAtATime = 256 * 1024;  // a millisecond or two to fold
 
-/// The fields that are searched, in their order.
-constexpr std::array fields{&HistoryItem::title, &HistoryItem::query, &HistoryItem::answer,
-                            &HistoryItem::app};
+constexpr const auto& fields = searchedFields;
 
 }  // namespace
 

@@ -3,17 +3,22 @@
 #include "fakes/MemoryUserDefaults.h"
 #include "fakes/TemporaryFolder.h"
 #include "localdata/Language.h"
+#include "panel/OlderItems.h"
 #include "panel/PanelList.h"
 #include "panel/PanelSections.h"
 #include "panel/PanelSelection.h"
+#include "sqlite/Sqlite.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
+#include <filesystem>
 #include <random>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace dorix {
@@ -265,6 +270,59 @@ TEST_F(PanelListTest, TellsAnotherItemFromAnotherAnswer) {
     add(question);
     EXPECT_THAT(told, ElementsAre(contents));
     EXPECT_EQ(selection.item()->answer, "ya");
+}
+
+/// A history that is longer than what is read at the start: the five oldest items are in the file alone.
+class OlderItemsTest : public testing::Test {
+ protected:
+    static std::filesystem::path filled(const std::filesystem::path& file) {
+        const HistoryStore made(file);  // for its table
+        const auto db = sqlite::open(file);
+        sqlite::exec(db.get(),
+                     "WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i < 2004) "
+                     "INSERT INTO history SELECT 'id' || i, 'dictado', 'Correo', NULL, "
+                     "CASE WHEN i < 5 OR i = 2000 THEN 'Camión ' ELSE 'Título ' END || i, "
+                     "1000000000 + i * 10, '', '', NULL FROM n");
+        return file;
+    }
+    /// What a user who pauses after typing comes to see.
+    std::vector<std::string> find(const std::string& query) {
+        state.query.set(query);
+        executor.advanceBy(1);
+        for (int i = 0; i < 5000 && state.searchesOlder.get(); ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            executor.runPosted();
+        }
+        std::vector<std::string> shown;
+        for (const auto& row : list.rows()) {
+            if (row.kind == PanelRow::Kind::item) shown.push_back(list.item(row).id);
+            if (row.kind == PanelRow::Kind::day && *row.day == "Más antiguo") shown.emplace_back("older");
+        }
+        return shown;
+    }
+
+    TemporaryFolder folder;
+    ManualExecutor executor{noon};
+    AppState state;
+    const std::filesystem::path database = filled(folder.path() / "dorix.sqlite");
+    HistoryStore history{database};
+    PanelList list{executor, state, history};
+    OlderItems older{executor, state, history, database};
+};
+
+TEST_F(OlderItemsTest, WhatIsInTheFileAloneIsFoundBelowTheRestWhileItIsSought) {
+    EXPECT_EQ(history.items().size(), 2000U);
+    state.query.set("camion");
+    EXPECT_TRUE(state.searchesOlder.get());
+    EXPECT_EQ(list.rows().size(), 2U) << "nobody waits for the disk";
+    EXPECT_THAT(find("camion"), ElementsAre("id2000", "older", "id4", "id3", "id2", "id1", "id0"));
+    EXPECT_THAT(find("camion 3"), ElementsAre("older", "id3"));
+    history.remove("id3");
+    EXPECT_THAT(find("camion"), ElementsAre("id2000", "older", "id4", "id2", "id1", "id0"));
+    EXPECT_EQ(find("").size(), 2000U) << "the list without a search has no gaps";
+    history.clear();
+    EXPECT_THAT(find("camion"), IsEmpty());
+    EXPECT_FALSE(state.searchesOlder.get());
 }
 
 }  // namespace

@@ -27,10 +27,17 @@ using testing::IsEmpty;
 // Texts
 
 TEST(PanelTextsTest, AnEmptyListSaysWhatWouldFillIt) {
-    EXPECT_EQ(paneltext::emptyList(PanelSection::dictado, "", PushToTalkKey::rightControl),
+    AppState state;
+    state.keys.set({.hold = PushToTalkKey::rightControl});
+    EXPECT_EQ(paneltext::emptyList(state),
               "Nada por aquí todavía.\nMantén pulsada ⌃ derecha y habla en cualquier campo de texto.");
-    EXPECT_EQ(paneltext::emptyList(PanelSection::reunion, "100 %@", PushToTalkKey::fn),
-              "Nada coincide con «100 %@».");
+    state.section.set(PanelSection::reunion);
+    EXPECT_EQ(paneltext::emptyList(state), "Nada por aquí todavía.") << "there are no meetings to speak of";
+    state.abilities.set({.meetings = true});
+    state.keys.set({.shortcut = false});
+    EXPECT_THAT(paneltext::emptyList(state), testing::HasSubstr("Di con ⌥ derecha «activa el modo reunión»"));
+    state.query.set("100 %@");
+    EXPECT_EQ(paneltext::emptyList(state), "Nada coincide con «100 %@».");
 }
 
 TEST(PanelDetailTest, TellsHowAnItemWasWritten) {

@@ -132,10 +132,14 @@ TEST_F(PanelVerbsTest, KeysLeaveAloneWhatTheListDoesNotShow) {
     EXPECT_EQ(history.items().size(), 3U);
     EXPECT_THAT(pasteboard.log, IsEmpty());
     EXPECT_EQ(inserted, 0);
+    EXPECT_THAT(offered(VerbPlace::detail), IsEmpty()) << "nor is it shown among what it is not";
+    EXPECT_FALSE(perform(panel, "insert"));
+    state.section.set(PanelSection::todo);
+    state.query.set("c");
     EXPECT_THAT(offered(VerbPlace::detail), ElementsAre("Insertar de nuevo", "Copiar"))
         << "the buttons stand beside what they act on";
     EXPECT_TRUE(perform(panel, "insert"));
-    state.section.set(PanelSection::todo);
+    state.query.set("");
     EXPECT_TRUE(press(PanelArea::search, PanelKey::enter));
     EXPECT_EQ(inserted, 2);
 }
