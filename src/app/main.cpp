@@ -72,7 +72,7 @@ class MainApplication final : public Application {
         try {
             co_await withTimeout(std::move(work), seconds);
         } catch (...) {
-            logLine("al terminar: " + localizedDescription(std::current_exception()));
+            logLine("at the end: " + describedIn(LogLanguage::english, std::current_exception()));
         }
     }
 
@@ -89,7 +89,7 @@ struct Windows {
           surroundings(platform.executor, platform.defaults, desktop.appearance(),
                        desktop.windowSystem(toolkitDrawsOnX11() ? finishToolkitRequests : nullptr)),
           views(surroundings, controller.state(), controller.settings(), controller.speech(),
-                controller.panel(), controller.accountForm(),
+                controller.panel(), controller.accountForm(), controller.onboarding(),
                 {.clicked = [this] { controller.iconClicked(); },
                  .tooltip = [this] { return controller.iconTooltip(); },
                  .menu = [this] { return controller.iconMenu(); }}) {
@@ -142,7 +142,7 @@ Ending run(int argc, char** argv) {
             if (read(signals.get(), &signal, sizeof signal) == sizeof signal) ending.terminate();
         });
         desktop.onDisplayLost([] {
-            logLine("se ha perdido la pantalla");
+            logLine("the display has gone");
             QCoreApplication::exit(1);
         });
         ending.settled = [&controller] { return controller.settled(); };

@@ -2,6 +2,7 @@
 
 #include "base/Error.h"
 #include "base/Log.h"
+#include "base/async/Sleep.h"
 #include "base/async/Timeout.h"
 #include "localdata/Language.h"
 #include "overlay/Icon.h"
@@ -9,12 +10,18 @@
 #include "platform/Processes.h"
 #include "platform/SessionState.h"
 #include "platform/StatusItem.h"
+#include "platform/Workspace.h"
 #include "speech/recogniser/ModelChoice.h"
+
+#include <algorithm>
 
 namespace dorix {
 
 namespace {
 constexpr const char* formerSecret = "claude-api-key";  // of earlier versions; nobody uses it any more
+constexpr const char* continuedWithoutKey = "onboardingWithout";
+constexpr int looksForGrants = 20;
+constexpr double betweenLooks = 0.5;   // seconds
 constexpr double exportPatience = 10;  // seconds; an export that takes longer leaves the file as it was
 }  // namespace
 
@@ -35,6 +42,7 @@ AppController::AppController(const Platform& platform)
       modelInstaller_({platform.executor, platform.http, unpacker_, platform.folders},
                       ModelCatalogue::packaged(), platform.userData / "DORIX", settings_.speechMirrors,
                       platform.memory),
+      modelInstalls_(platform.executor, speechModels_, modelInstaller_),
       api_(platform.executor, platform.http, platform.keychain,
            configuredServer(platform.defaults, platform.packagedServer)),
       account_(platform.executor, api_, platform.keychain, platform.defaults, platform.computerName),
@@ -51,13 +59,15 @@ AppController::AppController(const Platform& platform)
       hud_(platform.executor, state_),
       recorder_(platform.executor, settings_, permissions_, speech_, platform.workspace,
                 platform.accessibility, nullptr),
-      written_(platform.executor, settings_, history_, clipboard_, inserter_, platform.workspace, hud_),
-      roads_(router_, selection_, platform.accessibility, written_, hud_, {}),
+      written_(platform.executor, settings_, history_, clipboard_, inserter_, platform.workspace,
+               platform.accessibility, hud_),
+      roads_(router_, selection_, platform.accessibility, written_, hud_, destinations_),
       composer_(platform.executor, state_, settings_, permissions_, speech_, hud_, nullptr),
       dictation_(platform.executor, state_, settings_, permissions_, speech_, platform.sounds, recorder_,
                  roads_, written_, composer_, hud_, platform.session),
       exporter_(platform.executor, exports_, platform.savePanel, platform.files, database_),
       panel_(platform.executor, state_, speech_, history_, platform.pasteboard, platform.urls, exporter_),
+      olderItems_(platform.executor, state_, history_, database_),
       panelHost_(platform, state_, windows, panel_, dictation_),
       firstRunHint_(platform.executor, platform.defaults, state_),
       toasts_(state_, settings_, dictation_),
@@ -68,7 +78,32 @@ AppController::AppController(const Platform& platform)
       modelServerNotice_(state_, modelServer_, dictation_),
       keys_(platform.executor, platform.keyEvents, platform.hotKeys, state_, settings_, permissions_, speech_,
             dictation_),
+      onboarding_({.executor = platform.executor,
+                   .state = state_,
+                   .settings = settings_,
+                   .permissions = permissions_,
+                   .audio = platform.audio,
+                   .keyboard = platform.keyEvents,
+                   .speech = {.settings = settings_,
+                              .models = speechModels_,
+                              .installer = modelInstaller_,
+                              .installs = modelInstalls_,
+                              .needsModels = platform.recognition == nullptr}}),
       tasks_(platform.executor) {
+    onboarding_.onLook = [this] { keys_.lookAgain(); };
+    onboarding_.onFinished = [this] { onboardingFinished(); };
+    subscriptions_.push_back(state_.onboardingOpen.subscribe([this](bool open) {
+        if (!open) onboardingClosed();
+    }));
+    written_.beforeOwnCursor = [this] { return onboarding_.fieldText(); };
+    recorder_.isPractising = [this] { return state_.practises.get(); };
+    state_.abilities.set(abilitiesOf(destinations_));
+    panel_.tableIdentifier = [this](const std::string& name) {
+        return platform_.workspace.tableIdentifier(name);
+    };
+    subscriptions_.push_back(state_.panelOpen.subscribe([this](bool open) {
+        if (open) keys_.lookAgain();
+    }));
     account_.onNeedsAttention = [this](const APIError& error) {
         if (!ownService_.mends(error)) accountNotice_.tell(error);
     };
@@ -81,6 +116,7 @@ AppController::AppController(const Platform& platform)
         tasks_.spawn(speechServer_.readKey());
     });
     recognition_.onRefused([this](const ModelRequest& model) { speechModels_.setAside(model.folder); });
+    modelInstalls_.onModelsChanged = [this] { tasks_.spawn(prepareSpeech()); };
     speechOffer_.onInstalled = [this] { tasks_.spawn(prepareSpeech()); };
     // The system's own recogniser has its models from the system.
     if (platform.recognition == nullptr)
@@ -126,14 +162,66 @@ void AppController::iconClicked() {
     }
 }
 
+void AppController::reopen() {
+    if (state_.onboardingOpen.get()) {
+        windows.onboarding->show();
+    } else {
+        panelHost_.toggle();
+    }
+}
+
 Task<void> AppController::showFirstScreen() {
-    tasks_.spawn(prepareSpeech());
+    const bool isFirstRun = !settings_.onboardingDone.get();
+    if (isFirstRun) showOnboarding(Onboarding::Step::welcome);
+    tasks_.spawn(getReady());
     co_await account_.known();
-    if (mayUse()) firstRunHint_.show(FirstRunHint::Forced::no);
+    if (mayUse() && !isFirstRun) firstRunHint_.show(FirstRunHint::Forced::no);
     co_await ownService_.settled();
     // Only now is it known that the address is answered by whom the session is with.
     account_.startRefreshing();
-    if (!mayUse()) showAccount();
+    if (isFirstRun) co_return;
+    if (!mayUse()) {
+        showAccount();
+    } else if (co_await lacksGrants()) {
+        showOnboarding(Onboarding::Step::permissions);
+    }
+}
+
+void AppController::showOnboarding(Onboarding::Step first) {
+    onboarding_.begin(first);
+    windows.onboarding->place();
+    windows.onboarding->show();
+}
+
+void AppController::onboardingFinished() {
+    platform_.defaults.set(continuedWithoutKey, permissions_.missing());
+    windows.onboarding->hide();
+    if (mayUse()) {
+        firstRunHint_.show(FirstRunHint::Forced::yes);
+    } else {
+        showAccount();
+    }
+}
+
+/// What was missing may be there by now; otherwise the user hears what is.
+void AppController::onboardingClosed() {
+    onboarding_.end();
+    tasks_.spawn(prepareSpeech());
+}
+
+/// Whether something is missing that the user has not chosen to do without: a window that comes up at each
+/// login would take what is typed by then.
+Task<bool> AppController::lacksGrants() {
+    for (int looks = 0; looks < looksForGrants; ++looks) {
+        permissions_.refresh();
+        if (permissions_.allRequired()) co_return false;
+        co_await sleep(betweenLooks);  // services of the desktop start beside the program
+    }
+    const Json without = platform_.defaults.value(continuedWithoutKey).value_or(Json::array());
+    for (const auto& grant : permissions_.missing()) {
+        if (std::find(without.begin(), without.end(), grant) == without.end()) co_return true;
+    }
+    co_return false;
 }
 
 Task<void> AppController::settled() {
@@ -156,14 +244,31 @@ IconVerbs AppController::iconVerbs() {
 
 Menu AppController::iconMenu() {
     const bool needsModels = platform_.recognition == nullptr && settings_.speechServer.get().empty();
+    keys_.lookAgain();
     auto menu = needsModels ? speechOffer_.menu() : Menu();
     const auto always = dorix::iconMenu(state_.panelOpen.get(), settings_.paused.get(), iconVerbs_);
+    const auto setup = setupMenu();
+    menu.insert(menu.end(), setup.begin(), setup.end());
     menu.insert(menu.end(), always.begin(), always.end());
     return menu;
 }
 
+/// What the user has not been through yet, or has to choose.
+Menu AppController::setupMenu() {
+    keys_.lookAgain();
+    if (!settings_.onboardingDone.get()) {
+        return {{tr("Primeros pasos…"), [this] { showOnboarding(Onboarding::Step::welcome); }},
+                ClosureMenuItem::separator()};
+    }
+    if (!needsKey(state_.keys.get())) return {};
+    return {{tr("Elegir la tecla para dictar…"), [this] { showOnboarding(Onboarding::Step::practice); }},
+            ClosureMenuItem::separator()};
+}
+
 std::string AppController::iconTooltip() const {
-    return dorix::iconTooltip({.account = state_.accountOpen.get()});
+    return dorix::iconTooltip(
+        {.onboarding = state_.onboardingOpen.get(), .account = state_.accountOpen.get()}, state_.keys.get(),
+        settings_.paused.get());
 }
 
 void AppController::showStatusItem() {
@@ -172,6 +277,15 @@ void AppController::showStatusItem() {
     const auto tell = [this](const auto&) { platform_.statusItem.setToolTip(iconTooltip()); };
     subscriptions_.push_back(settings_.languageObserver().code.subscribe(tell));
     subscriptions_.push_back(state_.accountOpen.subscribe(tell));
+    subscriptions_.push_back(state_.onboardingOpen.subscribe(tell));
+    subscriptions_.push_back(state_.keys.subscribe(tell));
+    subscriptions_.push_back(settings_.paused.subscribe(tell));
+}
+
+Task<void> AppController::getReady() {
+    // The first run tells of a model that is missing, at its place.
+    if (settings_.onboardingDone.get()) co_await prepareSpeech();
+    logLine("ready");
 }
 
 Task<void> AppController::prepareSpeech() {
@@ -184,10 +298,9 @@ Task<void> AppController::prepareSpeech() {
     try {
         co_await speech_.prepare(settings_.language.get());
     } catch (const Error& error) {
-        logLine("no se pudo preparar el modelo de voz: " + error.localizedDescription());
+        logLine("no se pudo preparar el modelo de voz: " + describedIn(LogLanguage::spanish, error));
         dictation_.flash(HUDPhase::error(error.localizedDescription()), 4.0);
     }
-    logLine("listo");
 }
 
 }  // namespace dorix

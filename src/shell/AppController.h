@@ -17,8 +17,10 @@
 #include "localdata/HistoryStore.h"
 #include "localdata/SettingsStore.h"
 #include "modelserver/ModelServer.h"
+#include "onboarding/Onboarding.h"
 #include "overlay/AppWindow.h"
 #include "panel/HistoryPanel.h"
+#include "panel/OlderItems.h"
 #include "permissions/Permissions.h"
 #include "platform/Platform.h"
 #include "shell/EventTrace.h"
@@ -29,7 +31,7 @@
 #include "shell/SpeechOffer.h"
 #include "speech/SpeechEngine.h"
 #include "speech/models/HelperUnpacker.h"
-#include "speech/models/ModelInstaller.h"
+#include "speech/models/ModelInstalls.h"
 #include "speech/models/SpeechModels.h"
 #include "speech/recogniser/LocalRecognition.h"
 #include "speech/recogniser/SpeechServer.h"
@@ -67,7 +69,7 @@ class AppController {
 
     void iconClicked();
     /// The user has started the program once more.
-    void reopen() { panelHost_.toggle(); }
+    void reopen();
 
     /// The menu of the icon, as things stand.
     Menu iconMenu();
@@ -81,6 +83,7 @@ class AppController {
     HistoryPanel& panel() { return panel_; }
     AccountStore& account() { return account_; }
     AccountForm& accountForm() { return accountForm_; }
+    Onboarding& onboarding() { return onboarding_; }
     Toasts& toasts() { return toasts_; }
     /// Writes where the system has no language model of its own.
     ModelServer& modelServer() { return modelServer_; }
@@ -93,12 +96,19 @@ class AppController {
     bool mayUse() const;
     bool accountReady();
     void showAccount();
+    void showOnboarding(Onboarding::Step first);
+    void onboardingFinished();
+    void onboardingClosed();
+    Menu setupMenu();
+    Task<bool> lacksGrants();
     Task<void> showFirstScreen();
+    Task<void> getReady();
     Task<void> prepareSpeech();
 
     const Platform platform_;
     const std::filesystem::path database_ = platform_.userData / "DORIX" / "dorix.sqlite";
     const std::filesystem::path engines_ = platform_.userData / "DORIX" / "engines";
+    const Destinations destinations_;
     AppState state_;
     SettingsStore settings_;
     HistoryStore history_;
@@ -109,6 +119,7 @@ class AppController {
     SpeechEngine speech_;
     HelperUnpacker unpacker_;
     ModelInstaller modelInstaller_;
+    ModelInstalls modelInstalls_;
     DorixAPI api_;
     AccountStore account_;
     OwnService ownService_;
@@ -130,6 +141,7 @@ class AppController {
     SerialExecutor exports_;
     PanelExport exporter_;
     HistoryPanel panel_;
+    OlderItems olderItems_;
     PanelHost panelHost_;
     FirstRunHint firstRunHint_;
     Toasts toasts_;
@@ -138,6 +150,7 @@ class AppController {
     AccountNotice accountNotice_;
     ModelServerNotice modelServerNotice_;
     Keys keys_;
+    Onboarding onboarding_;
     const IconVerbs iconVerbs_ = iconVerbs();
     std::optional<EventTrace> trace_;
     std::vector<Subscription> subscriptions_;

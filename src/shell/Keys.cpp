@@ -1,17 +1,17 @@
 #include "shell/Keys.h"
 
+#include "dictation/WatchedKey.h"
+#include "localdata/Language.h"
 #include "localdata/SettingsStore.h"
 #include "permissions/Permissions.h"
-#include "platform/KeyCodes.h"
 
 namespace dorix {
 
 using Source = DictationController::Source;
 
 namespace {
-constexpr std::uint32_t dictationHotKey = 1;
-constexpr std::uint32_t askHotKey = 2;
-}  // namespace
+constexpr double secondsForPause = 4.0;
+}
 
 Keys::Keys(Executor& executor, KeyEventMonitors& events, HotKeyRegistrar& registrar, AppState& state,
            SettingsStore& settings, Permissions& permissions, SpeechInput& speech,
@@ -44,6 +44,7 @@ void Keys::wireMonitor() {
     ptt_.onCancel = [this, holdsKey] {
         if (holdsKey()) dictation_.cancelRecording();
     };
+    ptt_.onHeldInVain = [this] { tellPaused(); };
     ptt_.onEscape = [this] {
         if (!dictation_.isRecording()) return false;
         dictation_.cancelRecording();
@@ -52,8 +53,10 @@ void Keys::wireMonitor() {
 }
 
 void Keys::install() {
-    hotKeys_.push_back(hotKey(hotkeymodifier::option, dictationHotKey, Mode::write));
-    hotKeys_.push_back(hotKey(hotkeymodifier::option | hotkeymodifier::shift, askHotKey, Mode::ask));
+    take(dictationShortcut_, GlobalHotKey::Refusal::logged);
+    take(askShortcut_, GlobalHotKey::Refusal::logged);
+    lookAgain();
+    subscriptions_.push_back(events_.onKeyboardChange([this] { lookAgain(); }));
     subscriptions_.push_back(settings_.pushToTalkKey.subscribe([this](PushToTalkKey key) { applyKey(key); }));
     subscriptions_.push_back(permissions_.accessibility.subscribe([this](bool trusted) {
         // Monitors from before the grant receive nothing. One that has just reported a press is no such
@@ -70,14 +73,29 @@ void Keys::listen() {
     ptt_.start();
 }
 
-std::unique_ptr<GlobalHotKey> Keys::hotKey(std::uint32_t modifiers, std::uint32_t id, Mode mode) {
-    return GlobalHotKey::make(hotKeyTable_, keycode::space, modifiers, id,
-                              {.pressed = [this, mode](double time) { shortcutPressed(mode, time); },
-                               .released = [this](double time) { dictation_.shortcutReleased(time); }});
+/// Whether the chord comes to us.
+bool Keys::take(Shortcut& shortcut, GlobalHotKey::Refusal refusal) {
+    if (shortcut.hotKey) return shortcut.hotKey->isDelivered();
+    shortcut.hotKey = GlobalHotKey::make(
+        hotKeyTable_, keycode::space, shortcut.modifiers, shortcut.id,
+        {.pressed = [this, mode = shortcut.mode](double time) { shortcutPressed(mode, time); },
+         .released = [this](double time) { dictation_.shortcutReleased(time); }},
+        refusal);
+    return shortcut.hotKey != nullptr;
+}
+
+void Keys::lookAgain() {
+    const auto holdKey = watched(ptt_.key).keyCode;
+    state_.keys.set({.shortcut = take(dictationShortcut_, GlobalHotKey::Refusal::silent),
+                     .askShortcut = take(askShortcut_, GlobalHotKey::Refusal::silent),
+                     .hold = ptt_.key,
+                     .holdIsThere = events_.reportsKey(holdKey),
+                     .holdTypes = events_.typesCharacters(holdKey)});
 }
 
 void Keys::shortcutPressed(Mode mode, double time) {
     state_.showFirstRunHint.set(false);
+    if (settings_.paused.get()) return tellPaused();
     dropPress();
     dictation_.shortcutPressed(mode, time);
 }
@@ -87,11 +105,17 @@ void Keys::applyKey(PushToTalkKey key) {
     dropPress();
     ptt_.key = key;
     ptt_.start();
+    lookAgain();
+}
+
+void Keys::tellPaused() {
+    dictation_.flash(HUDPhase::info(tr("DORIX está en pausa. Reanúdalo desde el menú del icono.")),
+                     secondsForPause);
 }
 
 void Keys::applyPause(bool paused) {
     ptt_.isEnabled = !paused;
-    if (paused) dropPress();
+    paused ? dropPress() : ptt_.reset();
 }
 
 /// Whoever takes over from a press of the hold key ends what it began.

@@ -5,6 +5,7 @@
 #include "dictation/GlobalHotKey.h"
 #include "dictation/HeardVoice.h"
 #include "dictation/PushToTalkMonitor.h"
+#include "platform/KeyCodes.h"
 
 #include <memory>
 #include <vector>
@@ -25,12 +26,26 @@ class Keys {
     void install();
     /// Listens to the hold key, unless paused.
     void listen();
+    /// Sees which keys work by now, for the texts that name them: whoever had a shortcut may have let go of
+    /// it, of which nobody is told.
+    void lookAgain();
 
  private:
     using Mode = DictationController::Mode;
 
+    static constexpr std::uint32_t dictationHotKey = 1;
+    static constexpr std::uint32_t askHotKey = 2;
+
     void wireMonitor();
-    std::unique_ptr<GlobalHotKey> hotKey(std::uint32_t modifiers, std::uint32_t id, Mode mode);
+    struct Shortcut {
+        std::uint32_t id;
+        std::uint32_t modifiers;
+        Mode mode;
+        std::unique_ptr<GlobalHotKey> hotKey = nullptr;  // none while another program has the chord
+    };
+
+    bool take(Shortcut& shortcut, GlobalHotKey::Refusal refusal);
+    void tellPaused();
     void shortcutPressed(Mode mode, double time);
     void applyKey(PushToTalkKey key);
     void applyPause(bool paused);
@@ -44,7 +59,8 @@ class Keys {
     PushToTalkMonitor ptt_;
     HeardVoice voice_;
     HotKeyTable hotKeyTable_;
-    std::vector<std::unique_ptr<GlobalHotKey>> hotKeys_;
+    Shortcut dictationShortcut_{dictationHotKey, hotkeymodifier::option, Mode::write};
+    Shortcut askShortcut_{askHotKey, hotkeymodifier::option | hotkeymodifier::shift, Mode::ask};
     Subscription escape_;  // taken from everybody while a recording is shown
     std::vector<Subscription> subscriptions_;
 };

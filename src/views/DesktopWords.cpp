@@ -54,6 +54,8 @@ constexpr std::array words{
     Word{"This Mac", "This computer"},
     Word{"this Mac", "this computer"},
     Word{"your Mac", "your computer"},
+    Word{" Activa DORIX en la lista.", ""},
+    Word{" Turn on DORIX in the list.", ""},
     Word{"en Finder", "en el gestor de archivos"},
     Word{"in Finder", "in the file manager"},
     Word{"el Finder", "el gestor de archivos"},

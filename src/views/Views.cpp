@@ -5,14 +5,17 @@
 namespace dorix {
 
 Views::Views(Surroundings& surroundings, AppState& state, SettingsStore& settings, SpeechInput& speech,
-             HistoryPanel& panel, AccountForm& account, IconView::Verbs verbs)
+             HistoryPanel& panel, AccountForm& account, Onboarding& onboarding, IconView::Verbs verbs)
     : icon_(surroundings.context(), state, settings, speech, std::move(verbs)),
       panel_(surroundings.context(), state, settings, panel, [this] { return icon_.frame(); }),
-      account_(surroundings.context(), state, settings, account) {
+      account_(surroundings.context(), state, settings, account),
+      onboarding_(surroundings.context(), state, settings, onboarding) {
+    icon_.onMoved = [this] { panel_.iconMoved(); };
     surroundings.onCompositorChanged = [this] {
         icon_.reshape();
         panel_.reshape();
         account_.reshape();
+        onboarding_.reshape();
     };
     surroundings.onRestacked = [this] { icon_.raise(); };
     surroundings.onFullScreenChanged = [this] { icon_.keepOutOfTheWay(); };

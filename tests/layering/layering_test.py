@@ -32,6 +32,7 @@ ROWS = [
     ["dictation"],
     ["overlay"],
     ["panel"],
+    ["onboarding"],
     ["watchdog"],
     ["shell", "views"],
     ["app"],

@@ -7,6 +7,7 @@
 #include "overlay/Placement.h"
 #include "views/AccountBench.h"
 #include "views/Application.h"
+#include "views/OnboardingBench.h"
 #include "views/PanelBench.h"
 #include "views/ShownText.h"
 #include "views/Tokens.h"
@@ -196,14 +197,15 @@ class ViewsDesktopTest : public ::testing::Test {
         installLanguage(defaults_, {});
         bench_ = std::make_unique<PanelBench>(*loop_, defaults_);
         account_ = std::make_unique<AccountBench>(*loop_, defaults_);
+        onboarding_ = std::make_unique<OnboardingBench>(*loop_, *bench_);
         connection_ = X11Connection::open(*loop_, *loop_);
         windows_ = std::make_unique<X11Windows>(*connection_);
         windowSystem_ = std::make_unique<X11WindowSystem>(*connection_, *windows_, finishToolkitRequests);
         surroundings_ = std::make_unique<Surroundings>(*loop_, defaults_, appearance_, *windowSystem_);
         views_ = std::make_unique<Views>(*surroundings_, bench_->state, bench_->settings, bench_->speech,
-                                         bench_->panel, account_->form,
+                                         bench_->panel, account_->form, onboarding_->onboarding,
                                          IconView::Verbs{.clicked = [this] { ++clicks_; },
-                                                         .tooltip = [] { return iconTooltip({}); },
+                                                         .tooltip = [] { return iconTooltip({}, {}, false); },
                                                          .menu = [this] { return menuItems(); }});
         hands(at({5, 5}));
         other_.emplace();
@@ -286,6 +288,7 @@ class ViewsDesktopTest : public ::testing::Test {
     MemoryUserDefaults defaults_;
     std::unique_ptr<PanelBench> bench_;
     std::unique_ptr<AccountBench> account_;
+    std::unique_ptr<OnboardingBench> onboarding_;
     DesktopAppearance appearance_;
     std::unique_ptr<X11Connection> connection_;
     std::unique_ptr<X11Windows> windows_;
@@ -512,6 +515,17 @@ TEST_F(ViewsDesktopTest, TheKeyboardReachesTheLinksOfAnAnswer) {
     const std::vector<std::string> opened{"https://a.example/c", "https://b.example", "https://a.example/c",
                                           "https://a.example/c"};
     EXPECT_TRUE(runUntil([&] { return bench_->urls.opened == opened; }));
+}
+
+TEST_F(ViewsDesktopTest, ThePanelStandsBesideTheIconThatIsDraggedOntoIt) {
+    openPanel();
+    const QRect before = panel()->geometry();
+    drag(middle(), before.center());
+    const auto overlaps = [&] {
+        const QRect card = panel()->geometry().marginsRemoved({24, 24, 24, 24});
+        return card.contains(middle());
+    };
+    EXPECT_TRUE(runUntil([&] { return panel()->geometry() != before && !overlaps(); }));
 }
 
 TEST_F(ViewsDesktopTest, InANarrowPanelEverythingCanBeDoneAsInAWideOne) {

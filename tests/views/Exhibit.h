@@ -76,6 +76,8 @@ std::vector<Picture> iconPictures();
 std::vector<Picture> panelPictures();
 /// The states of the account's window.
 std::vector<Picture> accountPictures();
+/// The steps of the first run.
+std::vector<Picture> onboardingPictures();
 /// The panel on a display on which everything is twice as large.
 std::vector<Picture> largePanelPictures();
 

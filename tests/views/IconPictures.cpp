@@ -131,7 +131,7 @@ std::unique_ptr<Exhibit> menuExhibit(const Style& style) {
 
 std::unique_ptr<Exhibit> tooltipExhibit(const Style& style) {
     auto exhibit = std::make_unique<Exhibit>(style);
-    auto text = QString::fromStdString(desktopWords(iconTooltip({})));
+    auto text = QString::fromStdString(desktopWords(iconTooltip({}, {}, false)));
     auto tooltip = std::make_unique<TooltipWindow>(exhibit->context, std::move(text));
     tooltip->showBeside(iconFrame({.x = 1000, .y = 300}));
     exhibit->hang(std::move(tooltip), tokens::bubbleRadius);

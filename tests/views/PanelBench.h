@@ -30,7 +30,7 @@ struct PanelBench {
     AtomicFileReplacer files;
     TemporaryFolder folder;
     FakeSpeechInput speech;
-    AppState state;
+    AppState state{.abilities = Observable<Abilities>({true, true, true, true})};
     SettingsStore settings;
     HistoryStore history{folder.path() / "dorix.sqlite"};
     PanelExport exporter;

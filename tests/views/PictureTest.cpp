@@ -42,6 +42,7 @@ std::vector<Picture> allPictures() {
     auto pictures = iconPictures();
     for (auto& picture : panelPictures()) pictures.push_back(std::move(picture));
     for (auto& picture : accountPictures()) pictures.push_back(std::move(picture));
+    for (auto& picture : onboardingPictures()) pictures.push_back(std::move(picture));
     return pictures;
 }
 

@@ -27,6 +27,7 @@ void IconView::wireIcon(MenuBuilder menu, std::function<void()> clicked) {
     icon_.onClick = std::move(clicked);
     icon_.onMoved = [this] {
         if (presenter_.isOrderedIn.get()) placeHUD();
+        onMoved();
     };
     icon_.menuProvider = std::move(menu);
     showTooltip();
@@ -59,12 +60,17 @@ void IconView::wireHUD() {
 
 void IconView::watchState() {
     subscriptions_.push_back(state_.hud.subscribe([this](const HUDPhase&) { showState(); }));
-    subscriptions_.push_back(settings_.paused.subscribe([this](bool) { showState(); }));
+    subscriptions_.push_back(settings_.paused.subscribe([this](bool) {
+        showState();
+        showTooltip();
+    }));
+    subscriptions_.push_back(state_.keys.subscribe([this](const WorkingKeys&) { showTooltip(); }));
     subscriptions_.push_back(settings_.languageObserver().code.subscribe([this](const std::string&) {
         showTooltip();
         presenter_.retranslate();
     }));
     subscriptions_.push_back(state_.accountOpen.subscribe([this](bool) { showTooltip(); }));
+    subscriptions_.push_back(state_.onboardingOpen.subscribe([this](bool) { showTooltip(); }));
     showState();
 }
 

@@ -37,6 +37,9 @@ class IconView final : public AppWindow {
     void takeKeyboard() override {}
     void clickedOutside() override {}
 
+    /// Called when the user has moved the icon.
+    std::function<void()> onMoved = [] {};
+
     /// Of the icon's window.
     Rect frame() const { return icon_.frame(); }
 

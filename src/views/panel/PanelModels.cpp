@@ -1,6 +1,5 @@
 #include "views/panel/PanelModels.h"
 
-#include "context/AppContext.h"
 #include "views/DesktopWords.h"
 #include "views/Glyphs.h"
 
@@ -24,7 +23,8 @@ bool isMarkedUp(std::string_view kind) {
 
 // The list
 
-PanelRows::PanelRows(PanelList& list, const ItemTexts& texts) : list_(list), texts_(texts) {
+PanelRows::PanelRows(const HistoryPanel& panel, PanelList& list, const ItemTexts& texts)
+    : panel_(panel), list_(list), texts_(texts) {
     subscription_ = list_.observe([this](const PanelListChange& now) { change(now); });
 }
 
@@ -71,7 +71,7 @@ QVariant PanelRows::data(const QModelIndex& index, int role) const {
         case spoken:
             return qString(texts_.spoken(item));
         case icon:
-            return glyph(storedRowIcon(item.app, item.bundleID));
+            return glyph(panel_.icon(item));
         default:
             return {};
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "panel/HistoryPanel.h"
 #include "panel/ItemTexts.h"
 #include "panel/PanelList.h"
 #include "panel/PanelVerbs.h"
@@ -17,8 +18,8 @@ class PanelRows final : public QAbstractListModel {
  public:
     enum Role { isDay = Qt::UserRole, day, title, subtitle, icon, spoken };
 
-    /// Both must outlive it.
-    PanelRows(PanelList& list, const ItemTexts& texts);
+    /// All must outlive it.
+    PanelRows(const HistoryPanel& panel, PanelList& list, const ItemTexts& texts);
 
     int rowCount(const QModelIndex& parent) const override;
     QVariant data(const QModelIndex& index, int role) const override;
@@ -32,6 +33,7 @@ class PanelRows final : public QAbstractListModel {
  private:
     void change(const PanelListChange& change);
 
+    const HistoryPanel& panel_;
     PanelList& list_;
     const ItemTexts& texts_;
     Subscription subscription_;

@@ -53,6 +53,10 @@ void PanelOnDemand::screensChanged() {
     if (window_) window_->placeAnew(iconFrame_(), screenmap::clearOfBars(context_.windowSystem));
 }
 
+void PanelOnDemand::iconMoved() {
+    if (state_.panelOpen.get()) state_.panelAnchorRight.set(place());
+}
+
 void PanelOnDemand::reshape() {
     if (window_) window_->reshape();
 }

@@ -21,6 +21,8 @@ class PanelOnDemand final : public AppWindow {
     void takeKeyboard() override;
     void clickedOutside() override;
 
+    /// Moves out of the icon's way, to its side.
+    void iconMoved();
     void screensChanged();
     void reshape();
 

@@ -70,7 +70,7 @@ PanelScene::PanelScene(AppState& state, SettingsStore& settings, HistoryPanel& p
       panel_(panel),
       view_(view),
       texts_(desktopWords),
-      rows_(panel.list, texts_) {
+      rows_(panel, panel.list, texts_) {
     view_.insert({{"rows", QVariant::fromValue(&rows_)},
                   {"blocks", QVariant::fromValue(&blocks_)},
                   {"cornerOffers", QVariant::fromValue(&cornerOffers_)},
@@ -93,7 +93,9 @@ void PanelScene::watchState() {
         view_.insert("query", QString::fromStdString(query));
         showEmptyText();
     }));
-    subscriptions_.push_back(settings_.pushToTalkKey.subscribe([this](PushToTalkKey) { showWords(); }));
+    subscriptions_.push_back(state_.searchesOlder.subscribe([this](bool) { showEmptyText(); }));
+    subscriptions_.push_back(state_.keys.subscribe([this](const WorkingKeys&) { showWords(); }));
+    subscriptions_.push_back(state_.abilities.subscribe([this](const Abilities&) { showWords(); }));
     subscriptions_.push_back(
         settings_.languageObserver().code.subscribe([this](const std::string&) { retranslate(); }));
 }
@@ -130,9 +132,9 @@ void PanelScene::retranslate() {
 
 void PanelScene::showWords() {
     QVariantMap words;
-    for (const auto& [name, text] : paneltext::words()) words.insert(name, shown(text));
+    for (const auto& [name, text] : paneltext::words(state_.abilities.get())) words.insert(name, shown(text));
     view_.insert("words", words);
-    const auto texts = paneltext::welcome(settings_.pushToTalkKey.get());
+    const auto texts = paneltext::welcome(state_);
     QStringList steps;
     for (const auto& step : texts.steps) steps.append(shown(step));
     view_.insert("welcome", QVariantMap{{"title", shown(texts.title)},
@@ -164,10 +166,7 @@ void PanelScene::showSection() {
     showEmptyText();
 }
 
-void PanelScene::showEmptyText() {
-    view_.insert("emptyText", shown(paneltext::emptyList(state_.section.get(), state_.query.get(),
-                                                         settings_.pushToTalkKey.get())));
-}
+void PanelScene::showEmptyText() { view_.insert("emptyText", shown(paneltext::emptyList(state_))); }
 
 void PanelScene::showSelectedRow() {
     const auto row = panel_.selection.row();

@@ -22,7 +22,7 @@ FocusScope {
     }
 
     implicitHeight: words.height + 2 * theme.space + list.height
-    activeFocusOnTab: visible
+    activeFocusOnTab: visible || activeFocus  // what hides with the focus passes it on
 
     Accessible.role: Accessible.Grouping
     Accessible.name: label

@@ -10,7 +10,7 @@ Flickable {
     activeFocusOnTab: true
     Accessible.role: Accessible.Document
     Accessible.name: view.welcome.title
-    Accessible.description: [...view.welcome.steps, view.welcome.aside, view.welcome.sample].join("\n")
+    Accessible.description: [...view.welcome.steps, view.welcome.aside, view.welcome.sample].filter(text => text !== "").join("\n")
     Accessible.focusable: true
 
     Keys.onPressed: event => {
@@ -81,6 +81,7 @@ Flickable {
 
         Label {
             width: parent.width
+            visible: text !== ""
             wrapMode: Text.Wrap
             text: view.welcome.aside
             color: theme.textSecondary

@@ -27,6 +27,7 @@ class AppControllerTest : public testing::Test, protected FakePlatform {
  protected:
     AppControllerTest() {
         installLanguage(defaults, {});
+        defaults.set("onboardingDone", true);
         recognition.locales = {{"es-ES", "es-ES"}};
     }
     ~AppControllerTest() override { uninstallLanguage(); }
@@ -69,7 +70,7 @@ class AppControllerTest : public testing::Test, protected FakePlatform {
 
 TEST_F(AppControllerTest, AHeldKeyBecomesTextAtTheCursorInTheHistoryAndInTheTrace) {
     launch();
-    EXPECT_EQ(log(), "DORIX: listo\n");
+    EXPECT_EQ(log(), "DORIX: ready\n");
     const auto file = folder.path() / "trace.jsonl";
     app->traceTo(file);
     press();
@@ -91,7 +92,7 @@ TEST_F(AppControllerTest, AHeldKeyBecomesTextAtTheCursorInTheHistoryAndInTheTrac
     using std::filesystem::perms;
     EXPECT_EQ(std::filesystem::status(file).permissions(), perms::owner_read | perms::owner_write);
     app->traceTo(folder.path() / "nowhere" / "trace.jsonl");
-    EXPECT_THAT(log(), testing::HasSubstr("DORIX: no se pudo abrir la traza "));
+    EXPECT_THAT(log(), testing::HasSubstr("DORIX: the trace could not be opened: "));
 
     app.reset();
     const HistoryStore history(folder.path() / "DORIX" / "dorix.sqlite");
@@ -150,12 +151,126 @@ TEST_F(AppControllerTest, WithoutItsHotKeysOrItsModelItGoesOn) {
     launch();
     EXPECT_EQ(
         log(),
-        "DORIX: no se pudo registrar el atajo global (10)\n"
-        "DORIX: no se pudo registrar el atajo global (10)\n"
+        "DORIX: no se pudo registrar el atajo global (10): Alt+Space\n"
+        "DORIX: no se pudo registrar el atajo global (10): Alt+Shift+Space\n"
         "DORIX: no se pudo preparar el modelo de voz: El idioma es-ES no está disponible para el dictado en "
         "este Mac.\n"
-        "DORIX: listo\n");
+        "DORIX: ready\n");
     EXPECT_EQ(app->state().hud.get().kind, HUDPhase::Kind::error);
+}
+
+/// The first run, whose window notes down what is asked of it.
+class FirstRunTest : public AppControllerTest {
+ protected:
+    void launch() {
+        app.reset();
+        asked.clear();
+        app = std::make_unique<AppController>(platform());
+        app->windows.onboarding = &window;
+        app->applicationDidFinishLaunching();
+        executor.runPosted();
+    }
+    void SetUp() override { testing::internal::CaptureStderr(); }
+    Onboarding& firstRun() const { return app->onboarding(); }
+    OnboardingRow row(const std::string& id) const {
+        for (auto& one : firstRun().rows()) {
+            if (one.id == id) return one;
+        }
+        return {};
+    }
+
+    std::vector<std::string> asked;
+    RecordingWindow window{asked};
+};
+
+TEST_F(FirstRunTest, LeadsThroughFourStepsAndComesAgainOnlyForWhatIsNewlyMissing) {
+    TaskScope scope(executor);
+    scope.spawn(keychain.save("session-token", "secret"));
+    defaults.set("DORIXServerURL", "https://dorix.example");
+    defaults.set("onboardingDone", false);
+    grants.trusted = false;
+    launch();
+    EXPECT_THAT(asked, ElementsAre("place", "show"));
+    EXPECT_FALSE(app->state().showFirstRunHint.get());
+    for (const auto step :
+         {Onboarding::Step::permissions, Onboarding::Step::practice, Onboarding::Step::end}) {
+        firstRun().next();
+        EXPECT_EQ(firstRun().step().get(), step);
+    }
+    EXPECT_EQ(firstRun().endLabel(), "Continuar sin todos los permisos");
+    EXPECT_EQ(firstRun().missing(), "Falta todavía: Accesibilidad.");
+    firstRun().next();
+    EXPECT_TRUE(app->settings().onboardingDone.get());
+    EXPECT_TRUE(app->state().showFirstRunHint.get()) << "forced";
+    EXPECT_EQ(asked.back(), "hide");
+
+    launch();
+    executor.advanceBy(30);
+    EXPECT_THAT(asked, testing::IsEmpty()) << "the user has chosen to do without";
+    grants.speech = SpeechAuthorizationStatus::denied;
+    launch();
+    executor.advanceBy(30);
+    EXPECT_THAT(asked, ElementsAre("place", "show"));
+    EXPECT_EQ(firstRun().step().get(), Onboarding::Step::permissions);
+}
+
+TEST_F(FirstRunTest, EachRowSaysWhatIsMissingAndFollowsItsRemedy) {
+    defaults.set("onboardingDone", false);
+    grants.trusted = false;
+    audio.format.channelCount = 0;
+    launch();
+    EXPECT_EQ(row("microphone").tone, OnboardingRow::Tone::warning);
+    firstRun().press("microphone", "allow");
+    EXPECT_THAT(grants.log, testing::Contains("open Privacy_Microphone"));
+    firstRun().press("accessibility", "allow");
+    EXPECT_THAT(grants.log, testing::Contains("prompt for trust"));
+    EXPECT_EQ(row("screen").id, "") << "nobody answers questions as yet";
+
+    int changes = 0;
+    const auto observer = firstRun().observe([&] { ++changes; });
+    grants.trusted = true;
+    audio.format.channelCount = 1;
+    executor.advanceBy(1.1);
+    EXPECT_GT(changes, 0);
+    for (const auto* id : {"microphone", "speech", "accessibility"})
+        EXPECT_EQ(row(id).tone, OnboardingRow::Tone::good) << id;
+    EXPECT_EQ(firstRun().endLabel(), "Empezar");
+    EXPECT_EQ(firstRun().missing(), "");
+}
+
+TEST_F(FirstRunTest, ThePracticeNamesAKeyThatWorksAndItsFieldGetsTheWords) {
+    defaults.set("onboardingDone", false);
+    launch();
+    EXPECT_FALSE(firstRun().needsHoldKey());
+    hotKeys.refuseWith = 10;
+    keyboard.holdKeyIsAltGr = true;
+    executor.advanceBy(1.1);
+    EXPECT_THAT(firstRun().practiceText(), testing::StartsWith("Mantén pulsado AltGr y habla. DORIX lo"));
+    EXPECT_TRUE(firstRun().needsHoldKey());
+    firstRun().chooseHoldKey("rightControl");
+    keyboard.holdKeyIsAltGr = false;
+    executor.advanceBy(1.1);
+    EXPECT_THAT(firstRun().practiceText(), testing::StartsWith("Mantén pulsado ⌃ derecha y habla."));
+
+    workspace.frontmost = RunningApplication{.processIdentifier = 42, .bundleIdentifier = workspace.own};
+    poster.onPost = [this](std::uint16_t) {
+        firstRun().fieldChanged(pasteboard.fetch(*workspace.frontmost, executor.now()));
+    };
+    const auto dictate = [this] {
+        keyboard.flags(keycode::rightControl, modifier::control | modifier::deviceRightControl);
+        executor.advanceBy(0.5);
+        say("hola");
+        keyboard.flags(keycode::rightControl, 0);
+        executor.advanceBy(1);
+    };
+    dictate();
+    EXPECT_FALSE(firstRun().hasPractised().get()) << "the cursor is not in the field";
+    firstRun().setFieldFocused(true);
+    dictate();
+    EXPECT_TRUE(firstRun().hasPractised().get());
+    EXPECT_EQ(app->state().hud.get(), HUDPhase::done("Escrito en DORIX"));
+    firstRun().end();
+    EXPECT_FALSE(app->state().practises.get());
 }
 
 TEST_F(AppControllerTest, ThePanelOpensAndClosesByWhateverIsClicked) {

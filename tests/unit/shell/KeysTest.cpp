@@ -1,3 +1,4 @@
+#include "dictation/WorkingKeys.h"
 #include "fakes/FakeKeys.h"
 #include "fakes/dictation/DictationBench.h"
 #include "shell/Keys.h"
@@ -86,6 +87,59 @@ TEST_F(KeysTest, PausingEndsAPressAndKeepsTheMicrophoneShut) {
     release();
     press();
     EXPECT_TRUE(speech.isOn);
+}
+
+TEST_F(KeysTest, WhoHoldsTheKeyWhilePausedIsToldSoOnceAPress) {
+    listen();
+    settings.paused.set(true);
+    press();
+    executor.advanceBy(0.29);
+    release();
+    press();
+    keyboard.keyDown(keycode::v);
+    executor.advanceBy(1);
+    release();
+    EXPECT_EQ(state.hud.get(), HUDPhase::hidden()) << "a tap and a chord are no attempt to dictate";
+    press();
+    executor.advanceBy(3);
+    EXPECT_EQ(state.hud.get().kind, HUDPhase::Kind::info);
+    executor.advanceBy(60);
+    EXPECT_EQ(state.hud.get(), HUDPhase::hidden());
+    release();
+    hotKey(dictationKey, HotKeyRegistrar::eventPressed);
+    EXPECT_EQ(state.hud.get().kind, HUDPhase::Kind::info);
+    executor.advanceBy(60);
+    press();
+    settings.paused.set(false);
+    executor.advanceBy(1);
+    EXPECT_EQ(state.hud.get(), HUDPhase::hidden());
+}
+
+TEST_F(KeysTest, TextsNameTheKeysThatWork) {
+    const std::string both = "Mantén pulsado ⌥ Espacio (o %@) y habla. Con ⌥⇧ Espacio, pregunta.";
+    const auto named = [&](const std::string& text) { return namingKeys(text, state.keys.get()); };
+    listen();
+    EXPECT_EQ(named(both), "Mantén pulsado ⌥ Espacio (o ⌥ derecha) y habla. Con ⌥⇧ Espacio, pregunta.");
+
+    hotKeys.refuseWith = 10;
+    keyboard.change();
+    EXPECT_EQ(named(both), "Mantén pulsado ⌥ derecha y habla. Con ⌥ derecha, pregunta.");
+    EXPECT_EQ(named("⌥ Espacio para dictar"), "⌥ derecha para dictar");
+    EXPECT_FALSE(needsKey(state.keys.get()));
+    keyboard.holdKeyIsAltGr = true;
+    keyboard.change();
+    EXPECT_EQ(named("⌥ Espacio para dictar"), "AltGr para dictar") << "by what is printed on it";
+    EXPECT_TRUE(needsKey(state.keys.get()));
+    keyboard.hasHoldKey = false;
+    keyboard.change();
+    EXPECT_EQ(dictationKeyName(state.keys.get()), std::nullopt);
+    EXPECT_EQ(named(both), "Mantén pulsado la tecla que elijas y habla. Con la tecla que elijas, pregunta.");
+
+    hotKeys.refuseWith = 0;
+    keys.lookAgain();
+    EXPECT_EQ(named(both), "Mantén pulsado ⌥ Espacio y habla. Con ⌥⇧ Espacio, pregunta.");
+    hotKey(dictationKey, HotKeyRegistrar::eventPressed);
+    EXPECT_TRUE(speech.isOn) << "the window manager has let go of it";
 }
 
 TEST_F(KeysTest, ANewHoldKeyEndsThePressOfTheOldOne) {
