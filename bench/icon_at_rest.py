@@ -22,7 +22,7 @@ from virtual_desktop import VirtualDesktop  # noqa: E402
 
 FRAME = "Frame rendered"
 TELL_FRAMES = {"QT_LOGGING_RULES": "qt.scenegraph.time.renderloop=true", "QT_FORCE_STDERR_LOGGING": "1"}
-READY = "DORIX: listo"
+READY = "DORIX: ready"
 SETTLE = 5.0  # seconds after the program is ready
 
 
@@ -30,7 +30,7 @@ def prepare(desktop: VirtualDesktop) -> None:
     """The hint of the first runs draws and wakes up, by a timer of its own."""
     defaults = Path(desktop.env["XDG_CONFIG_HOME"], "dorix/defaults.json")
     defaults.parent.mkdir()
-    defaults.write_text('{"hintShownCount": 3}')
+    defaults.write_text('{"onboardingDone": true, "hintShownCount": 3}')
 
 
 class Program:

@@ -15,6 +15,7 @@ import shlex
 import signal
 import subprocess
 import sys
+import time
 from pathlib import Path
 
 sys.dont_write_bytecode = True
@@ -59,6 +60,7 @@ def play_script(options: argparse.Namespace, desktop: VirtualDesktop) -> bool:
     if script.has_model_server:
         settings["modelServer"] = start_model_server(desktop)
     player = Player(desktop, Dorix(desktop, options.binary, options.log, settings), options.output)
+    began = time.monotonic()
     for step in script.steps:
         print(step, flush=True)
         try:
@@ -66,6 +68,8 @@ def play_script(options: argparse.Namespace, desktop: VirtualDesktop) -> bool:
                 print(f"  {line}", flush=True)
         except FAILURES as error:
             raise script.failure(step.line, f"{step.name}: {error}") from error
+    done = [step for step in script.steps if step.name not in ("expect", "screenshot")]
+    print(f"{len(done)} things done in {time.monotonic() - began:.0f} s", flush=True)
     return True
 
 

@@ -10,7 +10,7 @@ from failure import DemoError
 from virtual_desktop import VirtualDesktop
 from waiting import wait_until
 
-READY = "DORIX: listo\n"
+READY = "DORIX: ready\n"
 START_TIMEOUT = 60.0  # loading the recogniser's model dominates, on a cold disk
 END_TIMEOUT = 5.0
 SESSION_TIMEOUT = 10.0
@@ -21,7 +21,8 @@ SCREEN_HEIGHT = 800
 
 
 class Dorix:
-    """Builds ready to be used. `log` gets what it writes."""
+    """Builds ready to be used, by somebody who has been through the first run unless the settings say otherwise. `log`
+    gets what it writes."""
 
     def __init__(self, desktop: VirtualDesktop, binary: Path, log: Path, settings: dict):
         self._desktop = desktop
@@ -31,7 +32,7 @@ class Dorix:
         self._settings = Path(desktop.env["XDG_CONFIG_HOME"], "dorix/defaults.json")
         self._history = Path(desktop.env["XDG_DATA_HOME"], "DORIX/dorix.sqlite")
         self._settings.parent.mkdir()
-        self._settings.write_text(json.dumps(settings))
+        self._settings.write_text(json.dumps({"onboardingDone": True} | settings))
         self._start()
 
     @property

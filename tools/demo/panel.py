@@ -44,6 +44,11 @@ class Panel:
         return self._centre(lambda: next((node for node in self._showing(Atspi.Role.PUSH_BUTTON)
                                           if node.get_name() in INSERT_BUTTONS), None), "a button that inserts")
 
+    def button(self, name: str) -> tuple[int, int]:
+        """Of any of its windows."""
+        return self._centre(lambda: next((node for node in self._showing(Atspi.Role.PUSH_BUTTON)
+                                          if node.get_name() == name), None), f'a button "{name}"')
+
     def _list(self):
         return next(self._showing(Atspi.Role.LIST), None)
 

@@ -143,7 +143,8 @@ class Player:
             raise self._stage.failure("nothing was typed")
         if not sounds_like(sentence, outcome.typed):
             raise self._stage.failure("what was typed is not what was said")
-        if [item["answer"] for item in outcome.remembered] != [outcome.typed]:
+        # A blank may be put between what stood there and the text.
+        if [item["answer"] for item in outcome.remembered] != [outcome.typed.removeprefix(" ")]:
             raise self._stage.failure("the history does not hold what was typed")
         return outcome.lines() + ([accident.outcome()] if accident else [])
 
@@ -214,6 +215,9 @@ class Player:
             raise self._stage.failure("what was typed is not the item's text")
         return self._stage.outcome.lines()
 
+    def press(self, button: str) -> None:
+        self._user.click(*self._panel.button(button))
+
     def close_panel(self) -> None:
         self._user.press("Escape")
         self._panel.await_gone()
@@ -224,12 +228,15 @@ class Player:
 
     def expect(self, expectation: str) -> None:
         what, _, wanted = expectation.partition(" ")
+        outcome = self._stage.outcome
         actual = {
             "typed": lambda: contains(self._stage.outcome.typed, wanted),
             "route": lambda: self._stage.outcome.route() == wanted,
             "hud": lambda: self._stage.outcome.phases() == wanted.split(),
+            "gap": lambda: outcome.typed.startswith(" ") == (wanted == "yes"),
             "panel": lambda: self._panel.comes_to_show(wanted),
             "engine": lambda: [json.loads(item["meta"]).get("engine") for item in self._stage.outcome.remembered] == [wanted],
+            "window": lambda: self._panel.comes_to_show(wanted),
             "message": lambda: any(wanted in text for text in self._stage.outcome.messages()),
         }
         if not actual[what]():

@@ -23,6 +23,7 @@ STEPS = {
     "layout": "ARGUMENTS",
     "open-panel": "",
     "play": "RECORDING",
+    "press": "BUTTON",
     "recogniser": "killed|stopped",
     "reinsert": "",
     "reinsert-by-key": "",
@@ -35,7 +36,7 @@ STEPS = {
     "silent": "",
     "tap": "",
 }
-EXPECTATIONS = ("typed", "route", "hud", "message", "panel", "engine")
+EXPECTATIONS = ("typed", "gap", "route", "hud", "message", "panel", "engine", "window")
 
 
 @dataclass(frozen=True)

@@ -8,10 +8,12 @@ from dorix import Dorix
 from editor import Editor
 from failure import DemoError
 from outcome import Outcome, inserted
+from practice import Practice
 from virtual_desktop import VirtualDesktop
 from waiting import wait_until
 
 APPLICATIONS = {"mousepad": Editor, "xterm": Terminal}
+OWN = "dorix"
 
 HUD_TIMEOUT = 10.0  # longer than any message stays
 ARRIVAL_TIMEOUT = 3.0  # from the paste to the text in the application
@@ -22,20 +24,22 @@ class Stage:
         self.outcome = Outcome()  # of the last step that was observed
         self._desktop = desktop
         self._dorix = dorix
-        self._targets: dict[str, TargetApplication] = {}
-        self._front: TargetApplication | None = None
+        self._targets: dict[str, TargetApplication | Practice] = {}
+        self._front: TargetApplication | Practice | None = None
 
     def bring_to_front(self, name: str) -> None:
         """Opens it when it is not open yet."""
-        if name not in APPLICATIONS:
-            raise DemoError(f"the applications are {' and '.join(APPLICATIONS)}")
         if name in self._targets:
             self._targets[name].bring_to_front()
-        else:
+        elif name == OWN:
+            self._targets[name] = Practice(self._desktop, self._dorix)
+        elif name in APPLICATIONS:
             self._targets[name] = APPLICATIONS[name](self._desktop)
+        else:
+            raise DemoError(f"the applications are {', '.join(APPLICATIONS)} and {OWN}")
         self._front = self._targets[name]
 
-    def front(self) -> TargetApplication:
+    def front(self) -> TargetApplication | Practice:
         """The application that is in front, DORIX's own windows apart."""
         if not self._front:
             raise DemoError("no application is open; open one first, as in: app mousepad")
@@ -60,7 +64,7 @@ class Stage:
             if target is not front and target.text() != text:
                 raise self.failure(f"the text went to {target.name}, not to {front.name}")
 
-    def _arrived(self, target: TargetApplication, before: str) -> str:
+    def _arrived(self, target: TargetApplication | Practice, before: str) -> str:
         """What the application has got, when it should have got something: it takes its time."""
         if any(event.get("hud") == "done" for event in self.outcome.events):
             wait_until(lambda: target.text() != before, ARRIVAL_TIMEOUT)
