@@ -16,7 +16,7 @@ class Capture : public testing::Test {
     static constexpr std::int32_t pid = 42;
 
     void front(const std::optional<std::string>& bundleID, std::optional<std::string> name = "Nombre") {
-        workspace.frontmost = RunningApplication{pid, bundleID, std::move(name), 1};
+        workspace.frontmost = RunningApplication{pid, bundleID, std::move(name), 1, std::nullopt};
     }
     void set(std::string attribute, std::expected<AXValue, AXError> value) {
         accessibility.application(pid).attributes.insert_or_assign(std::move(attribute), std::move(value));
