@@ -109,6 +109,12 @@ std::vector<HistoryItem> HistoryStore::load(int limit) const {
 
 std::vector<HistoryItem> HistoryStore::loadAll() const { return read(historyrows::selectNewestFirst); }
 
+std::size_t HistoryStore::count() const {
+    const auto statement = sqlite::prepare(db_.get(), "SELECT COUNT(*) FROM history");
+    if (!statement || sqlite3_step(statement.get()) != SQLITE_ROW) return items_.size();
+    return std::max(items_.size(), static_cast<std::size_t>(sqlite3_column_int64(statement.get(), 0)));
+}
+
 std::optional<double> HistoryStore::firstDate() const {
     const auto statement = sqlite::prepare(db_.get(), "SELECT MIN(created_at) FROM history");
     if (!statement || sqlite3_step(statement.get()) != SQLITE_ROW) return std::nullopt;

@@ -86,6 +86,9 @@ class HistoryStore {
     std::vector<HistoryItem> load(int limit) const;
     std::vector<HistoryItem> loadAll() const;
 
+    /// How many items there are, in the file and, without one, in the list.
+    std::size_t count() const;
+
     /// When the oldest row was made, in seconds since 1970; nothing when there is no row.
     std::optional<double> firstDate() const;
 

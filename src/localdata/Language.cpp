@@ -1,6 +1,7 @@
 #include "localdata/Language.h"
 
 #include "base/text/Text.h"
+#include "localdata/InLanguage.h"
 #include "localdata/TranslationTable.h"
 
 #include <mutex>
@@ -34,15 +35,13 @@ const Dictionary& dictionary() {
     return built;
 }
 
-/// The language that holds for this thread alone while a failure is described for the log.
-thread_local const char* described = nullptr;
+/// The language that holds for this thread alone, for as long as somebody wants it.
+thread_local const char* languageOfThread = nullptr;
 
 template <typename Failure>
 std::string describe(LogLanguage language, const Failure& words) {
-    const auto* const before = std::exchange(described, language == LogLanguage::english ? "en" : "es");
-    std::string text = words();
-    described = before;
-    return text;
+    const InLanguage guard(language == LogLanguage::english ? "en" : "es");
+    return words();
 }
 
 std::string filled(const FormatArgument& argument) {
@@ -66,6 +65,10 @@ void installLanguage(SystemLanguages languages) {
 
 void uninstallLanguage() { installLanguage(SystemLanguages{}); }
 
+InLanguage::InLanguage(const char* code) : before_(std::exchange(languageOfThread, code)) {}
+
+InLanguage::~InLanguage() { languageOfThread = before_; }
+
 std::string describedIn(LogLanguage language, const Error& error) {
     return describe(language, [&] { return error.localizedDescription(); });
 }
@@ -75,7 +78,7 @@ std::string describedIn(LogLanguage language, const std::exception_ptr& error) {
 }
 
 std::string currentAppLanguage() {
-    if (described != nullptr) return described;
+    if (languageOfThread != nullptr) return languageOfThread;
     std::scoped_lock lock(source().mutex);
     if (source().defaults != nullptr) {
         const auto chosen = source().defaults->string("appLanguage");

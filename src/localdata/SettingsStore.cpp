@@ -55,6 +55,8 @@ SettingsStore::SettingsStore(UserDefaults& defaults, LoginItem& loginItem, const
       onboardingDone(defaults.boolean("onboardingDone").value_or(false)),
       speechModels(storedNames(defaults, "speechModels")),
       speechMirrors(storedNames(defaults, "speechMirrors")),
+      microphone(defaults.string("microphone").value_or("")),
+      microphoneName(defaults.string("microphoneName").value_or("")),
       speechServer(defaults.string("speechServer").value_or("")),
       speechServerModel(defaults.string("speechServerModel").value_or("whisper-1")),
       speechServerTold(defaults.string("speechServerTold").value_or("")),
@@ -79,6 +81,8 @@ SettingsStore::SettingsStore(UserDefaults& defaults, LoginItem& loginItem, const
     writeThrough(onboardingDone, "onboardingDone", asIs);
     writeThrough(speechModels, "speechModels", asIs);
     writeThrough(speechMirrors, "speechMirrors", asIs);
+    writeThrough(microphone, "microphone", asIs);
+    writeThrough(microphoneName, "microphoneName", asIs);
     writeThrough(speechServer, "speechServer", asIs);
     writeThrough(speechServerModel, "speechServerModel", asIs);
     writeThrough(speechServerTold, "speechServerTold", asIs);
@@ -108,12 +112,14 @@ void SettingsStore::setAppLanguage(const std::string& code) {
     language.set(code == "en" ? "en-US" : "es-ES");
 }
 
-void SettingsStore::setLaunchAtLogin(bool enabled) {
+std::expected<void, std::string> SettingsStore::setLaunchAtLogin(bool enabled) {
     try {
         enabled ? loginItem_.registerApplication() : loginItem_.unregisterApplication();
     } catch (const Error& error) {
         logLine("no se pudo cambiar el inicio automático: " + error.localizedDescription());
+        return std::unexpected(error.localizedDescription());
     }
+    return {};
 }
 
 }  // namespace dorix

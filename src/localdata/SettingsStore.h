@@ -7,6 +7,7 @@
 #include "platform/UserDefaults.h"
 
 #include <array>
+#include <expected>
 #include <map>
 #include <string>
 #include <string_view>
@@ -58,6 +59,12 @@ class SettingsStore {
     /// By what the beginning of a model's address is replaced, where models come from elsewhere.
     Observable<std::map<std::string, std::string>> speechMirrors;
 
+    /// The microphone that is listened to, as the system knows it for good; the system's own choice where it
+    /// is empty.
+    Observable<std::string> microphone;
+    /// What people call it, for while it is not there.
+    Observable<std::string> microphoneName;
+
     /// The address of a server that recognises speech instead of this computer; none where it is empty.
     Observable<std::string> speechServer;
     /// The model that it is asked for.
@@ -78,8 +85,10 @@ class SettingsStore {
     /// Makes `code` ("es" or "en") the app language; the dictation language follows it.
     void setAppLanguage(const std::string& code);
 
-    /// The system keeps the state; a failure is logged.
-    void setLaunchAtLogin(bool enabled);
+    /// The system keeps the state.
+    bool launchesAtLogin() const { return loginItem_.isRegistered(); }
+    /// A failure is logged, and its words are given back.
+    std::expected<void, std::string> setLaunchAtLogin(bool enabled);
 
  private:
     template <typename T, typename ToJson>
