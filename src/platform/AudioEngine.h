@@ -1,9 +1,13 @@
 #pragma once
 
+#include "base/Observable.h"
+
 #include <cstddef>
 #include <functional>
 #include <memory>
 #include <span>
+#include <string>
+#include <vector>
 
 namespace dorix {
 
@@ -34,7 +38,7 @@ class AudioEngine {
     /// Stops. When it returns the tap is not running and will not run again.
     virtual ~AudioEngine() = default;
 
-    /// The format of the default input. A rate or channel count of 0: there is no input.
+    /// The format of the input. A rate or channel count of 0: there is no input.
     virtual AudioFormat inputFormat() const = 0;
 
     /// Where captured buffers go, about `bufferSize` frames each, in `format`, which is inputFormat(). Before
@@ -42,8 +46,8 @@ class AudioEngine {
     virtual void installTap(std::size_t bufferSize, AudioFormat format, TapBlock block) = 0;
     virtual void removeTap() = 0;
 
-    /// Called on the main executor, until the engine is destroyed, when the default input changes or the one
-    /// in use goes away. Replaces the observer before it, an empty one takes it away. It may destroy the
+    /// Called on the main executor, until the engine is destroyed, when another input is to be used or the
+    /// one in use goes away. Replaces the observer before it, an empty one takes it away. It may destroy the
     /// engine, or replace itself, while it is being called.
     virtual void onConfigurationChange(std::function<void()> observer) = 0;
 
@@ -53,9 +57,27 @@ class AudioEngine {
     virtual bool isRunning() const = 0;
 };
 
+/// A microphone.
+struct AudioInput {
+    std::string id;    // the same whenever it is there
+    std::string name;  // for people
+
+    bool operator==(const AudioInput&) const = default;
+};
+
+/// The sound inputs of this computer. Main executor.
 class AudioEngineFactory {
  public:
     virtual ~AudioEngineFactory() = default;
+
+    /// The microphones that are there, as they come and go.
+    virtual const Observable<std::vector<AudioInput>>& inputs() const = 0;
+
+    /// Engines open that microphone from now on, the system's own choice where the id is empty or of none
+    /// that is there; one that is running is told by its onConfigurationChange.
+    virtual void useInput(std::string id) = 0;
+
+    /// An opening of the microphone in use.
     virtual std::unique_ptr<AudioEngine> makeEngine() = 0;
 };
 

@@ -21,6 +21,9 @@ class FakeAudioEngineFactory final : public AudioEngineFactory {
         return engine;
     }
 
+    const Observable<std::vector<AudioInput>>& inputs() const override { return microphones; }
+    void useInput(std::string id) override { used = std::move(id); }
+
     /// Hands sound to the tap of the engine that runs; false when none runs or none is tapped.
     bool deliver(const std::vector<float>& samples) {
         if (!isRunning() || !newest_->tap) return false;
@@ -40,7 +43,9 @@ class FakeAudioEngineFactory final : public AudioEngineFactory {
 
     AudioFormat format{48000, 1};           // without channels there is no input
     std::optional<std::string> startError;  // the words that starts fail with
-    int opened = 0;                         // engines made until now
+    Observable<std::vector<AudioInput>> microphones;
+    std::string used;  // the input that was asked for
+    int opened = 0;    // engines made until now
 
  private:
     struct Engine final : AudioEngine {

@@ -30,7 +30,7 @@ void PulseAudioEngine::CloseStream::operator()(pa_stream* stream) const {
 
 PulseAudioEngine::PulseAudioEngine(std::shared_ptr<PulseConnection> connection)
     : connection_(std::move(connection)),
-      source_(connection_->defaultSource().value_or(PulseConnection::Source{})) {}
+      source_(connection_->source().value_or(PulseConnection::Source{})) {}
 
 PulseAudioEngine::~PulseAudioEngine() { stop(); }
 
@@ -78,7 +78,8 @@ void PulseAudioEngine::openStream(pa_context* context) {
         .minreq = whatServerLikes,
         .fragsize = static_cast<std::uint32_t>(frames * static_cast<double>(pa_frame_size(&spec)))};
     // No device named: the server's default, or the one that the user has given this program in the mixer.
-    if (pa_stream_connect_record(stream_.get(), nullptr, &buffering, PA_STREAM_ADJUST_LATENCY) < 0) {
+    const char* const device = source_.isChosen ? source_.name.c_str() : nullptr;
+    if (pa_stream_connect_record(stream_.get(), device, &buffering, PA_STREAM_ADJUST_LATENCY) < 0) {
         stream_.reset();
         throw pulseError(context);
     }
@@ -119,7 +120,7 @@ void PulseAudioEngine::suspect() {
 void PulseAudioEngine::sourcesRefreshed() {
     // A stream that never was fails without a word: reopening at once would only fail again, and again.
     if (!wasReady_ || reported_) return;
-    const auto current = connection_->defaultSource();
+    const auto current = connection_->source();
     const auto index = current ? current->index : PA_INVALID_INDEX;
     const bool replaced = index != source_.index && index != pa_stream_get_device_index(stream_.get());
     if (!suspected_ && !replaced) return;
@@ -144,9 +145,20 @@ void PulseAudioEngine::read() {
 }
 
 PulseAudioEngineFactory::PulseAudioEngineFactory(Executor& main, std::string server)
-    : connection_(std::make_shared<PulseConnection>(main, std::move(server))) {}
+    : connection_(std::make_shared<PulseConnection>(main, std::move(server), listInto(main, inputs_))) {}
 
 PulseAudioEngineFactory::~PulseAudioEngineFactory() = default;
+
+PulseConnection::Listed PulseAudioEngineFactory::listInto(Executor& main,
+                                                          const std::shared_ptr<Inputs>& inputs) {
+    return [&main, weak = std::weak_ptr(inputs)](const std::vector<PulseConnection::Source>& microphones) {
+        std::vector<AudioInput> listed;
+        for (const auto& source : microphones) listed.push_back({source.name, source.description});
+        main.post([weak, listed = std::move(listed)] {
+            if (const auto known = weak.lock()) known->set(listed);
+        });
+    };
+}
 
 std::unique_ptr<AudioEngine> PulseAudioEngineFactory::makeEngine() {
     connection_->retryNow();

@@ -9,10 +9,12 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace dorix {
 
-/// A recording from the server's default source, in that source's own format. The tap runs on the
+/// A recording from the source that is to be recorded from, in that source's own format. The tap runs on the
 /// connection's thread. Trouble after start shows as a configuration change, or as silence when the stream
 /// never came to be.
 class PulseAudioEngine final : public AudioEngine {
@@ -69,12 +71,20 @@ class PulseAudioEngineFactory final : public AudioEngineFactory {
     explicit PulseAudioEngineFactory(Executor& main, std::string server = {});
     ~PulseAudioEngineFactory() override;
 
+    const Observable<std::vector<AudioInput>>& inputs() const override { return *inputs_; }
+    void useInput(std::string id) override { connection_->choose(std::move(id)); }
     std::unique_ptr<AudioEngine> makeEngine() override;
 
     /// The connection, for others that need the server.
     const std::shared_ptr<PulseConnection>& connection() const { return connection_; }
 
  private:
+    using Inputs = Observable<std::vector<AudioInput>>;
+
+    static PulseConnection::Listed listInto(Executor& main, const std::shared_ptr<Inputs>& inputs);
+
+    /// Main executor; what the connection's thread posts holds it weakly.
+    const std::shared_ptr<Inputs> inputs_ = std::make_shared<Inputs>();
     std::shared_ptr<PulseConnection> connection_;
 };
 

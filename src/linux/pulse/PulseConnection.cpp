@@ -15,7 +15,9 @@ constexpr int lastRetrySeconds = 30;
 PulseConnection::Source sourceOf(const pa_source_info& info) {
     return {.index = info.index,
             .format = {static_cast<double>(info.sample_spec.rate), info.sample_spec.channels},
-            .channels = info.channel_map};
+            .channels = info.channel_map,
+            .name = info.name,
+            .description = info.description != nullptr ? info.description : info.name};
 }
 
 /// Requests answer through callbacks; nobody keeps the operation itself.
@@ -31,9 +33,10 @@ void PulseConnection::CloseContext::operator()(pa_context* context) const {
     pa_context_unref(context);
 }
 
-PulseConnection::PulseConnection(Executor& main, std::string server)
+PulseConnection::PulseConnection(Executor& main, std::string server, Listed listed)
     : main_(main),
       server_(std::move(server)),
+      listed_(std::move(listed)),
       wish_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
       loop_(pa_threaded_mainloop_new()) {
     pa_threaded_mainloop_set_name(loop_.get(), "dorix-pulse");
@@ -58,9 +61,26 @@ PulseConnection::~PulseConnection() {
     pa_threaded_mainloop_stop(loop_.get());
 }
 
-std::optional<PulseConnection::Source> PulseConnection::defaultSource() const {
+std::optional<PulseConnection::Source> PulseConnection::source() const {
     std::scoped_lock lock(mutex_);
-    return defaultSource_;
+    auto found = std::ranges::find(microphones_, chosen_, &Source::name);
+    const bool isChosen = found != microphones_.end();
+    if (!isChosen) found = std::ranges::find(microphones_, default_, &Source::name);
+    if (found == microphones_.end()) return std::nullopt;
+    auto source = *found;
+    source.isChosen = isChosen;
+    return source;
+}
+
+void PulseConnection::choose(std::string name) {
+    {
+        std::scoped_lock lock(mutex_);
+        if (name == chosen_) return;
+        chosen_ = std::move(name);
+    }
+    if (!isReady()) return;
+    const Lock lock(*this);
+    refresh();
 }
 
 pa_context* PulseConnection::readyContext() const {
@@ -114,7 +134,9 @@ void PulseConnection::lose() {
     refreshing_ = false;
     refreshAgain_ = false;
     scheduleRetry();
-    endRefresh(std::nullopt);
+    found_.clear();
+    foundDefault_.clear();
+    endRefresh();
 }
 
 void PulseConnection::scheduleRetry() {
@@ -147,7 +169,7 @@ void PulseConnection::subscribe() {
 void PulseConnection::sourceEvent(pa_subscription_event_type_t event, std::uint32_t index) {
     const bool ofSource = (event & PA_SUBSCRIPTION_EVENT_FACILITY_MASK) == PA_SUBSCRIPTION_EVENT_SOURCE;
     const bool isChange = (event & PA_SUBSCRIPTION_EVENT_TYPE_MASK) == PA_SUBSCRIPTION_EVENT_CHANGE;
-    const auto known = defaultSource();
+    const auto known = source();
     // Another source's volume is nothing to us.
     if (ofSource && isChange && known && known->index != index) return;
     refresh();
@@ -169,26 +191,33 @@ void PulseConnection::refresh() {
 }
 
 void PulseConnection::readServer(const pa_server_info* info) {
-    found_.reset();
-    if (!info || !info->default_source_name) {
-        endRefresh(std::nullopt);
-        return;
-    }
+    found_.clear();
+    foundDefault_ = info && info->default_source_name ? info->default_source_name : "";
     const auto answer = [](pa_context*, const pa_source_info* source, int end, void* userdata) {
         auto& self = *static_cast<PulseConnection*>(userdata);
-        // Without a microphone the server's default is the monitor of a sink: what the computer plays.
-        const bool isMicrophone = source && end == 0 && source->monitor_of_sink == PA_INVALID_INDEX;
-        if (isMicrophone) self.found_ = sourceOf(*source);
-        if (end != 0) self.endRefresh(self.found_);
+        if (end != 0) {
+            self.endRefresh();
+        } else if (source) {
+            self.readSource(*source);
+        }
     };
-    forget(pa_context_get_source_info_by_name(context_.get(), info->default_source_name, answer, this));
+    forget(pa_context_get_source_info_list(context_.get(), answer, this));
 }
 
-void PulseConnection::endRefresh(std::optional<Source> source) {
+/// Without a microphone the server's default is the monitor of a sink: what the computer plays.
+void PulseConnection::readSource(const pa_source_info& info) {
+    if (info.monitor_of_sink == PA_INVALID_INDEX) found_.push_back(sourceOf(info));
+}
+
+void PulseConnection::endRefresh() {
+    listed_(found_);
     {
         std::scoped_lock lock(mutex_);
-        defaultSource_ = source;
+        default_ = std::move(foundDefault_);
+        microphones_ = std::move(found_);
     }
+    found_.clear();
+    foundDefault_.clear();
     refreshing_ = false;
     if (std::exchange(refreshAgain_, false)) {
         refresh();

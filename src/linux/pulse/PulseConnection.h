@@ -14,17 +14,21 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace dorix {
 
-/// The one connection to the sound server, with the thread that serves it, and what the server's default
-/// source is. Made and destroyed on the main executor; the destructor joins the thread.
+/// The one connection to the sound server, with the thread that serves it, and what the server's sources are.
+/// Made and destroyed on the main executor; the destructor joins the thread.
 class PulseConnection {
  public:
     struct Source {
         std::uint32_t index = PA_INVALID_INDEX;
         AudioFormat format;
         pa_channel_map channels{};
+        std::string name;         // the same whenever it is there
+        std::string description;  // for people
+        bool isChosen = false;    // by the user, and not for being the default
     };
 
     /// Keeps the connection's thread out of its callbacks. Held for moments only by either side, but while a
@@ -42,15 +46,22 @@ class PulseConnection {
         pa_threaded_mainloop* loop_;
     };
 
-    PulseConnection(Executor& main, std::string server);
+    /// Told of the microphones, on the connection's thread, whenever what is known of them is fresh.
+    using Listed = std::function<void(const std::vector<Source>& microphones)>;
+
+    PulseConnection(Executor& main, std::string server, Listed listed = [](const auto&) {});
     ~PulseConnection();
     PulseConnection(const PulseConnection&) = delete;
     PulseConnection& operator=(const PulseConnection&) = delete;
 
     Executor& main() const { return main_; }
 
-    /// The default source as last heard of; none without a server, or when it is no microphone. Any thread.
-    std::optional<Source> defaultSource() const;
+    /// The source to record from as last heard of: the chosen one, or the default where that is not there.
+    /// None without a server, or when the default is no microphone. Any thread.
+    std::optional<Source> source() const;
+
+    /// Chooses the source of that name, or with an empty one none. Main executor.
+    void choose(std::string name);
 
     /// Whether the server is there, as last heard of. Any thread.
     bool isReady() const { return isReady_; }
@@ -86,10 +97,12 @@ class PulseConnection {
     void subscribe();
     void sourceEvent(pa_subscription_event_type_t event, std::uint32_t index);
     void readServer(const pa_server_info* info);
-    void endRefresh(std::optional<Source> source);
+    void readSource(const pa_source_info& info);
+    void endRefresh();
 
     Executor& main_;
     const std::string server_;
+    const Listed listed_;
     const FileDescriptor wish_;  // readable when a connection is wished for
     std::atomic<bool> isReady_ = false;
     const std::unique_ptr<pa_threaded_mainloop, FreeLoop> loop_;
@@ -101,11 +114,15 @@ class PulseConnection {
     int retrySeconds_ = 0;
     bool refreshing_ = false;
     bool refreshAgain_ = false;
-    std::optional<Source> found_;
+    std::string foundDefault_;
+    std::vector<Source> found_;
     Observers<> refreshed_;
 
     mutable std::mutex mutex_;
-    std::optional<Source> defaultSource_;  // guarded by mutex_
+    // Guarded by mutex_:
+    std::string chosen_;
+    std::string default_;
+    std::vector<Source> microphones_;
 };
 
 }  // namespace dorix

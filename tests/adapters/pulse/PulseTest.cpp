@@ -79,6 +79,40 @@ TEST_F(PulseAudioEngineTest, ANewDefaultSourceIsReportedOnceAndThenUsed) {
         << "what the computer plays is no microphone";
 }
 
+TEST_F(PulseAudioEngineTest, TheChosenMicrophoneIsUsedWhileItIsThere) {
+    launch();
+    const auto isListed = [this](const std::string& id) {
+        return std::ranges::count(factory->inputs().get(), id, &AudioInput::id) == 1;
+    };
+    ASSERT_TRUE(loop.runUntil([&] { return isListed("virtmic") && isListed("other"); }));
+    EXPECT_FALSE(isListed("speaker.monitor")) << "what the computer plays is no microphone";
+
+    Recording recording;
+    auto engine = record(recording);
+    ASSERT_TRUE(hears(recording));
+    factory->useInput("other");
+    ASSERT_TRUE(loop.runUntil([&] { return changes == 1; })) << "the one that runs is told";
+    engine = record(recording);
+    EXPECT_EQ(engine->inputFormat(), (AudioFormat{44100, 2}));
+    ASSERT_TRUE(hears(recording));
+    useSource("mic.monitor");
+    useSource("virtmic");
+    loop.runFor(0.5);
+    EXPECT_EQ(changes, 1) << "the system's choice is nothing to one who has chosen";
+
+    ASSERT_TRUE(server.control({"unload-module", SoundServer::otherModule}));
+    ASSERT_TRUE(loop.runUntil([&] { return changes == 2 && !isListed("other"); }));
+    engine = record(recording);
+    EXPECT_EQ(engine->inputFormat(), (AudioFormat{16000, 1})) << "the default stands in";
+    ASSERT_TRUE(hears(recording));
+    ASSERT_TRUE(server.control(
+        {"load-module", "module-remap-source", "master=speaker.monitor", "source_name=other"}));
+    EXPECT_TRUE(loop.runUntil([&] { return changes == 3; })) << "and goes when the chosen one is back";
+    EXPECT_EQ(inputFormat(), (AudioFormat{44100, 2}));
+    factory->useInput("");
+    EXPECT_TRUE(loop.runUntil([&] { return inputFormat() == AudioFormat{16000, 1}; }));
+}
+
 TEST_F(PulseAudioEngineTest, ASourceThatIsSuspendedOrGoesAwayIsReported) {
     launch();
     Recording recording;
