@@ -1,6 +1,5 @@
 #include "shell/SpeechOffer.h"
 
-#include "base/Log.h"
 #include "base/async/Sleep.h"
 #include "dictation/DictationController.h"
 #include "localdata/Language.h"
@@ -38,14 +37,16 @@ std::string question(const ModelOffer& offer) {
 }  // namespace
 
 SpeechOffer::SpeechOffer(Executor& executor, const AppState& state, const SettingsStore& settings,
-                         SpeechModels& models, ModelInstaller& installer, DictationController& dictation,
-                         Observable<std::optional<double>>& progress)
+                         const SpeechModels& models, const ModelInstaller& installer, ModelInstalls& installs,
+                         DictationController& dictation, Observable<std::optional<double>>& progress)
     : settings_(settings),
       models_(models),
       installer_(installer),
+      installs_(installs),
       dictation_(dictation),
       progress_(progress),
       hudObserver_(state.hud.subscribe([this](const HUDPhase& phase) { follow(phase); })),
+      installObserver_(installs.observe([this](const std::string& id) { installChanged(id); })),
       tasks_(executor) {}
 
 std::string SpeechOffer::languageLabel() const {
@@ -68,7 +69,7 @@ void SpeechOffer::follow(const HUDPhase& phase) {
     if (phase.kind != HUDPhase::Kind::hidden || !isTold_) return;
     isMissing_ = isTold_ = false;
     const auto offer = best();
-    if (!offer || !installing_.empty()) return;
+    if (!offer || !installs_.underWay().empty()) return;
     const auto text = formatText(tr("Para dictar en %@ falta un modelo de voz (%@). %@ Instálalo desde el "
                                     "menú del icono, con un clic derecho."),
                                  {languageLabel(), sizeText(offer->needs.download), offer->line});
@@ -82,10 +83,10 @@ Task<void> SpeechOffer::tell(std::string text) {
 }
 
 Menu SpeechOffer::menu() {
-    if (!installing_.empty()) {
+    if (const auto id = installs_.underWay(); !id.empty()) {
         const auto percent = static_cast<std::int64_t>(std::floor(progress_.get().value_or(0) * 100));
         return {{formatText(tr("Cancelar la descarga del modelo de voz · %d %%"), {percent}),
-                 [this] { installer_.cancel(installing_); }},
+                 [this, id] { installs_.cancel(id); }},
                 ClosureMenuItem::separator()};
     }
     const auto offer = best();
@@ -98,43 +99,34 @@ Menu SpeechOffer::menu() {
 }
 
 void SpeechOffer::chosen(const ModelOffer& offer) {
-    if (!installing_.empty()) return;
+    if (!installs_.underWay().empty() || showModels()) return;
     if (!isHarmless(offer) && askedAbout_ != offer.id) {
         askedAbout_ = offer.id;
         return dictation_.flash(HUDPhase::info(question(offer)), secondsToRead);
     }
-    tasks_.spawn(install(offer));
+    install(offer);
 }
 
-Task<void> SpeechOffer::install(ModelOffer offer) {
-    installing_ = offer.id;
-    progress_.set(0.0);
-    const auto language = languageLabel();
-    std::string failure;
-    std::string told;  // of it, to the log
-    bool isCancelled = false;
-    const auto folder = models_.folder() / offer.id;
-    try {
-        co_await installer_.install(offer.id, ModelInstaller::Licence::accepted,
-                                    [this](double fraction) { progress_.set(fraction); });
-    } catch (const Cancelled&) {
-        isCancelled = true;
-    } catch (const Error& error) {
-        failure = error.localizedDescription();
-        told = describedIn(LogLanguage::english, error);
-    }
-    installing_.clear();
+void SpeechOffer::install(const ModelOffer& offer) {
+    begun_ = offer.id;
+    language_ = languageLabel();
+    installs_.install(offer.id);
+}
+
+/// Whoever began an install elsewhere is told of its outcome there.
+void SpeechOffer::installChanged(const std::string& id) {
+    const auto state = installs_.of(id);
+    const auto current = installs_.underWay();
+    progress_.set(current.empty() ? std::nullopt : installs_.of(current).progress);
+    if (state.progress || state.isRemoving || begun_ != id) return;
+    begun_.clear();
     askedAbout_.clear();
-    progress_.set(std::nullopt);
-    if (isCancelled) co_return;
-    if (!failure.empty()) {
-        logLine("the speech model " + offer.id + " could not be installed: " + told);
-        dictation_.flash(HUDPhase::error(failure), secondsForOutcome);
-        co_return;
+    if (!state.failure.empty()) {
+        dictation_.flash(HUDPhase::error(state.failure), secondsForOutcome);
+    } else if (models_.find(id)) {
+        dictation_.flash(HUDPhase::done(formatText(tr("Ya puedes dictar en %@"), {language_})),
+                         secondsForOutcome);
     }
-    dictation_.flash(HUDPhase::done(formatText(tr("Ya puedes dictar en %@"), {language})), secondsForOutcome);
-    models_.trust(folder);
-    onInstalled();
 }
 
 }  // namespace dorix

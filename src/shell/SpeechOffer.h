@@ -4,8 +4,7 @@
 #include "base/async/TaskScope.h"
 #include "dictation/AppState.h"
 #include "platform/StatusItem.h"
-#include "speech/models/ModelInstaller.h"
-#include "speech/models/SpeechModels.h"
+#include "speech/models/ModelInstalls.h"
 
 #include <functional>
 #include <optional>
@@ -22,13 +21,14 @@ class SettingsStore;
 class SpeechOffer {
  public:
     SpeechOffer(Executor& executor, const AppState& state, const SettingsStore& settings,
-                SpeechModels& models, ModelInstaller& installer, DictationController& dictation,
-                Observable<std::optional<double>>& progress);
+                const SpeechModels& models, const ModelInstaller& installer, ModelInstalls& installs,
+                DictationController& dictation, Observable<std::optional<double>>& progress);
     SpeechOffer(const SpeechOffer&) = delete;
     SpeechOffer& operator=(const SpeechOffer&) = delete;
 
-    /// Called when a model has been installed.
-    std::function<void()> onInstalled = [] {};
+    /// Shows the user all the models that there are to choose from; false where there is no window for that,
+    /// and the menu installs the best by itself.
+    std::function<bool()> showModels = [] { return false; };
 
     /// Nothing recognises the language: told once the error that says so has been read.
     void languageMissing() { isMissing_ = true; }
@@ -40,20 +40,24 @@ class SpeechOffer {
     void follow(const HUDPhase& phase);
     Task<void> tell(std::string text);
     void chosen(const ModelOffer& offer);
-    Task<void> install(ModelOffer offer);
+    void install(const ModelOffer& offer);
+    void installChanged(const std::string& id);
     std::optional<ModelOffer> best() const;
     std::string languageLabel() const;
 
     const SettingsStore& settings_;
-    SpeechModels& models_;
-    ModelInstaller& installer_;
+    const SpeechModels& models_;
+    const ModelInstaller& installer_;
+    ModelInstalls& installs_;
     DictationController& dictation_;
     Observable<std::optional<double>>& progress_;
     bool isMissing_ = false;
     bool isTold_ = false;     // the error that says so shows
     std::string askedAbout_;  // the model whose conditions the user has been told
-    std::string installing_;  // the model that is on its way
+    std::string begun_;       // the model whose install was begun here, and goes on
+    std::string language_;    // that it is for
     const Subscription hudObserver_;
+    const Subscription installObserver_;
     TaskScope tasks_;
 };
 

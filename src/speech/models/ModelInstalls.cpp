@@ -2,6 +2,7 @@
 
 #include "base/Error.h"
 #include "base/Log.h"
+#include "localdata/Language.h"
 
 #include <algorithm>
 #include <utility>
@@ -46,8 +47,6 @@ Task<void> ModelInstalls::runInstall(std::string id) {
     const auto folder = models_.folder() / id;
     State end;
     try {
-        // What has turned out bad is fetched anew.
-        if (models_.isSetAside(folder)) co_await installer_.remove(id);
         co_await installer_.install(id, ModelInstaller::Licence::accepted,
                                     [this, id](double fraction) { set(id, {.progress = fraction}); });
         models_.trust(folder);
@@ -56,7 +55,8 @@ Task<void> ModelInstalls::runInstall(std::string id) {
         // The user's own doing.
     } catch (const Error& error) {
         end.failure = error.localizedDescription();
-        logLine("no se pudo instalar el modelo de voz " + id + ": " + end.failure);
+        logLine("the speech model " + id +
+                " could not be installed: " + describedIn(LogLanguage::english, error));
     }
     set(id, std::move(end));
 }
@@ -70,7 +70,8 @@ Task<void> ModelInstalls::runRemove(std::string id) {
         onModelsChanged();
     } catch (const Error& error) {
         end.failure = error.localizedDescription();
-        logLine("no se pudo quitar el modelo de voz " + id + ": " + end.failure);
+        logLine("the speech model " + id +
+                " could not be removed: " + describedIn(LogLanguage::english, error));
     }
     set(id, std::move(end));
 }

@@ -14,6 +14,15 @@ Task<void> SpeechServer::readKey() {
     key_ = (co_await keychain_.read(keyAccount)).value_or("");
 }
 
+Task<void> SpeechServer::saveKey(std::string key) {
+    key_ = key;
+    if (key.empty()) {
+        co_await keychain_.remove(keyAccount);
+    } else {
+        co_await keychain_.save(keyAccount, std::move(key));
+    }
+}
+
 std::optional<ModelRequest> SpeechServer::request(std::string language) const {
     const auto address = settings_.speechServer.get();
     if (address.empty()) return std::nullopt;

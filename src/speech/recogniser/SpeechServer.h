@@ -26,6 +26,11 @@ class SpeechServer {
     /// may have been locked until now.
     Task<void> readKey();
 
+    /// What was read or saved last.
+    const std::string& key() const { return key_; }
+    /// Keeps the key from now on; an empty one is none.
+    Task<void> saveKey(std::string key);
+
     std::optional<ModelRequest> request(std::string language) const;
 
     /// It has failed on what was said, and rests for a minute, in which models come before it.

@@ -1,5 +1,6 @@
 #include "adapters/models/ServedModel.h"
 #include "fakes/FakeHttpClient.h"
+#include "fakes/RenamedFolders.h"
 #include "fakes/dictation/DictationBench.h"
 #include "shell/SpeechOffer.h"
 
@@ -21,17 +22,6 @@ namespace fs = std::filesystem;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-/// Puts folders in place as a disk does that never fails.
-class RenamedFolders final : public FolderPublisher {
- public:
-    std::unique_ptr<Hold> hold(const fs::path&) override { return std::make_unique<Hold>(); }
-    std::error_code publish(const fs::path& from, const fs::path& to) override {
-        std::error_code error;
-        fs::rename(from, to, error);
-        return error;
-    }
-};
-
 class SpeechOfferTest : public testing::Test, protected DictationBench {
  protected:
     /// A catalogue with one model, for Spanish.
@@ -42,9 +32,10 @@ class SpeechOfferTest : public testing::Test, protected DictationBench {
         installer = std::make_unique<ModelInstaller>(ModelInstaller::Tools{executor, http, unpacker, folders},
                                                      catalogue, home.path(), settings.speechMirrors, 0,
                                                      FileFetch::Patience{.attempts = 1});
-        offer = std::make_unique<SpeechOffer>(executor, state, settings, models, *installer, controller,
-                                              progress);
-        offer->onInstalled = [this] { ++installed; };
+        installs = std::make_unique<ModelInstalls>(executor, models, *installer);
+        installs->onModelsChanged = [this] { ++installed; };
+        offer = std::make_unique<SpeechOffer>(executor, state, settings, models, *installer, *installs,
+                                              controller, progress);
     }
     /// All files are there already, from a time before.
     void haveFiles() const {
@@ -80,6 +71,7 @@ class SpeechOfferTest : public testing::Test, protected DictationBench {
     RenamedFolders folders;
     ModelCatalogue catalogue;
     std::unique_ptr<ModelInstaller> installer;
+    std::unique_ptr<ModelInstalls> installs;
     std::unique_ptr<SpeechOffer> offer;
     int installed = 0;
 };
@@ -101,6 +93,7 @@ TEST_F(SpeechOfferTest, WhatIsMissingIsToldBehindTheErrorAndInstalledFromTheMenu
     choose();
     EXPECT_EQ(first(), "Cancelar la descarga del modelo de voz · 0 %");
     EXPECT_TRUE(eventually([&] { return installed == 1; }));
+    executor.runPosted();
     EXPECT_EQ(hud(), HUDPhase::done("Ya puedes dictar en Español"));
     EXPECT_EQ(progress.get(), std::nullopt);
     EXPECT_EQ(first(), "");
