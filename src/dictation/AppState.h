@@ -58,6 +58,7 @@ struct AppState {
     Observable<bool> accountOpen;
     Observable<bool> onboardingOpen;
     Observable<bool> practises;  // a field of our own has the cursor, and takes what is dictated
+    Observable<bool> settingsOpen;
     Observable<bool> panelAnchorRight;
     Observable<PanelSection> section;
     Observable<std::optional<std::string>> selectedID;

@@ -77,7 +77,7 @@ bool DictationController::isIdle() const {
 
 bool DictationController::begin(Source source, Mode mode) {
     if (!mayBegin(mode)) return false;
-    composer_.yieldMicrophone();
+    takeMicrophone();
     mode_ = mode;
     recorder_.begin(source);
     if (mode == Mode::write) roads_.announce(recorder_.context());
@@ -185,7 +185,7 @@ void DictationController::nothingHeard() {
 void DictationController::lockedChanged(bool locked) {
     if (locked) {
         cancelRecording();
-        composer_.yieldMicrophone();
+        takeMicrophone();
         shortcutPressedAt_.reset();  // its release goes to the lock
     } else if (std::exchange(keptWhileLocked_, false)) {
         flash(HUDPhase::info(
@@ -317,7 +317,7 @@ Task<void> DictationController::idle() {
 
 Task<void> DictationController::settled() {
     isEnding_ = true;
-    composer_.yieldMicrophone();
+    takeMicrophone();
     if (isRecording()) {
         auto ended = endRecording();
         hud_.hideListening();
@@ -345,10 +345,20 @@ void DictationController::sendComposer() { composer_.send(panelTarget); }
 void DictationController::toggleComposerMic() {
     if (state_.composerRecording.get()) {
         composer_.finishRecording();
-    } else if (!settings_.paused.get() && !isRecording() && !isEnding_ && !session_.locked.get() &&
-               recorder_.mayUseMicrophone()) {
+    } else if (isMicrophoneFree()) {
+        onMicrophoneWanted();
         composer_.startRecording();
     }
+}
+
+bool DictationController::isMicrophoneFree() {
+    return !settings_.paused.get() && !isRecording() && !state_.composerRecording.get() && !isEnding_ &&
+           !session_.locked.get() && recorder_.mayUseMicrophone();
+}
+
+void DictationController::takeMicrophone() {
+    composer_.yieldMicrophone();
+    onMicrophoneWanted();
 }
 
 void DictationController::dropComposerRecording() { composer_.dropRecording(); }

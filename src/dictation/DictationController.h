@@ -85,6 +85,11 @@ class DictationController {
 
     /// The application that was in front when the panel opened.
     AppContext panelTarget;
+    /// Whether a recording could begin now that is nobody's dictation.
+    bool isMicrophoneFree();
+    /// Whoever else listens is to let go of the microphone, inside the call: a recording begins, or the
+    /// screen is locked.
+    std::function<void()> onMicrophoneWanted = [] {};
     /// Closes the panel's window.
     std::function<void()> closePanel = [] {};
     /// True when a session exists; otherwise it has opened the account window.
@@ -100,6 +105,7 @@ class DictationController {
     struct Processing;
 
     bool mayBegin(Mode mode);
+    void takeMicrophone();
     bool hasGrants(Mode mode);
     void startFailed();
     void tellFailure();
