@@ -32,7 +32,7 @@ ROWS = [
     ["dictation"],
     ["overlay"],
     ["panel"],
-    ["onboarding"],
+    ["onboarding", "settings"],
     ["watchdog"],
     ["shell", "views"],
     ["app"],
