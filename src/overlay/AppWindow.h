@@ -41,6 +41,7 @@ struct AppWindows {
     AppWindow* panel = &noWindow;
     AppWindow* account = &noWindow;
     AppWindow* onboarding = &noWindow;
+    AppWindow* settings = &noWindow;
 };
 
 }  // namespace dorix

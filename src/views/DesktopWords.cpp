@@ -32,6 +32,7 @@ constexpr std::array words{
     Word{"⌥ Espacio", "Alt+Espacio"},
     Word{"⌥ Space", "Alt+Space"},
     Word{"⌘", "Ctrl+"},
+    Word{"fn / 🌐", "fn"},
 
     // Whole texts first: what keeps a language model from running is another thing here.
     Word{"Este Mac no es compatible con Apple Intelligence.",

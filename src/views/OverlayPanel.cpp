@@ -6,9 +6,23 @@
 #include <QPainter>
 #include <QQmlContext>
 #include <QQuickItem>
+#include <algorithm>
+#include <array>
 #include <utility>
 
 namespace dorix {
+
+namespace {
+
+/// Keys with which people go from one thing to another.
+bool movesFocus(int key) {
+    constexpr auto keys =
+        std::to_array<int>({Qt::Key_Tab, Qt::Key_Backtab, Qt::Key_Up, Qt::Key_Down, Qt::Key_Left,
+                            Qt::Key_Right, Qt::Key_Home, Qt::Key_End, Qt::Key_PageUp, Qt::Key_PageDown});
+    return std::ranges::find(keys, key) != keys.end();
+}
+
+}  // namespace
 
 OverlayPanel::OverlayPanel(const ViewContext& context, WindowSystem::Kind kind, Focusable focusable)
     : QQuickView(&context.engine, nullptr), context_(context), focusable_(focusable) {
@@ -91,6 +105,14 @@ WindowSystem::Region OverlayPanel::pixels(const QRectF& shape, qreal radius) con
         region.push_back({part.x(), part.y(), part.width(), part.height()});
     }
     return region;
+}
+
+void OverlayPanel::noteKeyboard(const QEvent& event) {
+    if (event.type() == QEvent::KeyPress && movesFocus(static_cast<const QKeyEvent&>(event).key())) {
+        view_.insert("byKeyboard", true);
+    } else if (event.type() == QEvent::MouseButtonPress) {
+        view_.insert("byKeyboard", false);
+    }
 }
 
 void OverlayPanel::keyPressEvent(QKeyEvent* event) {

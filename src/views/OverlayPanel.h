@@ -58,6 +58,9 @@ class OverlayPanel : public QQuickView {
     /// name.
     void announce(const char* part);
 
+    /// Sets `byKeyboard` of what is shown: whether the user goes about by keyboard, as the event tells.
+    void noteKeyboard(const QEvent& event);
+
     /// Of its last show() or rescale().
     qreal drawnScale() const { return drawnScale_; }
 

@@ -78,7 +78,9 @@ inline constexpr int panelHeader = 48;
 inline constexpr int panelRow = 52;
 inline constexpr int panelDay = 28;
 inline constexpr int sidebar = 152;
-inline constexpr int narrowSidebar = 52;    // glyphs alone
+inline constexpr int narrowSidebar = 52;  // glyphs alone
+inline constexpr int settingsWidth = 760;
+inline constexpr int settingsHeight = 560;
 inline constexpr int richLineHeight = 116;  // per cent of the font's own spacing; as far apart as other lines
 
 // Milliseconds.

@@ -8,22 +8,28 @@
 #include "views/onboarding/OnboardingOnDemand.h"
 #include "views/overlay/IconView.h"
 #include "views/panel/PanelOnDemand.h"
+#include "views/settings/SettingsOnDemand.h"
 
 namespace dorix {
 
-/// What the user sees: the icon, the HUD beside it, the panel, the account's window and that of the first
-/// run. They render the state and call the verbs; they decide nothing. Main thread.
+/// What the user sees: the icon, the HUD beside it, the panel, the account's window, that of the first run
+/// and the settings. They render the state and call the verbs; they decide nothing. Main thread.
 class Views {
  public:
     /// Needs an application that can draw. What it is given must outlive the views.
     Views(Surroundings& surroundings, AppState& state, SettingsStore& settings, SpeechInput& speech,
-          HistoryPanel& panel, AccountForm& account, Onboarding& onboarding, IconView::Verbs verbs);
+          HistoryPanel& panel, AccountForm& account, Onboarding& onboarding, SettingsForm& form,
+          IconView::Verbs verbs);
     Views(const Views&) = delete;
     Views& operator=(const Views&) = delete;
 
     /// The windows, as the core drives them.
     AppWindows windows() {
-        return {.icon = &icon_, .panel = &panel_, .account = &account_, .onboarding = &onboarding_};
+        return {.icon = &icon_,
+                .panel = &panel_,
+                .account = &account_,
+                .onboarding = &onboarding_,
+                .settings = &settings_};
     }
 
  private:
@@ -31,6 +37,7 @@ class Views {
     PanelOnDemand panel_;
     AccountOnDemand account_;
     OnboardingOnDemand onboarding_;
+    SettingsOnDemand settings_;
 };
 
 }  // namespace dorix

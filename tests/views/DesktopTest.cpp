@@ -1,4 +1,5 @@
 #include "fakes/MemoryUserDefaults.h"
+#include "fakes/settings/SettingsBench.h"
 #include "linux/qt/QtMainLoop.h"
 #include "linux/qt/ToolkitDisplay.h"
 #include "linux/x11/X11WindowSystem.h"
@@ -198,15 +199,17 @@ class ViewsDesktopTest : public ::testing::Test {
         bench_ = std::make_unique<PanelBench>(*loop_, defaults_);
         account_ = std::make_unique<AccountBench>(*loop_, defaults_);
         onboarding_ = std::make_unique<OnboardingBench>(*loop_, *bench_);
+        settings_ = std::make_unique<SettingsBench>(*loop_, defaults_, "/data/DORIX");
         connection_ = X11Connection::open(*loop_, *loop_);
         windows_ = std::make_unique<X11Windows>(*connection_);
         windowSystem_ = std::make_unique<X11WindowSystem>(*connection_, *windows_, finishToolkitRequests);
         surroundings_ = std::make_unique<Surroundings>(*loop_, defaults_, appearance_, *windowSystem_);
-        views_ = std::make_unique<Views>(*surroundings_, bench_->state, bench_->settings, bench_->speech,
-                                         bench_->panel, account_->form, onboarding_->onboarding,
-                                         IconView::Verbs{.clicked = [this] { ++clicks_; },
-                                                         .tooltip = [] { return iconTooltip({}, {}, false); },
-                                                         .menu = [this] { return menuItems(); }});
+        views_ =
+            std::make_unique<Views>(*surroundings_, bench_->state, bench_->settings, bench_->speech,
+                                    bench_->panel, account_->form, onboarding_->onboarding, settings_->form,
+                                    IconView::Verbs{.clicked = [this] { ++clicks_; },
+                                                    .tooltip = [] { return iconTooltip({}, {}, false); },
+                                                    .menu = [this] { return menuItems(); }});
         hands(at({5, 5}));
         other_.emplace();
         views_->windows().icon->place();
@@ -289,6 +292,7 @@ class ViewsDesktopTest : public ::testing::Test {
     std::unique_ptr<PanelBench> bench_;
     std::unique_ptr<AccountBench> account_;
     std::unique_ptr<OnboardingBench> onboarding_;
+    std::unique_ptr<SettingsBench> settings_;
     DesktopAppearance appearance_;
     std::unique_ptr<X11Connection> connection_;
     std::unique_ptr<X11Windows> windows_;

@@ -78,6 +78,9 @@ std::vector<Picture> panelPictures();
 std::vector<Picture> accountPictures();
 /// The steps of the first run.
 std::vector<Picture> onboardingPictures();
+/// The pages of the settings.
+std::vector<Picture> settingsPictures();
+std::vector<Picture> largeSettingsPictures();
 /// The panel on a display on which everything is twice as large.
 std::vector<Picture> largePanelPictures();
 

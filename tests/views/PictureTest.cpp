@@ -38,11 +38,16 @@ const auto* const toolkit = ::testing::AddGlobalTestEnvironment(new Toolkit);
 
 /// In the scale of the process, which is QT_SCALE_FACTOR's.
 std::vector<Picture> allPictures() {
-    if (qGuiApp->devicePixelRatio() == 2) return largePanelPictures();
+    if (qGuiApp->devicePixelRatio() == 2) {
+        auto large = largePanelPictures();
+        for (auto& picture : largeSettingsPictures()) large.push_back(std::move(picture));
+        return large;
+    }
     auto pictures = iconPictures();
     for (auto& picture : panelPictures()) pictures.push_back(std::move(picture));
     for (auto& picture : accountPictures()) pictures.push_back(std::move(picture));
     for (auto& picture : onboardingPictures()) pictures.push_back(std::move(picture));
+    for (auto& picture : settingsPictures()) pictures.push_back(std::move(picture));
     return pictures;
 }
 

@@ -5,10 +5,7 @@
 #include "views/Tokens.h"
 #include "views/overlay/MenuWindow.h"
 
-#include <QKeyEvent>
 #include <QQuickItem>
-#include <algorithm>
-#include <array>
 #include <utility>
 
 namespace dorix {
@@ -20,14 +17,6 @@ constexpr QMargins shadow{reach, reach, reach, reach};
 constexpr double restBeforeSaving = 0.5;  // seconds
 constexpr double settles = 1;             // the same; later it is the user who moves it
 constexpr double keyboardComes = 0.15;    // the same, from its opening
-
-/// Keys with which people go from one thing to another.
-bool movesFocus(int key) {
-    constexpr auto keys =
-        std::to_array<int>({Qt::Key_Tab, Qt::Key_Backtab, Qt::Key_Up, Qt::Key_Down, Qt::Key_Left,
-                            Qt::Key_Right, Qt::Key_Home, Qt::Key_End, Qt::Key_PageUp, Qt::Key_PageDown});
-    return std::ranges::find(keys, key) != keys.end();
-}
 
 }  // namespace
 
@@ -136,11 +125,7 @@ void PanelWindow::reshape() {
 bool PanelWindow::event(QEvent* event) {
     // About to draw, perhaps after the computer slept past midnight.
     if (event->type() == QEvent::UpdateRequest) panel_.list.refreshDays();
-    if (event->type() == QEvent::KeyPress && movesFocus(static_cast<QKeyEvent*>(event)->key())) {
-        view().insert("byKeyboard", true);
-    } else if (event->type() == QEvent::MouseButtonPress) {
-        view().insert("byKeyboard", false);
-    }
+    noteKeyboard(*event);
     return OverlayPanel::event(event);
 }
 

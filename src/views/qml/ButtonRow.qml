@@ -21,6 +21,19 @@ FocusScope {
 
     signal pressed(string id)
 
+    readonly property string offered: buttons.map(button => button.id).join()
+
+    function focusFirst() {
+        const first = beside ? side : offers.itemAt(0)
+        if (first) first.forceActiveFocus(Qt.TabFocusReason)
+    }
+    // Where other buttons take the place of the one that was pressed, they take the keyboard as well.
+    function press(id) {
+        const before = offered
+        row.pressed(id)
+        if (row.offered !== before) Qt.callLater(row.focusFirst)
+    }
+
     implicitHeight: Math.max(content.height, beside ? 8 * theme.space : 0)
 
     Accessible.role: Accessible.Grouping
@@ -90,6 +103,8 @@ FocusScope {
             spacing: 2 * theme.space
 
             Repeater {
+                id: offers
+
                 model: row.beside ? 0 : row.buttons.length
 
                 PanelButton {
@@ -100,7 +115,7 @@ FocusScope {
                     name: row.label === "" ? offer.label : offer.label + ", " + row.label
                     filled: offer.chief
                     available: offer.available
-                    onActivated: row.pressed(offer.id)
+                    onActivated: row.press(offer.id)
                 }
             }
         }
@@ -118,6 +133,6 @@ FocusScope {
         name: row.label === "" ? offer.label : offer.label + ", " + row.label
         filled: offer.chief
         available: offer.available
-        onActivated: row.pressed(offer.id)
+        onActivated: row.press(offer.id)
     }
 }

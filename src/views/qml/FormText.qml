@@ -36,7 +36,7 @@ Column {
         spacing: 1.5 * theme.space
 
         Glyph {
-            y: parent.topPadding
+            y: 0
             visible: words.tone !== "plain"
             text: words.tone === "good" ? "\uf12c" : words.tone === "warning" ? "\uf2fd" : "\uf5d6"
             color: words.tone === "good" ? theme.success : words.tone === "wrong" ? theme.error : theme.textSecondary

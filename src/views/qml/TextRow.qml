@@ -111,7 +111,6 @@ FocusScope {
                 Accessible.description: row.description
                 Accessible.multiLine: true
                 // Tab goes on to the next control, as everywhere in the form.
-                KeyNavigation.priority: KeyNavigation.BeforeItem
                 Keys.onPressed: event => {
                     const back = event.key === Qt.Key_Backtab
                     if (event.key !== Qt.Key_Tab && !back) return
