@@ -90,6 +90,7 @@ struct Windows {
                        desktop.windowSystem(toolkitDrawsOnX11() ? finishToolkitRequests : nullptr)),
           views(surroundings, controller.state(), controller.settings(), controller.speech(),
                 controller.panel(), controller.accountForm(), controller.onboarding(),
+                controller.settingsForm(),
                 {.clicked = [this] { controller.iconClicked(); },
                  .tooltip = [this] { return controller.iconTooltip(); },
                  .menu = [this] { return controller.iconMenu(); }}) {

@@ -55,6 +55,7 @@ struct Platform {
     SystemLanguages languages;
     std::string computerName;        // as the user calls it
     std::filesystem::path userData;  // the folder in which programs keep a folder each for the user's data
+    std::filesystem::path settingsFile;  // in which `defaults` is kept, for people to know
     /// Where the system's package has its models of speech; there may be none.
     std::filesystem::path packagedSpeechModels;
     std::uint64_t memory = 0;  // of the computer, in bytes; 0 where that is not known

@@ -65,14 +65,16 @@ AppController::AppController(const Platform& platform)
       composer_(platform.executor, state_, settings_, permissions_, speech_, hud_, nullptr),
       dictation_(platform.executor, state_, settings_, permissions_, speech_, platform.sounds, recorder_,
                  roads_, written_, composer_, hud_, platform.session),
+      settingsForm_(settingsParts()),
       exporter_(platform.executor, exports_, platform.savePanel, platform.files, database_),
       panel_(platform.executor, state_, speech_, history_, platform.pasteboard, platform.urls, exporter_),
       olderItems_(platform.executor, state_, history_, database_),
       panelHost_(platform, state_, windows, panel_, dictation_),
       firstRunHint_(platform.executor, platform.defaults, state_),
       toasts_(state_, settings_, dictation_),
-      speechOffer_(platform.executor, state_, settings_, speechModels_, modelInstaller_, dictation_,
-                   speech_.downloadProgress),
+      speechOffer_(platform.executor, state_, settings_, speechModels_, modelInstaller_, modelInstalls_,
+                   dictation_, speech_.downloadProgress),
+      microphoneChoice_(settings_, platform.audio, dictation_),
       sessionNotice_(platform.session, platform.defaults, platform.notifications, dictation_),
       accountNotice_(windows, dictation_),
       modelServerNotice_(state_, modelServer_, dictation_),
@@ -116,13 +118,52 @@ AppController::AppController(const Platform& platform)
         tasks_.spawn(speechServer_.readKey());
     });
     recognition_.onRefused([this](const ModelRequest& model) { speechModels_.setAside(model.folder); });
-    modelInstalls_.onModelsChanged = [this] { tasks_.spawn(prepareSpeech()); };
-    speechOffer_.onInstalled = [this] { tasks_.spawn(prepareSpeech()); };
+    modelInstalls_.onModelsChanged = [this] { tasks_.spawn(prepareQuietly()); };
+    speechOffer_.showModels = [this] {
+        if (windows.settings == &noWindow) return false;
+        settingsForm_.showSection("speech");
+        showSettings();
+        return true;
+    };
     // The system's own recogniser has its models from the system.
     if (platform.recognition == nullptr)
         speech_.onUnsupportedLocale = [this] { speechOffer_.languageMissing(); };
     dictation_.accountReady = [this] { return accountReady(); };
     inserter_.mayType = [this] { return !platform_.session.locked.get(); };
+    watchSettings();
+}
+
+SettingsForm::Parts AppController::settingsParts() {
+    return {.executor = platform_.executor,
+            .settings = settings_,
+            .keys = platform_.keyEvents,
+            .account = account_,
+            .own = ownService_,
+            .models = platform_.languageModel == nullptr ? &modelServer_ : nullptr,
+            .speechInput = speech_,
+            .speech = {.executor = platform_.executor,
+                       .settings = settings_,
+                       .audio = platform_.audio,
+                       .models = speechModels_,
+                       .installer = modelInstaller_,
+                       .installs = modelInstalls_,
+                       .server = speechServer_,
+                       .hasSystemRecogniser = platform_.recognition != nullptr},
+            .privacy = {.executor = platform_.executor,
+                        .permissions = permissions_,
+                        .history = history_,
+                        .urls = platform_.urls,
+                        .data = database_.parent_path(),
+                        .settings = platform_.settingsFile},
+            .showAccount = [this] { showAccount(); }};
+}
+
+/// What the settings change and nobody else follows.
+void AppController::watchSettings() {
+    subscriptions_.push_back(
+        settings_.language.subscribe([this](const auto&) { tasks_.spawn(prepareQuietly()); }));
+    settingsForm_.microphoneTest().mayListen = [this] { return dictation_.isMicrophoneFree(); };
+    dictation_.onMicrophoneWanted = [this] { settingsForm_.microphoneTest().end(); };
 }
 
 void AppController::applicationDidFinishLaunching() {
@@ -152,6 +193,11 @@ bool AppController::accountReady() {
 void AppController::showAccount() {
     windows.account->place();
     windows.account->show();
+}
+
+void AppController::showSettings() {
+    windows.settings->place();
+    windows.settings->show();
 }
 
 void AppController::iconClicked() {
@@ -237,6 +283,7 @@ void AppController::traceTo(const std::filesystem::path& file) {
 IconVerbs AppController::iconVerbs() {
     return {.togglePanel = [this] { panelHost_.toggle(); },
             .showAccount = [this] { showAccount(); },
+            .showSettings = [this] { showSettings(); },
             .setPaused = [this](bool paused) { settings_.paused.set(paused); },
             .relaunch = [this] { platform_.application.relaunch(); },
             .terminate = [this] { platform_.application.terminate(); }};
@@ -266,9 +313,10 @@ Menu AppController::setupMenu() {
 }
 
 std::string AppController::iconTooltip() const {
-    return dorix::iconTooltip(
-        {.onboarding = state_.onboardingOpen.get(), .account = state_.accountOpen.get()}, state_.keys.get(),
-        settings_.paused.get());
+    return dorix::iconTooltip({.settings = state_.settingsOpen.get(),
+                               .onboarding = state_.onboardingOpen.get(),
+                               .account = state_.accountOpen.get()},
+                              state_.keys.get(), settings_.paused.get());
 }
 
 void AppController::showStatusItem() {
@@ -277,6 +325,7 @@ void AppController::showStatusItem() {
     const auto tell = [this](const auto&) { platform_.statusItem.setToolTip(iconTooltip()); };
     subscriptions_.push_back(settings_.languageObserver().code.subscribe(tell));
     subscriptions_.push_back(state_.accountOpen.subscribe(tell));
+    subscriptions_.push_back(state_.settingsOpen.subscribe(tell));
     subscriptions_.push_back(state_.onboardingOpen.subscribe(tell));
     subscriptions_.push_back(state_.keys.subscribe(tell));
     subscriptions_.push_back(settings_.paused.subscribe(tell));
@@ -286,6 +335,15 @@ Task<void> AppController::getReady() {
     // The first run tells of a model that is missing, at its place.
     if (settings_.onboardingDone.get()) co_await prepareSpeech();
     logLine("ready");
+}
+
+/// The settings tell what is missing, at its place.
+Task<void> AppController::prepareQuietly() {
+    try {
+        co_await speech_.prepare(settings_.language.get());
+    } catch (const Error& error) {
+        logLine("no se pudo preparar el modelo de voz: " + describedIn(LogLanguage::spanish, error));
+    }
 }
 
 Task<void> AppController::prepareSpeech() {

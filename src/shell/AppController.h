@@ -23,9 +23,11 @@
 #include "panel/OlderItems.h"
 #include "permissions/Permissions.h"
 #include "platform/Platform.h"
+#include "settings/SettingsForm.h"
 #include "shell/EventTrace.h"
 #include "shell/IconMenu.h"
 #include "shell/Keys.h"
+#include "shell/MicrophoneChoice.h"
 #include "shell/Notices.h"
 #include "shell/PanelHost.h"
 #include "shell/SpeechOffer.h"
@@ -84,11 +86,13 @@ class AppController {
     AccountStore& account() { return account_; }
     AccountForm& accountForm() { return accountForm_; }
     Onboarding& onboarding() { return onboarding_; }
+    SettingsForm& settingsForm() { return settingsForm_; }
     Toasts& toasts() { return toasts_; }
     /// Writes where the system has no language model of its own.
     ModelServer& modelServer() { return modelServer_; }
     SpeechModels& speechModels() { return speechModels_; }
     ModelInstaller& modelInstaller() { return modelInstaller_; }
+    ModelInstalls& modelInstalls() { return modelInstalls_; }
 
  private:
     IconVerbs iconVerbs();
@@ -101,9 +105,13 @@ class AppController {
     void onboardingClosed();
     Menu setupMenu();
     Task<bool> lacksGrants();
+    void showSettings();
+    SettingsForm::Parts settingsParts();
+    void watchSettings();
     Task<void> showFirstScreen();
     Task<void> getReady();
     Task<void> prepareSpeech();
+    Task<void> prepareQuietly();
 
     const Platform platform_;
     const std::filesystem::path database_ = platform_.userData / "DORIX" / "dorix.sqlite";
@@ -137,6 +145,7 @@ class AppController {
     UtteranceRoads roads_;
     Composer composer_;
     DictationController dictation_;
+    SettingsForm settingsForm_;
 
     SerialExecutor exports_;
     PanelExport exporter_;
@@ -146,6 +155,7 @@ class AppController {
     FirstRunHint firstRunHint_;
     Toasts toasts_;
     SpeechOffer speechOffer_;
+    MicrophoneChoice microphoneChoice_;
     LimitedSessionNotice sessionNotice_;
     AccountNotice accountNotice_;
     ModelServerNotice modelServerNotice_;

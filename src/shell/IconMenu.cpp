@@ -9,6 +9,7 @@ Menu iconMenu(bool panelOpen, bool paused, const IconVerbs& verbs) {
         {tr(panelOpen ? "Cerrar historial" : "Abrir historial"), verbs.togglePanel},
         ClosureMenuItem::separator(),
         {tr("Tu cuenta…"), verbs.showAccount},
+        {tr("Ajustes…"), verbs.showSettings},
         ClosureMenuItem::separator(),
         {tr(paused ? "Reanudar DORIX" : "Pausar DORIX"),
          [setPaused = verbs.setPaused, paused] { setPaused(!paused); }},

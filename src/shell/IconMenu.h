@@ -10,6 +10,7 @@ namespace dorix {
 struct IconVerbs {
     std::function<void()> togglePanel;
     std::function<void()> showAccount;
+    std::function<void()> showSettings;
     std::function<void(bool paused)> setPaused;
     std::function<void()> relaunch;
     std::function<void()> terminate;

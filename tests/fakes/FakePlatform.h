@@ -59,6 +59,7 @@ struct FakePlatform {
                 .languages = {},
                 .computerName = "Mesa",
                 .userData = folder.path(),
+                .settingsFile = folder.path() / "defaults.json",
                 .packagedSpeechModels = {},
                 .keyEvents = keyboard,
                 .mouseEvents = mouse,

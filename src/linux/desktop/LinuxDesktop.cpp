@@ -195,6 +195,7 @@ Platform LinuxDesktop::platform(Application& application) {
             .languages = systemLanguages(),
             .computerName = computerName(),
             .userData = xdgDataHome(),
+            .settingsFile = xdgConfigHome() / "dorix" / "defaults.json",
             .packagedSpeechModels = packagedSpeechModels(),
             .memory = computerMemory(),
             .keyEvents = *made.keyEvents,

@@ -125,14 +125,47 @@ TEST_F(AppControllerTest, TheMenuPausesRestartsAndQuits) {
     launch();
     for (const auto& [paused, label] : {std::pair(false, "Pausar DORIX"), {true, "Reanudar DORIX"}}) {
         EXPECT_EQ(app->settings().paused.get(), paused);
-        EXPECT_EQ(app->iconMenu()[4].label, label);
-        app->iconMenu()[4].handler();
+        EXPECT_EQ(app->iconMenu()[5].label, label);
+        app->iconMenu()[5].handler();
     }
     EXPECT_FALSE(app->settings().paused.get());
-    app->iconMenu()[6].handler();
     app->iconMenu()[7].handler();
+    app->iconMenu()[8].handler();
     EXPECT_EQ(application.relaunches, 1);
     EXPECT_EQ(application.terminations, 1);
+}
+
+TEST_F(AppControllerTest, ADictationTakesTheMicrophoneFromTheTestInTheSettings) {
+    launch();
+    auto& form = app->settingsForm();
+    form.open();
+    form.showSection("speech");
+    form.press("speech.test", "test");
+    executor.runPosted();
+    EXPECT_TRUE(form.microphoneTest().isRunning.get() && audio.isRunning());
+    press();
+    EXPECT_FALSE(form.microphoneTest().isRunning.get());
+    EXPECT_TRUE(audio.isRunning());
+    executor.advanceBy(0.3);
+    say("nos vemos mañana");
+    release();
+    executor.advanceBy(5);
+    EXPECT_THAT(pasteboard.log, testing::Contains("setString Nos vemos mañana."));
+    EXPECT_EQ(form.microphoneTest().heard.get(), "");
+    executor.advanceBy(10);
+    app->settings().paused.set(true);
+    form.press("speech.test", "test");
+    EXPECT_FALSE(form.microphoneTest().isRunning.get()) << "paused is paused";
+
+    audio.microphones.set({{"usb", "Micro USB"}});
+    form.choose("speech.microphone", "usb");
+    EXPECT_EQ(audio.used, "usb");
+    const std::string lost = "«Micro USB» no está conectado: mientras tanto se usa el que elija el sistema.";
+    audio.microphones.set({{"builtin", "Micro interno"}});
+    EXPECT_EQ(app->state().hud.get(), HUDPhase::info(lost));
+    executor.advanceBy(10);
+    audio.microphones.set({{"builtin", "Micro interno"}, {"line", "Línea"}});
+    EXPECT_EQ(app->state().hud.get(), HUDPhase::hidden()) << "that was told";
 }
 
 TEST_F(AppControllerTest, WhatTheSessionDoesNotLetItReachIsToldOnce) {
