@@ -92,6 +92,8 @@ class Overheard final : public AudioEngine {
 
 struct OverheardFactory final : AudioEngineFactory {
     OverheardFactory(AudioEngineFactory& from, Recording& into) : factory(from), recording(into) {}
+    const Observable<std::vector<AudioInput>>& inputs() const override { return factory.inputs(); }
+    void useInput(std::string id) override { factory.useInput(std::move(id)); }
     std::unique_ptr<AudioEngine> makeEngine() override {
         return std::make_unique<Overheard>(factory.makeEngine(), recording);
     }
