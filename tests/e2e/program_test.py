@@ -226,7 +226,9 @@ class ProgramTest(unittest.TestCase):
             self.assert_starts(program)
             environment = program.environment()
             defaults = Path(environment["XDG_CONFIG_HOME"]) / "dorix/defaults.json"
-            self.assertTrue(wait_until(lambda: "local@dorix.localhost" in defaults.read_text(), 10.0), program.log())
+            signed_in = wait_until(
+                lambda: defaults.exists() and "local@dorix.localhost" in defaults.read_text(), 10.0)
+            self.assertTrue(signed_in, program.log())
             service, = program.services()
             secrets = json.loads((Path(environment["XDG_DATA_HOME"]) / "DORIX/secrets.json").read_text())
             for pid in (*program.processes(), service):
@@ -297,7 +299,7 @@ class ProgramTest(unittest.TestCase):
         folders = 'for folder in "$XDG_CONFIG_HOME" "$XDG_DATA_HOME" "$XDG_CACHE_HOME" "$XDG_STATE_HOME" "$HOME"; do '
         for preparation, told in {
             'mount -t tmpfs -o size=64k none "$folder"; dd if=/dev/zero of="$folder/all" 2>/dev/null; done':
-                "no se pudieron guardar los ajustes: No space left on device",
+                "database or disk is full",
             'mount -t tmpfs none "$folder"; mount -o remount,ro "$folder"; done': "no se pudo abrir la base de datos",
         }.items():
             with self.subTest(told), Program(preparation=folders + preparation, within=own_mounts) as program:

@@ -121,7 +121,7 @@ TEST_F(SecretKeychainTest, WithoutAServiceAFileOfTheUsersKeepsThem) {
     restart();
     EXPECT_EQ(read(), "newer");
     ASSERT_EQ(log.size(), 1U);
-    EXPECT_THAT(log[0], AllOf(HasSubstr("en un archivo"), Not(HasSubstr("newer"))));
+    EXPECT_THAT(log[0], AllOf(HasSubstr("in a file"), Not(HasSubstr("newer"))));
 
     // Once there is one, it takes over.
     unlockKeyring();
