@@ -184,7 +184,7 @@ class PackageTest(unittest.TestCase):
         self.assertIn("nothing is wrong", machine.run("dorix-service", "--check"))
         # Drawn, though nobody sees it: so the toolkit loads all that the windows are made of.
         log = machine.run_as_user("env", "QT_QPA_PLATFORM=offscreen", "LC_ALL=C.UTF-8", "sh", "-c", RUN_BRIEFLY)
-        self.assertIn("DORIX: listo", log)
+        self.assertIn("DORIX: ready", log)
         self.assertNotIn("qml", log.lower())
         self.assertNotIn("is not installed", log)
 
