@@ -126,4 +126,20 @@ std::optional<std::filesystem::path> pathOfFileURL(std::string_view url) {
     return percentDecoded(url);
 }
 
+std::string fileURL(const std::filesystem::path& path) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string url = "file://";
+    for (const char byte : path.native()) {
+        const auto code = static_cast<unsigned char>(byte);
+        if (isAlpha(byte) || isDigit(byte) || std::string_view("-._~/").contains(byte)) {
+            url += byte;
+        } else {
+            url += '%';
+            url += digits[code >> 4U];
+            url += digits[code & 0xFU];
+        }
+    }
+    return url;
+}
+
 }  // namespace dorix

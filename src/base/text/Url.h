@@ -25,4 +25,7 @@ bool isThisComputer(std::string_view host);
 /// computer.
 std::optional<std::filesystem::path> pathOfFileURL(std::string_view url);
 
+/// The "file:" address of an absolute path.
+std::string fileURL(const std::filesystem::path& path);
+
 }  // namespace dorix
