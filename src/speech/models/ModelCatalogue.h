@@ -1,24 +1,15 @@
 #pragma once
 
+#include "download/RemoteFile.h"
 #include "speech/models/SpeechModel.h"
 
 #include <cstdint>
 #include <expected>
-#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace dorix {
-
-/// A file on the web, as it has to be.
-struct RemoteFile {
-    std::string url;
-    std::uint64_t bytes = 0;
-    std::string sha256;
-
-    bool operator==(const RemoteFile&) const = default;
-};
 
 /// The libraries of an engine, which all its models share.
 struct CatalogueEngine {
@@ -36,8 +27,8 @@ struct CatalogueEngine {
 
 /// A model that can be installed.
 struct CatalogueModel {
-    SpeechModel model;                        // as it will be, but for its folder
-    std::map<std::string, RemoteFile> files;  // by their paths in the folder
+    SpeechModel model;  // as it will be, but for its folder
+    RemoteFiles files;  // by their paths in the folder
     std::string licence;
     /// Whether it says for sure what may be done with the model; otherwise the user is asked.
     bool isLicenceClear = false;
@@ -73,8 +64,5 @@ class ModelCatalogue {
     std::vector<CatalogueModel> models_;
     std::vector<CatalogueEngine> engines_;
 };
-
-/// The address where the longest beginning of it that has a mirror is replaced; a mirror is a web address.
-std::string mirrored(const std::string& url, const std::map<std::string, std::string>& mirrors);
 
 }  // namespace dorix

@@ -5,8 +5,9 @@
 #include "base/Sha256.h"
 #include "base/async/Completion.h"
 #include "base/async/TaskScope.h"
+#include "download/FolderInstall.h"
+#include "download/InstallError.h"
 #include "localdata/Language.h"
-#include "speech/models/InstallError.h"
 
 #include <algorithm>
 #include <fstream>
@@ -19,8 +20,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::uint64_t spareSpace = 50'000'000;  // bytes that are left to everybody else
-constexpr double smallestStep = 0.001;            // of the progress that is told
 constexpr auto archiveName = "archive";
 constexpr auto unpackedName = "unpacked";
 constexpr auto engineRecord = "engine.json";
@@ -29,52 +28,12 @@ using Case = InstallError::Case;
 
 [[noreturn]] void failed(const std::error_code& error) { throw InstallError::of(error); }
 
-void makeFolder(const fs::path& folder) {
-    std::error_code error;
-    fs::create_directories(folder, error);
-    if (error) failed(error);
-}
-
-void removeAll(const fs::path& path) {
-    std::error_code error;
-    fs::remove_all(path, error);
-    if (error) logLine(path.string() + " could not be deleted: " + error.message());
-}
-
-void writeWhole(const fs::path& file, const std::string& text) {
-    std::ofstream stream(file, std::ios::binary | std::ios::trunc);
-    stream << text;
-    stream.close();
-    if (!stream) failed(std::make_error_code(std::errc::io_error));
-}
-
-bool isFile(const fs::path& path) {
-    std::error_code ignored;
-    return fs::is_regular_file(fs::symlink_status(path, ignored));
-}
-
-std::uint64_t sizeOf(const fs::path& file) {
-    std::error_code error;
-    const auto size = fs::file_size(file, error);
-    return error ? 0 : size;
-}
-
-/// What is not the model's: an earlier version of it may have stood there.
-void keepOnly(const fs::path& folder, const std::map<std::string, RemoteFile>& files) {
-    std::vector<fs::path> others;
-    for (const auto& entry : fs::recursive_directory_iterator(folder)) {
-        const auto path = fs::relative(entry.path(), folder).generic_string();
-        if (!entry.is_directory() && !files.contains(path)) others.push_back(entry.path());
-    }
-    for (const auto& other : others) removeAll(other);
-}
-
 /// The engine's own record, made of what has been unpacked.
 std::string engineText(const CatalogueEngine& engine, const fs::path& folder) {
     Json record{{"version", engine.version}};
     for (const auto& file : engine.files) {
         const auto sum = sha256OfFile(folder / file);
-        if (!isFile(folder / file) || !sum) throw InstallError(Case::notUnpacked, file);
+        if (!isPlainFile(folder / file) || !sum) throw InstallError(Case::notUnpacked, file);
         record["sha256"][file] = *sum;
     }
     return record.dump(2) + "\n";
@@ -90,45 +49,24 @@ std::map<std::string, std::string> recordedSums(const fs::path& folder) {
     }
 }
 
-/// A folder that goes at once for all who look, however long the deleting takes.
-void removeFolder(const fs::path& folder) {
-    const auto aside = folder.parent_path() / (".removed-" + folder.filename().string());
-    std::error_code error;
-    removeAll(aside);
-    if (!fs::exists(fs::symlink_status(folder, error))) return;
-    fs::rename(folder, aside, error);
-    if (error) failed(error);
-    removeAll(aside);
-}
-
 }  // namespace
 
 /// One install, for as long as somebody waits for it.
 struct ModelInstaller::Run {
     explicit Run(Executor& main) : scope(main) {}
 
-    void tell(std::uint64_t heldOfFile) {
-        const auto fraction =
-            whole == 0 ? 1
-                       : std::min(1.0, static_cast<double>(done + heldOfFile) / static_cast<double>(whole));
-        if (fraction < told + smallestStep && fraction < 1) return;
-        told = fraction;
-        progress.notify(fraction);
-    }
-
-    Observers<double> progress;
-    std::uint64_t whole = 0;  // bytes of all files
-    std::uint64_t done = 0;   // of those that are complete
-    double told = -1;
+    DownloadProgress progress;
     std::optional<TaskHandle<void>> result;
     TaskScope scope;
 };
 
 /// What is known when an install begins.
 struct ModelInstaller::Start {
+    explicit Start(FolderInstall install) : folder(std::move(install)) {}
+
+    FolderInstall folder;
     bool isInstalled = false;
     bool hasEngine = false;
-    std::shared_ptr<FolderPublisher::Hold> hold;
 };
 
 ModelInstaller::ModelInstaller(const Tools& tools, const ModelCatalogue& catalogue, fs::path home,
@@ -146,14 +84,14 @@ ModelInstaller::~ModelInstaller() = default;
 
 bool ModelInstaller::hasEngine(const CatalogueEngine& engine) const {
     return std::ranges::all_of(engine.files,
-                               [&](const auto& file) { return isFile(engines_ / engine.id() / file); });
+                               [&](const auto& file) { return isPlainFile(engines_ / engine.id() / file); });
 }
 
 /// With the files that were unpacked then; one that somebody put there by hand has no record of them. Reads
 /// them all.
 bool ModelInstaller::hasIntactEngine(const CatalogueEngine& engine) const {
     const auto folder = engines_ / engine.id();
-    if (!hasEngine(engine) || !isFile(folder / engineRecord)) return hasEngine(engine);
+    if (!hasEngine(engine) || !isPlainFile(folder / engineRecord)) return hasEngine(engine);
     const auto recorded = recordedSums(folder);
     return std::ranges::all_of(engine.files, [&](const auto& file) {
         const auto sum = sha256OfFile(folder / file);
@@ -162,23 +100,20 @@ bool ModelInstaller::hasIntactEngine(const CatalogueEngine& engine) const {
     });
 }
 
+FolderInstall ModelInstaller::installOf(const CatalogueModel& model) const {
+    return {model.files, {.parts = partsOf(model.model.id), .folder = models_ / model.model.id}};
+}
+
 /// As the catalogue has it, to the last byte. Reads all files.
-bool ModelInstaller::isInstalled(const CatalogueModel& model) const {
-    const auto folder = models_ / model.model.id;
-    auto there = readSpeechModel(folder);
+bool ModelInstaller::isInstalled(const CatalogueModel& model, const FolderInstall& install) const {
+    auto there = readSpeechModel(models_ / model.model.id);
     if (!there) return false;
     there->folder.clear();
-    return *there == model.model && std::ranges::all_of(model.files, [&](const auto& file) {
-        const auto& [path, expected] = file;
-        return sizeOf(folder / path) == expected.bytes && sha256OfFile(folder / path) == expected.sha256;
-    });
+    return *there == model.model && install.isInstalled();
 }
 
 ModelNeeds ModelInstaller::needs(const CatalogueModel& model) const {
-    ModelNeeds needs{.memory = model.memory};
-    for (const auto& [path, file] : model.files) {
-        needs.download += file.bytes - std::min(file.bytes, sizeOf(partsOf(model.model.id) / path));
-    }
+    ModelNeeds needs{.download = installOf(model).missing(), .memory = model.memory};
     const auto* engine = catalogue_.engineOf(model);
     const bool lacksEngine = engine != nullptr && !hasEngine(*engine);
     if (lacksEngine) {
@@ -189,15 +124,6 @@ ModelNeeds ModelInstaller::needs(const CatalogueModel& model) const {
     return needs;
 }
 
-/// Where the models go, or are going to.
-std::uint64_t ModelInstaller::freeSpace() const {
-    std::error_code error;
-    auto place = models_;
-    while (!fs::exists(place, error) && place.has_relative_path()) place = place.parent_path();
-    const auto space = fs::space(place, error);
-    return error ? 0 : space.available;
-}
-
 ModelOffer ModelInstaller::offer(const CatalogueModel& model) const {
     const auto needed = needs(model);
     return {.id = model.model.id,
@@ -205,7 +131,7 @@ ModelOffer ModelInstaller::offer(const CatalogueModel& model) const {
             .licence = model.licence,
             .isLicenceClear = model.isLicenceClear,
             .needs = needed,
-            .hasSpace = needed.disk + spareSpace <= freeSpace(),
+            .hasSpace = needed.disk + spareSpace <= freeSpaceAt(models_),
             // The other half is what everything else runs in.
             .hasMemory = memory_ == 0 || needed.memory <= memory_ / 2};
 }
@@ -227,7 +153,7 @@ Task<void> ModelInstaller::install(std::string id, Licence licence, Progress pro
     if (model == nullptr) throw InstallError(Case::unknownModel);
     if (!model->isLicenceClear && licence != Licence::accepted) throw InstallError(Case::licenceNotAccepted);
     const auto run = join(*model);
-    const auto told = progress ? run->progress.add(std::move(progress)) : Subscription();
+    const auto told = progress ? run->progress.observers.add(std::move(progress)) : Subscription();
     co_await *run->result;
 }
 
@@ -249,59 +175,31 @@ Task<void> ModelInstaller::work(const CatalogueModel* model, Run* run) {
     const auto started = co_await start(*model);
     if (started->isInstalled) co_return;
     const auto* engine = started->hasEngine ? nullptr : catalogue_.engineOf(*model);
-    run->whole = model->bytes() + (engine != nullptr ? engine->archive.bytes : 0);
-    run->tell(0);
+    run->progress.begin(started->folder.bytes() + (engine != nullptr ? engine->archive.bytes : 0));
     if (engine != nullptr) co_await installEngine(engine, run);
-    co_await fetchFiles(model, run);
+    co_await started->folder.fetch(fetch_, mirrors_.get(), run->progress);
     if (onLetGo) onLetGo(model->model.id);  // there may be an earlier one
-    co_await finish(*model, started);
-    run->done = run->whole;
-    run->tell(0);
+    co_await runOn(disk_, [this, model, started] {
+        started->folder.finish(tools_.folders, recordName, speechModelText(model->model));
+    });
+    run->progress.end();
 }
 
 /// Everything that can be known before the first byte comes.
 Task<std::shared_ptr<ModelInstaller::Start>> ModelInstaller::start(const CatalogueModel& model) {
     return runOn(disk_, [this, entry = &model] {
-        auto started = std::make_shared<Start>();
+        auto started = std::make_shared<Start>(installOf(*entry));
         const auto* engine = catalogue_.engineOf(*entry);
         started->hasEngine = engine == nullptr || hasIntactEngine(*engine);
-        started->isInstalled = started->hasEngine && isInstalled(*entry);
+        started->isInstalled = started->hasEngine && isInstalled(*entry, started->folder);
         // What a process left that was killed when all was in its place.
         if (started->hasEngine && engine != nullptr) removeAll(partsOf(*engine));
-        if (started->isInstalled) removeAll(partsOf(entry->model.id));
-        if (started->isInstalled) return started;
-        const auto needed = needs(*entry).disk + spareSpace;
-        if (freeSpace() < needed) throw InstallError::tooLittleSpace(needed, freeSpace());
-        const auto parts = partsOf(entry->model.id);
-        for (const auto& [path, file] : entry->files) makeFolder((parts / path).parent_path());
-        started->hold = tools_.folders.hold(parts);
-        if (!started->hold) throw InstallError(Case::underWayElsewhere);
-        return started;
-    });
-}
-
-Task<void> ModelInstaller::fetch(RemoteFile file, fs::path to, Run* run) {
-    file.url = mirrored(file.url, mirrors_.get());
-    co_await fetch_.fetch(file, std::move(to), [run](std::uint64_t held) { run->tell(held); });
-    run->done += file.bytes;
-    run->tell(0);
-}
-
-Task<void> ModelInstaller::fetchFiles(const CatalogueModel* model, Run* run) {
-    for (const auto& [path, file] : model->files) co_await fetch(file, partsOf(model->model.id) / path, run);
-}
-
-Task<void> ModelInstaller::finish(const CatalogueModel& model, std::shared_ptr<Start> started) {
-    return runOn(disk_, [this, entry = &model, started = std::move(started)] {
-        const auto parts = partsOf(entry->model.id);
-        try {
-            keepOnly(parts, entry->files);
-        } catch (const fs::filesystem_error& error) {
-            failed(error.code());
+        if (started->isInstalled) {
+            removeAll(partsOf(entry->model.id));
+        } else {
+            started->folder.begin(tools_.folders, needs(*entry).disk - started->folder.missing());
         }
-        writeWhole(parts / recordName, speechModelText(entry->model));
-        if (const auto error = tools_.folders.publish(parts, models_ / entry->model.id)) failed(error);
-        removeAll(parts);  // what it replaced
+        return started;
     });
 }
 
@@ -315,7 +213,7 @@ Task<void> ModelInstaller::installEngine(const CatalogueEngine* engine, Run* run
     if (!hold) throw InstallError(Case::underWayElsewhere);
     const bool isThere = co_await runOn(disk_, [this, engine] { return hasIntactEngine(*engine); });
     if (!isThere) {
-        co_await fetch(engine->archive, parts / archiveName, run);
+        co_await fetchMirrored(fetch_, engine->archive, parts / archiveName, mirrors_.get(), run->progress);
         co_await unpackEngine(engine, parts);
     }
     co_await runOn(disk_, [parts, hold] { removeAll(parts); });

@@ -5,10 +5,11 @@
 #include "base/async/SerialExecutor.h"
 #include "base/async/Task.h"
 #include "base/async/Turns.h"
+#include "download/FileFetch.h"
+#include "download/FolderInstall.h"
 #include "platform/ArchiveUnpacker.h"
 #include "platform/FolderPublisher.h"
 #include "platform/HttpClient.h"
-#include "speech/models/FileFetch.h"
 #include "speech/models/ModelCatalogue.h"
 
 #include <cstdint>
@@ -62,8 +63,6 @@ class ModelInstaller {
         ArchiveUnpacker& unpacker;
         FolderPublisher& folders;
     };
-    using Mirrors = std::map<std::string, std::string>;
-
     /// Models go to "models" below `home`, engines to "engines". `memory` is what the computer has, in bytes;
     /// 0 where that is not known.
     ModelInstaller(const Tools& tools, const ModelCatalogue& catalogue, std::filesystem::path home,
@@ -105,17 +104,14 @@ class ModelInstaller {
     std::shared_ptr<Run> join(const CatalogueModel& model);
     Task<void> work(const CatalogueModel* model, Run* run);
     Task<std::shared_ptr<Start>> start(const CatalogueModel& model);
-    Task<void> fetchFiles(const CatalogueModel* model, Run* run);
-    Task<void> finish(const CatalogueModel& model, std::shared_ptr<Start> started);
     Task<void> installEngine(const CatalogueEngine* engine, Run* run);
     Task<void> unpackEngine(const CatalogueEngine* engine, std::filesystem::path parts);
-    Task<void> fetch(RemoteFile file, std::filesystem::path to, Run* run);
 
     bool hasEngine(const CatalogueEngine& engine) const;
     bool hasIntactEngine(const CatalogueEngine& engine) const;
-    bool isInstalled(const CatalogueModel& model) const;
+    FolderInstall installOf(const CatalogueModel& model) const;
+    bool isInstalled(const CatalogueModel& model, const FolderInstall& install) const;
     ModelOffer offer(const CatalogueModel& model) const;
-    std::uint64_t freeSpace() const;
     std::filesystem::path partsOf(const std::string& id) const { return models_ / ".downloads" / id; }
     std::filesystem::path partsOf(const CatalogueEngine& engine) const {
         return engines_ / ".downloads" / engine.id();

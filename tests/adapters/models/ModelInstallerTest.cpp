@@ -2,9 +2,11 @@
 #include "adapters/harness/OtherProgram.h"
 #include "adapters/harness/WebServer.h"
 #include "adapters/models/ServedModel.h"
+#include "download/InstallError.h"
 #include "linux/curl/CurlHttpClient.h"
 #include "linux/xdg/DurableFolders.h"
-#include "speech/models/InstallError.h"
+#include "linux/xdg/MemoryMapper.h"
+#include "memory/embedding/EmbeddingModel.h"
 #include "speech/models/ModelInstaller.h"
 #include "speech/models/SpeechModels.h"
 
@@ -110,7 +112,7 @@ class ModelInstallerTest : public testing::Test {
     CopyingUnpacker unpacker;
     DurableFolders folders;
     bool isLicenceClear = true;
-    Observable<ModelInstaller::Mirrors> mirrors;
+    Observable<Mirrors> mirrors;
     std::uint64_t memory = 0;
     std::string text;
     ModelCatalogue catalogue;
@@ -340,6 +342,55 @@ TEST_F(ModelInstallerTest, KilledAtAnyMomentItGoesOnToTheRightModel) {
         fs::remove_all(home.path() / "models");
         fs::remove_all(home.path() / "engines");
     }
+}
+
+TEST_F(ModelInstallerTest, TheModelOfTheMemoryComesAndGoesTheSameWay) {
+    EmbeddingCatalogueEntry entry{.name = "static", .licence = "MIT", .files = {}};
+    const auto serve = [&](const std::string& how) {
+        for (const auto* name : {"encoder.onnx", "tokens.txt"}) {
+            const auto file = served.folder.path() / name;
+            entry.files[name] = {.url = server.url(how + "/") + name,
+                                 .bytes = fs::file_size(file),
+                                 .sha256 = sha256OfFile(file).value()};
+        }
+    };
+    serve("missing");
+    EmbeddingModel model({loop.main, *http, folders}, entry, home.path(), mirrors,
+                         {.stall = 0.5, .attempts = 2, .pause = 0.01});
+    int letGoOf = 0;
+    model.onLetGo = [&] { ++letGoOf; };
+    const auto isIdle = [&] { return !model.state().get().progress && !model.state().get().isRemoving; };
+    const auto isThere = [&] { return fs::exists(model.folder()); };
+    model.install();
+    EXPECT_TRUE(loop.runUntil(isIdle));
+    EXPECT_TRUE(model.state().get().failure.contains("404")) << model.state().get().failure;
+
+    serve("slow");
+    model.install();
+    EXPECT_TRUE(loop.runUntil([&] { return model.bytesToFetch() < model.bytes(); }));
+    model.cancel();
+    EXPECT_TRUE(loop.runUntil(isIdle));
+    EXPECT_EQ(model.state().get(), EmbeddingModel::State()) << "it was the user's wish";
+    EXPECT_FALSE(isThere());
+
+    serve("plain");
+    model.install();
+    EXPECT_TRUE(loop.runUntil(isIdle));
+    EXPECT_EQ(model.state().get(), EmbeddingModel::State{.isInstalled = true});
+    EXPECT_EQ(letGoOf, 2) << "before the folder changes, and once it has";
+    EXPECT_TRUE(fs::is_empty(home.path() / "embedding/.downloads"));
+    const auto mapped = MemoryMapper().map(model.folder() / "encoder.onnx");
+    ASSERT_TRUE(mapped);
+    EXPECT_TRUE(mapped->bytes() == contents(served.folder.path() / "encoder.onnx"));
+    EXPECT_FALSE(MemoryMapper().map(model.folder()));
+
+    model.remove();
+    EXPECT_TRUE(loop.runUntil(isIdle));
+    EXPECT_EQ(model.state().get(), EmbeddingModel::State());
+    EXPECT_EQ(letGoOf, 4);
+    EXPECT_FALSE(isThere());
+    EXPECT_TRUE(mapped->bytes() == contents(served.folder.path() / "encoder.onnx"))
+        << "who reads it still can";
 }
 
 }  // namespace

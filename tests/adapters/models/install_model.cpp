@@ -30,7 +30,7 @@ int run(int argc, char** argv) {
     CurlHttpClient http;
     CopyingUnpacker unpacker;
     DurableFolders folders;
-    const Observable<ModelInstaller::Mirrors> mirrors;
+    const Observable<Mirrors> mirrors;
     ModelInstaller installer({loop, http, unpacker, folders}, catalogue, argv[2], mirrors, 0);
     TaskScope scope(loop);
     loop.post([&] { scope.spawn(install(installer, argv[3])); });

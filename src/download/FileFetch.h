@@ -2,8 +2,8 @@
 
 #include "base/async/Executor.h"
 #include "base/async/Task.h"
+#include "download/RemoteFile.h"
 #include "platform/HttpClient.h"
-#include "speech/models/ModelCatalogue.h"
 
 #include <cstdint>
 #include <filesystem>

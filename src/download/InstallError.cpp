@@ -1,4 +1,4 @@
-#include "speech/models/InstallError.h"
+#include "download/InstallError.h"
 
 #include "localdata/Language.h"
 
@@ -28,7 +28,7 @@ std::string wordsFor(HttpError::Kind kind) {
 
 InstallError InstallError::tooLittleSpace(std::uint64_t needed, std::uint64_t free) {
     return InstallError(Case::tooLittleSpace,
-                        formatText(tr("No hay sitio para el modelo de voz: hacen falta %@ y quedan %@."),
+                        formatText(tr("No hay sitio para el modelo: hacen falta %@ y quedan %@."),
                                    {sizeText(needed), sizeText(free)}));
 }
 
@@ -48,18 +48,17 @@ std::string InstallError::localizedDescription() const {
             return detail_;
         case Case::unreachable:
             return formatText(
-                tr("No se ha podido descargar el modelo de voz: %@. Lo que ya ha llegado se conserva."),
-                {detail_});
+                tr("No se ha podido descargar el modelo: %@. Lo que ya ha llegado se conserva."), {detail_});
         case Case::notGiven:
-            return formatText(tr("El servidor no da el modelo de voz (%@)."), {detail_});
+            return formatText(tr("El servidor no da el modelo (%@)."), {detail_});
         case Case::wrongContents:
-            return tr("Lo que ha llegado no es el modelo de voz, y se ha borrado.");
+            return tr("Lo que ha llegado no es el modelo, y se ha borrado.");
         case Case::notUnpacked:
             return formatText(tr("No se ha podido preparar el motor de voz: %@."), {detail_});
         case Case::notStored:
-            return formatText(tr("No se ha podido guardar el modelo de voz: %@."), {detail_});
+            return formatText(tr("No se ha podido guardar el modelo: %@."), {detail_});
         case Case::underWayElsewhere:
-            return tr("Otro programa ya está instalando ese modelo de voz.");
+            return tr("Otro programa ya está instalando ese modelo.");
         case Case::notOurs:
             return tr("Ese modelo de voz lo trae el sistema; DORIX no puede quitarlo.");
     }

@@ -1,10 +1,10 @@
-#include "speech/models/FileFetch.h"
+#include "download/FileFetch.h"
 
 #include "base/Sha256.h"
 #include "base/async/Completion.h"
 #include "base/async/Sleep.h"
 #include "base/text/Text.h"
-#include "speech/models/InstallError.h"
+#include "download/InstallError.h"
 
 #include <algorithm>
 #include <cstddef>
