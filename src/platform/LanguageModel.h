@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -36,6 +37,12 @@ struct GenerationOptions {
     bool operator==(const GenerationOptions&) const = default;
 };
 
+/// What becomes of a text that the model had to break off, at the limit of what it may write.
+enum class CutText : std::uint8_t {
+    isTaken,
+    fails,  // the answer is none
+};
+
 /// A model that did not answer, or not with what it was asked for.
 class LanguageModelError : public MessageError {
  public:
@@ -57,6 +64,8 @@ class LanguageModelSession {
     /// when the task is, or the session is destroyed. Throws LanguageModelError.
     virtual Task<GeneratedContent> respond(std::string prompt, GenerationSchema schema,
                                            GenerationOptions options) = 0;
+    /// The same in plain text, with the model's own options.
+    virtual Task<std::string> respond(std::string prompt, CutText cut) = 0;
 };
 
 /// The language model of this computer. Main executor, which nothing here blocks.
@@ -75,6 +84,9 @@ class SystemLanguageModel {
 
     /// As it is known now; never asks anybody.
     virtual Availability availability() = 0;
+
+    /// The name of the computer that runs it, where that is not this one.
+    virtual std::optional<std::string> farHost() const { return std::nullopt; }
 
     /// A new conversation, which the model must outlive.
     virtual std::unique_ptr<LanguageModelSession> makeSession(std::string instructions) = 0;
@@ -95,6 +107,10 @@ class UnavailableLanguageModel final : public SystemLanguageModel {
         Task<GeneratedContent> respond(std::string, GenerationSchema, GenerationOptions) override {
             throw LanguageModelError("no language model");
             co_return GeneratedContent();
+        }
+        Task<std::string> respond(std::string, CutText) override {
+            throw LanguageModelError("no language model");
+            co_return "";
         }
     };
 };

@@ -29,6 +29,8 @@ class PrivacyGrants {
     /// Opens the system's settings at one of "Privacy_Microphone", "Privacy_SpeechRecognition",
     /// "Privacy_Accessibility", "Privacy_ScreenCapture"; false where the system has no such place.
     virtual bool openPane(std::string_view name) = 0;
+    /// Whether it has one of that name at all.
+    virtual bool hasPane(std::string_view name) const = 0;
 };
 
 }  // namespace dorix

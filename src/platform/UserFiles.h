@@ -34,6 +34,32 @@ class UnavailableSavePanel final : public SavePanel {
     Task<std::optional<std::filesystem::path>> run(Request) override { co_return std::nullopt; }
 };
 
+/// Asks the user for a folder. Main executor; suspends until the user has answered.
+class FolderPanel {
+ public:
+    struct Request {
+        std::string title;
+        std::string accept;           // what the button that chooses says
+        std::uint64_t ownWindow = 0;  // as that of SavePanel
+    };
+    struct Answer {
+        bool wasAsked = false;                        // false where nobody can ask the user
+        std::optional<std::filesystem::path> folder;  // none when the user thought better of it
+
+        bool operator==(const Answer&) const = default;
+    };
+
+    virtual ~FolderPanel() = default;
+
+    virtual Task<Answer> run(Request request) = 0;
+};
+
+/// Where nobody can ask.
+class UnavailableFolderPanel final : public FolderPanel {
+ public:
+    Task<Answer> run(Request) override { co_return Answer(); }
+};
+
 /// Writes files that are whole or not there. Any thread; blocks on the disk.
 class FileReplacer {
  public:

@@ -48,6 +48,10 @@ class WindowSystem {
     /// Whether the window, shown or not, stands on a screen that one of another program fills.
     virtual bool isOverFullScreen(Window window) = 0;
 
+    /// Has a window that shows stand above one of another program that fills its screen, if there is one,
+    /// also without the keyboard.
+    virtual void raiseOverFullScreen(Window window) = 0;
+
     /// Says what the window is, for compositors; before it is first shown.
     virtual void dress(Window window, Kind kind) = 0;
 
@@ -62,6 +66,9 @@ class WindowSystem {
     /// What the bars at its edges leave of a screen.
     virtual Rectangle freeOfBars(const Rectangle& screen) = 0;
 
+    /// Whether a window manager may give the window the keyboard; it may give it to any unless told.
+    virtual void setTakesKeyboard(Window window, bool takes) = 0;
+
     virtual bool hasWindowManager() = 0;
     /// The window that has the keyboard; 0 for none.
     virtual Window frontWindow() = 0;
@@ -74,11 +81,13 @@ class WindowSystem {
 class UnavailableWindowSystem final : public WindowSystem {
  public:
     bool isOverFullScreen(Window) override { return false; }
+    void raiseOverFullScreen(Window) override {}
     void dress(Window, Kind) override {}
     void setFrameExtents(Window, const Margins&) override {}
     void setShape(Window, const std::optional<Region>&) override {}
     void setInputShape(Window, const Region&) override {}
     Rectangle freeOfBars(const Rectangle& screen) override { return screen; }
+    void setTakesKeyboard(Window, bool) override {}
     bool hasWindowManager() override { return false; }
     Window frontWindow() override { return 0; }
     void bringToFront(Window) override {}

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "base/Observable.h"
+
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -28,6 +31,10 @@ class Workspace {
     /// The application that gets the keyboard; none when nothing has the focus or it cannot be known.
     virtual std::optional<RunningApplication> frontmostApplication() const = 0;
 
+    /// Calls `callback` whenever another application has come to the front; where the system does not tell,
+    /// never.
+    virtual Subscription observeActivations(std::function<void()> callback) = 0;
+
     /// Whether that window of the application gets the keyboard now; any window of it if none is known.
     virtual bool isFrontmost(const RunningApplication& app) const = 0;
 
@@ -49,6 +56,7 @@ class Workspace {
 class UnavailableWorkspace final : public Workspace {
  public:
     std::optional<RunningApplication> frontmostApplication() const override { return std::nullopt; }
+    Subscription observeActivations(std::function<void()>) override { return {}; }
     bool isFrontmost(const RunningApplication&) const override { return false; }
     bool isSameApplication(const RunningApplication&, const RunningApplication&) const override {
         return false;
