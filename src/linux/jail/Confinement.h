@@ -17,6 +17,9 @@ struct Confinement {
     std::vector<std::filesystem::path> readable;
     // And readable. Who may write files loads no code any more, as he could have written it.
     std::vector<std::filesystem::path> writable;
+    // The one program, if any, that the process may turn into, shut in as it is; what that reads, of the
+    // system's libraries as well, has to be readable. It can be debugged by the user's other programs.
+    std::filesystem::path mayBecome;
     std::optional<std::uint64_t> largestFile;  // bytes that one that is written may have
     bool mayConnect = false;                   // to servers over TCP, and look up their names
     bool mayStartThreads = false;

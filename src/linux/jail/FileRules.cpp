@@ -3,13 +3,17 @@
 #include "linux/loop/FileDescriptor.h"
 
 #include <fcntl.h>
+#include <link.h>
 #include <linux/landlock.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <cstdint>
+#include <span>
 #include <system_error>
 
 namespace dorix {
@@ -35,7 +39,7 @@ constexpr std::uint64_t writeRights = readRights | LANDLOCK_ACCESS_FS_WRITE_FILE
                                       LANDLOCK_ACCESS_FS_REFER | truncateRight;
 // What a rule for a file, as opposed to a folder, may speak of.
 constexpr std::uint64_t fileRights =
-    LANDLOCK_ACCESS_FS_READ_FILE | LANDLOCK_ACCESS_FS_WRITE_FILE | truncateRight;
+    LANDLOCK_ACCESS_FS_EXECUTE | LANDLOCK_ACCESS_FS_READ_FILE | LANDLOCK_ACCESS_FS_WRITE_FILE | truncateRight;
 
 constexpr std::uint64_t bindRight = 1ULL << 0U;
 constexpr std::uint64_t connectRight = 1ULL << 1U;
@@ -75,6 +79,25 @@ void allowBelow(const FileDescriptor& rules, const fs::path& path, std::uint64_t
     }
 }
 
+/// Of this program, and so of others on this system; it is started as they are.
+fs::path loader() {
+    fs::path found;
+    const auto look = [](dl_phdr_info* program, std::size_t, void* into) {
+        const std::span headers(program->dlpi_phdr, program->dlpi_phnum);
+        const auto name = std::ranges::find(headers, ElfW(Word){PT_INTERP}, &ElfW(Phdr)::p_type);
+        if (name != headers.end())
+            *static_cast<fs::path*>(into) = reinterpret_cast<const char*>(program->dlpi_addr + name->p_vaddr);
+        return 1;  // the first one is the program
+    };
+    ::dl_iterate_phdr(look, &found);
+    return found;
+}
+
+void allowBecoming(const FileDescriptor& rules, const fs::path& program) {
+    constexpr std::uint64_t rights = LANDLOCK_ACCESS_FS_EXECUTE | LANDLOCK_ACCESS_FS_READ_FILE;
+    for (const auto& file : {program, loader()}) allowBelow(rules, file, rights);
+}
+
 }  // namespace
 
 bool restrictFiles(const Confinement& confinement) {
@@ -85,6 +108,7 @@ bool restrictFiles(const Confinement& confinement) {
     if (!rules) fail("landlock");
     for (const auto& path : confinement.readable) allowBelow(rules, path, readRights & set.files);
     for (const auto& path : confinement.writable) allowBelow(rules, path, writeRights & set.files);
+    if (!confinement.mayBecome.empty()) allowBecoming(rules, confinement.mayBecome);
     if (::syscall(SYS_landlock_restrict_self, rules.get(), 0) != 0) fail("landlock");
     return true;
 }

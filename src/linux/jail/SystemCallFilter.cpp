@@ -111,7 +111,6 @@ constexpr std::array connecting{SCMP_SYS(connect),    SCMP_SYS(getpeername), SCM
 constexpr std::array signsOfAnIntruder{SCMP_SYS(add_key),
                                        SCMP_SYS(bpf),
                                        SCMP_SYS(chroot),
-                                       SCMP_SYS(execve),
                                        SCMP_SYS(execveat),
                                        SCMP_SYS(finit_module),
                                        SCMP_SYS(init_module),
@@ -236,6 +235,8 @@ void restrictSystemCalls(const Confinement& confinement) {
     Filter filter;
     filter.add(SCMP_ACT_ALLOW, always);
     filter.add(SCMP_ACT_KILL_PROCESS, signsOfAnIntruder);
+    // Where it may turn into another program, landlock says into which.
+    filter.add(confinement.mayBecome.empty() ? SCMP_ACT_KILL_PROCESS : SCMP_ACT_ALLOW, SCMP_SYS(execve), {});
     // What they ask for lies in memory, where the filter cannot look; programs know another way.
     filter.add(SCMP_ACT_ERRNO(ENOSYS), SCMP_SYS(clone3), {});
     filter.add(SCMP_ACT_ERRNO(ENOSYS), SCMP_SYS(openat2), {});

@@ -3,24 +3,17 @@
 #include "base/Log.h"
 #include "base/text/Url.h"
 #include "localdata/SettingsStore.h"
-#include "platform/Keychain.h"
 
 #include <utility>
 
 namespace dorix {
 
-Task<void> SpeechServer::readKey() {
-    if (settings_.speechServer.get().empty()) co_return;
-    key_ = (co_await keychain_.read(keyAccount)).value_or("");
-}
+Task<void> SpeechServer::readKey() { co_await key_.read(settings_.speechServer.get()); }
+
+std::string SpeechServer::key() const { return key_.of(settings_.speechServer.get()); }
 
 Task<void> SpeechServer::saveKey(std::string key) {
-    key_ = key;
-    if (key.empty()) {
-        co_await keychain_.remove(keyAccount);
-    } else {
-        co_await keychain_.save(keyAccount, std::move(key));
-    }
+    co_await key_.save(settings_.speechServer.get(), std::move(key));
 }
 
 std::optional<ModelRequest> SpeechServer::request(std::string language) const {
@@ -35,7 +28,7 @@ std::optional<ModelRequest> SpeechServer::request(std::string language) const {
         .sha256 = {},
         .parameters = {},
         .engineFolder = {},
-        .server = {.address = address, .key = key_, .model = settings_.speechServerModel.get()}};
+        .server = {.address = address, .key = key(), .model = settings_.speechServerModel.get()}};
 }
 
 void SpeechServer::failed(const std::string& why) {

@@ -2,6 +2,7 @@
 
 #include "base/async/Executor.h"
 #include "base/async/Task.h"
+#include "localdata/ServerKey.h"
 #include "recognition/ModelRequest.h"
 
 #include <optional>
@@ -20,16 +21,18 @@ class SpeechServer {
     static constexpr auto keyAccount = "speech-server-key";
 
     SpeechServer(Executor& executor, SettingsStore& settings, Keychain& keychain)
-        : executor_(executor), settings_(settings), keychain_(keychain) {}
+        : executor_(executor), settings_(settings), key_(keychain, keyAccount) {}
 
     /// Before the first recognition, when the address has changed, and when the server has failed: a keychain
     /// may have been locked until now.
     Task<void> readKey();
 
-    /// What was read or saved last.
-    const std::string& key() const { return key_; }
-    /// Keeps the key from now on; an empty one is none.
+    /// The key of the server that is named, as it was read or saved last.
+    std::string key() const;
+    /// Keeps it from now on, in place of any other server's; an empty one is none.
     Task<void> saveKey(std::string key);
+    /// Whether the key that is kept is another server's.
+    bool hasOthersKey() const { return key_.isKept() && key().empty(); }
 
     std::optional<ModelRequest> request(std::string language) const;
 
@@ -44,8 +47,7 @@ class SpeechServer {
  private:
     Executor& executor_;
     SettingsStore& settings_;
-    Keychain& keychain_;
-    std::string key_;
+    ServerKey key_;
     double restsUntil_ = 0;
 };
 

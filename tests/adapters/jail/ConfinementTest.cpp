@@ -148,6 +148,12 @@ TEST_F(ConfinementTest, OutsideAllOfItCanBeDone) {
 }
 
 TEST_F(ConfinementTest, WhatIsGrantedIsThatAndNoMore) {
+    expect("b", {{"its work", Outcome::gotIt},
+                 {"run a program", Outcome::gotIt},
+                 {"run another program", Outcome::refused},
+                 {"fork", Outcome::refused},
+                 {"read elsewhere", Outcome::refused},
+                 {"connect", Outcome::refused}});
     expect("c", {{"its work", Outcome::gotIt},
                  {"connect", Outcome::gotIt},
                  {"listen", Outcome::refused},

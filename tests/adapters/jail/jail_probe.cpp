@@ -3,8 +3,8 @@
 //   jail_probe FOLDER PORT GRANTS ATTEMPT
 //
 // FOLDER has in/, out/ and elsewhere/; of GRANTS "-" is none at all, "free" leaves it outside, and the
-// letters c, t and w let it connect, start threads and write to out/. It ends with 0 when it got what it
-// wanted, with 1 when not.
+// letters b, c, t and w let it become another program, connect, start threads and write to out/. It ends with
+// 0 when it got what it wanted, with 1 when not.
 
 #include "linux/jail/Confinement.h"
 
@@ -72,8 +72,7 @@ bool listens() {
     return fd >= 0 && ::bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
 }
 
-bool runsAnother() {
-    std::string name = "/bin/true";
+bool becomes(std::string name) {
     std::array<char*, 2> arguments{name.data(), nullptr};
     ::execv(name.c_str(), arguments.data());
     return false;
@@ -136,7 +135,8 @@ const std::map<std::string_view, std::function<bool()>>& attempts() {
         {"listen", listens},
         {"connect to a service", [] { return connectsLocally(folder + "/socket"); }},
         {"connect to an abstract service", [] { return connectsLocally("@" + folder); }},
-        {"run a program", runsAnother},
+        {"run a program", [] { return becomes("/bin/true"); }},
+        {"run another program", [] { return becomes("/bin/echo"); }},
         {"fork", forks},
         {"start a thread", startsThread},
         {"be debugged", [] { return ::ptrace(PTRACE_TRACEME) == 0; }},
@@ -163,6 +163,7 @@ void shutIn(std::string_view grants) {
     confinement.readable.emplace_back(folder + "/not there");
     confinement.mayConnect = grants.contains('c');
     confinement.mayStartThreads = grants.contains('t');
+    if (grants.contains('b')) confinement.mayBecome = "/bin/true";
     if (grants.contains('w')) {
         confinement.writable.emplace_back(folder + "/out");
         confinement.largestFile = 1000;

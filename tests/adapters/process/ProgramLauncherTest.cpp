@@ -3,6 +3,7 @@
 #include "fakes/TemporaryFolder.h"
 #include "linux/apps/DesktopEntry.h"
 #include "linux/process/LinuxProcesses.h"
+#include "linux/process/SoundSettings.h"
 
 #include <gmock/gmock.h>
 #include <sys/wait.h>
@@ -11,6 +12,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <utility>
 
 namespace dorix {
 namespace {
@@ -93,6 +95,25 @@ TEST_F(ProgramLauncherTest, AddressesAreGivenToTheDesktop) {
     EXPECT_TRUE(loop.runUntil([&] { return read(trace) == "https://example.com/?a=$(id)&b=%20\n"; }));
     const Environment missing({{"PATH", folder / "share"}});
     EXPECT_FALSE(urls.open("https://example.com/")) << "without xdg-open";
+}
+
+TEST_F(ProgramLauncherTest, MicrophonesAreChosenInTheProgramOfTheDesktop) {
+    const Environment path({{"PATH", folder / "bin"}});
+    SoundSettings settings(loop.main);
+    EXPECT_FALSE(settings.open()) << "no program for that";
+    for (const char* name : {"gnome-control-center", "systemsettings", "pavucontrol"}) {
+        write(folder / "bin" / name, "#!/bin/sh\necho \"${0##*/} $@\" > " + trace.string() + "\n");
+        fs::permissions(folder / "bin" / name, fs::perms::owner_all);
+    }
+    for (const auto& [desktop, opened] : {std::pair{"ubuntu:GNOME", "gnome-control-center sound\n"},
+                                          {"KDE", "systemsettings kcm_pulseaudio\n"},
+                                          {"XFCE", "pavucontrol --tab=4\n"},
+                                          {"", "pavucontrol --tab=4\n"}}) {
+        const Environment session({{"XDG_CURRENT_DESKTOP", desktop}});
+        fs::remove(trace);
+        EXPECT_TRUE(settings.open());
+        EXPECT_TRUE(loop.runUntil([&] { return read(trace) == opened; })) << desktop << read(trace);
+    }
 }
 
 }  // namespace
