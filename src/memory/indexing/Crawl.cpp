@@ -14,7 +14,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::size_t mostFiles = 5000;
 constexpr std::uintmax_t largestFile = 25'000'000;
 
 std::string extensionOf(const fs::path& path) {
@@ -36,7 +35,7 @@ bool isWanted(const fs::directory_entry& entry) {
 
 }  // namespace
 
-std::vector<fs::path> crawl(const fs::path& folder, const std::function<bool(const fs::path&)>& isLeftOut) {
+std::vector<fs::path> crawl(const fs::path& folder, const CrawlWatch& watch) {
     std::vector<fs::path> found;
     // Folders still to be looked into: one that cannot be read costs what is below it, and no more.
     std::vector<fs::path> folders{folder};
@@ -45,15 +44,17 @@ std::vector<fs::path> crawl(const fs::path& folder, const std::function<bool(con
         folders.pop_back();
         std::error_code error;
         for (fs::directory_iterator at(next, error), end; !error && at != end; at.increment(error)) {
+            if (watch.goesOn && !watch.goesOn()) return found;
             const auto name = at->path().filename().string();
             if (isSkipped(name) || name.starts_with('.')) continue;
             std::error_code ignored;
             if (at->symlink_status(ignored).type() == fs::file_type::directory) {
-                const bool isEntered = !isPackage(at->path()) && (!isLeftOut || !isLeftOut(at->path()));
+                const bool isEntered =
+                    !isPackage(at->path()) && (!watch.isLeftOut || !watch.isLeftOut(at->path()));
                 if (isEntered) folders.push_back(at->path());
             } else if (isWanted(*at)) {
                 found.push_back(at->path());
-                if (found.size() == mostFiles) return found;
+                if (found.size() == mostFilesOfFolder) return found;
             }
         }
     }

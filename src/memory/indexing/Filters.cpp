@@ -12,8 +12,8 @@ namespace {
 constexpr std::array<std::string_view, 12> indexable{"pdf", "docx", "doc",      "rtf", "rtfd", "odt",
                                                      "txt", "md",   "markdown", "csv", "json", "text"};
 
-constexpr std::array<std::string_view, 9> skipped{"node_modules", ".git", "Library", "build",      "DerivedData",
-                                                  "Pods",         ".Trash", "venv",  "__pycache__"};
+constexpr std::array<std::string_view, 9> skipped{
+    "node_modules", ".git", "Library", "build", "DerivedData", "Pods", ".Trash", "venv", "__pycache__"};
 
 template <typename Set>
 bool contains(const Set& set, std::string_view text) {

@@ -15,19 +15,21 @@ constexpr std::size_t shortestToken = 3;
 constexpr std::size_t mostFiles = 4;
 
 constexpr std::array<std::string_view, 68> stopWords{
-    "que",       "los",      "las",         "del",        "con",     "por",      "para",        "una",   "uno",
-    "unos",      "unas",     "donde",       "esta",       "estaba",  "como",     "cual",        "quien", "sobre",
-    "busca",     "buscame",  "encuentra",   "encuentrame", "localiza", "documento", "documentos", "archivo",
-    "archivos",  "fichero",  "tengo",       "referente",  "relacionado", "llamado", "llama",    "mas",   "este",
-    "ese",       "eso",      "the",         "and",        "for",     "with",     "find",        "file",  "mi",
-    "mis",       "algo",     "alguno",      "alguna",     "what",    "where",    "did",         "say",   "said",
-    "about",     "search",   "look",        "from",       "that",    "this",     "have",        "any",   "files",
-    "document",  "documents", "called",     "named",      "folder",  "show"};
+    "que",        "los",     "las",      "del",     "con",       "por",         "para",        "una",
+    "uno",        "unos",    "unas",     "donde",   "esta",      "estaba",      "como",        "cual",
+    "quien",      "sobre",   "busca",    "buscame", "encuentra", "encuentrame", "localiza",    "documento",
+    "documentos", "archivo", "archivos", "fichero", "tengo",     "referente",   "relacionado", "llamado",
+    "llama",      "mas",     "este",     "ese",     "eso",       "the",         "and",         "for",
+    "with",       "find",    "file",     "mi",      "mis",       "algo",        "alguno",      "alguna",
+    "what",       "where",   "did",      "say",     "said",      "about",       "search",      "look",
+    "from",       "that",    "this",     "have",    "any",       "files",       "document",    "documents",
+    "called",     "named",   "folder",   "show"};
 
 bool isStopWord(std::string_view token) { return std::ranges::find(stopWords, token) != stopWords.end(); }
 
 bool isOutOfTheWay(std::string_view path) {
-    return path.contains("/Library/") || path.contains("/.") || path.contains(".app/") || path.ends_with(".app");
+    return path.contains("/Library/") || path.contains("/.") || path.contains(".app/") ||
+           path.ends_with(".app");
 }
 
 std::string_view nameOf(std::string_view path) { return path.substr(path.rfind('/') + 1); }
@@ -51,7 +53,8 @@ std::size_t tokensIn(std::string_view name, std::span<const std::string> tokens)
         std::ranges::count_if(tokens, [&](const auto& token) { return folded.contains(token); }));
 }
 
-std::vector<std::string> bestFileNames(std::span<const std::string> paths, std::span<const std::string> tokens) {
+std::vector<std::string> bestFileNames(std::span<const std::string> paths,
+                                       std::span<const std::string> tokens) {
     struct Candidate {
         std::size_t matching;
         std::size_t length;

@@ -21,6 +21,7 @@ std::size_t tokensIn(std::string_view name, std::span<const std::string> tokens)
 /// Of paths of files, the four that fit best, best first: those with the most tokens in their names, and of
 /// these those with the fewest characters. What lies in hidden folders, in "Library" or in applications is
 /// left out.
-std::vector<std::string> bestFileNames(std::span<const std::string> paths, std::span<const std::string> tokens);
+std::vector<std::string> bestFileNames(std::span<const std::string> paths,
+                                       std::span<const std::string> tokens);
 
 }  // namespace dorix

@@ -14,7 +14,7 @@ namespace dorix {
 
 namespace {
 
-constexpr std::size_t mostMessages = 10;        // where messages alone are asked for
+constexpr std::size_t mostMessages = 10;  // where messages alone are asked for
 constexpr std::size_t mostMessagesBeside = 4;
 constexpr std::size_t tellingCharacters = 40;
 

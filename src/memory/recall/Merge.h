@@ -15,9 +15,9 @@ struct FoundMemory {
     std::vector<MemoryHit> index;
 };
 
-/// All of it in one list, without what comes twice: files by their names, messages, the index. A question that
-/// speaks of the connected workspace gets its messages alone. `limit` is of those that are no messages. Any
-/// thread.
+/// All of it in one list, without what comes twice: files by their names, messages, the index. A question
+/// that speaks of the connected workspace gets its messages alone. `limit` is of those that are no messages.
+/// Any thread.
 std::vector<MemoryHit> merged(FoundMemory found, std::string_view query, std::size_t limit,
                               bool isSlackConnected);
 

@@ -12,7 +12,7 @@ namespace dorix {
 
 namespace {
 
-constexpr double longestRow = 300;    // seconds: who was away longer was away
+constexpr double longestRow = 300;     // seconds: who was away longer was away
 constexpr double shortestGroup = 120;  // seconds
 constexpr std::size_t mostLines = 15;
 
@@ -34,9 +34,12 @@ std::vector<Group> groupsOf(const std::vector<ActivityRow>& rows, double now) {
         const double next = i + 1 < rows.size() ? rows[i + 1].time : now;
         const auto key = row.app + "|" + row.document.value_or(row.title);
         const auto [at, isNew] = known.try_emplace(key, groups.size());
-        if (isNew) groups.push_back({.app = row.app, .title = row.title, .document = row.document, .began = row.time});
+        if (isNew)
+            groups.push_back(
+                {.app = row.app, .title = row.title, .document = row.document, .began = row.time});
         auto& group = groups[at->second];
-        group.seconds += std::min(next - row.time, longestRow);
+        // A clock that was set back takes nothing away.
+        group.seconds += std::clamp(next - row.time, 0.0, longestRow);
         group.lastSeen = std::max(group.lastSeen, row.time);
     }
     return groups;

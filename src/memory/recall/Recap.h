@@ -26,8 +26,9 @@ struct Recap {
 /// How far back a recap looks, in seconds.
 inline constexpr double recapWindow = 36 * 3600;
 
-/// Tells of `rows`, in the order of time and of the recap's window, and of the history, newest first, of which
-/// what is older is left out. In Spanish but for the kinds, and in the time zone of the computer. Any thread.
+/// Tells of `rows`, in the order of time and of the recap's window, and of the history, newest first, of
+/// which what is older is left out. In Spanish but for the kinds, and in the time zone of the computer. Any
+/// thread.
 Recap recap(const std::vector<ActivityRow>& rows, const std::vector<RecapItem>& history, double now);
 
 }  // namespace dorix

@@ -2,10 +2,12 @@
 
 #include "base/text/Pieces.h"
 #include "base/text/Text.h"
+#include "memory/store/WordRanking.h"
 
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <future>
 #include <limits>
 #include <string_view>
 #include <utility>
@@ -29,7 +31,11 @@ constexpr auto schema =
     "    id INTEGER PRIMARY KEY, ts REAL NOT NULL, app TEXT NOT NULL, bundle TEXT, title TEXT NOT NULL, "
     "document TEXT);"
     "CREATE INDEX IF NOT EXISTS activity_ts ON activity(ts);"
-    "PRAGMA foreign_keys=ON;";
+    "PRAGMA foreign_keys=ON;"
+    // Which model made the vectors, and of which documents another one did.
+    "CREATE TABLE IF NOT EXISTS vector_model (identity TEXT NOT NULL);"
+    "CREATE TABLE IF NOT EXISTS stale_docs (doc_id INTEGER PRIMARY KEY REFERENCES docs(id) "
+    "ON DELETE CASCADE);";
 
 // Words that a question is made of rather than what it is about.
 constexpr std::array<std::string_view, 48> stopWords{
@@ -43,22 +49,23 @@ constexpr std::array<std::string_view, 48> stopWords{
 constexpr std::size_t shortestWord = 3;
 constexpr std::size_t perLeg = 40;
 constexpr double fusionConstant = 60;
+constexpr int patienceWithOthers = 1000;  // milliseconds
 
-double reciprocalRank(std::size_t rank) { return 1 / (fusionConstant + static_cast<double>(rank)); }
+void addLeg(const std::vector<std::int64_t>& leg, std::unordered_map<std::int64_t, double>& scores) {
+    for (std::size_t rank = 0; rank < leg.size(); ++rank)
+        scores[leg[rank]] += 1 / (fusionConstant + static_cast<double>(rank));
+}
 
 bool isStopWord(std::string_view word) { return std::ranges::find(stopWords, word) != stopWords.end(); }
 
-/// What the index of words is asked; empty where the query has no word to look for. No mark in the query is
-/// taken for an operator.
-std::string wordsToMatch(const std::string& query) {
+/// What the index of words is asked for.
+std::vector<std::string> wordsToMatch(const std::string& query) {
     const auto folded = text::fold(query);
-    std::string match;
+    std::vector<std::string> words;
     for (const auto word : text::alphanumericRuns(folded)) {
-        if (text::length(word) < shortestWord || isStopWord(word)) continue;
-        if (!match.empty()) match += " OR ";
-        match.append("\"").append(word).append("\"");
+        if (text::length(word) >= shortestWord && !isStopWord(word)) words.emplace_back(word);
     }
-    return match;
+    return words;
 }
 
 std::vector<float> vectorIn(sqlite3_stmt* row, int column) {
@@ -83,12 +90,15 @@ void bindVector(sqlite3_stmt* row, int parameter, const std::optional<std::vecto
 /// All that is written while it lives becomes true at once, or not at all.
 class Transaction {
  public:
-    explicit Transaction(sqlite3* db) : db_(db) { run("BEGIN"); }
+    explicit Transaction(sqlite3* db) : db_(db), isOver_(!run("BEGIN")) {}
     ~Transaction() {
         if (!isOver_) run("ROLLBACK");
     }
     Transaction(const Transaction&) = delete;
     Transaction& operator=(const Transaction&) = delete;
+
+    /// Nothing is to be written where it has not begun.
+    bool isOpen() const { return !isOver_; }
 
     /// False where it could not be kept; it is undone then.
     bool commit() {
@@ -103,25 +113,60 @@ class Transaction {
     }
 
     sqlite3* const db_;
-    bool isOver_ = false;
+    bool isOver_;
 };
 
 }  // namespace
 
-MemoryFile::MemoryFile(const std::filesystem::path& file) : db_(sqlite::open(file)) {
+MemoryFile::MemoryFile(const std::filesystem::path& file)
+    : db_(sqlite::open(file)), words_(sqlite::openReadOnly(file)) {
     if (db_) sqlite3_exec(db_.get(), schema, nullptr, nullptr, nullptr);
+    for (auto* const connection : {db_.get(), words_.get()}) {
+        if (connection == nullptr) continue;
+        addWordRanking(connection);
+        // Whoever looks into the file from outside is soon through with it, and nobody's turn waits here.
+        sqlite3_busy_timeout(connection, patienceWithOthers);
+    }
+    // What a search reads of the index of words again and again fits into this.
+    if (words_) sqlite3_exec(words_.get(), "PRAGMA cache_size=-8192", nullptr, nullptr, nullptr);
+    // A power cut may take the last documents back, never half of one; the next run reads them again. To wait
+    // for the disk at each would take longer than all the rest.
+    run("PRAGMA synchronous=NORMAL");
 }
 
-void MemoryFile::run(const char* sql) const {
-    if (const auto statement = sqlite::prepare(db_.get(), sql)) sqlite3_step(statement.get());
+bool MemoryFile::run(const char* sql) const {
+    const auto statement = sqlite::prepare(db_.get(), sql);
+    return statement && sqlite3_step(statement.get()) == SQLITE_DONE;
 }
 
 std::optional<double> MemoryFile::docModified(const std::string& path) const {
     const auto statement = sqlite::prepare(db_.get(), "SELECT modified FROM docs WHERE path = ?");
     if (!statement) return std::nullopt;
     sqlite::bindText(statement.get(), 1, path);
-    if (sqlite3_step(statement.get()) != SQLITE_ROW) return std::nullopt;
+    if (sqlite3_step(statement.get()) != SQLITE_ROW || isStale(path)) return std::nullopt;
     return sqlite3_column_double(statement.get(), 0);
+}
+
+bool MemoryFile::isStale(const std::string& path) const {
+    const auto statement = sqlite::prepare(
+        db_.get(), "SELECT 1 FROM stale_docs s JOIN docs d ON d.id = s.doc_id WHERE d.path = ?");
+    if (!statement) return false;
+    sqlite::bindText(statement.get(), 1, path);
+    return sqlite3_step(statement.get()) == SQLITE_ROW;
+}
+
+std::unordered_map<std::string, double> MemoryFile::docsModified(const std::string& kind) const {
+    std::unordered_map<std::string, double> found;
+    const auto statement = sqlite::prepare(
+        db_.get(),
+        "SELECT path, modified FROM docs WHERE kind = ? AND id NOT IN (SELECT doc_id FROM stale_docs)");
+    if (!statement) return found;
+    sqlite::bindText(statement.get(), 1, kind);
+    while (sqlite3_step(statement.get()) == SQLITE_ROW) {
+        found.emplace(sqlite::columnText(statement.get(), 0).value_or(""),
+                      sqlite3_column_double(statement.get(), 1));
+    }
+    return found;
 }
 
 std::vector<std::string> MemoryFile::docPaths(const std::string& kind) const {
@@ -136,75 +181,76 @@ std::vector<std::string> MemoryFile::docPaths(const std::string& kind) const {
 
 void MemoryFile::upsert(const MemoryDocument& document, double now) {
     Transaction transaction(db_.get());
-    remove(document.path);
-    insert(document, now);
-    if (!transaction.commit()) forgetVectors();
+    const bool isWhole = transaction.isOpen() && remove(document.path) && insert(document, now);
+    if (!isWhole || !transaction.commit()) forgetVectors();
 }
 
 void MemoryFile::removeDoc(const std::string& path) {
     Transaction transaction(db_.get());
-    remove(path);
-    if (!transaction.commit()) forgetVectors();
+    if (!transaction.isOpen() || !remove(path) || !transaction.commit()) forgetVectors();
 }
 
 /// The index of words has to be told what it held of each chunk.
-void MemoryFile::remove(const std::string& path) {
+bool MemoryFile::remove(const std::string& path) {
     const auto chunks = sqlite::prepare(
         db_.get(), "SELECT c.id, c.text FROM chunks c JOIN docs d ON d.id = c.doc_id WHERE d.path = ?");
     const auto unindex =
         sqlite::prepare(db_.get(), "INSERT INTO chunks_fts(chunks_fts, rowid, text) VALUES ('delete', ?, ?)");
-    if (chunks && unindex) {
-        sqlite::bindText(chunks.get(), 1, path);
-        while (sqlite3_step(chunks.get()) == SQLITE_ROW) {
-            const auto id = sqlite3_column_int64(chunks.get(), 0);
-            sqlite3_bind_int64(unindex.get(), 1, id);
-            sqlite::bindText(unindex.get(), 2, sqlite::columnText(chunks.get(), 1));
-            sqlite3_step(unindex.get());
-            sqlite3_reset(unindex.get());
-            for (auto& [dimension, index] : vectors_) index->remove(id);
-        }
+    if (!chunks || !unindex) return false;
+    sqlite::bindText(chunks.get(), 1, path);
+    int result = sqlite3_step(chunks.get());
+    for (; result == SQLITE_ROW; result = sqlite3_step(chunks.get())) {
+        const auto id = sqlite3_column_int64(chunks.get(), 0);
+        sqlite3_bind_int64(unindex.get(), 1, id);
+        sqlite::bindText(unindex.get(), 2, sqlite::columnText(chunks.get(), 1));
+        if (sqlite3_step(unindex.get()) != SQLITE_DONE) return false;
+        sqlite3_reset(unindex.get());
+        for (auto& [dimension, index] : vectors_) index->remove(id);
     }
+    if (result != SQLITE_DONE) return false;
     for (const auto* sql : {"DELETE FROM chunks WHERE doc_id IN (SELECT id FROM docs WHERE path = ?)",
                             "DELETE FROM docs WHERE path = ?"}) {
         const auto statement = sqlite::prepare(db_.get(), sql);
-        if (!statement) continue;
+        if (!statement) return false;
         sqlite::bindText(statement.get(), 1, path);
-        sqlite3_step(statement.get());
+        if (sqlite3_step(statement.get()) != SQLITE_DONE) return false;
     }
+    return true;
 }
 
-void MemoryFile::insert(const MemoryDocument& document, double now) {
+bool MemoryFile::insert(const MemoryDocument& document, double now) {
     const auto statement = sqlite::prepare(
         db_.get(), "INSERT INTO docs(path, title, kind, modified, indexed) VALUES (?,?,?,?,?)");
-    if (!statement) return;
+    if (!statement) return false;
     sqlite::bindText(statement.get(), 1, document.path);
     sqlite::bindText(statement.get(), 2, document.title);
     sqlite::bindText(statement.get(), 3, document.kind);
     sqlite3_bind_double(statement.get(), 4, document.modified);
     sqlite3_bind_double(statement.get(), 5, now);
-    // Without its document a chunk would be another one's.
-    if (sqlite3_step(statement.get()) != SQLITE_DONE) return;
+    if (sqlite3_step(statement.get()) != SQLITE_DONE) return false;
     const auto id = sqlite3_last_insert_rowid(db_.get());
     int position = 0;
-    for (const auto& chunk : document.chunks) insertChunk(id, position++, chunk);
+    return std::ranges::all_of(document.chunks,
+                               [&](const auto& chunk) { return insertChunk(id, position++, chunk); });
 }
 
-void MemoryFile::insertChunk(std::int64_t document, int position, const MemoryChunk& chunk) {
+bool MemoryFile::insertChunk(std::int64_t document, int position, const MemoryChunk& chunk) {
     const auto insert =
         sqlite::prepare(db_.get(), "INSERT INTO chunks(doc_id, ord, text, vec) VALUES (?,?,?,?)");
     const auto index = sqlite::prepare(db_.get(), "INSERT INTO chunks_fts(rowid, text) VALUES (?, ?)");
-    if (!insert || !index) return;
+    if (!insert || !index) return false;
     sqlite3_bind_int64(insert.get(), 1, document);
     sqlite3_bind_int(insert.get(), 2, position);
     sqlite::bindText(insert.get(), 3, chunk.text);
     bindVector(insert.get(), 4, chunk.vec);
-    if (sqlite3_step(insert.get()) != SQLITE_DONE) return;
+    if (sqlite3_step(insert.get()) != SQLITE_DONE) return false;
     const auto id = sqlite3_last_insert_rowid(db_.get());
     sqlite3_bind_int64(index.get(), 1, id);
     sqlite::bindText(index.get(), 2, chunk.text);
-    sqlite3_step(index.get());
+    if (sqlite3_step(index.get()) != SQLITE_DONE) return false;
     // What lies further on is loaded with the rest.
     if (chunk.vec && id <= loadedUpTo_) keepVector(id, *chunk.vec);
+    return true;
 }
 
 MemoryCounts MemoryFile::counts() const {
@@ -217,6 +263,17 @@ MemoryCounts MemoryFile::counts() const {
             .chunks = count("SELECT count(*) FROM chunks")};
 }
 
+bool MemoryFile::mergeWords() {
+    constexpr auto merge = "INSERT INTO chunks_fts(chunks_fts, rank) VALUES('merge', 64)";  // pages of 4 KB
+    if (!db_) return false;
+    // Two pieces of a size are made one: otherwise each search goes through up to four of every size.
+    if (!mergesPairs_) run("INSERT INTO chunks_fts(chunks_fts, rank) VALUES('usermerge', 2)");
+    mergesPairs_ = true;
+    const auto changes = sqlite3_total_changes64(db_.get());
+    // What fails, on a full disk say, would fail again. The command itself counts as one change.
+    return run(merge) && sqlite3_total_changes64(db_.get()) - changes > 1;
+}
+
 void MemoryFile::clearAll() {
     Transaction transaction(db_.get());
     run("DELETE FROM chunks");
@@ -224,6 +281,37 @@ void MemoryFile::clearAll() {
     run("INSERT INTO chunks_fts(chunks_fts) VALUES ('rebuild')");
     transaction.commit();
     forgetVectors();
+    // Whoever has had an index deleted looks at what the file takes up.
+    run("VACUUM");
+    run("PRAGMA wal_checkpoint(TRUNCATE)");
+}
+
+// Vectors of models
+
+std::string MemoryFile::vectorModel() const {
+    const auto statement = sqlite::prepare(db_.get(), "SELECT identity FROM vector_model");
+    if (!statement || sqlite3_step(statement.get()) != SQLITE_ROW) return {};
+    return sqlite::columnText(statement.get(), 0).value_or("");
+}
+
+void MemoryFile::useVectorsOf(const std::string& identity) {
+    if (areComparable_ && vectorsOf_ == identity) return;
+    vectorsOf_ = identity;
+    areComparable_ = vectorModel() == identity || changeModel(identity);
+}
+
+/// Documents that were read without a model count as another one's. The old vectors stay where they are until
+/// their documents come anew: writing over all of them at once would take long, and space that may not be
+/// there.
+bool MemoryFile::changeModel(const std::string& identity) {
+    Transaction transaction(db_.get());
+    run("INSERT OR IGNORE INTO stale_docs SELECT DISTINCT doc_id FROM chunks");
+    run("DELETE FROM vector_model");
+    const auto insert = sqlite::prepare(db_.get(), "INSERT INTO vector_model(identity) VALUES (?)");
+    sqlite::bindText(insert.get(), 1, identity);
+    const bool isNoted = insert && sqlite3_step(insert.get()) == SQLITE_DONE;
+    forgetVectors();
+    return isNoted && transaction.commit();
 }
 
 // Searching
@@ -231,9 +319,20 @@ void MemoryFile::clearAll() {
 std::vector<MemoryHit> MemoryFile::search(const std::string& query,
                                           const std::optional<std::vector<float>>& vector,
                                           std::size_t limit) {
+    auto toMatch = wordsToMatch(query);
+    const bool atOnce = vector && areComparable_ && words_ && !toMatch.empty();
+    std::packaged_task<Leg()> words([toMatch = std::move(toMatch), db = words_ ? words_.get() : db_.get()] {
+        return bestByWords(db, toMatch, perLeg);
+    });
+    auto wordsFound = words.get_future();
+    if (atOnce) {
+        wordsThread_.post(std::move(words));
+    } else {
+        words();
+    }
     Scores scores;
-    addWordsLeg(query, scores);
-    if (vector) addVectorLeg(*vector, scores);
+    if (vector && areComparable_) addLeg(vectorLeg(*vector), scores);
+    addLeg(wordsFound.get(), scores);
     std::vector<std::pair<std::int64_t, double>> ranked(scores.begin(), scores.end());
     const auto kept = std::min(limit, ranked.size());
     std::ranges::partial_sort(ranked, ranked.begin() + static_cast<std::ptrdiff_t>(kept), {},
@@ -246,32 +345,22 @@ std::vector<MemoryHit> MemoryFile::search(const std::string& query,
     return hits;
 }
 
-void MemoryFile::addWordsLeg(const std::string& query, Scores& scores) const {
-    const auto match = wordsToMatch(query);
-    if (match.empty()) return;
-    const auto statement = sqlite::prepare(
-        db_.get(),
-        "SELECT rowid FROM chunks_fts WHERE chunks_fts MATCH ? ORDER BY bm25(chunks_fts) LIMIT 40");
-    if (!statement) return;
-    sqlite::bindText(statement.get(), 1, match);
-    for (std::size_t rank = 0; sqlite3_step(statement.get()) == SQLITE_ROW; ++rank)
-        scores[sqlite3_column_int64(statement.get(), 0)] += reciprocalRank(rank);
-}
-
-void MemoryFile::addVectorLeg(const std::vector<float>& query, Scores& scores) {
+MemoryFile::Leg MemoryFile::vectorLeg(const std::vector<float>& query) {
     while (loadVectors(std::numeric_limits<std::size_t>::max())) {
     }
+    Leg leg;
     const auto index = vectors_.find(query.size());
     const auto vectorOf = sqlite::prepare(db_.get(), "SELECT vec FROM chunks WHERE id = ?");
-    if (index == vectors_.end() || !vectorOf) return;
+    if (index == vectors_.end() || !vectorOf) return leg;
     std::vector<std::pair<float, std::int64_t>> similar;
     for (const auto chunk : index->second->nearest(query, perLeg)) {
         if (const auto similarity = product(vectorOf.get(), chunk, query))
             similar.emplace_back(-*similarity, chunk);
     }
     std::ranges::sort(similar);
-    for (std::size_t rank = 0; rank < std::min(perLeg, similar.size()); ++rank)
-        scores[similar[rank].second] += reciprocalRank(rank);
+    similar.resize(std::min(perLeg, similar.size()));
+    for (const auto& [similarity, chunk] : similar) leg.push_back(chunk);
+    return leg;
 }
 
 std::optional<float> MemoryFile::product(sqlite3_stmt* vectorOf, std::int64_t chunk,
@@ -304,8 +393,10 @@ std::optional<MemoryHit> MemoryFile::hit(std::int64_t chunk) const {
 
 bool MemoryFile::loadVectors(std::size_t chunks) {
     if (areLoaded_) return false;
-    const auto statement = sqlite::prepare(
-        db_.get(), "SELECT id, vec FROM chunks WHERE vec IS NOT NULL AND id > ? ORDER BY id LIMIT ?");
+    const auto statement =
+        sqlite::prepare(db_.get(),
+                        "SELECT id, vec FROM chunks WHERE vec IS NOT NULL AND id > ? "
+                        "AND doc_id NOT IN (SELECT doc_id FROM stale_docs) ORDER BY id LIMIT ?");
     if (!statement) return false;
     sqlite3_bind_int64(statement.get(), 1, loadedUpTo_);
     constexpr auto most = static_cast<std::size_t>(std::numeric_limits<std::int64_t>::max());
@@ -370,6 +461,12 @@ void MemoryFile::pruneActivity(double before) {
     sqlite3_step(statement.get());
 }
 
-void MemoryFile::clearActivity() { run("DELETE FROM activity"); }
+/// What is deleted on demand is gone from the file as well.
+void MemoryFile::clearActivity() {
+    run("PRAGMA secure_delete=ON");
+    run("DELETE FROM activity");
+    run("PRAGMA secure_delete=OFF");
+    sqlite::emptyLog(db_.get());
+}
 
 }  // namespace dorix

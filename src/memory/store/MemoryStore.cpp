@@ -24,11 +24,15 @@ void MemoryStore::warmUp() {
 }
 
 void MemoryStore::loadMore() {
-    if (file().loadVectors(vectorsInOneGo)) warmUp();
+    if (!isEnding_ && file().loadVectors(vectorsInOneGo)) warmUp();
 }
 
 Task<std::optional<double>> MemoryStore::docModified(std::string path) {
     return runOn(thread_, [this, path = std::move(path)] { return file().docModified(path); });
+}
+
+Task<std::unordered_map<std::string, double>> MemoryStore::docsModified(std::string kind) {
+    return runOn(thread_, [this, kind = std::move(kind)] { return file().docsModified(kind); });
 }
 
 Task<std::vector<std::string>> MemoryStore::docPaths(std::string kind) {
@@ -36,7 +40,9 @@ Task<std::vector<std::string>> MemoryStore::docPaths(std::string kind) {
 }
 
 Task<void> MemoryStore::upsert(MemoryDocument document) {
-    return runOn(thread_, [this, document = std::move(document)] { file().upsert(document, clock_.date()); });
+    return runOn(thread_, [this, document = std::move(document), now = clock_.date()] {
+        file().upsert(document, now);
+    });
 }
 
 Task<void> MemoryStore::removeDoc(std::string path) {
@@ -49,6 +55,14 @@ Task<MemoryCounts> MemoryStore::counts() {
 
 Task<void> MemoryStore::clearAll() {
     return runOn(thread_, [this] { file().clearAll(); });
+}
+
+Task<bool> MemoryStore::mergeWords() {
+    return runOn(thread_, [this] { return file().mergeWords(); });
+}
+
+Task<void> MemoryStore::useVectorsOf(std::string identity) {
+    return runOn(thread_, [this, identity = std::move(identity)] { file().useVectorsOf(identity); });
 }
 
 Task<std::vector<MemoryHit>> MemoryStore::search(std::string query, std::optional<std::vector<float>> vector,

@@ -5,9 +5,11 @@
 #include "memory/store/MemoryFile.h"
 #include "memory/store/MemoryRecords.h"
 
+#include <atomic>
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace dorix {
@@ -19,6 +21,7 @@ class MemoryStore {
  public:
     /// `clock` is asked for the date, and outlives it.
     MemoryStore(Executor& clock, std::filesystem::path file);
+    ~MemoryStore() { isEnding_ = true; }
     MemoryStore(const MemoryStore&) = delete;
     MemoryStore& operator=(const MemoryStore&) = delete;
 
@@ -27,11 +30,15 @@ class MemoryStore {
 
     // As those of MemoryFile.
     Task<std::optional<double>> docModified(std::string path);
+    Task<std::unordered_map<std::string, double>> docsModified(std::string kind);
     Task<std::vector<std::string>> docPaths(std::string kind);
     Task<void> upsert(MemoryDocument document);
     Task<void> removeDoc(std::string path);
     Task<MemoryCounts> counts();
     Task<void> clearAll();
+    Task<bool> mergeWords();
+    /// Before each run and each search that has vectors, with the embedder's identity.
+    Task<void> useVectorsOf(std::string identity);
     Task<std::vector<MemoryHit>> search(std::string query, std::optional<std::vector<float>> vector,
                                         std::size_t limit);
     /// As of now.
@@ -47,7 +54,8 @@ class MemoryStore {
 
     Executor& clock_;
     const std::filesystem::path path_;
-    std::optional<MemoryFile> file_;  // opened by the first call, on the thread
+    std::optional<MemoryFile> file_;      // opened by the first call, on the thread
+    std::atomic<bool> isEnding_ = false;  // what is loaded for later searches is not waited for
     SerialExecutor thread_;
 };
 

@@ -4,12 +4,14 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <cmath>
 #include <csignal>
+#include <fstream>
 #include <limits>
 #include <map>
 #include <random>
@@ -109,7 +111,10 @@ TEST_F(MemoryFileTest, WordsAreFoundWhateverMarksAndAccentsTheQueryHas) {
     EXPECT_EQ(file.counts(), (MemoryCounts{.documents = 1, .chunks = 0}));
     file.recordActivity({.time = 100, .app = "Editor", .title = "uno", .document = {}}, "org.editor");
     file.pruneActivity(100);
+    file.upsert(document("/large", {{std::string(1'000'000, 'a'), {}}}), 4);
     file.clearAll();
+    const auto log = place.string() + "-wal";
+    EXPECT_LT(std::filesystem::file_size(place) + std::filesystem::file_size(log), 200'000U);
     EXPECT_EQ(file.activitySince(100).size(), 1U);
     EXPECT_EQ(file.docPaths("file"), std::vector<std::string>());
     EXPECT_EQ(std::filesystem::status(place).permissions() & std::filesystem::perms::group_all,
@@ -151,6 +156,73 @@ TEST_F(MemoryFileTest, WhatIsNearestIsFoundWhateverCameAndWent) {
     EXPECT_EQ(texts, plain.nearest(query));
 }
 
+/// What the index of words itself says, best first.
+std::vector<std::string> bestByWords(const std::filesystem::path& place, const std::string& match) {
+    const auto db = sqlite::openReadOnly(place);
+    const auto statement =
+        sqlite::prepare(db.get(),
+                        "SELECT c.text FROM (SELECT rowid AS id FROM chunks_fts WHERE chunks_fts MATCH ? "
+                        "ORDER BY bm25(chunks_fts) LIMIT 40) f JOIN chunks c USING (id)");
+    sqlite::bindText(statement.get(), 1, match);
+    std::vector<std::string> texts;
+    while (sqlite3_step(statement.get()) == SQLITE_ROW)
+        texts.push_back(sqlite::columnText(statement.get(), 0).value_or(""));
+    return texts;
+}
+
+TEST_F(MemoryFileTest, WordsAreRankedAsTheIndexItselfRanksThem) {
+    // The number of a word is how often it comes up, from a word of nearly every text to one of a few.
+    const std::array chances{90, 60, 45, 30, 15, 8, 4, 2, 1};
+    Random random(5);
+    for (int number = 0; number < 300; ++number) {
+        auto made = document("/" + std::to_string(random.below(280)), {});
+        for (int chunk = 0; chunk < 10; ++chunk) {
+            std::string text = std::to_string(number) + " " + std::to_string(chunk);
+            for (int part = 1 + random.below(6); part > 0; --part) {
+                for (const auto chance : chances) {
+                    text += " relleno";
+                    if (random.below(100) < chance) text += " palabra" + std::to_string(chance);
+                }
+            }
+            made.chunks.push_back({text, {}});
+        }
+        file.upsert(made, 1);
+        while (number % 100 == 99 && file.mergeWords()) {
+        }
+    }
+    for (int question = 0; question < 300; ++question) {
+        std::string query;
+        std::string match;
+        for (int count = 1 + random.below(6); count > 0; --count) {
+            const bool isUnknown = random.below(20) == 0;
+            const auto chance = chances.at(static_cast<std::size_t>(random.below(chances.size())));
+            const auto word = isUnknown ? "nadie" : "palabra" + std::to_string(chance);
+            query += word + " ";
+            match.append(match.empty() ? "" : " OR ").append(word);
+        }
+        ASSERT_EQ(found(query), bestByWords(place, match)) << query;
+    }
+}
+
+TEST_F(MemoryFileTest, AFileThatCannotBeOpenedIsAnEmptyMemory) {
+    MemoryFile none(folder.path());
+    none.useVectorsOf("a model");
+    none.upsert(document("/a", {{"factura", Vector{1, 0}}}), 1);
+    none.recordActivity({.time = 1, .app = "Editor", .title = "factura"}, "editor");
+    EXPECT_FALSE(none.mergeWords());
+    EXPECT_FALSE(none.loadVectors(1));
+    EXPECT_THAT(none.search("factura", Vector{1, 0}, 10), testing::IsEmpty());
+    EXPECT_EQ(none.docModified("/a"), std::nullopt);
+    EXPECT_THAT(none.docsModified("file"), testing::IsEmpty());
+    EXPECT_THAT(none.docPaths("file"), testing::IsEmpty());
+    EXPECT_THAT(none.activitySince(0), testing::IsEmpty());
+    EXPECT_EQ(none.counts(), MemoryCounts());
+    none.removeDoc("/a");
+    none.pruneActivity(2);
+    none.clearActivity();
+    none.clearAll();
+}
+
 TEST_F(MemoryFileTest, BothLegsCountAlike) {
     std::vector<MemoryChunk> chunks;
     for (int i = 0; i < 50; ++i) {
@@ -166,6 +238,33 @@ TEST_F(MemoryFileTest, BothLegsCountAlike) {
     EXPECT_EQ(texts[1], "número 0");
     const Vector none{std::numeric_limits<float>::quiet_NaN(), 0};
     EXPECT_THAT(found("presupuesto", none), testing::ElementsAre("número 30 presupuesto"));
+}
+
+TEST_F(MemoryFileTest, VectorsOfAnotherModelAreNotComparedAndAreMadeAnew) {
+    const Vector east{1, 0};
+    file.upsert(document("/old", {{"viejo", east}}), 1);
+    file.upsert(document("/bare", {{"sin vector", {}}}), 1);
+    // Nobody knows what made the first.
+    file.useVectorsOf("a");
+    EXPECT_THAT(found("", east), testing::IsEmpty());
+    EXPECT_EQ(file.docModified("/old"), std::nullopt);
+    EXPECT_EQ(file.docModified("/bare"), std::nullopt) << "it was read before a model came";
+    file.upsert(document("/old", {{"nuevo", east}}), 2);
+    file.upsert(document("/second", {{"otro", east}}), 2);
+    EXPECT_THAT(found("", east), testing::ElementsAre("nuevo", "otro"));
+
+    MemoryFile again(place);
+    again.useVectorsOf("a");
+    EXPECT_EQ(again.docModified("/old"), 5);
+    EXPECT_EQ(again.search("", east, 9).size(), 2U);
+    again.useVectorsOf("b");
+    again.upsert(document("/old", {{"aun mas nuevo", east}}), 3);
+    again.removeDoc("/second");
+    again.upsert(document("/third", {}), 3);
+    EXPECT_EQ(again.docModified("/third"), 5);  // with the id that the second had
+    EXPECT_EQ(MemoryFile(place).docModified("/old"), 5);
+    EXPECT_EQ(MemoryFile(place).search("", east, 9).size(), 1U);
+    EXPECT_EQ(again.search("", east, 9).size(), 1U);
 }
 
 /// Whether the index of words holds just what the chunks do, and no chunk is nobody's.
@@ -197,6 +296,37 @@ void writeUntilKilled(const std::filesystem::path& place, unsigned seed) {
     }
 }
 
+TEST_F(MemoryFileTest, ADocumentOfWhichAStatementFailsStaysAsItWas) {
+    const Vector east{1, 0};
+    file.upsert(document("/a", {{"primera parte", east}, {"segunda parte", east}, {"tercera", east}}), 1);
+    EXPECT_THAT(found("parte", east), testing::SizeIs(3));
+    {
+        const auto db = sqlite::open(place);
+        ASSERT_TRUE(sqlite::exec(db.get(),
+                                 "CREATE TRIGGER broken AFTER INSERT ON chunks WHEN NEW.text LIKE 'rota%' "
+                                 "BEGIN SELECT RAISE(FAIL, 'broken'); END"));
+    }
+    file.upsert(document("/a", {{"parte nueva", east}, {"rota", east}, {"y otra", east}}), 2);
+    EXPECT_THAT(found("parte", east),
+                testing::UnorderedElementsAre("primera parte", "segunda parte", "tercera"));
+    file.upsert(document("/b", {{"rota", east}}), 2);
+    EXPECT_EQ(file.docModified("/b"), std::nullopt);
+    EXPECT_TRUE(isConsistent(place));
+}
+
+TEST_F(MemoryFileTest, AFileThatOthersCouldReadIsTheUsersAloneFromThenOn) {
+    using std::filesystem::perms;
+    const auto wide = folder.path() / "wide.sqlite";
+    std::ofstream(wide).close();
+    std::filesystem::permissions(wide, perms::owner_all | perms::group_all | perms::others_all);
+    MemoryFile opened(wide);
+    opened.upsert(document("/a", {}), 1);
+    for (const auto* part : {"", "-wal", "-shm"}) {
+        const auto rights = std::filesystem::status(wide.string() + part).permissions();
+        EXPECT_EQ(rights & (perms::group_all | perms::others_all), perms::none) << part;
+    }
+}
+
 TEST_F(MemoryFileTest, AKillAtAnyMomentLeavesWholeDocuments) {
     Random random(11);
     const auto shared = folder.path() / "killed.sqlite";
@@ -210,6 +340,23 @@ TEST_F(MemoryFileTest, AKillAtAnyMomentLeavesWholeDocuments) {
         ::kill(child, SIGKILL);
         ::waitpid(child, nullptr, 0);
         ASSERT_TRUE(isConsistent(shared)) << round;
+    }
+    EXPECT_GT(MemoryFile(shared).counts().documents, 10);
+}
+
+TEST_F(MemoryFileTest, AFullDiskLeavesWholeDocuments) {
+    const auto shared = folder.path() / "full.sqlite";
+    for (const rlim_t bytes : {150'000UL, 400'000UL, 900'000UL}) {
+        const auto child = ::fork();
+        if (child == 0) {
+            std::signal(SIGXFSZ, SIG_IGN);
+            const rlimit limit{bytes, bytes};
+            ::setrlimit(RLIMIT_FSIZE, &limit);
+            writeUntilKilled(shared, 1);
+            ::_exit(0);
+        }
+        ::waitpid(child, nullptr, 0);
+        ASSERT_TRUE(isConsistent(shared)) << bytes;
     }
     EXPECT_GT(MemoryFile(shared).counts().documents, 10);
 }
