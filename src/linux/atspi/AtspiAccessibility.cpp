@@ -1,5 +1,6 @@
 #include "linux/atspi/AtspiAccessibility.h"
 
+#include "base/text/Url.h"
 #include "linux/atspi/AccessibilityBus.h"
 #include "linux/atspi/AtspiClient.h"
 #include "linux/atspi/FocusFinder.h"
@@ -18,7 +19,8 @@ struct AtspiLook {
     const Executor& clock;
     double deadline = 0;
     std::int32_t process = 0;
-    std::function<std::optional<std::string>(std::int32_t process)> windowTitle;
+    AtspiAccessibility::WindowTitle windowTitle;
+    AtspiAccessibility::FileOfTitle fileOfTitle;
 };
 
 using atspi::Role;
@@ -217,8 +219,18 @@ class WindowElement final : public AXUIElement {
         return name ? std::unexpected(AXError::noValue) : std::unexpected(name.error());
     }
 
-    /// The address of the document that the focus is in.
+    /// What the application tells, and otherwise what the desktop knows. A page is told by its own address.
     Answer<std::string> document(AtspiClient& client) const {
+        auto told = documentAtFocus(client);
+        if (told && !told->empty()) return told;
+        if (const auto shown = title(client)) {
+            if (const auto file = look_->fileOfTitle(*shown)) return fileURL(*file);
+        }
+        return told;
+    }
+
+    /// The address of the document that the focus is in.
+    Answer<std::string> documentAtFocus(AtspiClient& client) const {
         auto object = focusIn(client, *look_);
         for (int depth = 0; object && depth < maxDocumentDepth; ++depth) {
             const auto role = client.role(*object);
@@ -274,9 +286,11 @@ AXUIElementRef applicationElement(Look look) { return std::make_shared<Applicati
 
 }  // namespace
 
-AtspiAccessibility::AtspiAccessibility(Executor& executor, FdWatcher& watcher, WindowTitle windowTitle)
+AtspiAccessibility::AtspiAccessibility(Executor& executor, FdWatcher& watcher, WindowTitle windowTitle,
+                                       FileOfTitle fileOfTitle)
     : executor_(executor),
       windowTitle_(std::move(windowTitle)),
+      fileOfTitle_(std::move(fileOfTitle)),
       bus_(std::make_shared<AccessibilityBus>(executor, watcher)) {
     bus_->connect();
 }
@@ -288,7 +302,7 @@ AXUIElementRef AtspiAccessibility::createApplication(std::int32_t processIdentif
     if (auto* connection = bus_->connection()) connection->pump();
     bus_->connect();
     return applicationElement(std::make_shared<AtspiLook>(
-        AtspiLook{bus_, executor_, executor_.now() + budget, processIdentifier, windowTitle_}));
+        AtspiLook{bus_, executor_, executor_.now() + budget, processIdentifier, windowTitle_, fileOfTitle_}));
 }
 
 bool AtspiAccessibility::isAvailable() const { return bus_->connection() != nullptr && bus_->isEnabled(); }

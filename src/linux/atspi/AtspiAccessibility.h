@@ -4,6 +4,7 @@
 #include "linux/loop/FdWatcher.h"
 #include "platform/Accessibility.h"
 
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -22,15 +23,19 @@ class AccessibilityBus;
 /// bus that comes or comes back later is taken up by itself.
 ///
 /// An application that is not on the bus gives cannotComplete. The title of its window is given all the same,
-/// as the window system knows it.
+/// as the window system knows it, and so is the document that the desktop knows by that title.
 class AtspiAccessibility final : public Accessibility {
  public:
     /// The title of the window of that process which is in front, if the window system knows one. Must not
     /// block on the application.
     using WindowTitle = std::function<std::optional<std::string>(std::int32_t processIdentifier)>;
 
+    /// The file that a window of this title shows, if the desktop knows one. Must not block.
+    using FileOfTitle = std::function<std::optional<std::filesystem::path>(const std::string& title)>;
+
     /// `executor` is the main executor, on whose thread `watcher` calls. Both outlive the elements.
-    AtspiAccessibility(Executor& executor, FdWatcher& watcher, WindowTitle windowTitle);
+    AtspiAccessibility(Executor& executor, FdWatcher& watcher, WindowTitle windowTitle,
+                       FileOfTitle fileOfTitle);
     ~AtspiAccessibility() override;
 
     AXUIElementRef createApplication(std::int32_t processIdentifier, double budget) override;
@@ -46,6 +51,7 @@ class AtspiAccessibility final : public Accessibility {
  private:
     Executor& executor_;
     const WindowTitle windowTitle_;
+    const FileOfTitle fileOfTitle_;
     const std::shared_ptr<AccessibilityBus> bus_;
 };
 

@@ -3,20 +3,26 @@
 #include "linux/appearance/LinuxAppearance.h"
 #include "linux/apps/DesktopEntries.h"
 #include "linux/atspi/AtspiAccessibility.h"
+#include "linux/cld2/Cld2LanguageRecognizer.h"
 #include "linux/curl/CurlHttpClient.h"
 #include "linux/dbus/BusConnection.h"
 #include "linux/dbus/DBusNotifications.h"
 #include "linux/dbus/DBusSessionState.h"
 #include "linux/dbus/DBusStatusItem.h"
+#include "linux/dbus/PortalFolderPanel.h"
 #include "linux/dbus/PortalSavePanel.h"
 #include "linux/desktop/LinuxPrivacyGrants.h"
+#include "linux/files/LinuxBackgroundWork.h"
+#include "linux/files/LinuxFileTree.h"
 #include "linux/process/ChildCompanionService.h"
 #include "linux/process/LinuxHelperProcesses.h"
 #include "linux/process/LinuxProcesses.h"
 #include "linux/process/SoundSettings.h"
 #include "linux/pulse/PulseAudioEngine.h"
 #include "linux/pulse/PulseSystemSounds.h"
+#include "linux/recent/RecentFiles.h"
 #include "linux/secret/SecretKeychain.h"
+#include "linux/speechd/SpeechdSynthesizer.h"
 #include "linux/x11/X11Connection.h"
 #include "linux/x11/X11EventPoster.h"
 #include "linux/x11/X11HotKeyRegistrar.h"
@@ -25,6 +31,7 @@
 #include "linux/x11/X11Keyboard.h"
 #include "linux/x11/X11MouseEventMonitors.h"
 #include "linux/x11/X11Pasteboard.h"
+#include "linux/x11/X11ScreenContent.h"
 #include "linux/x11/X11Settings.h"
 #include "linux/x11/X11WindowSystem.h"
 #include "linux/x11/X11Windows.h"
@@ -34,6 +41,7 @@
 #include "linux/xdg/DurableFolders.h"
 #include "linux/xdg/Environment.h"
 #include "linux/xdg/JsonUserDefaults.h"
+#include "linux/xdg/MemoryMapper.h"
 
 #include <utility>
 
@@ -71,6 +79,9 @@ class X11Session {
     std::unique_ptr<EventPoster> events() {
         return std::make_unique<X11EventPoster>(*connection, keyboard, input, windows, clipboard);
     }
+    std::unique_ptr<ScreenContent> screen() {
+        return std::make_unique<X11ScreenContent>(connection->display());
+    }
     std::unique_ptr<Workspace> workspace() { return std::make_unique<X11Workspace>(windows, entries); }
 
     const std::unique_ptr<X11Connection> connection;
@@ -96,9 +107,13 @@ struct LinuxDesktop::Adapters {
     Adapters(Executor& main, FdWatcher& watcher, Words words)
         : executor(main),
           defaults(main, xdgConfigHome() / "dorix" / "defaults.json"),
-          loginItem(xdgConfigHome(), std::filesystem::read_symlink("/proc/self/exe")),
-          accessibility(main, watcher, [this](std::int32_t process) { return windowTitle(process); }),
+          loginItem(xdgConfigHome(), xdgConfigFolders(), std::filesystem::read_symlink("/proc/self/exe")),
+          recentFiles(main, xdgDataHome() / "recently-used.xbel", homeFolder()),
+          accessibility(
+              main, watcher, [this](std::int32_t process) { return windowTitle(process); },
+              [this](const std::string& title) { return recentFiles.namedIn(title); }),
           audio(main),
+          synthesizer(main, watcher),
           processes(watcher),
           helpers(watcher, processes.executable()),
           urls(watcher),
@@ -140,30 +155,39 @@ struct LinuxDesktop::Adapters {
     Executor& executor;
     JsonUserDefaults defaults;
     AutostartLoginItem loginItem;
+    RecentFiles recentFiles;
     AtspiAccessibility accessibility;
     PulseAudioEngineFactory audio;
     LinuxPrivacyGrants grants{
         {.hasRecogniser = [this] { return helpers.isInstalled("dorix-recogniser"); },
          .canUseOtherApplications = [this] { return hasDisplay() && accessibility.isAvailable(); },
-         .canCaptureScreen = [this] { return hasDisplay(); },
+         .canCaptureScreen = [this] { return hasDisplay() && !isWaylandSession(); },
          .switchOnAccessibility = [this] { accessibility.switchOn(); },
          .openSoundSettings = [this] { return soundSettings.open(); }}};
     PulseSystemSounds sounds{audio.connection()};
+    SpeechdSynthesizer synthesizer;
+    Cld2LanguageRecognizer languageRecognizer;
     ClipboardKeeper keeper;
     LinuxProcesses processes;
     LinuxHelperProcesses helpers;
     XdgUrlOpener urls;
     SoundSettings soundSettings;
     AtomicFileReplacer files;
+    LinuxFileTree fileTree;
+    LinuxBackgroundWork background;
     DurableFolders folders;
+    MemoryMapper mapper;
     ChildCompanionService companion;
     CurlHttpClient http;
-    SecretKeychain keychain{bundleIdentifier, xdgDataHome() / "DORIX" / "secrets.json"};
+    const std::filesystem::path secretsFile = xdgDataHome() / "DORIX" / "secrets.json";
+    SecretKeychain keychain{bundleIdentifier, secretsFile};
     const std::unique_ptr<BusConnection> system;
     const std::unique_ptr<BusConnection> bus;  // of the session
     DBusNotifications notifications;
     DBusStatusItem statusItem;
-    PortalSavePanel savePanel{*bus, xdgDocuments()};
+    PortalFileChooser fileChooser{*bus};
+    PortalSavePanel savePanel{fileChooser, xdgDocuments()};
+    PortalFolderPanel folderPanel{fileChooser};
     LinuxAppearance appearance;
     DBusSessionState session{executor, *system, *bus};
 
@@ -178,6 +202,10 @@ struct LinuxDesktop::Adapters {
     std::unique_ptr<Pasteboard> pasteboard = orElse<UnavailablePasteboard>(onX11(&X11Session::pasteboard));
     std::unique_ptr<EventPoster> events = orElse<UnavailableEventPoster>(onX11(&X11Session::events));
     std::unique_ptr<Workspace> workspace = orElse<UnavailableWorkspace>(onX11(&X11Session::workspace));
+
+    // What programs of another display protocol draw is on no X display.
+    std::unique_ptr<ScreenContent> screen =
+        orElse<UnavailableScreenContent>(isWaylandSession() ? nullptr : onX11(&X11Session::screen));
 
     std::unique_ptr<WindowSystem> windowSystem;  // made when the toolkit asks for it
 };
@@ -195,7 +223,10 @@ Platform LinuxDesktop::platform(Application& application) {
             .languages = systemLanguages(),
             .computerName = computerName(),
             .userData = xdgDataHome(),
+            .home = homeFolder(),
+            .documentFolders = xdgDocumentFolders(),
             .settingsFile = xdgConfigHome() / "dorix" / "defaults.json",
+            .secretsFile = made.secretsFile,
             .packagedSpeechModels = packagedSpeechModels(),
             .memory = computerMemory(),
             .keyEvents = *made.keyEvents,
@@ -205,9 +236,12 @@ Platform LinuxDesktop::platform(Application& application) {
             .pasteboard = *made.pasteboard,
             .workspace = *made.workspace,
             .accessibility = made.accessibility,
+            .screen = *made.screen,
             .audio = made.audio,
             .recognition = nullptr,
             .languageModel = nullptr,
+            .synthesizer = made.synthesizer,
+            .languageRecognizer = made.languageRecognizer,
             .helpers = made.helpers,
             .grants = made.grants,
             .loginItem = made.loginItem,
@@ -220,8 +254,12 @@ Platform LinuxDesktop::platform(Application& application) {
             .keychain = made.keychain,
             .companion = made.companion,
             .savePanel = made.savePanel,
+            .folderPanel = made.folderPanel,
             .files = made.files,
+            .fileTree = made.fileTree,
+            .background = made.background,
             .folders = made.folders,
+            .mapper = made.mapper,
             .session = made.session,
             .application = application};
 }

@@ -37,9 +37,8 @@ class LinuxPrivacyGrants final : public PrivacyGrants {
     Task<void> requestSpeech() override { co_return; }
     void promptForTrust() override { means_.switchOnAccessibility(); }
     bool requestScreenCaptureAccess() override { return means_.canCaptureScreen(); }
-    bool openPane(std::string_view name) override {
-        return name == "Privacy_Microphone" && means_.openSoundSettings();
-    }
+    bool openPane(std::string_view name) override { return hasPane(name) && means_.openSoundSettings(); }
+    bool hasPane(std::string_view name) const override { return name == "Privacy_Microphone"; }
 
  private:
     Means means_;

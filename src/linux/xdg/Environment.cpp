@@ -19,17 +19,17 @@ namespace dorix {
 
 // The environment is written to only before there are threads, and nobody else asks for users.
 // NOLINTBEGIN(concurrency-mt-unsafe)
-namespace {
-
-std::filesystem::path home() {
+std::filesystem::path homeFolder() {
     if (const char* variable = std::getenv("HOME"); variable != nullptr && *variable == '/') return variable;
     const auto* entry = getpwuid(getuid());
     return entry != nullptr ? entry->pw_dir : "/";
 }
 
+namespace {
+
 std::filesystem::path folder(const char* variable, const char* underHome) {
     const char* value = std::getenv(variable);
-    return value != nullptr && *value == '/' ? std::filesystem::path(value) : home() / underHome;
+    return value != nullptr && *value == '/' ? std::filesystem::path(value) : homeFolder() / underHome;
 }
 
 /// Those that a variable lists, or its default; relative ones are left out.
@@ -48,15 +48,19 @@ std::vector<std::filesystem::path> folders(const char* variable, const char* oth
 std::filesystem::path xdgConfigHome() { return folder("XDG_CONFIG_HOME", ".config"); }
 std::filesystem::path xdgDataHome() { return folder("XDG_DATA_HOME", ".local/share"); }
 
+std::filesystem::path xdgRuntimeFolder() { return folder("XDG_RUNTIME_DIR", ".cache"); }
+
 std::vector<std::filesystem::path> xdgDataFolders() {
     std::vector<std::filesystem::path> all{xdgDataHome()};
     for (auto& path : folders("XDG_DATA_DIRS", "/usr/local/share:/usr/share")) all.push_back(std::move(path));
     return all;
 }
 
+std::vector<std::filesystem::path> xdgConfigFolders() { return folders("XDG_CONFIG_DIRS", "/etc/xdg"); }
+
 std::optional<std::string> packagedServer() {
     constexpr std::size_t largest = 1024UZ * 1024;  // bytes
-    for (const auto& path : folders("XDG_CONFIG_DIRS", "/etc/xdg")) {
+    for (const auto& path : xdgConfigFolders()) {
         const auto text = readFile(path / "dorix" / "defaults.json", largest);
         if (!text) continue;
         const auto values = Json::parse(*text, nullptr, false);
@@ -100,20 +104,49 @@ std::uint64_t computerMemory() {
     return pages > 0 && size > 0 ? static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(size) : 0;
 }
 
-std::filesystem::path xdgDocuments() {
-    constexpr std::string_view key = "XDG_DOCUMENTS_DIR=\"";
+namespace {
+
+/// What the desktop's file of user folders says of one of them, such as "DOCUMENTS".
+std::optional<std::filesystem::path> userFolder(const std::string& name) {
     constexpr std::string_view homeVariable = "$HOME/";
+    const std::string key = "XDG_" + name + "_DIR=\"";
     std::ifstream file(xdgConfigHome() / "user-dirs.dirs");
     for (std::string line; std::getline(file, line);) {
         if (!line.starts_with(key) || !line.ends_with('"')) continue;
         const std::string value = line.substr(key.size(), line.size() - key.size() - 1);
         const std::filesystem::path folder = value.starts_with(homeVariable)
-                                                 ? home() / value.substr(homeVariable.size())
+                                                 ? homeFolder() / value.substr(homeVariable.size())
                                                  : std::filesystem::path(value);
-        std::error_code error;
-        if (folder.is_absolute() && std::filesystem::is_directory(folder, error)) return folder;
+        if (folder.is_absolute()) return folder;
     }
-    return home();
+    return std::nullopt;
+}
+
+}  // namespace
+
+std::filesystem::path xdgDocuments() {
+    const auto folder = userFolder("DOCUMENTS");
+    std::error_code error;
+    return folder && std::filesystem::is_directory(*folder, error) ? *folder : homeFolder();
+}
+
+std::vector<std::filesystem::path> xdgDocumentFolders() {
+    struct Custom {
+        const char* name;
+        const char* underHome;
+    };
+    constexpr std::array customs{Custom{"DOCUMENTS", "Documents"}, Custom{"DESKTOP", "Desktop"},
+                                 Custom{"DOWNLOAD", "Downloads"}};
+    // However they are written, with a slash at the end or without.
+    const auto plain = [](const std::filesystem::path& path) {
+        return (path / ".").lexically_normal().parent_path();
+    };
+    std::vector<std::filesystem::path> folders;
+    for (const auto& custom : customs) {
+        auto folder = plain(userFolder(custom.name).value_or(homeFolder() / custom.underHome));
+        if (folder != plain(homeFolder())) folders.push_back(std::move(folder));
+    }
+    return folders;
 }
 
 namespace {

@@ -1,6 +1,8 @@
 #include "adapters/harness/SessionBus.h"
+#include "base/text/Url.h"
 #include "linux/atspi/AccessibilityBus.h"
 #include "linux/atspi/AtspiAccessibility.h"
+#include "linux/recent/RecentFiles.h"
 
 #include <fstream>
 
@@ -13,7 +15,8 @@ class AtspiTest : public testing::Test {
  protected:
     void start() {
         accessibility = std::make_unique<AtspiAccessibility>(
-            loop.main, loop.main, [this](std::int32_t) -> std::optional<std::string> { return systemTitle; });
+            loop.main, loop.main, [this](std::int32_t) -> std::optional<std::string> { return systemTitle; },
+            [this](const std::string& title) { return recent.namedIn(title); });
         ASSERT_TRUE(waitUntil([this] { return accessibility->isAvailable(); }));
     }
 
@@ -40,6 +43,7 @@ class AtspiTest : public testing::Test {
                        Variables{{"AT_SPI_BUS_ADDRESS", accessibilityAddress()},
                                  {"XDG_RUNTIME_DIR", folder},
                                  {"HOME", folder},
+                                 {"XDG_DATA_HOME", ""},
                                  {"GSETTINGS_BACKEND", "memory"},
                                  {"NO_AT_BRIDGE", ""}});
         ASSERT_TRUE(waitUntil([&] { return focusString("AXValue") == text; }));
@@ -73,6 +77,8 @@ class AtspiTest : public testing::Test {
     EventLoop loop;
     SessionBus session{SessionBus::Services::installed};
     std::optional<std::string> systemTitle;
+    RecentFiles recent{loop.main, session.folder().path() / ".local/share/recently-used.xbel",
+                       session.folder().path()};
     std::unique_ptr<AtspiAccessibility> accessibility;
     std::optional<OtherProgram> editor;
 };
@@ -87,9 +93,32 @@ TEST_F(AtspiTest, TellsOfAnEditor) {
     EXPECT_TRUE((*focus)->element("AXParent"));
     EXPECT_EQ((*focus)->string("AXNothing").error(), AXError::attributeUnsupported);
     EXPECT_TRUE(title().value_or("").contains("nota.txt"));
+    EXPECT_TRUE(waitUntil([this] {
+        const auto window = application()->element("AXFocusedWindow");
+        return window && (*window)->string("AXDocument") == fileURL(session.folder().path() / "nota.txt");
+    })) << "it does not tell, but the desktop knows what it has opened";
 
     press("ctrl+a");
     EXPECT_TRUE(waitUntil([this] { return focusString("AXSelectedText") == "uno dos"; }));
+}
+
+TEST_F(AtspiTest, TellsWhatStandsBeforeTheCursorOrTheSelection) {
+    start();
+    startEditor("uno dós");
+    const auto isBefore = [this](const char* text) {
+        return waitUntil([&] { return focusString("AXTextBeforeCursor") == text; });
+    };
+    EXPECT_TRUE(isBefore("")) << "at the beginning";
+    press("Right");
+    EXPECT_TRUE(isBefore("u"));
+    press("ctrl+End");
+    EXPECT_TRUE(isBefore("ós"));
+    press("ctrl+shift+Left");
+    EXPECT_TRUE(isBefore("o ")) << "what is selected will be replaced";
+    press("ctrl+f");
+    EXPECT_TRUE(isFocusedSoon("AXTextField"));
+    press("ctrl+a");
+    EXPECT_TRUE(isBefore("")) << "of the field, not of the text that was there before";
 }
 
 TEST_F(AtspiTest, ABusThatIsNotToldOfIsAskedForAgain) {
@@ -179,7 +208,8 @@ TEST_F(AtspiTest, ABusThatDiesIsFoundAgain) {
 
 TEST_F(AtspiTest, ASessionThatComesLateIsTakenUp) {
     std::optional<Environment> none(Variables{{"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus"}});
-    AtspiAccessibility early(loop.main, loop.main, [](auto) { return std::nullopt; });
+    AtspiAccessibility early(
+        loop.main, loop.main, [](auto) { return std::nullopt; }, [](const auto&) { return std::nullopt; });
     EXPECT_FALSE(early.isAvailable());
     const auto element = early.createApplication(1, 0.25);
     EXPECT_EQ(element->copyAttributeValue("AXFocusedUIElement").error(), AXError::apiDisabled);

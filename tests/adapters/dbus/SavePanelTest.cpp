@@ -1,4 +1,5 @@
 #include "adapters/harness/SessionBus.h"
+#include "linux/dbus/PortalFolderPanel.h"
 #include "linux/dbus/PortalSavePanel.h"
 
 #include <fstream>
@@ -13,7 +14,8 @@ class Portal {
  public:
     explicit Portal(EventLoop& loop)
         : peer_(loop, "org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop",
-                {{"SaveFile", [this](auto* call) { return save(call); }}}) {}
+                {{"SaveFile", [this](auto* call) { return show(call); }},
+                 {"OpenFile", [this](auto* call) { return show(call); }}}) {}
 
     /// Waits until the one who asked has taken in what came before.
     void ping() { EXPECT_TRUE(peer_.call(asker, "/", "org.freedesktop.DBus.Peer", "Ping")); }
@@ -24,7 +26,7 @@ class Portal {
     std::optional<std::pair<std::uint32_t, const char*>> answer;
 
  private:
-    int save(sd_bus_message* call) {
+    int show(sd_bus_message* call) {
         asker = sd_bus_message_get_sender(call);
         asked = nextString(call) + "|";
         asked += nextString(call) + "|";
@@ -54,7 +56,9 @@ class SavePanelTest : public testing::Test {
     SessionBus session;
     TemporaryFolder folder;
     std::unique_ptr<BusConnection> bus = BusConnection::session(loop.main, loop.main);
-    PortalSavePanel panel{*bus, folder.path()};
+    PortalFileChooser chooser{*bus};
+    PortalSavePanel panel{chooser, folder.path()};
+    PortalFolderPanel folders{chooser};
 };
 
 TEST_F(SavePanelTest, AsksTheDesktop) {
@@ -66,6 +70,19 @@ TEST_F(SavePanelTest, AsksTheDesktop) {
     EXPECT_EQ(loop.result(run()), std::nullopt);
     portal.answer = {0, "https://a.example/x"};
     EXPECT_EQ(loop.result(run()), std::nullopt);
+}
+
+TEST_F(SavePanelTest, AsksForAFolderWhereTheDesktopCan) {
+    const auto choose = [&] {
+        return loop.result(folders.run({.title = "Memoria", .accept = "Añadir", .ownWindow = 1}));
+    };
+    EXPECT_FALSE(choose().wasAsked);
+    Portal portal(loop);
+    portal.answer = {0, "file:///home/ana/Mis%20cosas"};
+    EXPECT_EQ(choose(), (FolderPanel::Answer{.wasAsked = true, .folder = "/home/ana/Mis cosas"}));
+    EXPECT_EQ(portal.asked, "x11:1|Memoria|accept_label=Añadir");
+    portal.answer = {1, "file:///x"};
+    EXPECT_EQ(choose(), (FolderPanel::Answer{.wasAsked = true, .folder = {}}));
 }
 
 TEST_F(SavePanelTest, ADialogThatDiesIsNoAnswer) {

@@ -240,17 +240,30 @@ TEST_F(XdgTest, AStoppedProcessDoesNotHoldTheOthersUp) {
 }
 
 TEST_F(XdgTest, TheLoginItemIsAnAutostartEntry) {
-    AutostartLoginItem item(folder, "/opt/a \"b\" $c 100%/dorix");
+    const auto program = folder / "a \"b\" $c 100%" / "dorix";
+    const auto entry = folder / "autostart" / "es.pelmora.dorix.desktop";
+    fs::create_directories(program.parent_path());
+    std::ofstream(program) << "#!/bin/sh\n";
+    fs::permissions(program, fs::perms::owner_all);
+    AutostartLoginItem item(folder, {folder / "system"}, program);
     EXPECT_FALSE(item.isRegistered());
     item.registerApplication();
     EXPECT_TRUE(item.isRegistered());
-    EXPECT_THAT(
-        read(folder / "autostart" / "es.pelmora.dorix.desktop"),
-        testing::HasSubstr(
-            "\nTryExec=/opt/a \"b\" $c 100%/dorix\nExec=\"/opt/a \\\\\"b\\\\\" \\\\$c 100%%/dorix\"\n"));
+    const auto at = folder.string();
+    EXPECT_THAT(read(entry), testing::HasSubstr("\nTryExec=" + at + "/a \"b\" $c 100%/dorix\nExec=\"" + at +
+                                                "/a \\\\\"b\\\\\" \\\\$c 100%%/dorix\"\n"));
+    fs::remove(program);
+    EXPECT_FALSE(item.isRegistered()) << "a desktop passes it over";
     item.unregisterApplication();
+    item.unregisterApplication();
+    EXPECT_FALSE(item.isRegistered() || fs::exists(entry));
+
+    fs::create_directories(folder / "system" / "autostart");
+    std::ofstream(folder / "system" / "autostart" / entry.filename()) << "[Desktop Entry]\nExec=/bin/true\n";
+    EXPECT_TRUE(item.isRegistered());
     item.unregisterApplication();
     EXPECT_FALSE(item.isRegistered());
+    EXPECT_THAT(read(entry), testing::HasSubstr("\nHidden=true\n")) << "or the system's would start it";
 }
 
 SystemLanguages languagesOf(std::map<std::string, std::string> environment) {
