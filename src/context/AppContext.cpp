@@ -145,6 +145,10 @@ bool isBrowser(const std::optional<std::string>& bundleID) {
     return bundleID && contains(apptables::browsers(), *bundleID);
 }
 
+std::optional<std::string> keptIdentifier(const AppContext& context) {
+    return context.app && context.app->systemIdentifier ? context.app->systemIdentifier : context.bundleID;
+}
+
 Ph storedRowIcon(std::string_view displayName, const std::optional<std::string>& bundleID) {
     const auto rows = apptables::sites();
     const auto site = std::ranges::find(rows, displayName, &apptables::Site::name);

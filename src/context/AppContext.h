@@ -64,6 +64,10 @@ bool isAIChat(const std::optional<std::string>& bundleID, const std::optional<st
 /// Pure, any thread.
 bool isBrowser(const std::optional<std::string>& bundleID);
 
+/// The identifier that the history keeps of an application: the system's own where it tells one. Pure, any
+/// thread.
+std::optional<std::string> keptIdentifier(const AppContext& context);
+
 /// The icon of a history row, which keeps a name and an identifier only. Pure, any thread.
 Ph storedRowIcon(std::string_view displayName, const std::optional<std::string>& bundleID);
 

@@ -42,7 +42,9 @@ Paste::Paste(const Means& means, Insertion insertion, EventPoster::Condition may
 
 Task<InsertionReceipt> Paste::deliver() {
     known_ = means_.pasteboard.currentChangeCount();
-    if (const auto target = co_await placeInFront()) {
+    if (!insertion_.isTyped) {
+        delivery_ = Delivery::nowhere;
+    } else if (const auto target = co_await placeInFront()) {
         delivery_ = co_await paste(*target);
     } else {
         delivery_ = insertion_.target ? Delivery::elsewhere : Delivery::nowhere;
@@ -163,7 +165,7 @@ Task<bool> Paste::isStillOurs() {
 /// Passing contents are not kept by clipboard managers.
 void Paste::offer(bool isPassing) {
     means_.pasteboard.clearContents();
-    offered_ = isPassing ? insertion_.lead + insertion_.text : insertion_.text;
+    offered_ = isPassing ? insertion_.lead() + insertion_.text : insertion_.text;
     means_.pasteboard.setString(offered_);
     if (isPassing || insertion_.isSecret) means_.pasteboard.setData({}, Pasteboard::transientType);
     known_ = means_.pasteboard.changeCount();

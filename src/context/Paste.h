@@ -6,6 +6,7 @@
 #include "platform/Workspace.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -16,12 +17,14 @@ class UserClipboard;
 /// A text for another application.
 struct Insertion {
     std::string text;
-    /// What is typed before it; of no use on the clipboard.
-    std::string lead = {};
+    /// What is typed before it, asked for when its turn has come; of no use on the clipboard.
+    std::function<std::string()> lead = [] { return std::string(); };
     /// Where it belongs; whatever is in front when its turn comes, if that cannot be said.
     std::optional<RunningApplication> target;
     /// False where there seems to be nothing to type in: the text is left on the clipboard as well.
     bool hasCursor = true;
+    /// False where it must not be typed after all: the text is left on the clipboard and nowhere else.
+    bool isTyped = true;
     /// No clipboard manager is to keep it, also when it is left on the clipboard.
     bool isSecret = false;
 };

@@ -8,7 +8,7 @@
 
 namespace dorix {
 
-/// Takes still pictures of what the user is looking at.
+/// Takes still pictures of what the user is looking at. Main executor.
 class ScreenCapture {
  public:
     struct Shot {
@@ -19,8 +19,11 @@ class ScreenCapture {
 
     virtual ~ScreenCapture() = default;
 
-    /// The front window of `app`. Throws an Error when it cannot be had. Any executor.
+    /// The front window of `app`. Throws an Error when it cannot be had.
     virtual Task<Shot> capture(std::optional<RunningApplication> app) = 0;
+
+    /// The text that can be read in the picture, line by line; empty when there is none, or on any failure.
+    virtual Task<std::string> text(Shot shot) = 0;
 };
 
 /// The picture that is taken while the user speaks, so that it shows what they were looking at. Copies name

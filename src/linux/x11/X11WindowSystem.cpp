@@ -3,6 +3,8 @@
 #include <xcb/shape.h>
 #include <xcb/xfixes.h>
 
+#include <algorithm>
+#include <span>
 #include <utility>
 
 namespace dorix {
@@ -117,6 +119,17 @@ bool X11WindowSystem::isOverFullScreen(Window window) {
     return overlap(xcbWindow(window), fullScreen_);
 }
 
+/// Window managers put a window that fills the screen above those that are to stay above, but not above its
+/// own dialogs.
+void X11WindowSystem::raiseOverFullScreen(Window window) {
+    if (isOverFullScreen(window)) {
+        setProperty(window, "WM_TRANSIENT_FOR", XCB_ATOM_WINDOW, {fullScreen_});
+    } else {
+        xcb_delete_property(connection_.get(), xcbWindow(window), XCB_ATOM_WM_TRANSIENT_FOR);
+    }
+    connection_.flush();
+}
+
 void X11WindowSystem::setProperty(Window window, const char* name, xcb_atom_t type,
                                   const std::vector<std::uint32_t>& values) {
     finishToolkitRequests_();
@@ -165,6 +178,25 @@ void X11WindowSystem::applyShape(Window window, std::uint8_t kind, const std::op
     connection_.check(xcb_shape_rectangles_checked(connection_.get(), XCB_SHAPE_SO_SET, kind,
                                                    XCB_CLIP_ORDERING_UNSORTED, xcbWindow(window), 0, 0,
                                                    static_cast<std::uint32_t>(parts.size()), parts.data()));
+}
+
+/// The hints of the window but for this one stay the toolkit's.
+void X11WindowSystem::setTakesKeyboard(Window window, bool takes) {
+    constexpr std::uint32_t inputHint = 1;
+    constexpr std::uint32_t hintWords = 9;
+    finishToolkitRequests_();
+    const auto reply = connection_.reply(
+        xcb_get_property_reply, xcb_get_property(connection_.get(), 0, xcbWindow(window), XCB_ATOM_WM_HINTS,
+                                                 XCB_ATOM_WM_HINTS, 0, hintWords));
+    std::vector<std::uint32_t> hints(hintWords);
+    if (reply && reply->format == 32) {
+        const std::span was(static_cast<const std::uint32_t*>(xcb_get_property_value(reply.get())),
+                            std::min(reply->value_len, hintWords));
+        std::ranges::copy(was, hints.begin());
+    }
+    hints[0] |= inputHint;
+    hints[1] = takes ? 1 : 0;
+    setProperty(window, "WM_HINTS", XCB_ATOM_WM_HINTS, hints);
 }
 
 void X11WindowSystem::bringToFront(Window window) {

@@ -19,6 +19,7 @@ class X11WindowSystem final : public WindowSystem {
                     std::function<void()> finishToolkitRequests);
 
     bool isOverFullScreen(Window window) override;
+    void raiseOverFullScreen(Window window) override;
     void dress(Window window, Kind kind) override;
     void setFrameExtents(Window window, const Margins& extents) override;
     void setShape(Window window, const std::optional<Region>& region) override;
@@ -26,6 +27,7 @@ class X11WindowSystem final : public WindowSystem {
     Rectangle freeOfBars(const Rectangle& screen) override {
         return dorix::freeOfBars(connection_, windows_, screen);
     }
+    void setTakesKeyboard(Window window, bool takes) override;
     bool hasWindowManager() override { return windows_.hasWindowManager(); }
     Window frontWindow() override { return windows_.keyboardWindow(); }
     void bringToFront(Window window) override;

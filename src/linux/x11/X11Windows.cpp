@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstring>
 #include <span>
+#include <utility>
 
 namespace dorix {
 
@@ -47,6 +48,17 @@ xcb_window_t X11Windows::frontWindow() {
     const auto active = number(connection_.root(), connection_.atom("_NET_ACTIVE_WINDOW"), XCB_ATOM_WINDOW);
     if (active && hasWindowManager()) return *active;
     return focusedClient();
+}
+
+Subscription X11Windows::observeFrontWindow(std::function<void()> callback) {
+    connection_.selectRootEvents(XCB_EVENT_MASK_PROPERTY_CHANGE);
+    connection_.flush();
+    return connection_.listen(XCB_PROPERTY_NOTIFY, [this, callback = std::move(callback)](const auto& event) {
+        const auto& change = reinterpret_cast<const xcb_property_notify_event_t&>(event);
+        const bool isActiveWindow =
+            change.window == connection_.root() && change.atom == connection_.atom("_NET_ACTIVE_WINDOW");
+        if (isActiveWindow) callback();
+    });
 }
 
 xcb_window_t X11Windows::keyboardWindow() {

@@ -3,6 +3,7 @@
 #include "linux/x11/X11Connection.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -26,6 +27,10 @@ class X11Windows {
     /// The top-level window that gets the keyboard: the window manager's active window or, without one, the
     /// client window around the input focus. XCB_WINDOW_NONE when there is none.
     xcb_window_t frontWindow();
+
+    /// Calls `callback` when the window manager has made another window the active one, or none. Without a
+    /// window manager nobody tells.
+    Subscription observeFrontWindow(std::function<void()> callback);
 
     /// The window that has the keyboard: the window manager's active one, or else the input focus itself.
     xcb_window_t keyboardWindow();

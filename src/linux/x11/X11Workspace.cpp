@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 namespace dorix {
 
@@ -52,6 +53,20 @@ std::optional<RunningApplication> X11Workspace::frontmostApplication() const {
     if (!app.bundleIdentifier)
         app.bundleIdentifier = firstNotEmpty({desktopId, windowClass.className, windowClass.instance});
     return app;
+}
+
+/// Windows of one application may follow each other.
+Subscription X11Workspace::observeActivations(std::function<void()> callback) {
+    return windows_.observeFrontWindow(
+        [this, callback = std::move(callback), last = RunningApplication()] mutable {
+            RunningApplication front;
+            front.windowNumber = windows_.frontWindow();
+            if (front.windowNumber == XCB_WINDOW_NONE) return;
+            front.processIdentifier =
+                windows_.processIdentifier(static_cast<xcb_window_t>(front.windowNumber)).value_or(0);
+            const bool isAnother = !isSameApplication(std::exchange(last, front), front);
+            if (isAnother) callback();
+        });
 }
 
 std::string X11Workspace::tableIdentifier(const std::string& systemIdentifier) const {

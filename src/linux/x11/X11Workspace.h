@@ -4,6 +4,7 @@
 #include "linux/x11/X11Windows.h"
 #include "platform/Workspace.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -17,6 +18,7 @@ class X11Workspace final : public Workspace {
     X11Workspace(X11Windows& windows, DesktopEntries& entries);
 
     std::optional<RunningApplication> frontmostApplication() const override;
+    Subscription observeActivations(std::function<void()> callback) override;
     bool isFrontmost(const RunningApplication& app) const override;
     bool isSameApplication(const RunningApplication& one, const RunningApplication& other) const override;
     std::string tableIdentifier(const std::string& systemIdentifier) const override;

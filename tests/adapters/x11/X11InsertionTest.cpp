@@ -134,7 +134,7 @@ class X11InsertionTest : public XDesktopTest {
             co_await sleep(wait);
             auto& connection = self->editor_->connection();
             X11SelectionRead reading(connection, connection.atom("CLIPBOARD"), connection.atom("UTF8_STRING"),
-                                     self->loop_.main.now() + 1);
+                                     self->loop_.main.now() + 5);
             const auto data = co_await reading.result();
             self->pasted_ = data ? data->bytes : "";
         }(this, seconds));

@@ -49,6 +49,26 @@ TEST_F(X11WorkspaceTest, BringsAWindowBackAndIgnoresOneThatIsGone) {
     EXPECT_FALSE(connection_->isLost());
 }
 
+TEST_F(X11WorkspaceTest, TellsWhenAnotherApplicationComesToTheFront) {
+    int activations = 0;
+    auto told = workspace_.observeActivations([&] { ++activations; });
+    const auto first = openApplication("first", "First");
+    EXPECT_TRUE(waitFor([&] { return activations == 1; }));
+    auto second = openApplication("second", "Second");
+    EXPECT_TRUE(waitFor([&] { return activations == 2; }));
+    const auto sibling = openWindow(second->connection(), connection_->root());
+    windows_.activate(sibling);
+    ASSERT_TRUE(waitFor([&] { return windows_.frontWindow() == sibling; }));
+    settle();
+    EXPECT_EQ(activations, 2) << "another window of the same one";
+    second.reset();
+    EXPECT_TRUE(waitFor([&] { return activations == 3; })) << "the first one is back";
+    told.reset();
+    const auto third = openApplication("third", "Third");
+    settle();
+    EXPECT_EQ(activations, 3);
+}
+
 TEST_F(X11WorkspaceTest, BarsLeaveTheRestOfTheirOwnScreen) {
     const auto reserve = [this](const char* name, std::vector<std::uint32_t> numbers) {
         auto bar = openApplication("bar", "Bar");
