@@ -1,4 +1,5 @@
 #include "base/Log.h"
+#include "localdata/Language.h"
 #include "speech/AudioTap.h"
 #include "speech/SpeechEngine.h"
 
@@ -82,7 +83,8 @@ void SpeechEngine::reopen(std::string_view reason) {
     try {
         openAudio(target.format, target.continuation);
     } catch (...) {
-        logLine("no se pudo reabrir el micrófono: " + localizedDescription(std::current_exception()));
+        logLine("no se pudo reabrir el micrófono: " +
+                describedIn(LogLanguage::spanish, std::current_exception()));
     }
 }
 

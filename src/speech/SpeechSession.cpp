@@ -62,7 +62,7 @@ Task<void> SpeechSession::readResults(std::shared_ptr<SpeechAnalyzer> analyzer) 
     } catch (...) {
         if (isOver()) co_return;
         failure_ = localizedDescription(std::current_exception());
-        logLine("error de transcripción: " + *failure_);
+        logLine("error de transcripción: " + describedIn(LogLanguage::spanish, std::current_exception()));
         if (isListening()) onFailure_();
     }
 }
