@@ -61,11 +61,6 @@ Wording wordingOf(Needed::Reason reason) {
                 "modelo de lenguaje, y este servicio no tiene ninguno.",
                 "I couldn’t find a sentence that answers this. Interpreting the text takes a language model, "
                 "and this service has none."};
-        case advice:
-            return {
-                "Para aconsejar durante una reunión hace falta un modelo de lenguaje, y este servicio no "
-                "tiene ninguno.",
-                "Giving advice during a meeting takes a language model, and this service has none."};
         case rewriting:
             return {
                 "Para reescribir el texto así hace falta un modelo de lenguaje, y este servicio no tiene "

@@ -8,7 +8,6 @@ namespace dorix::service {
 namespace {
 
 constexpr int mostObjectsTried = 16;
-constexpr std::string_view fence = "```";
 
 /// Where the object ends that begins at `start`: behind the brace that closes it, strings left aside.
 std::optional<std::size_t> endOfObject(std::string_view text, std::size_t start) {
@@ -60,16 +59,6 @@ std::optional<WriteAnswer> readWriteAnswer(std::string_view answer) {
         start = answer.find('{', next);
     }
     return last;
-}
-
-std::string readTransformAnswer(std::string_view answer, std::string_view selection) {
-    const auto trimmed = text::trim(answer);
-    const auto firstLine = trimmed.find('\n');
-    const bool isFenced = trimmed.starts_with(fence) && trimmed.ends_with(fence) &&
-                          firstLine != std::string_view::npos && firstLine < trimmed.size() - fence.size();
-    if (!isFenced || text::trim(selection).starts_with(fence)) return std::string(answer);
-    const auto inside = trimmed.substr(firstLine + 1, trimmed.size() - fence.size() - firstLine - 1);
-    return std::string(inside.ends_with('\n') ? inside.substr(0, inside.size() - 1) : inside);
 }
 
 }  // namespace dorix::service

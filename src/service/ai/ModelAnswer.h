@@ -13,7 +13,4 @@ namespace dorix::service {
 /// none, when a member is missing or no string, or when there is no text to write.
 std::optional<WriteAnswer> readWriteAnswer(std::string_view answer);
 
-/// The rewritten text, without a code block around it that `selection` did not have.
-std::string readTransformAnswer(std::string_view answer, std::string_view selection);
-
 }  // namespace dorix::service

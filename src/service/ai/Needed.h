@@ -14,7 +14,6 @@ struct Needed {
         picture,     // to see what a picture shows
         noMaterial,  // to answer out of general knowledge: nothing came with the question
         notFound,    // to understand what came: no sentence of it answers word for word
-        advice,      // to judge a conversation that is going on
         rewriting,   // to carry out an instruction that is not mechanical
     };
 

@@ -1,4 +1,5 @@
 #include "base/Log.h"
+#include "base/text/CodeFence.h"
 #include "service/accounts/Secrets.h"
 #include "service/ai/Extraction.h"
 #include "service/ai/ModelAnswer.h"
@@ -35,8 +36,9 @@ Pictures picturesFor(const Collaborators& with) {
     return with.modelSeesPictures ? Pictures::sent : Pictures::leftOut;
 }
 
+/// In ASCII: there are readers that end a line at any of Unicode's line separators.
 std::string event(const Json& content) {
-    return "data: " + content.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n\n";
+    return "data: " + content.dump(-1, ' ', true, Json::error_handler_t::replace) + "\n\n";
 }
 
 std::string textEvent(std::string_view text) { return event({{"type", "text"}, {"text", text}}); }
@@ -108,7 +110,7 @@ Json messagesToTransform(const TransformRequest& request, const Collaborators&) 
 }
 
 std::optional<Json> transformed(const TransformRequest& request, const std::string& answer) {
-    auto text = readTransformAnswer(answer, request.selection);
+    std::string text(text::withoutFence(answer, request.selection));
     if (text.empty()) return std::nullopt;
     return Json{{"texto", std::move(text)}};
 }

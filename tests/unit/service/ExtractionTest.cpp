@@ -68,7 +68,7 @@ TEST(Extraction, AnswersMostQuestionsAboutASmallCorpus) {
             wrong += request.question + "\n" + answered(request) + "\n";
     }
     // What it reached when this was written, less two.
-    EXPECT_GE(right, std::size_t{35}) << "of " << data.at("questions").size() << "\n" << wrong;
+    EXPECT_GE(right, std::size_t{37}) << "of " << data.at("questions").size() << "\n" << wrong;
 }
 
 TEST(Extraction, QuotesEachKindOfMaterialUnderItsName) {
@@ -89,13 +89,62 @@ TEST(Extraction, QuotesEachKindOfMaterialUnderItsName) {
                            .recap = "- Keynote: «Informe Q3» · 47 min · último uso lunes 18:02\n"};
     EXPECT_EQ(answered(recap),
               "Your recent activity:\n- Keynote: «Informe Q3» · 47 min · último uso lunes 18:02");
+}
 
-    AskRequest summary{.question = "Resumen de la reunión", .mode = "meeting_summary"};
-    summary.transcript =
-        "[10:01] Tú: good morning\n[10:02] Ellos: the launch of the new shop moves to October\n"
-        "[10:03] Tú: then the shop launch needs a new budget in October\n";
-    EXPECT_THAT(answered(summary),
-                StartsWith("The sentences that say most of it, quoted as they stand:\n- “["));
+TEST(Extraction, SumsUpAMeetingByWhatWasDecidedAndWhoDoesWhatUntilWhen) {
+    AskRequest spanish{.question = "Resumen de la reunión", .mode = "meeting_summary"};
+    spanish.transcript =
+        "[10:01] Tú: buenos días, hoy toca hablar del lanzamiento de la tienda en Portugal\n"
+        "[10:02] Ellos: el lanzamiento de la tienda depende del presupuesto de publicidad.\n"
+        "[10:03] Ellos: ¿Decidimos hoy la fecha? Todavía no hemos decidido el precio.\n"
+        "[10:04] Tú: hemos decidido lanzar la tienda el 3 de noviembre\n"
+        "[10:05] Tú: yo preparo el presupuesto para el viernes. Marta se encarga de las fotos.\n"
+        "[10:06] Ellos: ¿puedes mandarme el contrato mañana por la tarde? Voy a ser sincero, es tarde.\n";
+    EXPECT_EQ(
+        answered(spanish),
+        "Las frases que mejor lo recogen, citadas tal cual:\n"
+        "- «buenos días, hoy toca hablar del lanzamiento de la tienda en Portugal» — Tú, 10:01\n"
+        "- «el lanzamiento de la tienda depende del presupuesto de publicidad.» — Ellos, 10:02\n"
+        "**Decisiones**\n"
+        "- «hemos decidido lanzar la tienda el 3 de noviembre» — Tú, 10:04\n"
+        "**Tareas**\n"
+        "- **Tú, para el viernes**: «yo preparo el presupuesto para el viernes.» — Tú, 10:05\n"
+        "- **Marta**: «Marta se encarga de las fotos.» — Tú, 10:05\n"
+        "- **Tú, mañana por la tarde**: «¿puedes mandarme el contrato mañana por la tarde?» — Ellos, 10:06");
+
+    AskRequest english{.question = "Resumen de la reunión", .mode = "meeting_summary"};
+    english.transcript =
+        "[09:00] Ellos: I'll send you the revised quote by Tuesday. Let me share my screen.\n"
+        "[09:01] Tú: we agreed to keep the old logo. If we agreed on more, nobody knew.\n"
+        "[09:02] Ellos: Could you call the printer before the end of the month?\n";
+    EXPECT_EQ(
+        answered(english),
+        "**Decisions**\n- “we agreed to keep the old logo.” — You, 09:01\n"
+        "**Tasks**\n- **They, by Tuesday**: “I'll send you the revised quote by Tuesday.” — They, 09:00\n"
+        "- **You, before the end of the month**: “Could you call the printer before the end of the month?” "
+        "— They, 09:02");
+    const AskRequest silent{
+        .question = "",
+        .selection = "The tide turns at noon behind the old pier. Bring a tide table for the pier."};
+    EXPECT_THAT(answered(silent),
+                StartsWith("Las frases que mejor lo recogen, citadas tal cual:\n«The tide"));
+    EXPECT_EQ(needed({.question = "Resumen", .mode = "meeting_summary", .transcript = " \n"}), noMaterial);
+}
+
+TEST(Extraction, AnswersInAMeetingWhatTheUserWasJustAsked) {
+    AskRequest live{.question = "Consejo para este momento de la reunión", .mode = "meeting_live"};
+    EXPECT_EQ(answered(live), "—");
+    live.transcript =
+        "[10:00] Ellos: el pedido de sillas costó 1.200 euros\n[10:01] Tú: ¿y el transporte?\n"
+        "[10:02] Ellos: el transporte va incluido\n[10:03] Ellos: perdona, ¿cuánto costó el pedido de "
+        "sillas?";
+    live.meetingTitle = "Reunión de Zoom";
+    EXPECT_EQ(answered(live), "«[10:00] Ellos: el pedido de sillas costó 1.200 euros» — Reunión de Zoom");
+    live.transcript =
+        "[10:00] Ellos: el pedido costó mucho\n[10:03] Ellos: ¿quién dirige el taller de pintura?";
+    EXPECT_EQ(answered(live), "—");
+    live.transcript = "[10:00] Ellos: el taller abre a las nueve\n[10:03] Tú: ¿cuándo abre el taller?";
+    EXPECT_EQ(answered(live), "—") << "whoever asks knows that they asked";
 }
 
 TEST(Extraction, SaysWhatTakesALanguageModel) {
@@ -106,13 +155,31 @@ TEST(Extraction, SaysWhatTakesALanguageModel) {
     EXPECT_EQ(needed({.question = "What is the capital of Peru?"}), noMaterial);
     EXPECT_EQ(needed({.question = "", .selection = " \n"}), noMaterial);
     EXPECT_EQ(needed({.question = "¿cuánto pesa la Luna?", .selection = "El mar es azul."}), notFound);
-    EXPECT_EQ(
-        needed({.question = "Consejo", .mode = "meeting_live", .transcript = "[10:00] Ellos: ¿cuánto es?"}),
-        advice);
-    for (const auto reason : {composing, picture, noMaterial, notFound, advice, rewriting}) {
+    for (const auto reason : {composing, picture, noMaterial, notFound, rewriting}) {
         EXPECT_THAT(message({reason}, Language::spanish), HasSubstr("modelo de lenguaje"));
         EXPECT_THAT(message({reason}, Language::english), HasSubstr("language model"));
     }
+}
+
+/// What would make a reader of Markdown show more than text.
+TEST(Extraction, QuotesMarkupAsText) {
+    AskRequest request{.question = "What is the delivery code?",
+                       .windowTitle = "Draft ![x](https://evil.example/t.png)"};
+    request.selection =
+        "# The delivery code is 77 ![p](https://evil.example/p.png) [here](javascript:alert(1)) <img src=x> "
+        "!![q][r] !\u200B[s]\uFEFF(t) <https://evil.example> \u202Eabc\u2028\x01\x1b[31m\xC2\x9B and 3 < 4";
+    EXPECT_EQ(
+        answered(request),
+        "“The delivery code is 77 [p] (https://evil.example/p.png) [here] (javascript:alert(1)) < img src=x> "
+        "[q] [r] [s] (t) < https://evil.example> abc   [31m  and 3 < 4” — selected text (Draft [x] "
+        "(https://evil.example/t.png))");
+    request.selection.reset();
+    request.recap = "\n[r]: https://evil.example\n- Mail: «![x][r]» · 12 min";
+    EXPECT_EQ(answered(request),
+              "Your recent activity:\n[r] : https://evil.example\n- Mail: «[x] [r]» · 12 min");
+    request.recap.reset();
+    request.memory = {{.n = 3, .title = "a\n\n# b", .text = "The delivery code is\r\n77 in all offices"}};
+    EXPECT_THAT(answered(request), testing::EndsWith("— a  # b [3]"));
 }
 
 TEST(Extraction, TakesTimeInProportion) {

@@ -7,7 +7,7 @@ namespace dorix::service::words {
 // clang-format off
 const WordSet& stopWords() {
     static const WordSet set({
-        "a", "acerca", "ahi", "al", "algo", "algun", "alguna", "alguno", "aqui", "asi", "aun", "aunque", "ayudame",
+        "a", "acerca", "tener", "haber", "poder", "podemos", "tienes", "haces", "hacemos", "estoy", "deben", "cuyo", "cuya", "again", "up", "during", "through", "durante", "ahi", "al", "algo", "algun", "alguna", "alguno", "aqui", "asi", "aun", "aunque", "ayudame",
         "cada", "como", "con", "cual", "cuales", "cuando", "cuanta", "cuantas", "cuanto", "cuantos", "da", "dame",
         "de", "debe", "debo", "decia", "decir", "decirme", "del", "desde", "di", "dice", "dicen", "dijo", "dime",
         "donde", "e", "el", "ella", "ellas", "ello", "ellos", "en", "encuentra", "entre", "era", "eran", "eres",
@@ -27,43 +27,6 @@ const WordSet& stopWords() {
         "with", "would", "you", "your",
     });
     return set;
-}
-
-std::span<const std::span<const std::string_view>> synonyms() {
-    static constexpr auto expire = std::to_array<std::string_view>({
-        "vence", "vencer", "vencimiento", "caduca", "caducar", "caducidad", "expira", "expirar", "expire",
-        "expires", "expiry", "expiration"});
-    static constexpr auto cost = std::to_array<std::string_view>({
-        "cuesta", "cuestan", "costar", "coste", "costes", "costo", "vale", "valen", "precio", "precios", "importe",
-        "tarifa", "cost", "costs", "price", "prices", "fee", "amount", "priced"});
-    static constexpr auto begin = std::to_array<std::string_view>({
-        "empieza", "empezar", "empezo", "empezamos", "comienza", "comenzar", "inicio", "inicia", "arranca",
-        "arranque", "start", "starts", "started", "begin", "begins", "kickoff"});
-    static constexpr auto end = std::to_array<std::string_view>({
-        "termina", "terminar", "acaba", "acabar", "finaliza", "finalizar", "fin", "final", "end", "ends", "finish",
-        "finishes", "over"});
-    static constexpr auto meeting = std::to_array<std::string_view>({
-        "reunion", "reuniones", "reunimos", "reunirnos", "quedamos", "quedada", "meeting", "meetings", "meet"});
-    static constexpr auto deliver = std::to_array<std::string_view>({
-        "entrega", "entregar", "entregas", "entregamos", "envio", "envia", "enviar", "deliver", "delivery",
-        "delivered", "ship", "ships", "shipping", "shipped"});
-    static constexpr auto pay = std::to_array<std::string_view>({
-        "paga", "pagar", "pago", "pagos", "abona", "abonar", "pay", "pays", "payment", "payments", "paid"});
-    static constexpr auto boss = std::to_array<std::string_view>({
-        "responsable", "encargado", "encargada", "encarga", "dirige", "lleva", "lidera", "jefe", "jefa",
-        "responsible", "charge", "leads", "lead", "owner", "owns", "manager", "manages"});
-    static constexpr auto deadline = std::to_array<std::string_view>({
-        "plazo", "plazos", "limite", "deadline", "deadlines", "due"});
-    static constexpr auto live = std::to_array<std::string_view>({
-        "vive", "direccion", "domicilio", "ubicada", "ubicado", "sede", "address", "located", "office", "oficina"});
-    static constexpr auto phone = std::to_array<std::string_view>({
-        "telefono", "movil", "numero", "llamar", "phone", "mobile", "call"});
-    static constexpr auto decide = std::to_array<std::string_view>({
-        "decidio", "decidimos", "decidieron", "decision", "decisiones", "acordo", "acordamos", "acordaron",
-        "acuerdo", "acuerdos", "decide", "decided", "agreed", "agree", "agreement"});
-    static constexpr std::array<std::span<const std::string_view>, 12> rows{
-        expire, cost, begin, end, meeting, deliver, pay, boss, deadline, live, phone, decide};
-    return rows;
 }
 
 std::span<const std::string_view> endings() {
@@ -102,31 +65,13 @@ std::span<const std::string_view> summaryPhrases() {
     return rows;
 }
 
-const WordSet& timeQuestions() {
-    static const WordSet set({"cuando", "when", "fecha", "hora", "dia", "date", "day", "plazo", "deadline"});
-    return set;
-}
-
-const WordSet& amountQuestions() {
-    static const WordSet set({"cuanto", "cuanta", "cuantos", "cuantas", "much", "many", "importe", "precio", "coste",
-                              "price", "cost", "telefono", "phone", "porcentaje", "percentage"});
-    return set;
-}
-
-const WordSet& personQuestions() {
-    static const WordSet set({"quien", "quienes", "who", "whom", "whose"});
-    return set;
-}
-
 const WordSet& timeWords() {
     static const WordSet set({
         "lunes", "martes", "miercoles", "jueves", "viernes", "sabado", "domingo", "enero", "febrero", "marzo",
         "abril", "mayo", "junio", "julio", "agosto", "septiembre", "octubre", "noviembre", "diciembre", "hoy",
         "manana", "ayer", "mediodia", "medianoche", "monday", "tuesday", "wednesday", "thursday", "friday",
         "saturday", "sunday", "january", "february", "march", "april", "june", "july", "august", "september",
-        "october", "november", "december", "today", "tomorrow", "yesterday", "noon", "midnight", "trimestre",
-        "quarter", "minutos", "horas", "dias", "semanas", "meses", "anos", "minutes", "hours", "days", "weeks",
-        "months", "years",
+        "october", "november", "december", "today", "tomorrow", "yesterday", "noon", "midnight",
     });
     return set;
 }

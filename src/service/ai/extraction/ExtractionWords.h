@@ -11,9 +11,6 @@ namespace dorix::service::words {
 /// Words that say nothing of what a question is about.
 const WordSet& stopWords();
 
-/// Words that mean the same in a question and its answer, a row for each meaning.
-std::span<const std::span<const std::string_view>> synonyms();
-
 /// Endings of words, the longest first.
 std::span<const std::string_view> endings();
 
@@ -23,10 +20,6 @@ const WordSet& composingVerbs();
 const WordSet& summaryVerbs();
 std::span<const std::string_view> summaryPhrases();
 
-/// Question words by what their answer holds.
-const WordSet& timeQuestions();
-const WordSet& amountQuestions();
-const WordSet& personQuestions();
 /// What a time is told in, besides digits.
 const WordSet& timeWords();
 const WordSet& amountWords();

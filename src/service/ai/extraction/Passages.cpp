@@ -25,7 +25,6 @@ bool isPartOfWord(std::string_view before) {
 bool endsAt(std::string_view text, std::size_t at) {
     constexpr std::size_t longestAbbreviation = 8;
     const char c = text[at];
-    if (c == '\n') return true;
     if (c != '.' && c != '!' && c != '?') return false;
     if (at + 1 == text.size()) return true;
     if (!isBlank(text[at + 1])) return false;
@@ -35,20 +34,52 @@ bool endsAt(std::string_view text, std::size_t at) {
     return !(next >= 'a' && next <= 'z') && !isPartOfWord(text.substr(start, at - start));
 }
 
-void split(std::size_t source, std::string_view text, std::vector<Passage>& passages) {
-    bool beginsParagraph = true;
+bool isListItem(std::string_view line) {
+    return line.starts_with("- ") || line.starts_with("* ") || line.starts_with("• ");
+}
+
+/// A short line without an end of its own, or one that announces what follows.
+bool isHeading(std::string_view line) {
+    constexpr std::size_t mostWords = 8;
+    if (isListItem(line)) return false;
+    const bool announces = line.starts_with('#') || line.ends_with(':');
+    const bool isOpen = line.find(": ") == std::string_view::npos &&
+                        line.find_first_of(".!?;", line.size() - 1) == std::string_view::npos;
+    return (announces || isOpen) && text::words(line.substr(0, 200)).size() <= mostWords;
+}
+
+bool isLabel(std::string_view sentence) {
+    constexpr std::size_t mostWords = 3;
+    constexpr std::size_t longest = 60;  // bytes
+    return sentence.size() <= longest && sentence.ends_with('.') && text::words(sentence).size() <= mostWords;
+}
+
+/// Adds the sentences of a line.
+void splitLine(std::size_t source, std::string_view line, std::vector<Passage>& passages) {
+    using Role = Passage::Role;
     std::size_t start = 0;
-    for (std::size_t at = 0; at < text.size(); ++at) {
-        if (!endsAt(text, at)) continue;
-        const auto sentence = text::trim(text.substr(start, at + 1 - start));
-        if (!sentence.empty())
-            passages.push_back({.source = source, .text = sentence, .beginsParagraph = beginsParagraph});
-        beginsParagraph = sentence.empty() ? beginsParagraph || text[at] == '\n' : text[at] == '\n';
-        start = at + 1;
+    bool isLabelled = true;  // so far there are only labels
+    const auto take = [&](std::size_t end) {
+        const auto sentence = text::trim(line.substr(start, end - start));
+        const bool beginsLine = start == 0;
+        start = end;
+        if (sentence.empty()) return;
+        const bool isWhole = beginsLine && end == line.size();
+        isLabelled = isLabelled && !isWhole && isLabel(sentence);
+        const auto whole = isWhole && isHeading(sentence) ? Role::heading : Role::sentence;
+        passages.push_back({.source = source,
+                            .text = sentence,
+                            .beginsLine = beginsLine,
+                            .role = isLabelled ? Role::label : whole});
+    };
+    for (std::size_t at = 0; at < line.size(); ++at) {
+        if (endsAt(line, at)) take(at + 1);
     }
-    const auto rest = text::trim(text.substr(start));
-    if (!rest.empty())
-        passages.push_back({.source = source, .text = rest, .beginsParagraph = beginsParagraph});
+    take(line.size());
+}
+
+void split(std::size_t source, std::string_view text, std::vector<Passage>& passages) {
+    for (const auto line : text::split(text, '\n')) splitLine(source, text::trim(line), passages);
 }
 
 }  // namespace
@@ -56,7 +87,8 @@ void split(std::size_t source, std::string_view text, std::vector<Passage>& pass
 std::vector<Source> sourcesOf(const AskRequest& request) {
     using enum Source::Kind;
     std::vector<Source> sources;
-    if (request.selection) add(sources, {.kind = selection, .text = *request.selection});
+    if (request.selection)
+        add(sources, {.kind = selection, .title = request.windowTitle, .text = *request.selection});
     if (request.document) {
         add(sources, {.kind = document, .title = request.document->name, .text = request.document->text});
     }
@@ -68,6 +100,14 @@ std::vector<Source> sourcesOf(const AskRequest& request) {
     }
     if (request.recap) add(sources, {.kind = recap, .text = *request.recap});
     return sources;
+}
+
+std::vector<std::string_view> sentencesOf(std::string_view text) {
+    std::vector<Passage> passages;
+    split(0, text, passages);
+    std::vector<std::string_view> sentences;
+    for (const auto& passage : passages) sentences.push_back(passage.text);
+    return sentences;
 }
 
 std::vector<Passage> passagesOf(const std::vector<Source>& sources) {

@@ -14,7 +14,7 @@ struct Source {
     enum class Kind : std::uint8_t { document, memory, selection, transcript, recap };
 
     Kind kind = Kind::document;
-    std::string_view title;  // may be empty
+    std::string_view title;  // may be empty; of a selection the title of its window
     std::int64_t number = 0;
     std::string_view text;
 };
@@ -24,10 +24,20 @@ std::vector<Source> sourcesOf(const AskRequest& request);
 
 /// A sentence or a line of a source, without white space at its ends.
 struct Passage {
+    enum class Role : std::uint8_t {
+        sentence,
+        heading,  // a line that says what those below it are about
+        label,    // a few words that do so for what follows them in their line: "Third. Rent."
+    };
+
     std::size_t source = 0;
     std::string_view text;
-    bool beginsParagraph = false;
+    bool beginsLine = false;
+    Role role = Role::sentence;
 };
+
+/// The sentences and lines of a text, without white space at their ends. Linear in it.
+std::vector<std::string_view> sentencesOf(std::string_view text);
 
 /// Linear in the texts.
 std::vector<Passage> passagesOf(const std::vector<Source>& sources);

@@ -1,8 +1,11 @@
 #include "service/ai/extraction/Terms.h"
 
+#include "base/text/Text.h"
 #include "service/ai/extraction/ExtractionWords.h"
+#include "service/ai/extraction/Thesaurus.h"
 
 #include <algorithm>
+#include <functional>
 #include <unordered_map>
 
 namespace dorix::service {
@@ -26,8 +29,7 @@ bool hasDigit(std::string_view word) {
     return std::ranges::any_of(word, [](char c) { return c >= '0' && c <= '9'; });
 }
 
-std::string_view withoutEnding(std::string_view word) {
-    const auto least = word.size() <= shortestStem + 1 ? shortestStemOfShortWord : shortestStem;
+std::string_view withoutEnding(std::string_view word, std::size_t least) {
     for (const auto ending : words::endings()) {
         if (word.ends_with(ending) && word.size() >= least + ending.size())
             return word.substr(0, word.size() - ending.size());
@@ -48,22 +50,29 @@ std::string withPlainVowels(std::string_view word) {
     return out;
 }
 
-std::string stemOf(std::string_view word) {
+std::string bareStem(std::string_view word) {
     if (hasDigit(word)) return std::string(word);
-    for (int i = 0; i < mostEndings; ++i) word = withoutEnding(word);
+    const auto least = word.size() <= shortestStem + 1 ? shortestStemOfShortWord : shortestStem;
+    for (int i = 0; i < mostEndings; ++i) word = withoutEnding(word, least);
     return withPlainVowels(word);
 }
 
-/// The first word of each meaning, for all its words.
-const std::unordered_map<std::string_view, std::string_view>& meanings() {
-    static const std::unordered_map<std::string_view, std::string_view> byWord = [] {
-        std::unordered_map<std::string_view, std::string_view> rows;
-        for (const auto& row : words::synonyms()) {
-            for (const auto word : row) rows.emplace(word, row.front());
+using Meanings = std::unordered_map<std::string, std::vector<std::uint16_t>, Hash, std::equal_to<>>;
+
+const Meanings& meanings() {
+    static const Meanings byStem = [] {
+        Meanings rows;
+        std::uint16_t number = 0;
+        for (const auto row : words::meanings()) {
+            for (const auto word : text::words(row)) {
+                auto& numbers = rows[stemOf(word)];
+                if (numbers.empty() || numbers.back() != number) numbers.push_back(number);
+            }
+            ++number;
         }
         return rows;
     }();
-    return byWord;
+    return byStem;
 }
 
 }  // namespace
@@ -85,13 +94,16 @@ std::vector<std::string_view> foldedWords(std::string_view folded) {
     return words;
 }
 
-std::string termOf(std::string_view foldedWord) {
-    if (words::stopWords().contains(foldedWord)) return {};
-    const auto meaning = meanings().find(foldedWord);
-    // No stem begins like this.
-    if (meaning != meanings().end()) return "=" + std::string(meaning->second);
+std::string stemOf(std::string_view foldedWord) {
+    const bool isLetter = foldedWord.size() == 1 && !hasDigit(foldedWord);  // what an apostrophe leaves
+    if (isLetter || words::stopWords().contains(foldedWord)) return {};
     if (words::timeWords().contains(foldedWord)) return std::string(foldedWord);  // Marta is no Tuesday
-    return stemOf(foldedWord);
+    return bareStem(foldedWord);
+}
+
+std::span<const std::uint16_t> meaningsOf(std::string_view stem) {
+    const auto found = meanings().find(stem);
+    return found == meanings().end() ? std::span<const std::uint16_t>() : found->second;
 }
 
 }  // namespace dorix::service
