@@ -1,13 +1,16 @@
 #pragma once
 
+#include "assistant/AnswerCard.h"
 #include "base/async/Task.h"
 #include "context/AppContext.h"
 #include "context/ScreenCapture.h"
 #include "context/SelectionProbe.h"
 #include "localdata/HistoryItem.h"
+#include "memory/store/MemoryRecords.h"
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace dorix {
 
@@ -30,6 +33,14 @@ class Assistant {
         std::optional<SelectedText> selection;
         std::optional<ScreenCapture::Shot> shot;
         std::optional<FrontDocument> document;
+        std::optional<std::string> mode;  // a named way of answering, for the service
+        std::vector<MemoryHit> memory;    // best first
+        std::optional<std::string> recap;
+        std::vector<AnswerSource> sources;
+        std::optional<std::string> transcript;
+        std::optional<std::string> meetingTitle;
+        std::optional<std::string> historyTitle;  // when it is not to be derived
+        std::optional<std::string> historyQuery;  // when it differs from the question
     };
 
     struct Rewrite {

@@ -47,6 +47,13 @@ void sortNewestFirst(HistoryItems& items) {
     }
 }
 
+/// Whether rows may be in a file from which none could be deleted.
+bool mayHoldRows(sqlite3* db) {
+    if (db == nullptr) return false;
+    const int failure = sqlite3_errcode(db) & 0xFF;
+    return failure != SQLITE_NOTADB && failure != SQLITE_ERROR;  // there is no table
+}
+
 }  // namespace
 
 HistoryStore::HistoryStore(const std::filesystem::path& database) : db_(sqlite::open(database)) {
@@ -93,14 +100,17 @@ void HistoryStore::showOlder(const std::vector<HistoryItem>& found) {
     }
 }
 
-void HistoryStore::clear() {
-    sqlite::exec(db_.get(), "DELETE FROM history; VACUUM;");
+bool HistoryStore::clear() {
+    const bool isErased = sqlite::exec(db_.get(), "DELETE FROM history;");
+    if (!isErased && mayHoldRows(db_.get())) return false;
+    if (isErased) sqlite::exec(db_.get(), "VACUUM;");
     sqlite::emptyLog(db_.get());
     items_.clear();
     shownIds_.clear();
     inOrder_ = true;
     oldestRead_.reset();
     observers_.notify({.kind = Kind::reset});
+    return true;
 }
 
 std::vector<HistoryItem> HistoryStore::load(int limit) const {

@@ -78,8 +78,9 @@ class HistoryStore {
     void restore(const RemovedItem& removed);
 
     /// Forgets everything: its words are gone from the disk too, unless another program is reading them just
-    /// then, and its space is free. Takes a while with a large file.
-    void clear();
+    /// then, and its space is free. Takes a while with a large file. False when the file would not give up
+    /// what it holds, as on a full disk: then nothing is forgotten.
+    bool clear();
 
     /// The newest rows, up to `limit`, and all of them; newest first. Rows of a kind that a later version
     /// brought are left out.

@@ -62,6 +62,7 @@ SettingsStore::SettingsStore(UserDefaults& defaults, LoginItem& loginItem, const
       speechServerTold(defaults.string("speechServerTold").value_or("")),
       modelServer(defaults.string("modelServer").value_or("")),
       modelServerModel(defaults.string("modelServerModel").value_or("")),
+      modelServerEmbedder(defaults.string("modelServerEmbedder").value_or("")),
       modelServerTold(defaults.string("modelServerTold").value_or("")),
       defaults_(defaults),
       loginItem_(loginItem),
@@ -88,6 +89,7 @@ SettingsStore::SettingsStore(UserDefaults& defaults, LoginItem& loginItem, const
     writeThrough(speechServerTold, "speechServerTold", asIs);
     writeThrough(modelServer, "modelServer", asIs);
     writeThrough(modelServerModel, "modelServerModel", asIs);
+    writeThrough(modelServerEmbedder, "modelServerEmbedder", asIs);
     writeThrough(modelServerTold, "modelServerTold", asIs);
     subscriptions_.push_back(defaults.observe("appLanguage", [this] { adoptLanguage(); }));
 }
@@ -116,7 +118,7 @@ std::expected<void, std::string> SettingsStore::setLaunchAtLogin(bool enabled) {
     try {
         enabled ? loginItem_.registerApplication() : loginItem_.unregisterApplication();
     } catch (const Error& error) {
-        logLine("no se pudo cambiar el inicio automático: " + error.localizedDescription());
+        logLine("no se pudo cambiar el inicio automático: " + describedIn(LogLanguage::spanish, error));
         return std::unexpected(error.localizedDescription());
     }
     return {};

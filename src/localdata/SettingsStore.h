@@ -77,6 +77,8 @@ class SettingsStore {
     Observable<std::string> modelServer;
     /// The model that it is asked for; one of those that it has where it is empty.
     Observable<std::string> modelServerModel;
+    /// Its model that makes vectors of texts, likewise.
+    Observable<std::string> modelServerEmbedder;
     /// The server of which the user has been told that it reads what they dictate.
     Observable<std::string> modelServerTold;
 

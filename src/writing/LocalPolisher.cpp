@@ -3,6 +3,7 @@
 #include "base/async/Timeout.h"
 #include "base/text/Text.h"
 #include "base/writing/Faithfulness.h"
+#include "localdata/FarEngine.h"
 #include "localdata/Language.h"
 
 #include <cstddef>
@@ -38,8 +39,9 @@ std::string promptFor(const std::string& transcript) {
 }  // namespace
 
 std::string LocalError::localizedDescription() const {
+    if (!rejected_) return tr("El modelo local no ha respondido a tiempo.");
     return formatText(tr("El modelo local se alejó de lo dictado: «%@»"),
-                      {std::string(text::prefix(rejected_, toldOfRejected))});
+                      {std::string(text::prefix(*rejected_, toldOfRejected))});
 }
 
 void LocalPolisher::prewarm(const PolishRequest& request) {
@@ -58,16 +60,18 @@ std::unique_ptr<LanguageModelSession> LocalPolisher::takeSession(const std::stri
 }
 
 Task<PolishResult> LocalPolisher::polish(PolishRequest request) {
+    const auto host = model_.farHost();
+    auto engine = host ? farEngine(*host) : name_;
     const auto session = takeSession(rewriteInstructions(request));
     auto written = co_await withTimeout(
         session->respond(promptFor(request.transcript), redaccion(), {.temperature = temperature}), patience);
-    if (!written) throw LanguageModelError(tr("El modelo local no ha respondido a tiempo."));
-    std::string text(text::trim(written->at("texto")));
+    if (!written) throw LocalError::late();
+    std::string text = typeable(written->at("texto"));
     if (text.empty() || faithfulnessScore(text, request.transcript) < leastFaithful)
         throw LocalError::unfaithful(std::move(text));
-    std::string title(text::trim(written->at("titulo")));
+    std::string title = typeable(written->at("titulo"));
     if (title.empty()) title = titleFrom(text);
-    co_return PolishResult{.title = std::move(title), .text = std::move(text), .engine = name_};
+    co_return PolishResult{.title = std::move(title), .text = std::move(text), .engine = std::move(engine)};
 }
 
 std::optional<std::string> unavailableReason(SystemLanguageModel::Availability availability) {

@@ -15,18 +15,19 @@ namespace dorix {
 class LocalError final : public Error {
  public:
     static LocalError unfaithful(std::string rejected) { return LocalError(std::move(rejected)); }
+    static LocalError late() { return LocalError(std::nullopt); }
 
-    const std::string& rejected() const { return rejected_; }
     std::string localizedDescription() const override;
 
  private:
-    explicit LocalError(std::string rejected) : rejected_(std::move(rejected)) {}
+    explicit LocalError(std::optional<std::string> rejected) : rejected_(std::move(rejected)) {}
 
-    std::string rejected_;
+    std::optional<std::string> rejected_;  // none: there was no text in time
 };
 
-/// The engine on this computer's own language model. Keeps at most one conversation that was made ready ahead
-/// of time. Main executor. Throws LocalError and LanguageModelError.
+/// The engine on this computer's own language model. What one of another computer wrote is under that one's
+/// name. Keeps at most one conversation that was made ready ahead of time. Main executor. Throws LocalError
+/// and LanguageModelError.
 class LocalPolisher final : public TextPolisher {
  public:
     /// The model must outlive it.

@@ -4,7 +4,6 @@
 #include "base/text/Text.h"
 #include "base/writing/Faithfulness.h"
 #include "cloud/DorixAPI.h"
-#include "localdata/Language.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -67,7 +66,7 @@ bool isFaithful(std::string_view text, const PolishRequest& request) {
 
 Task<PolishResult> ServerPolisher::polish(PolishRequest request) {
     auto result = co_await write(std::move(request), AllowAsk::no);
-    if (!result) throw APIError::server(tr("Respuesta no válida."));
+    if (!result) throw APIError::server("Respuesta no válida.");
     co_return *std::move(result);
 }
 
@@ -75,9 +74,10 @@ Task<std::optional<PolishResult>> ServerPolisher::write(PolishRequest request, A
     const auto response = co_await api_.post<Response>("v1/ai/write", bodyOf(request, allowAsk),
                                                        DorixAPI::Session::required, timeout);
     if (allowAsk == AllowAsk::yes && response.accion == "preguntar") co_return std::nullopt;
-    std::string written(text::trim(response.texto));
-    if (!isFaithful(written, request)) throw APIError::server(tr("La redacción se alejó de lo dictado."));
-    auto title = response.titulo.empty() ? titleFrom(written) : response.titulo;
+    std::string written = typeable(response.texto);
+    if (!isFaithful(written, request)) throw APIError::server("La redacción se alejó de lo dictado.");
+    auto title = withoutControls(response.titulo);
+    if (title.empty()) title = titleFrom(written);
     co_return PolishResult{.title = std::move(title), .text = std::move(written), .engine = name_};
 }
 

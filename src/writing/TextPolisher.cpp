@@ -1,5 +1,6 @@
 #include "writing/TextPolisher.h"
 
+#include "base/text/Regex.h"
 #include "base/text/Text.h"
 #include "base/writing/Tones.h"
 #include "localdata/Language.h"
@@ -27,6 +28,13 @@ std::size_t wordCount(std::string_view text) {
     return static_cast<std::size_t>(
         std::ranges::count_if(text::split(text, ' '), [](const auto piece) { return !piece.empty(); }));
 }
+
+std::string withoutControls(std::string_view text) {
+    static const Regex controls(R"([\p{Cc}&&[^\n\t]])");
+    return controls.replaceAll(text, "");
+}
+
+std::string typeable(std::string_view written) { return std::string(text::trim(withoutControls(written))); }
 
 std::string rewriteInstructions(const PolishRequest& request) {
     std::string prompt = "Reescribe la transcripción de un dictado como texto final para ";

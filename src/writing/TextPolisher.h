@@ -60,6 +60,8 @@ class Writer {
 
     /// Always ends in a text; throws only Cancelled.
     virtual Task<PolishResult> polish(PolishRequest request) = 0;
+    /// By rule alone: no word of it is told to anybody. Throws nothing.
+    virtual Task<PolishResult> byRule(PolishRequest request) = 0;
     /// Tells a text to write from a question, for an utterance that may be either; throws only Cancelled.
     virtual Task<WriteOrAsk> writeOrAsk(PolishRequest request) = 0;
     /// Whether the service would write now.
@@ -75,6 +77,14 @@ std::size_t wordCount(std::string_view text);
 
 /// The rewrite prompt, in Spanish whatever the app language. Pure; any thread.
 std::string rewriteInstructions(const PolishRequest& request);
+
+/// Text without control characters but line ends and tabs: pasted into a terminal they would work it. Pure;
+/// any thread.
+std::string withoutControls(std::string_view text);
+
+/// What an engine wrote, as it may be typed: without controls, and without white space at its ends. Pure; any
+/// thread.
+std::string typeable(std::string_view written);
 
 /// The first seven words of the text, or the word for a dictation where it has none. Any thread.
 std::string titleFrom(std::string_view text);

@@ -45,7 +45,8 @@ Task<PolishResult> WritingRouter::polish(PolishRequest request) {
         try {
             co_return co_await engine->polish(request);
         } catch (...) {
-            logLine(engine->name() + " falló: " + localizedDescription(std::current_exception()));
+            logLine(engine->name() +
+                    " falló: " + describedIn(LogLanguage::spanish, std::current_exception()));
         }
     }
     co_return co_await byRule(std::move(request));

@@ -23,6 +23,7 @@ class WritingRouter final : public Writer {
 
     /// Throws nothing: whoever is told to stop in the middle has the text by rule at once.
     Task<PolishResult> polish(PolishRequest request) override;
+    Task<PolishResult> byRule(PolishRequest request) override;
     Task<WriteOrAsk> writeOrAsk(PolishRequest request) override;
     bool cloudEnabled() const override;
     void prewarm(PolishRequest request) override { local_.prewarm(request); }
@@ -32,8 +33,6 @@ class WritingRouter final : public Writer {
     std::vector<TextPolisher*> polishers();
 
  private:
-    Task<PolishResult> byRule(PolishRequest request);
-
     SettingsStore& settings_;
     AccountStore& account_;
     DorixAPI& api_;

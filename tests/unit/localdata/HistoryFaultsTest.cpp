@@ -35,7 +35,8 @@ class HistoryFaultsTest : public testing::Test {
 };
 
 /// The list goes on without the file.
-std::string logOfWorkFromMemory(const fs::path& file) {
+enum class Holds { nothing, rows };
+std::string logOfWorkFromMemory(const fs::path& file, Holds holds) {
     return logOf([&] {
         int told = 0;
         HistoryStore store(file);
@@ -48,25 +49,25 @@ std::string logOfWorkFromMemory(const fs::path& file) {
         EXPECT_EQ(store.firstDate(), std::nullopt);
         store.remove("x");
         EXPECT_EQ(store.items().size(), 2U) << "what may still be in the file is not shown as gone";
-        store.clear();
-        EXPECT_THAT(store.items(), IsEmpty());
+        EXPECT_EQ(store.clear(), holds == Holds::nothing);
+        EXPECT_EQ(store.items().empty(), holds == Holds::nothing) << "they would be back";
     });
 }
 
 TEST_F(HistoryFaultsTest, WithoutAFileItGoesOnFromMemory) {
     std::ofstream(folder.path() / "no folder") << "x";
     const auto nowhere = folder.path() / "no folder" / "dorix.sqlite";
-    EXPECT_EQ(logOfWorkFromMemory(nowhere), "DORIX: no se pudo abrir la base de datos en " +
-                                                nowhere.string() +
-                                                "\n"
-                                                "DORIX SQLite: bad parameter or other API misuse\n"
-                                                "DORIX SQLite: bad parameter or other API misuse\n");
+    EXPECT_EQ(logOfWorkFromMemory(nowhere, Holds::nothing),
+              "DORIX: no se pudo abrir la base de datos en " + nowhere.string() +
+                  "\n"
+                  "DORIX SQLite: bad parameter or other API misuse\n"
+                  "DORIX SQLite: bad parameter or other API misuse\n");
 }
 
 TEST_F(HistoryFaultsTest, AFileThatIsNoDatabaseStaysAsItIs) {
     for (const auto& contents : {std::string("mis notas\n"), std::string(100'000, 'x')}) {
         std::ofstream(file, std::ios::binary) << contents;
-        EXPECT_EQ(logOfWorkFromMemory(file),
+        EXPECT_EQ(logOfWorkFromMemory(file, Holds::nothing),
                   "DORIX SQLite: file is not a database\nDORIX SQLite: file is not a database\n");
         EXPECT_EQ(bytes(file), contents);
     }
@@ -106,13 +107,14 @@ TEST_F(HistoryFaultsTest, ADatabaseThatAnotherProgramHasLockedIsNotWaitedFor) {
             EXPECT_THAT(ids(store.items()), ElementsAre("x"));
             EXPECT_THAT(store.loadAll(), IsEmpty());
             store.remove("x");
+            EXPECT_FALSE(store.clear());
             EXPECT_EQ(store.items().size(), 1U) << "what may still be in the file is not shown as gone";
             sqlite::exec(other.get(),
                          "INSERT INTO history SELECT 'otro', kind, app, NULL, title, 2, '', '', NULL "
                          "FROM history; COMMIT");
             store.add(historyItem("z", 60), Persist::yes);
         });
-        EXPECT_EQ(log, "DORIX SQLite: database is locked\n");
+        EXPECT_EQ(log, "DORIX SQLite: database is locked\nDORIX SQLite: database is locked\n");
     }
     EXPECT_THAT(ids(HistoryStore(file).items()), ElementsAre("z", "otro", "antes"));
 }
@@ -147,6 +149,27 @@ TEST_F(HistoryFaultsTest, AFaultOfTheDiskCostsOnlyWhatWasBeingWritten) {
     }
 }
 
+TEST_F(HistoryFaultsTest, WhatTheDiskDoesNotLetGoIsNotToldAsGone) {
+    int refused = 0;
+    int failed = 1;
+    for (int good = 0; failed > 0; ++good) {
+        SCOPED_TRACE("all fails after " + std::to_string(good));
+        makeFile();
+        bool isCleared = false;
+        {
+            const FaultyDisk disk(FaultyDisk::Opens::all, good, 1'000'000);
+            HistoryStore store(file);
+            logOf([&] { isCleared = store.clear(); });
+            EXPECT_EQ(store.items().empty(), isCleared);
+        }
+        failed = FaultyDisk::failed;
+        EXPECT_EQ(HistoryStore(file).items().empty(), isCleared);
+        refused += isCleared ? 0 : 1;
+        fs::remove(file);
+    }
+    EXPECT_GT(refused, 0);
+}
+
 TEST_F(HistoryFaultsTest, AReadOnlyFileIsRead) {
     makeFile();
     const auto before = bytes(file);
@@ -158,7 +181,7 @@ TEST_F(HistoryFaultsTest, AReadOnlyFileIsRead) {
         EXPECT_THAT(ids(store.loadAll()), ElementsAre("antes"));
     }
     const FaultyDisk disk(FaultyDisk::Opens::nothingBeside);
-    EXPECT_THAT(logOfWorkFromMemory(file), testing::StartsWith("DORIX SQLite: "))
+    EXPECT_THAT(logOfWorkFromMemory(file, Holds::rows), testing::StartsWith("DORIX SQLite: "))
         << "SQLite needs files beside it";
     EXPECT_EQ(bytes(file), before);
 }

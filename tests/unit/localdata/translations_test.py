@@ -15,6 +15,7 @@ NAMES = [
         "localdata/PushToTalkKey.cpp",
         "panel/PanelSections.cpp",
         "recogniser/server/ServerFailure.cpp",
+        "writing/ServerPolisher.cpp",
     )
 ]
 ENGLISH_ALREADY = {"Ask Screen", "Ask Selection"}

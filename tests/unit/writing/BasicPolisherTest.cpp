@@ -29,7 +29,10 @@ TEST(BasicPolisherTest, LeavesWhatTheRulesDoNotReach) {
 TEST(BasicPolisherTest, EnglishDaysAndMonthsAreCapitalised) {
     EXPECT_EQ(polish("see you on monday or tuesdays in may"), "See you on Monday or Tuesdays in May.");
     EXPECT_EQ(polish("we may march until 5 march and may 3rd"), "We may march until 5 March and May 3rd.");
+    EXPECT_EQ(polish("on the 5th may or friday's march 1st"), "On the 5th May or Friday's March 1st.");
     EXPECT_EQ(polish("en mayo, los lunes"), "En mayo, los lunes.");
+    const std::string names = "Runs monday_job and friday.py for sunday@x.org in may.txt";
+    EXPECT_EQ(polish(names), names + ".") << "no days";
 }
 
 TEST(BasicPolisherTest, NamesItselfAndTitlesTheText) {

@@ -7,6 +7,7 @@
 
 #include <exception>
 #include <string>
+#include <tuple>
 #include <variant>
 #include <vector>
 
@@ -146,6 +147,36 @@ TEST_F(WritingRouterTest, ATextThatStraysIsNotTyped) {
     EXPECT_EQ(polish(dictated()), (PolishResult{"Enviamos el informe", "Enviamos el informe", cloud}));
 }
 
+TEST_F(WritingRouterTest, NoEngineWorksATerminal) {
+    const std::string odd = std::string("\x1b[201~Enviamos") + '\0' + " el\tinforme\r\n\x7fmañana\u009b0m";
+    const std::string plain = "[201~Enviamos el\tinforme\nmañana0m";
+    bench.signIn();
+    answers(200, written(odd, odd));
+    EXPECT_EQ(polish(dictated()), (PolishResult{plain, plain, cloud}));
+    answers(200, written("\x1b\r"));
+    bench.model.answer = GeneratedContent{{"titulo", odd}, {"texto", odd}};
+    EXPECT_EQ(polish(dictated()), (PolishResult{plain, plain, local})) << "controls are no text";
+}
+
+TEST_F(WritingRouterTest, TheLogHasOneLanguageWhateverThatOfTheApp) {
+    bench.defaults.set("appLanguage", "en");
+    bench.signIn();
+    bench.model.duration = 21;
+    const std::string refusal = R"({"message":"Down for a while."})";
+    for (const auto& [status, body, words] :
+         {std::tuple(200, std::string("no JSON"), "Respuesta no válida."),
+          std::tuple(200, written("otra cosa"), "La redacción se alejó de lo dictado."),
+          std::tuple(503, std::string(), "El servidor de DORIX no ha respondido (503)."),
+          std::tuple(503, refusal, "Down for a while.")}) {
+        answers(status, body);
+        polish(dictated());
+        EXPECT_EQ(log,
+                  std::string("DORIX: Nube de DORIX falló: ") + words +
+                      "\nDORIX: Apple Intelligence (en tu Mac) falló: El modelo local no ha respondido a "
+                      "tiempo.\n");
+    }
+}
+
 TEST_F(WritingRouterTest, AnEndedSessionCostsNoWords) {
     bench.signIn();
     std::vector<std::string> told;
@@ -198,7 +229,9 @@ TEST_F(WritingRouterTest, AModelThatWasMadeReadyServesOnce) {
     EXPECT_EQ(first.options.temperature, 0.2);
     ASSERT_EQ(first.schema.fields.size(), 2U);
     EXPECT_EQ(first.schema.fields[0].name, "titulo");
-    polish(dictated());
+    bench.model.host = "gpu.example.org";
+    EXPECT_EQ(polish(dictated()).engine, "servidor gpu.example.org");
+    bench.model.host.reset();
     EXPECT_EQ(bench.model.conversations.size(), 2U);
 
     bench.router.prewarm(dictated(""));
