@@ -14,6 +14,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 
 namespace dorix {
@@ -33,6 +34,8 @@ class HistoryPanel {
     PanelClipboard clipboard;
     /// `copy` and `remove` are filled here, the others by whoever can do what they ask.
     PanelActions actions;
+    /// The id of what is being read aloud, kept by whoever has it read.
+    Observable<std::optional<std::string>> speakingID;
     PanelComposer composer;
     PanelLayout layout;
     PanelExport& exporter;

@@ -4,13 +4,13 @@
 #include "localdata/Language.h"
 #include "panel/PanelDetail.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace dorix {
 
 namespace {
-
-using Kind = AnswerBlock::Kind;
 
 constexpr std::string_view separator = " · ";
 
@@ -26,22 +26,12 @@ std::string joined(const std::vector<std::string>& parts) {
     return line;
 }
 
-std::string_view kindName(Kind kind) {
-    switch (kind) {
-        case Kind::paragraph:
-            return "paragraph";
-        case Kind::heading:
-            return "heading";
-        case Kind::item:
-            return "item";
-        case Kind::quote:
-            return "quote";
-        case Kind::code:
-            return "code";
-        case Kind::rule:
-            break;
-    }
-    return "rule";
+void add(std::vector<DetailBlock>& pieces, std::string_view kind, std::string text) {
+    if (!text.empty()) pieces.push_back({kind, {.text = std::move(text)}, {}});
+}
+
+void addLiteral(std::vector<DetailBlock>& pieces, std::string_view kind, std::string_view text) {
+    std::ranges::move(literalPieces(kind, text), std::back_inserter(pieces));
 }
 
 }  // namespace
@@ -73,34 +63,33 @@ std::string ItemTexts::place(const HistoryItem& item) const {
     return joined({appName(item), date_->format(item.createdAt)});
 }
 
-std::vector<DetailBlock> ItemTexts::blocks(const HistoryItem& item) const {
-    std::vector<DetailBlock> blocks;
-    const auto add = [&](std::string_view kind, std::string text) {
-        if (!text.empty()) blocks.push_back({kind, {.text = std::move(text)}});
-    };
-    const auto addLiteral = [&](std::string_view kind, std::string_view text) {
-        for (auto& block : literalBlocks(text)) blocks.push_back({kind, std::move(block)});
-    };
+std::vector<DetailBlock> ItemTexts::above(const HistoryItem& item) const {
+    std::vector<DetailBlock> pieces;
     const PanelDetail detail = panelDetail(item);
     if (!item.query.empty()) {
-        add("label", detail.heading);
-        addLiteral("query", item.query);
+        add(pieces, "label", detail.heading);
+        addLiteral(pieces, "query", item.query);
     }
-    addLiteral("context", detail.context);
-    if (!blocks.empty()) blocks.push_back({"divider", {}});
-    if (item.kind == HistoryKind::dictado) {
-        // What was typed, sign for sign.
-        addLiteral("literal", item.answer);
-    } else {
-        for (auto& block : answerBlocks(item.answer)) {
-            blocks.push_back({kindName(block.kind), std::move(block)});
-        }
-    }
-    add("placeholder", detail.placeholder);
-    add("label", detail.sourcesHeading);
-    for (const auto& source : detail.sources) add("source", source);
-    add("facts", words_(joined(detail.facts)));
-    return blocks;
+    addLiteral(pieces, "context", detail.context);
+    if (!pieces.empty()) pieces.push_back({"divider", {}, {}});
+    if (item.kind == HistoryKind::dictado) addLiteral(pieces, "literal", item.answer);  // sign for sign
+    return pieces;
+}
+
+std::string_view ItemTexts::markdown(const HistoryItem& item) {
+    return item.kind == HistoryKind::dictado ? std::string_view() : item.answer;
+}
+
+std::vector<DetailBlock> ItemTexts::under(const HistoryItem& item) const {
+    std::vector<DetailBlock> pieces;
+    const PanelDetail detail = panelDetail(item);
+    add(pieces, "placeholder", detail.placeholder);
+    add(pieces, "label", detail.sourcesHeading);
+    std::vector<SourceChip> chips;
+    for (const auto& source : detail.sources) chips.push_back({.title = onOneLine(source), .address = ""});
+    if (!chips.empty()) pieces.push_back({"sources", {}, std::move(chips)});
+    add(pieces, "facts", words_(joined(detail.facts)));
+    return pieces;
 }
 
 }  // namespace dorix

@@ -2,7 +2,7 @@
 
 #include "base/text/Calendar.h"
 #include "localdata/HistoryItem.h"
-#include "panel/AnswerBlocks.h"
+#include "panel/BlockFeed.h"
 
 #include <functional>
 #include <optional>
@@ -11,14 +11,6 @@
 #include <vector>
 
 namespace dorix {
-
-/// A piece of what the detail shows of an item, laid out by itself.
-struct DetailBlock {
-    std::string_view kind;
-    AnswerBlock content;
-
-    bool operator==(const DetailBlock&) const = default;
-};
 
 /// How an item of the history is told, in the app language as it was at the last retranslate(). Main
 /// executor.
@@ -39,8 +31,11 @@ class ItemTexts {
     /// Above the detail: the application and the time.
     std::string place(const HistoryItem& item) const;
 
-    /// What is known of it, from its heading down to its sources.
-    std::vector<DetailBlock> blocks(const HistoryItem& item) const;
+    /// What is known of it, from its heading down to its sources: the answer in Markdown, and what stands
+    /// above and under it. What was typed is no Markdown, and stands above.
+    std::vector<DetailBlock> above(const HistoryItem& item) const;
+    static std::string_view markdown(const HistoryItem& item);
+    std::vector<DetailBlock> under(const HistoryItem& item) const;
 
  private:
     std::string appName(const HistoryItem& item) const;

@@ -18,6 +18,8 @@ PanelComposer::PanelComposer(AppState& state, SpeechInput& speech, const PanelAc
 
 bool PanelComposer::hasText() const { return !text::trim(state_.composerText.get()).empty(); }
 
+std::string PanelComposer::windowOwner() const { return actions_.toggleScreen ? state_.panelOver.get() : ""; }
+
 bool PanelComposer::maySend() const { return actions_.submitComposer && hasText(); }
 
 std::string PanelComposer::refusal() const {

@@ -22,6 +22,9 @@ class PanelComposer {
     /// more.
     Observable<std::string> heard;
 
+    /// The application that a question may be about, by its name; "" where there is none, or nobody to ask.
+    std::string windowOwner() const;
+
     /// There is a text, and somebody to send it to.
     bool maySend() const;
     /// Why nothing can be sent, in the app language; "" where somebody answers.

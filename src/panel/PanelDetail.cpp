@@ -1,5 +1,6 @@
 #include "panel/PanelDetail.h"
 
+#include "localdata/FarEngine.h"
 #include "localdata/Language.h"
 
 #include <algorithm>
@@ -10,11 +11,13 @@ namespace dorix {
 
 namespace {
 
-/// What the history calls the service, as a writer and as one who answers; all other engines run here.
+/// What the history calls the service, as a writer and as one who answers. All other engines run here, but
+/// those of other computers, of which the name says where.
 constexpr std::array<std::string_view, 2> cloudEngines{"Nube de DORIX", "nube"};
 constexpr std::string_view windowSource = "pantalla";
 
 std::string engineFact(const HistoryItem& item) {
+    if (auto host = hostOfEngine(*item.meta.engine)) return *std::move(host);
     const bool cloud = std::ranges::find(cloudEngines, *item.meta.engine) != cloudEngines.end();
     if (item.kind == HistoryKind::dictado) {
         return tr(cloud ? "Redactado en la nube de DORIX" : "Redactado en este Mac");
@@ -40,7 +43,9 @@ PanelDetail panelDetail(const HistoryItem& item) {
                        .facts = factsOf(item),
                        .context = item.meta.context.value_or(""),
                        .sources = item.meta.sources.value_or(std::vector<std::string>())};
-    if (item.answer.empty() && !dictated) detail.placeholder = tr("Pensando…");
+    // One that ended without a word says by whom it was answered.
+    const bool isRunning = item.answer.empty() && !dictated && !item.meta.engine;
+    if (isRunning) detail.placeholder = tr("Pensando…");
     if (!detail.sources.empty()) detail.sourcesHeading = tr("Fuentes");
     return detail;
 }

@@ -11,7 +11,7 @@ namespace dorix {
 /// item's; the answer is Markdown.
 struct PanelDetail {
     std::string heading;             // above the query
-    std::string placeholder;         // in place of an answer that has not begun; empty when there is one
+    std::string placeholder;         // in place of an answer that is yet to come; else empty
     std::vector<std::string> facts;  // how it was written, one short sentence each
     std::string context;             // what the question was about, such as the beginning of a selection
     std::string sourcesHeading;      // empty when there are no sources

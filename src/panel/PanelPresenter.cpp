@@ -33,6 +33,9 @@ void PanelPresenter::captureTarget() {
     auto context = steps_.capture();
     if (hide_.isActive() && !context.app) return;
     panelTarget_ = std::move(context);
+    state_.panelOver.set(panelTarget_.app ? panelTarget_.displayName : "");
+    // No window goes with a question unseen.
+    if (!panelTarget_.app) state_.composerScreen.set(false);
 }
 
 void PanelPresenter::close() {

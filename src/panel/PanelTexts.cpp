@@ -69,6 +69,11 @@ std::vector<std::pair<const char*, std::string>> words(const Abilities& abilitie
 
 std::string micButton(bool recording) { return tr(recording ? "Terminar dictado" : "Dictar"); }
 
+std::string screenButton(bool isOn, const std::string& app) {
+    return formatText(tr(isOn ? "Se adjuntará la ventana de %@" : "Adjuntar la ventana de %@ a la pregunta"),
+                      {app});
+}
+
 Welcome welcome(const AppState& state) {
     const auto& keys = state.keys.get();
     const bool answers = state.abilities.get().answers;

@@ -19,6 +19,9 @@ std::vector<std::pair<const char*, std::string>> words(const Abilities& abilitie
 /// Of the composer's microphone.
 std::string micButton(bool recording);
 
+/// Of the button by which the window of `app` goes with the question.
+std::string screenButton(bool isOn, const std::string& app);
+
 /// What shows while no item is selected.
 struct Welcome {
     std::string title;

@@ -55,6 +55,11 @@ bool justCopied(const HistoryPanel& panel) {
     return item != nullptr && panel.clipboard.copiedID.get() == item->id;
 }
 
+bool isSpoken(const HistoryPanel& panel) {
+    const HistoryItem* item = panel.selection.item();
+    return item != nullptr && panel.speakingID.get() == item->id;
+}
+
 std::string insertLabel(const HistoryPanel& panel) {
     const HistoryItem* item = panel.selection.item();
     return tr(item != nullptr && item->kind == HistoryKind::dictado ? "Insertar de nuevo" : "Insertar");
@@ -90,6 +95,15 @@ constexpr std::array verbs{
          .isDone = justCopied,
          .doneLabel = "Copiado",
          .places = in(detail) | in(itemMenu)},
+    Verb{.id = "speak",
+         .isPossible =
+             [](const HistoryPanel& panel) {
+                 return canWithItem<&PanelActions::speak>(panel) && !panel.selection.item()->answer.empty();
+             },
+         .act = doWithItem<&PanelActions::speak>,
+         .label = [](const HistoryPanel& panel) { return tr(isSpoken(panel) ? "Detener" : "Escuchar"); },
+         .places = in(detailEnd) | in(itemMenu),
+         .mark = VerbMark::speak},
     Verb{.id = "remove",
          .isPossible = canWithItem<&PanelActions::remove>,
          .act = doWithItem<&PanelActions::remove>,
@@ -122,6 +136,9 @@ constexpr std::array verbs{
          .mark = VerbMark::close},
     Verb{
         .id = "toggleMic", .isPossible = can<&PanelActions::toggleMic>, .act = act<&PanelActions::toggleMic>},
+    Verb{.id = "toggleScreen",
+         .isPossible = can<&PanelActions::toggleScreen>,
+         .act = act<&PanelActions::toggleScreen>},
     Verb{.id = "undo", .isPossible = always, .act = [](HistoryPanel& panel) { panel.deletions.undo(); }},
     // Ways about.
     Verb{.id = "next", .isPossible = always, .act = moveBy<1>},
@@ -172,7 +189,9 @@ std::vector<PanelOffer> panelOffers(const HistoryPanel& panel, VerbPlace place) 
         if (verb.isDone(panel)) {
             offers.push_back({verb.id, tr(verb.doneLabel), VerbMark::done, verb.isMain});
         } else {
-            offers.push_back({verb.id, verb.label(panel), verb.mark, verb.isMain});
+            const bool silences = verb.mark == VerbMark::speak && isSpoken(panel);
+            const auto mark = silences ? VerbMark::silence : verb.mark;
+            offers.push_back({verb.id, verb.label(panel), mark, verb.isMain});
         }
     }
     return offers;

@@ -21,6 +21,7 @@ struct PanelActions {
     std::function<void()> openSettings;
     std::function<void()> submitComposer;
     std::function<void()> toggleMic;
+    std::function<void()> toggleScreen;
     ItemAction reinsert;
     ItemAction copy;
     ItemAction remove;
@@ -37,8 +38,8 @@ enum class VerbPlace {
     panelMenu,
 };
 
-/// What stands on a button, beside its label or, for the last two, in place of it.
-enum class VerbMark { none, done, remove, close };
+/// What stands on a button, beside its label or, for all but the first two, in place of it.
+enum class VerbMark { none, done, speak, silence, remove, close };
 
 /// A verb as it is offered just now.
 struct PanelOffer {

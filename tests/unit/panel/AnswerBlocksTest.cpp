@@ -1,9 +1,12 @@
 #include "panel/AnswerBlocks.h"
+#include "panel/BlockFeed.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace dorix {
 namespace {
@@ -49,6 +52,38 @@ TEST(AnswerBlocksTest, NoBlockIsLongAndNothingIsLost) {
     std::erase(together, ' ');
     std::erase(text, ' ');
     EXPECT_EQ(together, text);
+}
+
+/// What more of a text can do to the blocks that were there.
+TEST(AnswerBlockStreamTest, WhereverATextHasComeToItsBlocksAreThoseOfTheWhole) {
+    const std::string marks =
+        "# Título\nuna línea\notra\n\n- uno\n  sigue\n  - dentro\n12. doce\n> cita\n> más\n\n---\n"
+        "```py\n# no\n\n  x  \n~~~\n```  \n| a | b |\n|---|---|\n-\n- \n--\n---x\r\n## \n#\n# #\n## #1 "
+        "Plan\n~~~\nfin";
+    std::string longLine = "> ";
+    for (int i = 0; i < 900; ++i) longLine += i % 7 == 0 ? "ñandú   " : "voló ";
+    const std::string text = marks + "\n~~~\n" + longLine + "\n" + std::string(300, '-') + "\n# " + longLine +
+                             longLine + "\n```\n" + longLine + "\n" + longLine + "\n```\n1. x\n" +
+                             std::string(2100, ' ') + "--- y";
+    for (const std::size_t step : {1U, 13U, 700U, 5000U}) {
+        AnswerBlockStream stream;
+        std::vector<AnswerBlock> shown;
+        for (std::size_t end = 0; end < text.size() + step; end += step) {
+            const auto part = std::string_view(text).substr(0, end);
+            const auto first = stream.update(part);
+            ASSERT_LE(first, shown.size());
+            shown.resize(first);
+            shown.insert(shown.end(), stream.blocks().begin() + static_cast<std::ptrdiff_t>(first),
+                         stream.blocks().end());
+            ASSERT_TRUE(shown == answerBlocks(part)) << end;
+        }
+    }
+    AnswerBlockStream stream;
+    stream.update("uno\n\ndos ");
+    stream.update("uno\n\ndos");
+    EXPECT_EQ(stream.blocks(), answerBlocks("uno\n\ndos"));
+    stream.update("otro");
+    EXPECT_EQ(stream.blocks(), answerBlocks("otro"));
 }
 
 TEST(RichTextTest, MarksWithinTheLine) {

@@ -46,18 +46,22 @@ TEST(PanelDetailTest, TellsHowAnItemWasWritten) {
                                 .meta = {.tone = "Técnico", .engine = "Básico", .source = "voz"}};
     EXPECT_EQ(panelDetail(dictation), (PanelDetail{.heading = "Lo que dijiste",
                                                    .facts = {"Tono: Técnico", "Redactado en este Mac"}}));
-    const HistoryItem question{
+    HistoryItem question{
         .kind = HistoryKind::seleccion,
         .app = "Correo",
         .answer = "",
         .meta = {.engine = "nube", .source = "pantalla", .context = "un texto", .sources = {{"a.pdf"}}}};
     EXPECT_EQ(panelDetail(question),
               (PanelDetail{.heading = "Sobre la selección",
-                           .placeholder = "Pensando…",
                            .facts = {"Respondido en la nube de DORIX", "Con la ventana de Correo"},
                            .context = "un texto",
                            .sourcesHeading = "Fuentes",
-                           .sources = {"a.pdf"}}));
+                           .sources = {"a.pdf"}}))
+        << "it was answered, without a word";
+    question.meta = {};
+    EXPECT_EQ(panelDetail(question).placeholder, "Pensando…");
+    const HistoryItem elsewhere{.answer = "ya", .meta = {.engine = "servidor gpu.example.org"}};
+    EXPECT_THAT(panelDetail(elsewhere).facts, ElementsAre("gpu.example.org"));
 }
 
 // Deleting

@@ -75,6 +75,18 @@ TEST_F(PanelVerbsTest, OffersWhatCanBeDone) {
     EXPECT_FALSE(perform(panel, "close")) << "without anybody who could";
 }
 
+TEST_F(PanelVerbsTest, OneItemIsReadAloudAtATime) {
+    std::string read;
+    panel.actions.speak = [&](const HistoryItem& item) { read = item.id; };
+    state.selectedID.set("b");
+    EXPECT_THAT(offered(VerbPlace::detailEnd), ElementsAre("Escuchar", "Borrar"));
+    EXPECT_TRUE(perform(panel, "speak"));
+    panel.speakingID.set(read);
+    EXPECT_THAT(offered(VerbPlace::detailEnd), ElementsAre("Detener", "Borrar"));
+    state.selectedID.set("c");
+    EXPECT_THAT(offered(VerbPlace::detailEnd), ElementsAre("Escuchar", "Borrar"));
+}
+
 TEST_F(PanelVerbsTest, EveryKeyOfEveryPlaceAsksForAVerbThatThereIs) {
     state.selectedID.set("c");
     panel.layout.setWidth(100);
