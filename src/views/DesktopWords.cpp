@@ -81,4 +81,6 @@ std::string desktopWords(std::string_view text) {
     return result;
 }
 
+QString shown(std::string_view text) { return QString::fromStdString(desktopWords(text)); }
+
 }  // namespace dorix

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QString>
 #include <string>
 #include <string_view>
 
@@ -9,5 +10,7 @@ namespace dorix {
 /// computer. The texts themselves know nothing of it; views apply it to what they are about to draw. Any
 /// thread.
 std::string desktopWords(std::string_view text);
+/// The same, as the toolkit takes it.
+QString shown(std::string_view text);
 
 }  // namespace dorix

@@ -26,6 +26,10 @@ QString glyph(VerbMark mark) {
             break;
         case VerbMark::done:
             return QStringLiteral("\uf12c");  // check
+        case VerbMark::speak:
+            return QStringLiteral("\uf57e");  // volume-high
+        case VerbMark::silence:
+            return QStringLiteral("\uf4db");  // stop
         case VerbMark::remove:
             return QStringLiteral("\uf1c0");  // delete
         case VerbMark::close:

@@ -1,25 +1,30 @@
 #pragma once
 
+#include "card/AnswerCardPresenter.h"
 #include "overlay/AppWindow.h"
 #include "panel/HistoryPanel.h"
 #include "platform/DesktopAppearance.h"
+#include "views/FormOnDemand.h"
 #include "views/Surroundings.h"
-#include "views/account/AccountOnDemand.h"
-#include "views/onboarding/OnboardingOnDemand.h"
+#include "views/card/CardOnDemand.h"
 #include "views/overlay/IconView.h"
 #include "views/panel/PanelOnDemand.h"
-#include "views/settings/SettingsOnDemand.h"
 
 namespace dorix {
 
-/// What the user sees: the icon, the HUD beside it, the panel, the account's window, that of the first run
-/// and the settings. They render the state and call the verbs; they decide nothing. Main thread.
+class AccountForm;
+class Onboarding;
+class SettingsForm;
+
+/// What the user sees: the icon, the HUD beside it, the panel, the answer's card, the account's window, that
+/// of the first run and the settings. They render the state and call the verbs; they decide nothing. Main
+/// thread.
 class Views {
  public:
     /// Needs an application that can draw. What it is given must outlive the views.
     Views(Surroundings& surroundings, AppState& state, SettingsStore& settings, SpeechInput& speech,
-          HistoryPanel& panel, AccountForm& account, Onboarding& onboarding, SettingsForm& form,
-          IconView::Verbs verbs);
+          HistoryPanel& panel, AnswerCardPresenter& card, AccountForm& account, Onboarding& onboarding,
+          SettingsForm& form, IconView::Verbs verbs);
     Views(const Views&) = delete;
     Views& operator=(const Views&) = delete;
 
@@ -27,6 +32,7 @@ class Views {
     AppWindows windows() {
         return {.icon = &icon_,
                 .panel = &panel_,
+                .card = &card_,
                 .account = &account_,
                 .onboarding = &onboarding_,
                 .settings = &settings_};
@@ -35,9 +41,10 @@ class Views {
  private:
     IconView icon_;
     PanelOnDemand panel_;
-    AccountOnDemand account_;
-    OnboardingOnDemand onboarding_;
-    SettingsOnDemand settings_;
+    CardOnDemand card_;
+    FormOnDemand account_;
+    FormOnDemand onboarding_;
+    FormOnDemand settings_;
 };
 
 }  // namespace dorix

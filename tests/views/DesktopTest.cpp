@@ -10,9 +10,11 @@
 #include "views/Application.h"
 #include "views/OnboardingBench.h"
 #include "views/PanelBench.h"
+#include "views/ScreenMap.h"
 #include "views/ShownText.h"
 #include "views/Tokens.h"
 #include "views/Views.h"
+#include "views/card/AnswerCardWindow.h"
 #include "views/overlay/FloatingIconWindow.h"
 #include "views/overlay/HUDWindow.h"
 #include "views/overlay/MenuWindow.h"
@@ -186,6 +188,18 @@ QRgb screenColor(QPoint point) {
     return QGuiApplication::primaryScreen()->grabWindow().toImage().pixel(point);
 }
 
+/// What can be read there just now, in pieces of an answer.
+std::vector<QString> textsOf(const QQuickWindow& window) {
+    std::vector<QString> texts;
+    for (const auto& shown : shownTexts(window, QRectF({}, window.size()))) {
+        if (shown.seen.height() > 8) texts.push_back(shown.text());
+    }
+    return texts;
+}
+bool showsText(const QQuickWindow& window, const QString& text) {
+    return std::ranges::any_of(textsOf(window), [&](const QString& one) { return one.contains(text); });
+}
+
 /// The views on the display in $DISPLAY, under the hands of a user.
 class ViewsDesktopTest : public ::testing::Test {
  protected:
@@ -204,12 +218,12 @@ class ViewsDesktopTest : public ::testing::Test {
         windows_ = std::make_unique<X11Windows>(*connection_);
         windowSystem_ = std::make_unique<X11WindowSystem>(*connection_, *windows_, finishToolkitRequests);
         surroundings_ = std::make_unique<Surroundings>(*loop_, defaults_, appearance_, *windowSystem_);
-        views_ =
-            std::make_unique<Views>(*surroundings_, bench_->state, bench_->settings, bench_->speech,
-                                    bench_->panel, account_->form, onboarding_->onboarding, settings_->form,
-                                    IconView::Verbs{.clicked = [this] { ++clicks_; },
-                                                    .tooltip = [] { return iconTooltip({}, {}, false); },
-                                                    .menu = [this] { return menuItems(); }});
+        views_ = std::make_unique<Views>(*surroundings_, bench_->state, bench_->settings, bench_->speech,
+                                         bench_->panel, bench_->answer, account_->form,
+                                         onboarding_->onboarding, settings_->form,
+                                         IconView::Verbs{.clicked = [this] { ++clicks_; },
+                                                         .tooltip = [] { return iconTooltip({}, {}, false); },
+                                                         .menu = [this] { return menuItems(); }});
         hands(at({5, 5}));
         other_.emplace();
         views_->windows().icon->place();
@@ -259,6 +273,7 @@ class ViewsDesktopTest : public ::testing::Test {
     static FloatingIconWindow& icon() { return *find<FloatingIconWindow>(); }
     static HUDWindow* hud() { return find<HUDWindow>(); }
     static PanelWindow* panel() { return find<PanelWindow>(); }
+    static AnswerCardWindow* card() { return find<AnswerCardWindow>(); }
     static QPoint middle() { return icon().geometry().center(); }
     /// In the corner of a screen whose own corner is there.
     static bool iconIsIn(QPoint corner) {
@@ -282,6 +297,30 @@ class ViewsDesktopTest : public ::testing::Test {
         views_->windows().panel->show();
         ASSERT_TRUE(runUntil([&] { return panel()->isExposed() && panel()->isActive(); }));
     }
+    /// The card as the shell shows it, over another program's window, which keeps the keyboard.
+    void openCard() {
+        bench_->answer.actions.close = [this] {
+            bench_->answer.hide();
+            views_->windows().card->hide();
+        };
+        bench_->card.set(asked_);
+        bench_->answer.show();
+        views_->windows().card->place();
+        views_->windows().card->show();
+        ASSERT_TRUE(runUntil([&] { return card()->isExposed(); }));
+    }
+    void answer(const std::string& text, bool isLast = false) {
+        asked_.answer = text;
+        asked_.streaming = !isLast;
+        bench_->card.set(asked_);
+    }
+    /// Of the screen, as the toolkit counts.
+    static QRect cardFrame() { return screenmap::toQt(card()->cardFrame()); }
+    static std::string lines(int count) {
+        std::string text;
+        for (int i = 1; i <= count; ++i) text += "Línea " + std::to_string(i) + ".\n\n";
+        return text;
+    }
     void closePanel() {
         bench_->state.panelOpen.set(false);
         views_->windows().panel->hide();
@@ -302,6 +341,8 @@ class ViewsDesktopTest : public ::testing::Test {
     std::optional<Client> other_;
     int clicks_ = 0;
     std::string chosen_;
+    AnswerCard asked_{
+        .id = "1", .appName = "Notas", .question = "¿Qué dice este párrafo?", .streaming = true};
 };
 
 TEST_F(ViewsDesktopTest, AClickWithASlipIsAClickAndMovesNothing) {
@@ -557,6 +598,97 @@ TEST_F(ViewsDesktopTest, InANarrowPanelEverythingCanBeDoneAsInAWideOne) {
     press("Down Right Left Down");
     EXPECT_TRUE(runUntil([&] { return bench_->state.selectedID.get() == "dos"; }));
     EXPECT_TRUE(bench_->panel.layout.showsList());
+}
+
+TEST_F(ViewsDesktopTest, TheCardGrowsWithoutTakingTheKeyboardFromWhoAsked) {
+    const auto editor = other_->open({100, 100, 300, 200});
+    ASSERT_TRUE(runUntil([&] { return other_->focus() == editor; }));
+    openCard();
+    EXPECT_TRUE(shows(*card(), "Pensando…"));
+    const QRect small = cardFrame();
+    EXPECT_FALSE(small.intersects(icon().geometry().adjusted(22, 22, -22, -22)));
+    answer(lines(5));
+    EXPECT_TRUE(runUntil([&] { return cardFrame().height() > small.height(); }));
+    EXPECT_EQ(cardFrame().bottom(), small.bottom()) << "it stays where it stands";
+    answer(lines(200));
+    EXPECT_TRUE(runUntil([&] { return cardFrame().top() == 8; }));
+    runFor(0.3);
+    EXPECT_EQ(other_->focus(), editor);
+    click({cardFrame().right() + 100 - 460 - 200, 400});  // beside it: it is not there for the pointer
+    EXPECT_EQ(other_->focus(), editor);
+
+    click(cardFrame().center());
+    ASSERT_TRUE(runUntil([&] { return card()->isActive(); }));
+    press("Escape");
+    EXPECT_TRUE(runUntil([&] { return !card()->isVisible(); }));
+    EXPECT_TRUE(runUntil([&] { return other_->focus() == editor; })) << "given back";
+}
+
+TEST_F(ViewsDesktopTest, TheCardStandsAboveAFilmWithoutTheKeyboard) {
+    const auto film = other_->open({0, 0, 1280, 800});
+    ASSERT_TRUE(runUntil([&] { return other_->focus() == film; }));
+    other_->setFullScreen(film, true);
+    ASSERT_TRUE(runUntil([&] { return !icon().isVisible(); }));
+    openCard();
+    const QRgb surface = tokens::light.surface;
+    EXPECT_TRUE(runUntil([&] { return screenColor(cardFrame().topRight() + QPoint(-150, 24)) == surface; }));
+    EXPECT_EQ(other_->focus(), film);
+}
+
+TEST_F(ViewsDesktopTest, TheCardFollowsTheEndUntilTheUserScrollsBack) {
+    openCard();
+    answer(lines(100));
+    EXPECT_TRUE(runUntil([&] { return showsText(*card(), "Línea 100.") && cardFrame().top() == 8; }));
+    runFor(0.2);
+    hands(at(cardFrame().center()) + "click --repeat 12 --delay 10 4");
+    EXPECT_TRUE(runUntil([&] { return !showsText(*card(), "Línea 100."); }));
+    const auto seen = textsOf(*card());
+    answer(lines(160));
+    runFor(0.3);
+    EXPECT_TRUE(textsOf(*card()) == seen) << "what is being read stays";
+    hands(at(cardFrame().center()) + "click --repeat 80 --delay 10 5");
+    EXPECT_TRUE(runUntil([&] { return showsText(*card(), "Línea 160."); }));
+    answer(lines(180), true);
+    EXPECT_TRUE(runUntil([&] { return showsText(*card(), "Línea 180.") && shows(*card(), "Copiar"); }));
+}
+
+TEST_F(ViewsDesktopTest, TheCardStaysWhereItIsDraggedAndIsThereTheNextTime) {
+    openCard();
+    answer(lines(4), true);
+    ASSERT_TRUE(runUntil([&] { return shows(*card(), "Copiar"); }));
+    runFor(0.2);  // a window manager may still be at its place
+    const QRect before = cardFrame();
+    const QPoint head = before.topLeft() + QPoint(200, 24);
+    drag(head, head + QPoint(-300, -200));
+    EXPECT_TRUE(runUntil([&] { return savedCardPosition(defaults_, "").has_value(); }));
+    EXPECT_TRUE(runUntil([&] { return cardFrame() == before.translated(-300, -200); }));
+    answer(lines(8), true);
+    EXPECT_TRUE(runUntil([&] { return cardFrame().height() > before.height(); }));
+    EXPECT_EQ(cardFrame().topLeft(), before.topLeft() + QPoint(-300, -200))
+        << "from there it grows downwards";
+    bench_->answer.actions.close();
+    ASSERT_TRUE(runUntil([&] { return !card()->isVisible(); }));
+    openCard();
+    EXPECT_TRUE(runUntil([&] { return cardFrame().topLeft() == before.topLeft() + QPoint(-300, -200); }));
+}
+
+TEST_F(ViewsDesktopTest, TheCardIsWhollyUsableByKeyboardOnceItIsCalled) {
+    std::string inserted;
+    bench_->answer.actions.insert = [&](std::string text) { inserted = std::move(text); };
+    asked_.sources = {{"Página", "https://a.example/p"}, {"Nota", std::nullopt}};
+    openCard();
+    answer("Lee [esto](https://b.example).", true);
+    ASSERT_TRUE(runUntil([&] { return shows(*card(), "Insertar"); }));
+    views_->windows().card->takeKeyboard();
+    ASSERT_TRUE(runUntil([&] { return card()->isActive(); }));
+    press("Return");
+    EXPECT_TRUE(runUntil([&] { return inserted == asked_.answer; }));
+    press("Tab Return Tab Return");
+    const std::vector<std::string> opened{"https://b.example", "https://a.example/p"};
+    EXPECT_TRUE(runUntil([&] { return bench_->urls.opened == opened; }));
+    press("ctrl+c");
+    EXPECT_TRUE(runUntil([&] { return !bench_->pasteboard.log.empty(); }));
+    EXPECT_EQ(bench_->pasteboard.log.back(), "setString " + asked_.answer);
 }
 
 TEST_F(ViewsDesktopTest, AtRestNoFrameIsDrawn) {

@@ -74,6 +74,9 @@ struct Picture {
 /// The states of the icon, the HUD beside it, the tooltip and the menu.
 std::vector<Picture> iconPictures();
 std::vector<Picture> panelPictures();
+/// The states of the answer's card.
+std::vector<Picture> cardPictures();
+std::vector<Picture> largeCardPictures();
 /// The states of the account's window.
 std::vector<Picture> accountPictures();
 /// The steps of the first run.

@@ -20,7 +20,8 @@ class OnboardingExhibit final : public Exhibit {
     void show(Step step) {
         auto& onboarding = firstRun.onboarding;
         for (onboarding.begin(); onboarding.step().get() != step;) onboarding.next();
-        if (hasPractised) onboarding.fieldChanged("hola");
+        bench.state.practises.set(hasPractised);
+        if (hasPractised) onboarding.dictated();
         auto window = std::make_unique<OnboardingWindow>(context, bench.settings, onboarding);
         window->fit();
         // What its rows need is known once they have been laid out, as they are to be drawn.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "card/AnswerCardPresenter.h"
 #include "dictation/AppState.h"
 #include "fakes/FakeDesktop.h"
 #include "fakes/FakePasteboard.h"
@@ -12,15 +13,17 @@
 
 namespace dorix::testing {
 
-/// What the windows show: the panel's part of the program, with nothing around it.
+/// What the windows show: the part of the program that the panel and the card have, with nothing around it.
 struct PanelBench {
     PanelBench(Executor& executor, UserDefaults& defaults)
         : speech(executor),
           settings(defaults, loginItem, SystemLanguages{}),
           exporter(executor, executor, savePanel, files, folder.path() / "dorix.sqlite"),
-          panel(executor, state, speech, history, pasteboard, urls, exporter) {
+          panel(executor, state, speech, history, pasteboard, urls, exporter),
+          answer({.executor = executor, .card = card, .pasteboard = pasteboard, .urls = urls}) {
         panel.actions.close = [] {};
         panel.actions.reinsert = [](const HistoryItem&) {};
+        panel.actions.speak = [](const HistoryItem&) {};
     }
 
     FakeLoginItem loginItem;
@@ -35,6 +38,8 @@ struct PanelBench {
     HistoryStore history{folder.path() / "dorix.sqlite"};
     PanelExport exporter;
     HistoryPanel panel;
+    AnswerCardPresenter::Card card;
+    AnswerCardPresenter answer;
 };
 
 }  // namespace dorix::testing

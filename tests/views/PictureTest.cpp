@@ -41,10 +41,12 @@ std::vector<Picture> allPictures() {
     if (qGuiApp->devicePixelRatio() == 2) {
         auto large = largePanelPictures();
         for (auto& picture : largeSettingsPictures()) large.push_back(std::move(picture));
+        for (auto& picture : largeCardPictures()) large.push_back(std::move(picture));
         return large;
     }
     auto pictures = iconPictures();
     for (auto& picture : panelPictures()) pictures.push_back(std::move(picture));
+    for (auto& picture : cardPictures()) pictures.push_back(std::move(picture));
     for (auto& picture : accountPictures()) pictures.push_back(std::move(picture));
     for (auto& picture : onboardingPictures()) pictures.push_back(std::move(picture));
     for (auto& picture : settingsPictures()) pictures.push_back(std::move(picture));

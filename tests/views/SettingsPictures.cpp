@@ -1,4 +1,5 @@
 #include "fakes/settings/SettingsBench.h"
+#include "localdata/Language.h"
 #include "views/Exhibit.h"
 #include "views/Tokens.h"
 #include "views/settings/SettingsWindow.h"
@@ -92,6 +93,22 @@ std::vector<Picture> settingsPictures() {
                         exhibit.form().search("licencia");
                     },
                     {english}),
+            picture("settings-memory", "memory",
+                    [](SettingsExhibit& exhibit) {
+                        auto& memory = exhibit.settings.memory;
+                        memory.documents.set(1284);
+                        memory.indexing.set(true);
+                        memory.progress.set(formatText(tr("Leyendo %@…"), {"Informe Q3.pdf"}));
+                        exhibit.executor.advanceBy(1);
+                    },
+                    {light, englishDark}),
+            picture("settings-forget", "memory",
+                    [](SettingsExhibit& exhibit) {
+                        exhibit.settings.memory.available.set(false);
+                        exhibit.form().press("memory.clear-activity", "clear");
+                        exhibit.form().search("borrar");
+                    },
+                    {dark}),
             picture("settings-account", "account", asItIs, {light}),
             picture("settings-privacy", "privacy",
                     [](SettingsExhibit& exhibit) {

@@ -2,7 +2,6 @@
 
 #include "localdata/Language.h"
 #include "views/DesktopWords.h"
-#include "views/ScreenMap.h"
 #include "views/Tokens.h"
 
 #include <QQuickItem>
@@ -13,11 +12,7 @@ namespace {
 
 using Step = AccountForm::Step;
 
-constexpr int reach = tokens::shadowReach;
-constexpr QMargins shadow{reach, reach, reach, reach};
 constexpr int cardWidth = 400;
-
-QString shown(const std::string& text) { return QString::fromStdString(desktopWords(text)); }
 
 const char* stepName(Step step) {
     switch (step) {
@@ -71,16 +66,13 @@ std::string explanation(Step step, const std::string& email) {
 }  // namespace
 
 AccountWindow::AccountWindow(const ViewContext& context, SettingsStore& settings, AccountForm& form)
-    : OverlayPanel(context, WindowSystem::Kind::panel, Focusable::yes), form_(form) {
-    view().insert({{"shown", false},
-                   {"busy", form.busy.get()},
+    : FormWindow(context, {cardWidth, cardWidth}), form_(form) {
+    view().insert({{"busy", form.busy.get()},
                    {"error", shown(form.error.get())},
                    {"notice", shown(form.notice.get())},
                    {"byKeyboard", true}});
     showWords();
-    resize(QSize(cardWidth, cardWidth).grownBy(shadow));
-    load("Account", {{"verbs", QVariant::fromValue(this)}});
-    onCancel = [this] { onClosed(); };
+    loadForm("Account");
     watch(settings);
     connect(rootObject(), SIGNAL(wantedHeightChanged()), this, SLOT(fit()));
 }
@@ -133,34 +125,10 @@ void AccountWindow::showStep() {
                    {"server", QString::fromStdString(form_.server())}});
 }
 
-void AccountWindow::open() {
+void AccountWindow::aboutToOpen() {
     if (!isVisible()) form_.begin();
-    fit();
-    if (!isVisible()) {
-        const QRect screen =
-            screenmap::toQt(screenmap::clearOfBars(context().windowSystem).front().visibleFrame);
-        const QPoint middle = screen.center() - QPoint(width(), height()) / 2;
-        setPosition(middle);
-    }
-    const int pixels = qRound(reach * devicePixelRatio());
-    context().windowSystem.setFrameExtents(winId(), {pixels, pixels, pixels, pixels});
-    view().insert("shown", true);
-    orderFrontRegardless();
-    context().windowSystem.bringToFront(winId());
-    QMetaObject::invokeMethod(rootObject(), "focusFirst");
 }
 
-void AccountWindow::fit() {
-    QMetaObject::invokeMethod(rootObject(), "layOut");
-    const int wanted = qRound(rootObject()->property("wantedHeight").toReal());
-    if (wanted > 0) resize(cardWidth + 2 * reach, wanted + 2 * reach);
-    reshape();
-}
-
-void AccountWindow::reshape() {
-    const QRectF shape = QRectF(QPointF(0, 0), size()).marginsRemoved(shadow);
-    cutTo(shape, tokens::cardRadius);
-    takePointerIn(shape, tokens::cardRadius);
-}
+QSize AccountWindow::cardSize() { return {cardWidth, contentHeight()}; }
 
 }  // namespace dorix

@@ -2,27 +2,19 @@
 
 #include "cloud/AccountForm.h"
 #include "localdata/SettingsStore.h"
-#include "views/OverlayPanel.h"
+#include "views/FormWindow.h"
 
 #include <QObject>
 
 namespace dorix {
 
 /// The account's window, in the middle of the screen. Main thread.
-class AccountWindow final : public OverlayPanel {
+class AccountWindow final : public FormWindow {
     Q_OBJECT
 
  public:
     /// All must outlive the window.
     AccountWindow(const ViewContext& context, SettingsStore& settings, AccountForm& form);
-
-    void open();
-
-    /// Becomes as high as what it shows.
-    Q_SLOT void fit();
-
-    /// Called when the user closes it.
-    std::function<void()> onClosed = [] {};
 
     // What the QML file asks for.
     Q_INVOKABLE void sendCode(const QString& email) { form_.sendCode(email.toStdString()); }
@@ -34,14 +26,15 @@ class AccountWindow final : public OverlayPanel {
     Q_INVOKABLE void useServer(const QString& address) { form_.useServer(address.toStdString()); }
     Q_INVOKABLE void useThisComputer() { form_.useThisComputer(); }
     Q_INVOKABLE void back() { form_.begin(); }
-    Q_INVOKABLE void closeWindow() { onClosed(); }
-    Q_INVOKABLE void moveWindow() { startSystemMove(); }
+
+ protected:
+    void aboutToOpen() override;
+    QSize cardSize() override;
 
  private:
     void watch(SettingsStore& settings);
     void showWords();
     void showStep();
-    void reshape();
 
     AccountForm& form_;
     std::vector<Subscription> subscriptions_;

@@ -2,7 +2,6 @@
 
 #include "localdata/Language.h"
 #include "views/DesktopWords.h"
-#include "views/ScreenMap.h"
 #include "views/Tokens.h"
 
 #include <QQuickItem>
@@ -15,11 +14,7 @@ namespace {
 using Step = Onboarding::Step;
 using Tone = OnboardingRow::Tone;
 
-constexpr int reach = tokens::shadowReach;
-constexpr QMargins shadow{reach, reach, reach, reach};
 constexpr int cardWidth = 560;
-
-QString shown(const std::string& text) { return QString::fromStdString(desktopWords(text)); }
 
 std::string heading(Step step, bool isMissing) {
     switch (step) {
@@ -82,12 +77,10 @@ QVariantMap shownRow(const OnboardingRow& row) {
 
 OnboardingWindow::OnboardingWindow(const ViewContext& context, SettingsStore& settings,
                                    Onboarding& onboarding)
-    : OverlayPanel(context, WindowSystem::Kind::panel, Focusable::yes), onboarding_(onboarding) {
-    view().insert({{"shown", false}, {"byKeyboard", true}});
+    : FormWindow(context, {cardWidth, cardWidth}), onboarding_(onboarding) {
+    view().insert("byKeyboard", true);
     showWords();
-    resize(QSize(cardWidth, cardWidth).grownBy(shadow));
-    load("Onboarding", {{"verbs", QVariant::fromValue(this)}});
-    onCancel = [this] { onClosed(); };
+    loadForm("Onboarding");
     watch(settings);
     connect(rootObject(), SIGNAL(wantedHeightChanged()), this, SLOT(fit()), Qt::QueuedConnection);
 }
@@ -111,9 +104,6 @@ void OnboardingWindow::showWords() {
     };
     put("title", "Bienvenido a DORIX");
     put("motto", "La IA que ve, escucha, entiende y actúa.");
-    put("permissions",
-        "Para escribir por ti en cualquier aplicación, DORIX necesita tres permisos. Todo lo que dictas se "
-        "transcribe en este Mac.");
     put("field", "Prueba a dictar aquí");
     put("success", "Funciona: DORIX lo ha escrito por ti.");
     put("home", "DORIX está en su icono: con un clic, tu historial; con el botón derecho, su menú.");
@@ -129,6 +119,7 @@ void OnboardingWindow::showContents() {
     view().insert({{"step", static_cast<int>(step)},
                    {"place", shown(formatText(dorix::tr("Paso %d de %d"), {static_cast<int>(step) + 1, 4}))},
                    {"heading", shown(heading(step, !onboarding_.missing().empty()))},
+                   {"permissions", shown(onboarding_.permissionsText())},
                    {"practice", shown(onboarding_.practiceText())},
                    {"practised", onboarding_.hasPractised().get()},
                    {"missing", shown(onboarding_.missing())},
@@ -147,34 +138,6 @@ void OnboardingWindow::showRows() {
     if (view().value("rows").toList() != rows) view().insert("rows", rows);
 }
 
-void OnboardingWindow::open() {
-    fit();
-    if (!isVisible()) {
-        const QRect screen =
-            screenmap::toQt(screenmap::clearOfBars(context().windowSystem).front().visibleFrame);
-        setPosition(screen.center() - QPoint(width(), height()) / 2);
-    }
-    const int pixels = qRound(reach * devicePixelRatio());
-    context().windowSystem.setFrameExtents(winId(), {pixels, pixels, pixels, pixels});
-    view().insert("shown", true);
-    orderFrontRegardless();
-    context().windowSystem.bringToFront(winId());
-    QMetaObject::invokeMethod(rootObject(), "focusFirst");
-}
-
-void OnboardingWindow::fit() {
-    QMetaObject::invokeMethod(rootObject(), "layOut");
-    const QRect screen = screenmap::toQt(screenmap::clearOfBars(context().windowSystem).front().visibleFrame);
-    const int wanted = qRound(rootObject()->property("wantedHeight").toReal());
-    const int width = std::min(cardWidth, screen.width());
-    if (wanted > 0) resize(width + 2 * reach, std::min(wanted, screen.height()) + 2 * reach);
-    reshape();
-}
-
-void OnboardingWindow::reshape() {
-    const QRectF shape = QRectF(QPointF(0, 0), size()).marginsRemoved(shadow);
-    cutTo(shape, tokens::cardRadius);
-    takePointerIn(shape, tokens::cardRadius);
-}
+QSize OnboardingWindow::cardSize() { return {cardWidth, contentHeight()}; }
 
 }  // namespace dorix

@@ -2,27 +2,19 @@
 
 #include "localdata/SettingsStore.h"
 #include "onboarding/Onboarding.h"
-#include "views/OverlayPanel.h"
+#include "views/FormWindow.h"
 
 #include <QObject>
 
 namespace dorix {
 
 /// The window of the first run, in the middle of the screen. Main thread.
-class OnboardingWindow final : public OverlayPanel {
+class OnboardingWindow final : public FormWindow {
     Q_OBJECT
 
  public:
     /// All must outlive the window.
     OnboardingWindow(const ViewContext& context, SettingsStore& settings, Onboarding& onboarding);
-
-    void open();
-
-    /// Becomes as high as what it shows, as far as the screen goes.
-    Q_SLOT void fit();
-
-    /// Called when the user closes it.
-    std::function<void()> onClosed = [] {};
 
     // What the QML file asks for.
     Q_INVOKABLE void next() { onboarding_.next(); }
@@ -37,15 +29,15 @@ class OnboardingWindow final : public OverlayPanel {
     }
     Q_INVOKABLE void setFieldFocused(bool focused) { onboarding_.setFieldFocused(focused); }
     Q_INVOKABLE void fieldChanged(const QString& text) { onboarding_.fieldChanged(text.toStdString()); }
-    Q_INVOKABLE void closeWindow() { onClosed(); }
-    Q_INVOKABLE void moveWindow() { startSystemMove(); }
+
+ protected:
+    QSize cardSize() override;
 
  private:
     void watch(SettingsStore& settings);
     void showWords();
     void showContents();
     void showRows();
-    void reshape();
 
     Onboarding& onboarding_;
     std::vector<Subscription> subscriptions_;

@@ -43,8 +43,6 @@ const char* lookName(Look look) {
     return "learned";
 }
 
-QString shown(const std::string& text) { return QString::fromStdString(desktopWords(text)); }
-
 }  // namespace
 
 HUDWindow::HUDWindow(const ViewContext& context)
@@ -91,7 +89,9 @@ void HUDWindow::setContent(const HUDContent& content) {
     const bool listensOn = content.look == Look::listening && content_.look == Look::listening;
     const bool staysWide = listensOn && !content.isPlaceholder;
     content_ = content;
-    const QString text = shown(content.text);
+    // The user's own words stay as they are.
+    const bool areTheirs = content.look == Look::listening && !content.isPlaceholder;
+    const QString text = areTheirs ? QString::fromStdString(content.text) : shown(content.text);
     const QString caption = shown(content.caption);
     if (!staysWide) view().insert("textWidth", 0);
     view().insert({{"look", lookName(content.look)},

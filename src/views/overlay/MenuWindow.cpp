@@ -23,7 +23,7 @@ constexpr int sidePadding = 3 * tokens::space;
 constexpr int leastWidth = 44 * tokens::space;
 constexpr double slip = 3;  // points that the pointer moves in the click that opens the menu
 
-QString shown(const ClosureMenuItem& item) { return QString::fromStdString(desktopWords(item.label)); }
+QString shown(const ClosureMenuItem& item) { return dorix::shown(item.label); }
 
 }  // namespace
 

@@ -4,6 +4,7 @@
 #include "views/Glyphs.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace dorix {
@@ -14,9 +15,23 @@ QString qString(std::string_view text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
+QVariantList chips(const std::vector<SourceChip>& sources) {
+    QVariantList list;
+    for (const auto& source : sources) {
+        list.append(QVariantMap{{"title", qString(source.title)}, {"address", qString(source.address)}});
+    }
+    return list;
+}
+
 /// Whether marks in the line mean something there.
 bool isMarkedUp(std::string_view kind) {
     return kind == "paragraph" || kind == "heading" || kind == "item" || kind == "quote";
+}
+
+QString htmlOf(const DetailBlock& block) {
+    const std::string& text = block.content.text;
+    if (isMarkedUp(block.kind)) return qString(richText(text));
+    return qString(escaped(block.kind == "error" ? desktopWords(text) : text));
 }
 
 }  // namespace
@@ -88,18 +103,25 @@ bool PanelRows::isDayAt(int row) const { return data(index(row), isDay).toBool()
 
 // The detail
 
-void PanelBlocks::show(std::vector<DetailBlock> blocks) {
-    const auto [was, now] = std::ranges::mismatch(blocks_, blocks);
-    const int same = static_cast<int>(now - blocks.begin());
-    if (was != blocks_.end()) {
-        beginRemoveRows({}, same, rowCount({}) - 1);
-        blocks_.resize(static_cast<std::size_t>(same));
+void PanelBlocks::show(std::size_t first, std::vector<DetailBlock> blocks) {
+    const std::size_t kept = std::min(blocks_.size(), first + blocks.size());
+    for (std::size_t at = first; at < kept; ++at) change(at, blocks[at - first]);
+    if (blocks_.size() > kept) {
+        beginRemoveRows({}, static_cast<int>(kept), rowCount({}) - 1);
+        blocks_.resize(kept);
         endRemoveRows();
     }
-    if (static_cast<std::size_t>(same) == blocks.size()) return;
-    beginInsertRows({}, same, static_cast<int>(blocks.size()) - 1);
-    blocks_ = std::move(blocks);
+    if (first + blocks.size() == kept) return;
+    const auto fresh = blocks.begin() + static_cast<std::ptrdiff_t>(kept - first);
+    beginInsertRows({}, static_cast<int>(kept), static_cast<int>(first + blocks.size()) - 1);
+    std::move(fresh, blocks.end(), std::back_inserter(blocks_));
     endInsertRows();
+}
+
+void PanelBlocks::change(std::size_t at, DetailBlock& block) {
+    if (blocks_[at] == block) return;
+    blocks_[at] = std::move(block);
+    Q_EMIT dataChanged(index(static_cast<int>(at)), index(static_cast<int>(at)));
 }
 
 int PanelBlocks::rowCount(const QModelIndex& parent) const {
@@ -117,17 +139,19 @@ QVariant PanelBlocks::data(const QModelIndex& index, int role) const {
         case marker:
             return qString(block.content.marker);
         case html:
-            return qString(isMarkedUp(block.kind) ? richText(block.content.text)
-                                                  : escaped(block.content.text));
+            return htmlOf(block);
         case continues:
             return block.content.continues;
+        case sources:
+            return chips(block.sources);
         default:
             return {};
     }
 }
 
 QHash<int, QByteArray> PanelBlocks::roleNames() const {
-    return {{kind, "kind"}, {level, "level"}, {marker, "marker"}, {html, "html"}, {continues, "continues"}};
+    return {{kind, "kind"}, {level, "level"},         {marker, "marker"},
+            {html, "html"}, {continues, "continues"}, {sources, "sources"}};
 }
 
 // Verbs
@@ -160,7 +184,7 @@ QVariant PanelOffers::data(const QModelIndex& index, int role) const {
         case mark:
             return glyph(offer.mark);
         case isMarkAlone:
-            return offer.mark == VerbMark::remove || offer.mark == VerbMark::close;
+            return offer.mark != VerbMark::none && offer.mark != VerbMark::done;
         case isMain:
             return offer.isMain;
         default:

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "panel/BlockFeed.h"
 #include "panel/HistoryPanel.h"
 #include "panel/ItemTexts.h"
 #include "panel/PanelList.h"
@@ -39,21 +40,24 @@ class PanelRows final : public QAbstractListModel {
     Subscription subscription_;
 };
 
-/// What is known of an item, in pieces that are laid out one by one as they come into sight.
+/// An answer and what stands around it, in pieces that are laid out one by one as they come into sight.
 class PanelBlocks final : public QAbstractListModel {
     Q_OBJECT
 
  public:
-    enum Role { kind = Qt::UserRole, level, marker, html, continues };
+    enum Role { kind = Qt::UserRole, level, marker, html, continues, sources };
 
     int rowCount(const QModelIndex& parent) const override;
     QVariant data(const QModelIndex& index, int role) const override;
     QHash<int, QByteArray> roleNames() const override;
 
-    /// What is as it was before stays where it is on the screen.
-    void show(std::vector<DetailBlock> blocks);
+    /// From that one on the pieces are these. What is as it was before stays where it is on the screen, and
+    /// what is another keeps its place.
+    void show(std::size_t first, std::vector<DetailBlock> blocks);
 
  private:
+    void change(std::size_t at, DetailBlock& block);
+
     std::vector<DetailBlock> blocks_;
 };
 

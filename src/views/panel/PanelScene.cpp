@@ -7,12 +7,8 @@
 #include "views/DesktopWords.h"
 #include "views/Glyphs.h"
 
-#include <QAccessible>
 #include <QKeySequence>
 #include <QStringList>
-#include <QTextBlock>
-#include <QTextDocument>
-#include <QTextFragment>
 #include <array>
 #include <optional>
 #include <utility>
@@ -20,8 +16,6 @@
 namespace dorix {
 
 namespace {
-
-QString shown(const std::string& text) { return QString::fromStdString(desktopWords(text)); }
 
 std::optional<PanelKey> panelKey(int key, Qt::KeyboardModifiers modifiers) {
     const QKeySequence pressed(QKeyCombination(modifiers, Qt::Key(key)));
@@ -104,6 +98,8 @@ void PanelScene::watchComposer() {
     const auto show = [this](const auto&) { showComposer(); };
     subscriptions_.push_back(state_.composerText.subscribe(show));
     subscriptions_.push_back(state_.composerRecording.subscribe(show));
+    subscriptions_.push_back(state_.composerScreen.subscribe(show));
+    subscriptions_.push_back(state_.panelOver.subscribe(show));
     subscriptions_.push_back(panel_.composer.heard.subscribe(
         [this](const std::string& heard) { view_.insert("heard", QString::fromStdString(heard)); }));
 }
@@ -115,6 +111,7 @@ void PanelScene::watchPanel() {
     }));
     subscriptions_.push_back(panel_.selection.observe([this](PanelSelection::Change) { showDetail(); }));
     subscriptions_.push_back(panel_.clipboard.copiedID.subscribe([this](const auto&) { showOffers(); }));
+    subscriptions_.push_back(panel_.speakingID.subscribe([this](const auto&) { showOffers(); }));
     subscriptions_.push_back(panel_.deletions.undoable.subscribe([this](std::size_t) { showUndo(); }));
     subscriptions_.push_back(panel_.layout.narrow.subscribe([this](bool) { showLayout(); }));
     subscriptions_.push_back(panel_.layout.detailOpen.subscribe([this](bool) { showLayout(); }));
@@ -147,9 +144,14 @@ void PanelScene::showWords() {
 
 void PanelScene::showComposer() {
     const bool recording = state_.composerRecording.get();
+    const bool attaches = state_.composerScreen.get();
+    const auto owner = panel_.composer.windowOwner();
     view_.insert({{"composerText", QString::fromStdString(state_.composerText.get())},
                   {"recording", recording},
                   {"micLabel", shown(paneltext::micButton(recording))},
+                  {"mayAttach", !owner.empty()},
+                  {"attaches", attaches},
+                  {"screenLabel", shown(paneltext::screenButton(attaches, owner))},
                   {"canSend", panel_.composer.maySend()},
                   {"cannotSend", shown(panel_.composer.refusal())}});
 }
@@ -176,13 +178,25 @@ void PanelScene::showSelectedRow() {
 void PanelScene::showDetail() {
     showSelectedRow();
     const HistoryItem* item = panel_.selection.item();
-    blocks_.show(item == nullptr ? std::vector<DetailBlock>() : texts_.blocks(*item));
+    showBlocks(item);
     view_.insert({{"hasDetail", item != nullptr},
                   {"detailId", item == nullptr ? "" : QString::fromStdString(item->id)},
                   {"detailTitle", item == nullptr ? "" : shown(label(item->kind))}});
     showPlace();
     showLayout();
     showOffers();
+}
+
+/// An answer that grows is not read again from its beginning.
+void PanelScene::showBlocks(const HistoryItem* item) {
+    if (item == nullptr) {
+        detailID_.clear();
+        return blocks_.show(0, {});
+    }
+    const auto first = detail_.show(texts_.above(*item), ItemTexts::markdown(*item), texts_.under(*item));
+    const bool isSame = std::exchange(detailID_, item->id) == item->id;
+    if (!isSame) blocks_.show(0, {});
+    blocks_.show(isSame ? first : 0, detail_.from(isSame ? first : 0));
 }
 
 void PanelScene::showPlace() {
@@ -230,38 +244,7 @@ void PanelScene::choose(int row) {
     if (row >= 0) panel_.selection.select(static_cast<std::size_t>(row));
 }
 
-QVariantList PanelScene::linksIn(QQuickTextDocument* text) {
-    QVariantList links;
-    for (auto block = text->textDocument()->begin(); block.isValid(); block = block.next()) {
-        for (auto piece = block.begin(); !piece.atEnd(); ++piece) {
-            const QTextFragment fragment = piece.fragment();
-            const QString url = fragment.charFormat().anchorHref();
-            if (url.isEmpty()) continue;
-            const int start = fragment.position();
-            const int end = start + fragment.length();
-            QVariantMap last = links.isEmpty() ? QVariantMap() : links.back().toMap();
-            // Bold and plain words of one link are two fragments.
-            if (last["url"] == url && last["end"] == start) {
-                links.back() = QVariantMap{{"url", url},
-                                           {"start", last["start"]},
-                                           {"end", end},
-                                           {"words", last["words"].toString() + fragment.text()}};
-            } else {
-                links.append(
-                    QVariantMap{{"url", url}, {"start", start}, {"end", end}, {"words", fragment.text()}});
-            }
-        }
-    }
-    return links;
-}
-
 void PanelScene::openLink(const QString& url) { panel_.openLink(url.toStdString()); }
-
-void PanelScene::tellFocus(QQuickItem* item) {
-    if (item == nullptr) return;
-    QAccessibleEvent event(item, QAccessible::Focus);
-    QAccessible::updateAccessibility(&event);
-}
 
 void PanelScene::compose(const QString& text) { state_.composerText.set(text.toStdString()); }
 

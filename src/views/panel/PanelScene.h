@@ -2,21 +2,21 @@
 
 #include "dictation/AppState.h"
 #include "localdata/SettingsStore.h"
+#include "panel/BlockFeed.h"
 #include "panel/HistoryPanel.h"
 #include "panel/ItemTexts.h"
+#include "views/BlockScene.h"
 #include "views/panel/PanelModels.h"
 
-#include <QObject>
 #include <QPointF>
 #include <QQmlPropertyMap>
-#include <QQuickItem>
-#include <QQuickTextDocument>
+#include <string>
 #include <vector>
 
 namespace dorix {
 
 /// What the panel's QML file shows, kept as the state has it, and what it asks for. Main thread.
-class PanelScene final : public QObject {
+class PanelScene final : public BlockScene {
     Q_OBJECT
 
  public:
@@ -33,11 +33,7 @@ class PanelScene final : public QObject {
     Q_INVOKABLE void search(const QString& text);
     Q_INVOKABLE void choose(int row);
     Q_INVOKABLE void setRowsPerPage(int rows) { panel_.layout.rowsPerPage = rows; }
-    /// The links in a rich text: `url`, the `words` it stands under, and from which character to which.
-    Q_INVOKABLE static QVariantList linksIn(QQuickTextDocument* text);
-    Q_INVOKABLE void openLink(const QString& url);
-    /// Tells assistive technology that the user is at an item that shows the keyboard without having it.
-    Q_INVOKABLE static void tellFocus(QQuickItem* item);
+    void openLink(const QString& url) override;
     Q_INVOKABLE void compose(const QString& text);
     /// False when the user is to be told why not.
     Q_INVOKABLE bool send() { return panel_.composer.send(); }
@@ -64,6 +60,7 @@ class PanelScene final : public QObject {
     void showEmptyText();
     void showSelectedRow();
     void showDetail();
+    void showBlocks(const HistoryItem* item);
     void showPlace();
     void showLayout();
     void showOffers();
@@ -75,6 +72,8 @@ class PanelScene final : public QObject {
     QQmlPropertyMap& view_;
     ItemTexts texts_;
     PanelRows rows_;
+    BlockFeed detail_;
+    std::string detailID_;  // of the item that `blocks_` shows
     PanelBlocks blocks_;
     PanelOffers cornerOffers_;
     PanelOffers detailOffers_;

@@ -21,6 +21,8 @@ Item {
         buttons.forceLayout()
     }
 
+    Keys.onPressed: event => scroller.turn(event)
+
     onPractisesChanged: verbs.setFieldFocused(practises)
 
     onStepChanged: {
@@ -109,7 +111,7 @@ Item {
                 Label {
                     width: parent.width
                     visible: text !== ""
-                    text: view.step === 0 ? view.words.motto : view.step === 1 ? view.words.permissions
+                    text: view.step === 0 ? view.words.motto : view.step === 1 ? view.permissions
                         : view.step === 2 ? view.practice : view.missing !== "" ? view.missing : view.words.home
                     wrapMode: Text.Wrap
                     color: theme.textSecondary
@@ -206,6 +208,7 @@ Item {
             Scroller {
                 id: scroller
                 list: pages
+                followsKeyboard: true
             }
         }
 

@@ -11,24 +11,26 @@ Item {
     required property string marker
     required property string html
     required property bool continues
+    required property var sources
 
     // The keyboard has come to something in it that is to be seen, at a height of the list.
     signal reached(real y, real height)
 
     readonly property bool isLine: kind === "divider" || kind === "rule"
     readonly property bool isCode: kind === "code"
+    readonly property bool hasChips: kind === "sources"
     readonly property bool isQuote: kind === "quote" || kind === "context"
     readonly property bool isQuiet: ["label", "query", "context", "facts", "placeholder", "quote"].includes(kind)
     readonly property bool isSmall: ["label", "facts"].includes(kind)
     readonly property real above: index === 0 ? 0 : continues ? 0
-        : { label: 4, query: 1, heading: 4, item: 1.5, source: 1, facts: 4 }[kind] * theme.space || 3 * theme.space
+        : { label: 4, query: 1, heading: 4, item: 1.5, sources: 1, facts: 4 }[kind] * theme.space || 3 * theme.space
     readonly property real indent: kind === "item" ? (5 + 4 * level) * theme.space : isQuote ? 3 * theme.space
                                  : isCode ? 3 * theme.space : 0
     readonly property real margin: 4 * theme.space
     property var links: []
 
     // Whole points: a line of one pixel between two would not be drawn.
-    height: Math.ceil(above + (isLine ? 1 : words.height + (isCode ? 2 * theme.space : 0)))
+    height: Math.ceil(above + (isLine ? 1 : hasChips ? chips.height : words.height + (isCode ? 2 * theme.space : 0)))
 
     Rectangle {
         x: block.margin
@@ -63,7 +65,7 @@ Item {
         x: block.margin + block.indent
         y: block.above + (block.isCode ? theme.space : 0)
         width: parent.width - x - block.margin - (block.isCode ? 2 * theme.space : 0)
-        visible: !block.isLine
+        visible: !block.isLine && !block.hasChips
         readOnly: true
         selectByMouse: true
         activeFocusOnPress: true
@@ -73,10 +75,10 @@ Item {
         font.pixelSize: block.isSmall || block.isCode ? theme.fontSmall
                       : block.kind === "heading" && block.level < 3 ? theme.fontTitle : theme.fontBody
         font.weight: block.kind === "heading" || block.kind === "label" ? Font.Medium : Font.Normal
-        color: block.isQuiet ? theme.textSecondary : theme.text
+        color: block.kind === "error" ? theme.error : block.isQuiet ? theme.textSecondary : theme.text
         selectionColor: theme.accent
         selectedTextColor: theme.onAccent
-        text: block.isLine ? "" : "<style>a{color:" + theme.accent + ";text-decoration:underline}"
+        text: block.isLine || block.hasChips ? "" : "<style>a{color:" + theme.accent + ";text-decoration:underline}"
               + "code{font-family:monospace;background-color:" + theme.surfaceRaised + "}</style>"
               + "<p style='white-space:pre-wrap;line-height:" + theme.richLineHeight + "%'>" + block.html + "</p>"
         onTextChanged: block.links = block.html.includes("<a ") ? verbs.linksIn(textDocument) : []
@@ -84,10 +86,49 @@ Item {
         Accessible.role: block.kind === "heading" || block.kind === "label" ? Accessible.Heading : Accessible.Paragraph
         Accessible.name: getText(0, length)
         Accessible.readOnly: true
-        Accessible.ignored: block.isLine
+        Accessible.ignored: block.isLine || block.hasChips
 
         HoverHandler {
+            id: hover
             cursorShape: words.hoveredLink === "" ? Qt.IBeamCursor : Qt.PointingHandCursor
+        }
+
+        // Where a link leads is seen before it is followed.
+        Item {
+            x: hover.point.position.x
+            y: hover.point.position.y - height / 2
+            width: 1
+            height: theme.lineBody
+
+            Hint {
+                text: words.hoveredLink
+                wanted: words.hoveredLink !== ""
+            }
+        }
+    }
+
+    Flow {
+        id: chips
+
+        x: block.margin
+        y: block.above
+        width: parent.width - 2 * x
+        visible: block.hasChips
+        spacing: 1.5 * theme.space
+
+        Repeater {
+            model: block.sources
+
+            SourceChip {
+                required property int index
+                required property var modelData
+
+                room: chips.width
+                title: modelData.title
+                address: modelData.address
+                onActivated: verbs.openSource(index)
+                onReached: block.reached(block.y + chips.y + y, height)
+            }
         }
     }
 

@@ -129,6 +129,14 @@ FocusScope {
             spacing: theme.space / 2
 
             PanelButton {
+                glyph: "\uf379"
+                ink: view.attaches ? theme.accent : theme.textSecondary
+                visible: view.mayAttach
+                name: view.screenLabel
+                onActivated: verbs.perform("toggleScreen")
+            }
+
+            PanelButton {
                 id: mic
                 glyph: view.recording ? "\uf4db" : "\uf36c"
                 ink: view.recording ? theme.accent : theme.textSecondary

@@ -52,7 +52,7 @@ FocusScope {
         }
     }
 
-    ListView {
+    BlockList {
         id: blocks
 
         anchors.top: head.bottom
@@ -60,47 +60,13 @@ FocusScope {
         height: parent.height - head.height - actions.height
         visible: view.hasDetail
         model: view.blocks
-        focus: true
-        activeFocusOnTab: true
-        interactive: false
-        clip: true
-        cacheBuffer: 200
-        topMargin: 2 * theme.space
-        bottomMargin: 4 * theme.space
-        keyNavigationEnabled: false
-        currentIndex: -1
-        Accessible.role: Accessible.Document
         Accessible.name: view.detailTitle
-        Accessible.focusable: true
-
-        delegate: PanelBlock {
-            width: ListView.view.width
-            onReached: (y, height) => scroller.reveal(y, height)
-        }
-
-        Keys.onPressed: event => {
-            event.accepted = false
-            detail.key(event)
-            if (event.accepted) return
-            event.accepted = true
-            if (event.key === Qt.Key_Down) scroller.by(3 * theme.lineBody)
-            else if (event.key === Qt.Key_Up) scroller.by(-3 * theme.lineBody)
-            else if (event.key === Qt.Key_PageDown || event.key === Qt.Key_Space) scroller.by(height - 2 * theme.lineBody)
-            else if (event.key === Qt.Key_PageUp) scroller.by(2 * theme.lineBody - height)
-            else if (event.key === Qt.Key_Home) scroller.to(scroller.start)
-            else if (event.key === Qt.Key_End) positionViewAtEnd()
-            else event.accepted = false
-        }
-
-        Scroller {
-            id: scroller
-            list: blocks
-        }
+        onKey: event => detail.key(event)
 
         readonly property string shown: view.detailId
 
         onShownChanged: {
-            Qt.callLater(scroller.toStart)
+            Qt.callLater(blocks.scroller.toStart)
             // Not lost with a link of the text that was there before.
             if (detail.activeFocus) forceActiveFocus(Qt.OtherFocusReason)
         }

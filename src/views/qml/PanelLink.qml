@@ -30,6 +30,7 @@ Item {
     }
     Accessible.role: Accessible.Link
     Accessible.name: target.words
+    Accessible.description: target.url
     Accessible.focusable: true
     Accessible.onPressAction: verbs.openLink(target.url)
 
@@ -42,6 +43,11 @@ Item {
             verbs.openLink(target.url)
             event.accepted = true
         }
+    }
+
+    Hint {
+        text: link.target.url
+        wanted: link.activeFocus && view.byKeyboard
     }
 
     FocusRing {

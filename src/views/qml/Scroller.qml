@@ -7,12 +7,19 @@ Item {
 
     required property Flickable list
 
+    // Of a form: it brings what the keyboard comes to into sight.
+    property bool followsKeyboard: false
+
     readonly property real start: list.originY - list.topMargin
     readonly property real end: Math.max(start, list.originY + list.contentHeight + list.bottomMargin - list.height)
     readonly property bool needed: list.contentHeight > list.height + 1
 
+    // Somebody has scrolled.
+    signal moved
+
     function to(y) {
         list.contentY = Math.round(Math.max(start, Math.min(end, y)))
+        moved()
     }
     function toStart() {
         to(start)
@@ -28,10 +35,33 @@ Item {
     function by(distance) {
         to(list.contentY + distance)
     }
+    function showFocus() {
+        const item = scroller.Window.activeFocusItem
+        for (let at = item; at; at = at.parent) {
+            if (at !== list.contentItem) continue
+            reveal(item.mapToItem(at, 0, 0).y, item.height)
+            return
+        }
+    }
+    // A key that turns pages is taken.
+    function turn(event) {
+        const page = list.height - 2 * theme.lineBody
+        if (event.key === Qt.Key_PageDown) by(page)
+        else if (event.key === Qt.Key_PageUp) by(-page)
+        else return
+        event.accepted = true
+    }
 
     parent: list
     anchors.fill: parent
     z: 1
+
+    Connections {
+        target: scroller.followsKeyboard ? scroller.Window.window : null
+        function onActiveFocusItemChanged() {
+            Qt.callLater(scroller.showFocus)
+        }
+    }
 
     WheelHandler {
         acceptedDevices: PointerDevice.AllDevices

@@ -18,15 +18,6 @@ FocusScope {
     function goBy(step) {
         verbs.chooseSection(Math.max(0, Math.min(view.sections.length - 1, view.section + step)))
     }
-    // What the keyboard comes to is brought into sight.
-    function reveal() {
-        const item = settings.Window.activeFocusItem
-        for (let at = item; at; at = at.parent) {
-            if (at !== rows) continue
-            scroller.reveal(item.mapToItem(rows, 0, 0).y + rows.y, item.height)
-            return
-        }
-    }
 
     Keys.onPressed: event => {
         const control = event.modifiers & Qt.ControlModifier
@@ -35,17 +26,8 @@ FocusScope {
             search.selectAll()
         } else if (control && event.key === Qt.Key_PageDown) settings.goBy(1)
         else if (control && event.key === Qt.Key_PageUp) settings.goBy(-1)
-        else if (event.key === Qt.Key_PageDown) scroller.by(page.height - 2 * theme.lineBody)
-        else if (event.key === Qt.Key_PageUp) scroller.by(2 * theme.lineBody - page.height)
-        else return
+        else return scroller.turn(event)
         event.accepted = true
-    }
-
-    Connections {
-        target: settings.Window.window
-        function onActiveFocusItemChanged() {
-            Qt.callLater(settings.reveal)
-        }
     }
 
     Item {
@@ -141,6 +123,7 @@ FocusScope {
             Scroller {
                 id: scroller
                 list: page
+                followsKeyboard: true
             }
         }
 

@@ -71,7 +71,8 @@ FocusScope {
             Accessible.description: row.description
             Accessible.passwordEdit: row.secret
             onTextEdited: row.edited(text)
-            onEditingFinished: row.committed(text)
+            // Also of a field that the keyboard has only come through, and whose text may not be the newest.
+            onEditingFinished: if (text !== row.text) row.committed(text)
 
             Binding on text {
                 value: row.text

@@ -10,8 +10,6 @@ namespace dorix {
 
 namespace {
 
-QString shown(const std::string& text) { return QString::fromStdString(desktopWords(text)); }
-
 QString kindName(SettingsRow::Kind kind) {
     switch (kind) {
         case SettingsRow::Kind::heading:

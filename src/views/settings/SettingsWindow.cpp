@@ -2,7 +2,6 @@
 
 #include "localdata/Language.h"
 #include "views/DesktopWords.h"
-#include "views/ScreenMap.h"
 #include "views/Tokens.h"
 
 #include <QAccessible>
@@ -12,8 +11,6 @@ namespace dorix {
 
 namespace {
 
-constexpr int reach = tokens::shadowReach;
-constexpr QMargins shadow{reach, reach, reach, reach};
 constexpr QSize wantedSize{tokens::settingsWidth, tokens::settingsHeight};
 
 /// In the order of the pages.
@@ -21,33 +18,51 @@ constexpr std::array glyphs{
     u"\uf493",  // settings
     u"\uf3eb",  // pencil
     u"\uf36e",  // microphone-outline
+    u"\uf21e",  // file-find
     u"\uf004",  // account
     u"\uf33e",  // lock
     u"\uf2fd",  // information-outline
 };
 
-QString shown(const std::string& text) { return QString::fromStdString(desktopWords(text)); }
-
-QRect visibleFrame(WindowSystem& windowSystem) {
-    return screenmap::toQt(screenmap::clearOfBars(windowSystem).front().visibleFrame);
-}
-
 }  // namespace
 
 SettingsWindow::SettingsWindow(const ViewContext& context, SettingsStore& settings, SettingsForm& form)
-    : OverlayPanel(context, WindowSystem::Kind::panel, Focusable::yes), form_(form) {
+    : FormWindow(context, wantedSize), form_(form) {
     form.words = [](const std::string& text) { return desktopWords(text); };
-    view().insert({{"shown", false},
-                   {"byKeyboard", false},
+    form.ownWindow = [this] { return winId(); };
+    view().insert({{"byKeyboard", false},
                    {"level", 0.0},
                    {"query", QString()},
                    {"section", static_cast<int>(form.section.get())},
                    {"rows", QVariant::fromValue(&rows_)}});
     showWords();
-    resize(wantedSize.grownBy(shadow));
-    load("Settings", {{"verbs", QVariant::fromValue(this)}});
+    loadForm("Settings");
     onCancel = [this] { stepBackOrClose(); };
+    form.beforeCursor = [this] {
+        const auto* field = activeFocusItem();
+        if (field == nullptr) return std::string();
+        const auto text = field->property("text").toString();
+        return text.left(field->property("cursorPosition").toInt()).toStdString();
+    };
+    connect(this, &QQuickWindow::activeFocusItemChanged, this, &SettingsWindow::tellKeyboard);
     watch(settings);
+}
+
+SettingsWindow::~SettingsWindow() {
+    // The items still give up the focus, and tell so.
+    disconnect(this, &QQuickWindow::activeFocusItemChanged, this, nullptr);
+    form_.setKeyboard(SettingsForm::Keyboard::elsewhere);
+    form_.beforeCursor = [] { return std::string(); };
+    form_.ownWindow = [] { return 0; };
+}
+
+/// No item has the focus while the window has not.
+void SettingsWindow::tellKeyboard() {
+    using enum SettingsForm::Keyboard;
+    const auto* item = activeFocusItem();
+    if (item == nullptr) return form_.setKeyboard(elsewhere);
+    if (!item->property("cursorPosition").isValid()) return form_.setKeyboard(rows);
+    form_.setKeyboard(item->property("echoMode").toInt() == 0 ? field : secretField);
 }
 
 void SettingsWindow::watch(SettingsStore& settings) {
@@ -108,35 +123,18 @@ void SettingsWindow::tellFocus(QQuickItem* item) {
     QAccessible::updateAccessibility(&event);
 }
 
-void SettingsWindow::open() {
-    fit();
+void SettingsWindow::aboutToOpen() {
     form_.open();
     showRows();
-    const int pixels = qRound(reach * devicePixelRatio());
-    context().windowSystem.setFrameExtents(winId(), {pixels, pixels, pixels, pixels});
-    view().insert("shown", true);
-    orderFrontRegardless();
-    context().windowSystem.bringToFront(winId());
-    QMetaObject::invokeMethod(rootObject(), "focusFirst");
 }
 
-void SettingsWindow::fit() {
-    const QRect screen = visibleFrame(context().windowSystem);
-    const QSize card = wantedSize.boundedTo(screen.size());
-    resize(card.grownBy(shadow));
-    if (!isVisible()) setPosition(screen.center() - QPoint(width(), height()) / 2);
-    reshape();
-}
+void SettingsWindow::aboutToClose() { form_.close(); }
 
-void SettingsWindow::reshape() {
-    const QRectF shape = QRectF(QPointF(0, 0), size()).marginsRemoved(shadow);
-    cutTo(shape, tokens::cardRadius);
-    takePointerIn(shape, tokens::cardRadius);
-}
+QSize SettingsWindow::cardSize() { return wantedSize; }
 
 bool SettingsWindow::event(QEvent* event) {
     noteKeyboard(*event);
-    return OverlayPanel::event(event);
+    return FormWindow::event(event);
 }
 
 }  // namespace dorix

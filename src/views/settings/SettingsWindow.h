@@ -2,7 +2,7 @@
 
 #include "localdata/SettingsStore.h"
 #include "settings/SettingsForm.h"
-#include "views/OverlayPanel.h"
+#include "views/FormWindow.h"
 #include "views/settings/SettingsModel.h"
 
 #include <QObject>
@@ -13,20 +13,13 @@
 namespace dorix {
 
 /// The settings' window, in the middle of the screen. Main thread.
-class SettingsWindow final : public OverlayPanel {
+class SettingsWindow final : public FormWindow {
     Q_OBJECT
 
  public:
     /// All must outlive the window.
     SettingsWindow(const ViewContext& context, SettingsStore& settings, SettingsForm& form);
-
-    void open();
-
-    /// As large as it is to be, or as the screen lets it.
-    void fit();
-
-    /// Called when the user closes it.
-    std::function<void()> onClosed = [] {};
+    ~SettingsWindow() override;
 
     // What the QML file asks for.
     Q_INVOKABLE void chooseSection(int index);
@@ -46,17 +39,18 @@ class SettingsWindow final : public OverlayPanel {
     }
     /// Tells assistive technology that the user is at an item that shows the keyboard without having it.
     Q_INVOKABLE static void tellFocus(QQuickItem* item);
-    Q_INVOKABLE void closeWindow() { onClosed(); }
-    Q_INVOKABLE void moveWindow() { startSystemMove(); }
 
  protected:
+    QSize cardSize() override;
+    void aboutToOpen() override;
+    void aboutToClose() override;
     bool event(QEvent* event) override;
 
  private:
     void watch(SettingsStore& settings);
     void showWords();
     void showRows();
-    void reshape();
+    void tellKeyboard();
     void stepBackOrClose();
 
     SettingsForm& form_;
