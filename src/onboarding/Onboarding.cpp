@@ -1,6 +1,5 @@
 #include "onboarding/Onboarding.h"
 
-#include "base/text/Text.h"
 #include "dictation/WatchedKey.h"
 #include "localdata/Language.h"
 #include "localdata/SettingsStore.h"
@@ -33,8 +32,10 @@ Onboarding::Onboarding(const Means& means)
     subscriptions_.push_back(permissions.screen.subscribe(changed));
     subscriptions_.push_back(means_.state.keys.subscribe(changed));
     subscriptions_.push_back(means_.state.abilities.subscribe(changed));
-    subscriptions_.push_back(means_.speech.installs.observe([this](const std::string&) {
-        if (poll_.isActive()) look();
+    subscriptions_.push_back(means_.speech.installs.observe([this](const std::string& id) {
+        if (!poll_.isActive()) return;
+        // Between its beginning and its end a download changes nothing but how far it is.
+        means_.speech.installs.of(id).progress ? changed_.notify() : look();
     }));
 }
 
@@ -119,7 +120,9 @@ OnboardingRow Onboarding::accessibilityRow() const {
         row.status = tr("Accesibilidad lista.");
         row.tone = Tone::good;
     } else {
-        row.status = tr("La accesibilidad está desactivada en este escritorio, o le falta su servicio.");
+        row.status =
+            tr("La accesibilidad está desactivada en este escritorio, o le falta su servicio (paquete "
+               "at-spi2-core).");
         row.tone = Tone::warning;
         row.buttons = {{.id = "allow", .label = allowLabel(false), .isChief = true}};
     }
@@ -136,6 +139,8 @@ OnboardingRow Onboarding::screenRow() const {
     if (means_.permissions.screen.get()) {
         row.status = tr("Pantalla lista.");
         row.tone = Tone::good;
+    } else if (!means_.permissions.hasPane("Privacy_ScreenCapture")) {
+        row.status = tr("Solo se puede en una sesión X11.");
     } else {
         row.buttons = {{.id = "allow", .label = allowLabel(false)}};
     }
@@ -168,6 +173,13 @@ OnboardingChoice Onboarding::holdKey() const {
             tr("En tu teclado esta tecla también escribe caracteres. Si la usas para eso, elige otra.");
     }
     return choice;
+}
+
+std::string Onboarding::permissionsText() const {
+    return means_.settings.speechServer.get().empty()
+               ? tr("Para escribir por ti en cualquier aplicación, DORIX necesita tres permisos. Todo lo que "
+                    "dictas se transcribe en este Mac.")
+               : tr("Para escribir por ti en cualquier aplicación, DORIX necesita tres permisos.");
 }
 
 std::string Onboarding::practiceText() const {
@@ -226,9 +238,8 @@ void Onboarding::pressMicrophone() {
     }
 }
 
-void Onboarding::fieldChanged(const std::string& text) {
-    fieldText_ = text;
-    if (!text::trim(text).empty()) hasPractised_.set(true);
+void Onboarding::dictated() {
+    if (means_.state.practises.get()) hasPractised_.set(true);
 }
 
 }  // namespace dorix

@@ -66,6 +66,7 @@ class Onboarding {
     /// Whether there is a hold key to be chosen; the choice has the keys of this keyboard alone.
     bool needsHoldKey() const;
     OnboardingChoice holdKey() const;
+    std::string permissionsText() const;
     std::string practiceText() const;
     /// What is still missing, of which the end reminds; empty when nothing is.
     std::string missing() const;
@@ -78,7 +79,9 @@ class Onboarding {
     void press(const std::string& row, const std::string& button);
     /// Whether the cursor stands in the field to practise in, and what stands there.
     void setFieldFocused(bool focused) { means_.state.practises.set(focused); }
-    void fieldChanged(const std::string& text);
+    void fieldChanged(const std::string& text) { fieldText_ = text; }
+    /// What was dictated has arrived in a field of our own.
+    void dictated();
     const std::string& fieldText() const { return fieldText_; }
 
  private:

@@ -1,8 +1,8 @@
 #include "onboarding/SpeechSetup.h"
 
+#include "download/InstallError.h"
 #include "localdata/Language.h"
 #include "localdata/SettingsStore.h"
-#include "speech/models/InstallError.h"
 
 #include <cmath>
 #include <cstdint>
@@ -23,7 +23,10 @@ void SpeechSetup::look() {
 OnboardingRow SpeechSetup::row() const {
     OnboardingRow row{.id = "speech", .label = tr("Reconocimiento de voz")};
     if (isReady_) {
-        row.status = tr("Modelo de voz listo en este Mac.");
+        const auto& server = means_.settings.speechServer.get();
+        row.status = means_.needsModels && !server.empty()
+                         ? formatText(tr("El servidor de transcripción: %@"), {server})
+                         : tr("Modelo de voz listo en este Mac.");
         row.tone = Tone::good;
     } else if (offer_) {
         addOffer(row);

@@ -11,10 +11,7 @@ using namespace settingsrow;
 AccountSection::AccountSection(const AccountStore& account, const OwnService& own,
                                std::function<void()> showAccount)
     : account_(account), own_(own), showAccount_(std::move(showAccount)) {
-    const auto changed = [this](const auto&) { onChanged(); };
-    subscriptions_.push_back(account.loggedIn.subscribe(changed));
-    subscriptions_.push_back(account.profile.subscribe(changed));
-    subscriptions_.push_back(own.hasBadSettings.subscribe(changed));
+    follow(account.loggedIn, account.profile, own.hasBadSettings);
 }
 
 std::string AccountSection::title() const { return tr("Cuenta"); }

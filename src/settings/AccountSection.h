@@ -6,7 +6,6 @@
 
 #include <functional>
 #include <string>
-#include <vector>
 
 namespace dorix {
 
@@ -24,7 +23,6 @@ class AccountSection final : public SettingsSection {
     const AccountStore& account_;
     const OwnService& own_;
     const std::function<void()> showAccount_;
-    std::vector<Subscription> subscriptions_;
 };
 
 }  // namespace dorix

@@ -11,13 +11,10 @@ using namespace settingsrow;
 using Tone = SettingsRow::Tone;
 
 GeneralSection::GeneralSection(SettingsStore& settings, KeyEventMonitors& keys, const SpeechModels& models,
-                               std::function<void()> showModels)
+                               ModelInstalls& installs, std::function<void()> showModels)
     : settings_(settings), keys_(keys), models_(models), showModels_(std::move(showModels)), lamp_(keys) {
-    const auto changed = [this](const auto&) { onChanged(); };
-    subscriptions_.push_back(lamp_.isLit.subscribe(changed));
-    subscriptions_.push_back(settings.playSounds.subscribe(changed));
-    subscriptions_.push_back(settings.paused.subscribe(changed));
-    subscriptions_.push_back(settings.pushToTalkKey.subscribe([this](PushToTalkKey key) {
+    follow(lamp_.isLit, settings.playSounds, settings.paused);
+    keep(settings.pushToTalkKey.subscribe([this](PushToTalkKey key) {
         if (isShown_) lamp_.watch(key);
         onChanged();
     }));
@@ -25,8 +22,11 @@ GeneralSection::GeneralSection(SettingsStore& settings, KeyEventMonitors& keys, 
         if (isShown_) lookForModel();
         onChanged();
     };
-    subscriptions_.push_back(settings.language.subscribe(looked));
-    subscriptions_.push_back(settings.speechServer.subscribe(looked));
+    keep(settings.language.subscribe(looked));
+    keep(settings.speechServer.subscribe(looked));
+    keep(installs.observe([looked, &installs](const std::string& id) {
+        if (!installs.of(id).progress) looked(id);
+    }));
 }
 
 std::string GeneralSection::title() const { return tr("General"); }

@@ -3,11 +3,10 @@
 #include "localdata/SettingsStore.h"
 #include "settings/HoldKeyLamp.h"
 #include "settings/SettingsSection.h"
-#include "speech/models/SpeechModels.h"
+#include "speech/models/ModelInstalls.h"
 
 #include <functional>
 #include <string>
-#include <vector>
 
 namespace dorix {
 
@@ -16,7 +15,7 @@ class GeneralSection final : public SettingsSection {
  public:
     /// All must outlive it. `showModels` opens the page of the models.
     GeneralSection(SettingsStore& settings, KeyEventMonitors& keys, const SpeechModels& models,
-                   std::function<void()> showModels);
+                   ModelInstalls& installs, std::function<void()> showModels);
 
     std::string id() const override { return "general"; }
     std::string title() const override;
@@ -41,7 +40,6 @@ class GeneralSection final : public SettingsSection {
     bool hasModel_ = true;
     bool launchesAtLogin_ = false;
     std::string loginFailure_;
-    std::vector<Subscription> subscriptions_;
 };
 
 }  // namespace dorix

@@ -1,7 +1,7 @@
 #include "settings/ModelRows.h"
 
+#include "download/InstallError.h"
 #include "localdata/Language.h"
-#include "speech/models/InstallError.h"
 
 #include <algorithm>
 #include <cmath>

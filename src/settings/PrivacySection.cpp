@@ -1,7 +1,8 @@
 #include "settings/PrivacySection.h"
 
+#include "base/text/Url.h"
+#include "download/InstallError.h"
 #include "localdata/Language.h"
-#include "speech/models/InstallError.h"
 
 #include <system_error>
 #include <utility>
@@ -38,32 +39,11 @@ std::string amountText(std::uint64_t bytes) {
     return std::to_string((bytes + kilobyte - 1) / kilobyte) + " kB";
 }
 
-/// The address of a file (RFC 8089).
-std::string fileURL(const fs::path& path) {
-    constexpr std::string_view plain = "-._~/";
-    constexpr std::string_view digits = "0123456789ABCDEF";
-    std::string url = "file://";
-    for (const char byte : path.string()) {
-        const auto code = static_cast<unsigned char>(byte);
-        const bool isLetter = (code | 0x20U) >= 'a' && (code | 0x20U) <= 'z';
-        if (isLetter || (code >= '0' && code <= '9') || plain.contains(byte)) {
-            url += byte;
-        } else {
-            url += '%';
-            url += digits[code >> 4U];
-            url += digits[code & 0xFU];
-        }
-    }
-    return url;
-}
-
 }  // namespace
 
 PrivacySection::PrivacySection(const Parts& parts) : parts_(parts), tasks_(parts.executor) {
-    const auto changed = [this](const auto&) { onChanged(); };
-    subscriptions_.push_back(parts.permissions.microphone.subscribe(changed));
-    subscriptions_.push_back(parts.permissions.speech.subscribe(changed));
-    subscriptions_.push_back(parts.permissions.accessibility.subscribe(changed));
+    follow(parts.permissions.microphone, parts.permissions.speech, parts.permissions.accessibility,
+           parts.permissions.screen, parts.speechServer);
 }
 
 std::string PrivacySection::title() const { return tr("Privacidad"); }
@@ -77,13 +57,14 @@ void PrivacySection::shown() {
 
 void PrivacySection::hidden() {
     parts_.permissions.stopPolling();
-    isClearing_ = cannotOpen_ = false;
+    isClearing_ = isClearingMemory_ = cannotClear_ = cannotOpen_ = false;
 }
 
 bool PrivacySection::stepBack() {
-    if (!std::exchange(isClearing_, false)) return false;
-    onChanged();
-    return true;
+    const bool gaveUp = isClearing_ || isClearingMemory_;
+    isClearing_ = isClearingMemory_ = false;
+    if (gaveUp) onChanged();
+    return gaveUp;
 }
 
 SettingsRows PrivacySection::rows() {
@@ -91,18 +72,24 @@ SettingsRows PrivacySection::rows() {
     addPermissions(rows);
     rows.push_back(heading("privacy.history-heading", tr("Historial")));
     rows.push_back(isClearing_ ? clearing() : history());
+    rows.push_back(heading("privacy.memory-heading", tr("Memoria")));
+    rows.push_back(isClearingMemory_ ? clearingMemory() : memory());
     addStored(rows);
     return rows;
 }
 
 void PrivacySection::addPermissions(SettingsRows& rows) {
     auto& permissions = parts_.permissions;
-    const auto add = [&rows](const char* id, std::string label, std::string description, bool isGranted,
-                             bool isRefused, std::function<void()> request) {
+    // What was refused is granted in the system's settings alone.
+    const auto add = [&](const char* id, std::string label, std::string description, bool isGranted,
+                         bool isRefused, std::string_view pane, std::function<void()> request) {
         auto row = item(id, std::move(label), std::move(description));
         if (isGranted) {
             row.status = tr("Concedido");
             row.tone = Tone::good;
+        } else if (isRefused && !permissions.hasPane(pane)) {
+            row.status = tr("No está disponible en este ordenador.");
+            row.tone = Tone::warning;
         } else {
             row.buttons = {{.id = "request", .label = tr(isRefused ? "Abrir Ajustes" : "Permitir")}};
         }
@@ -113,13 +100,27 @@ void PrivacySection::addPermissions(SettingsRows& rows) {
     const auto microphone = permissions.microphone.get();
     add("privacy.microphone", tr("Micrófono"), tr("Solo mientras mantienes pulsada la tecla de dictado."),
         microphone == AuthorizationStatus::authorized, microphone != AuthorizationStatus::notDetermined,
-        [this] { tasks_.spawn(parts_.permissions.requestMicrophone()); });
+        "Privacy_Microphone", [this] { tasks_.spawn(parts_.permissions.requestMicrophone()); });
     const auto speech = permissions.speech.get();
-    add("privacy.speech", tr("Reconocimiento de voz"), tr("La voz se transcribe en este Mac."),
-        speech == SpeechAuthorizationStatus::authorized, speech != SpeechAuthorizationStatus::notDetermined,
+    const auto kept = parts_.speechServer.get().empty() ? tr("La voz se transcribe en este Mac.") : "";
+    add("privacy.speech", tr("Reconocimiento de voz"), kept, speech == SpeechAuthorizationStatus::authorized,
+        speech != SpeechAuthorizationStatus::notDetermined, "Privacy_SpeechRecognition",
         [this] { tasks_.spawn(parts_.permissions.requestSpeech()); });
+    constexpr auto pane = "Privacy_Accessibility";
     add("privacy.accessibility", tr("Accesibilidad (escribir en otras apps)"), "",
-        permissions.accessibility.get(), true, [this] { parts_.permissions.requestAccessibility(); });
+        permissions.accessibility.get(), permissions.hasPane(pane), pane,
+        [this] { parts_.permissions.requestAccessibility(); });
+    if (!permissions.accessibility.get() && !permissions.hasPane(pane)) {
+        rows.back().status =
+            tr("La accesibilidad está desactivada en este escritorio, o le falta su servicio "
+               "(paquete at-spi2-core).");
+        rows.back().tone = Tone::warning;
+    }
+    constexpr auto screenPane = "Privacy_ScreenCapture";
+    add("privacy.screen", tr("Grabación de pantalla (preguntar sobre lo que ves)"), "",
+        permissions.screen.get(), true, screenPane, [this] { parts_.permissions.requestScreen(); });
+    if (!permissions.screen.get() && !permissions.hasPane(screenPane))
+        rows.back().status = tr("Solo se puede en una sesión X11.");
 }
 
 SettingsRow PrivacySection::history() {
@@ -128,6 +129,10 @@ SettingsRow PrivacySection::history() {
                             : formatText(tr("%d elementos guardados solo en este equipo."),
                                          {static_cast<std::int64_t>(count_)});
     row.buttons = {{.id = "clear", .label = tr("Borrar historial…"), .isAvailable = count_ > 0}};
+    if (cannotClear_) {
+        row.status = tr("No se ha podido borrar el historial.");
+        row.tone = Tone::wrong;
+    }
     row.actions.press = [this](const std::string& button) { pressHistory(button); };
     return row;
 }
@@ -147,11 +152,43 @@ SettingsRow PrivacySection::clearing() {
 
 void PrivacySection::pressHistory(const std::string& button) {
     const bool isMeant = std::exchange(isClearing_, button == "clear") && button == "confirm";
-    if (isMeant) parts_.history.clear();
+    cannotClear_ = isMeant && !parts_.history.clear();
     // What was dictated since the page was opened goes as well, and is counted.
     count_ = parts_.history.count();
     if (isMeant) tasks_.spawn(measure());
     onChanged();
+}
+
+SettingsRow PrivacySection::memory() {
+    auto row =
+        item("privacy.memory", tr("El índice de tus documentos y tu actividad, solo en este equipo."), "");
+    row.buttons = {{.id = "clear", .label = tr("Borrar memoria…")}};
+    row.actions.press = [this](const std::string& button) { pressMemory(button); };
+    return row;
+}
+
+SettingsRow PrivacySection::clearingMemory() {
+    auto row = item("privacy.memory", tr("¿Borrar toda la memoria?"), "");
+    row.status =
+        tr("Se borrarán el índice y tu actividad, no tus documentos. El índice vuelve a hacerse mientras "
+           "«Buscar en mis documentos» está activado.");
+    row.tone = Tone::warning;
+    row.buttons = {{.id = "back", .label = tr("Cancelar")},
+                   {.id = "confirm", .label = tr("Borrar memoria"), .isChief = true}};
+    row.actions.press = [this](const std::string& button) { pressMemory(button); };
+    return row;
+}
+
+void PrivacySection::pressMemory(const std::string& button) {
+    const bool isMeant = std::exchange(isClearingMemory_, button == "clear") && button == "confirm";
+    if (isMeant) tasks_.spawn(clearMemory());
+    onChanged();
+}
+
+Task<void> PrivacySection::clearMemory() {
+    co_await parts_.memory.clearActivity();
+    co_await parts_.memory.clearIndex();
+    co_await measure();
 }
 
 void PrivacySection::addStored(SettingsRows& rows) {
@@ -161,11 +198,18 @@ void PrivacySection::addStored(SettingsRows& rows) {
     rows.push_back(stored("privacy.stored-history", tr("Historial"), parts_.data / "dorix.sqlite",
                           size(&Sizes::history)));
     rows.push_back(
+        stored("privacy.stored-memory", tr("Memoria"), parts_.data / "memory.sqlite", size(&Sizes::memory)));
+    rows.push_back(stored("privacy.stored-embedding", tr("Modelo de la memoria"), parts_.data / "embedding",
+                          size(&Sizes::embedding)));
+    rows.push_back(
         stored("privacy.stored-models", tr("Modelos de voz"), parts_.data / "models", size(&Sizes::models)));
     rows.push_back(stored("privacy.stored-settings", tr("Ajustes"), parts_.settings, size(&Sizes::settings)));
+    rows.push_back(
+        stored("privacy.stored-service", tr("Servicio de DORIX"), parts_.service, size(&Sizes::service)));
     rows.push_back(item("privacy.stored-keys", tr("Sesión y claves"),
                         tr("En el llavero del sistema; donde no lo hay, en un archivo que solo tú puedes "
-                           "leer.")));
+                           "leer.") +
+                            "\n" + parts_.secrets.string()));
     auto folder = item("privacy.folder", tr("Carpeta de DORIX"), "");
     folder.buttons = {{.id = "open", .label = tr("Abrir carpeta")}};
     if (cannotOpen_) {
@@ -187,16 +231,21 @@ void PrivacySection::openFolder() {
     onChanged();
 }
 
-PrivacySection::Sizes PrivacySection::sizesIn(const fs::path& data, const fs::path& settings) {
-    const auto log = data / "dorix.sqlite-wal";
-    return {.history = sizeOf(data / "dorix.sqlite") + sizeOf(log),
+PrivacySection::Sizes PrivacySection::sizesOf(const Parts& parts) {
+    const auto& data = parts.data;
+    const auto database = [&data](const std::string& name) {
+        return sizeOf(data / name) + sizeOf(data / (name + "-wal"));
+    };
+    return {.history = database("dorix.sqlite"),
+            .memory = database("memory.sqlite"),
             .models = sizeOf(data / "models") + sizeOf(data / "engines"),
-            .settings = sizeOf(settings)};
+            .embedding = sizeOf(data / "embedding"),
+            .settings = sizeOf(parts.settings),
+            .service = sizeOf(parts.service)};
 }
 
 Task<void> PrivacySection::measure() {
-    sizes_ = co_await runOn(
-        disk_, [data = parts_.data, settings = parts_.settings] { return sizesIn(data, settings); });
+    sizes_ = co_await runOn(disk_, [parts = parts_] { return sizesOf(parts); });
     onChanged();
 }
 

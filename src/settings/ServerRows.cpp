@@ -22,10 +22,12 @@ ServerRows::ServerRows(Executor& executor, SettingsStore& settings, SpeechServer
 void ServerRows::addTo(SettingsRows& rows) {
     rows.push_back(heading("speech.servers", tr("Servidor de transcripción")));
     rows.push_back(address());
-    if (settings_.speechServer.get().empty()) return;
-    rows.push_back(
-        field("speech.server-model", tr("Modelo que se le pide"), "", settings_.speechServerModel));
-    rows.push_back(key());
+    if (!settings_.speechServer.get().empty()) {
+        rows.push_back(
+            field("speech.server-model", tr("Modelo que se le pide"), "", settings_.speechServerModel));
+        rows.push_back(key());
+    }
+    if (server_.hasOthersKey()) rows.push_back(othersKey("speech.others-key", [this] { saveKey(""); }));
 }
 
 SettingsRow ServerRows::address() {
@@ -56,22 +58,17 @@ void ServerRows::useServer(const std::string& entered) {
         // Where it goes is told here, before anything is said.
         settings_.speechServerTold.set(address);
         settings_.speechServer.set(address);
-        tasks_.spawn(server_.readKey());
+        lookAnew();
     }
     changed_();
 }
 
 SettingsRow ServerRows::key() {
-    SettingsRow row;
-    row.kind = SettingsRow::Kind::text;
-    row.id = "speech.server-key";
-    row.label = tr("Clave");
-    row.description = tr("Opcional. Se guarda en el llavero del sistema.");
-    row.text = server_.key();
-    row.isSecret = true;
+    auto row = secret("speech.server-key", tr("Clave"), tr("Opcional. Se guarda en el llavero del sistema."),
+                      server_.key());
     row.actions.commit = [this](const std::string& entered) {
         const std::string key(text::trim(entered));
-        if (key != server_.key()) tasks_.spawn(server_.saveKey(key));
+        if (key != server_.key()) saveKey(key);
     };
     if (!row.text.empty() && schemeOf(settings_.speechServer.get()) != "https") {
         const auto host = hostOf(settings_.speechServer.get());
@@ -81,6 +78,24 @@ SettingsRow ServerRows::key() {
         }
     }
     return row;
+}
+
+SettingsRow othersKey(std::string id, std::function<void()> remove) {
+    auto row = item(std::move(id), tr("Clave de otro servidor"),
+                    tr("Opcional. Se guarda en el llavero del sistema."));
+    row.buttons = {{.id = "remove", .label = tr("Quitar")}};
+    row.actions.press = [remove = std::move(remove)](const std::string&) { remove(); };
+    return row;
+}
+
+Task<void> ServerRows::readKey() {
+    co_await server_.readKey();
+    changed_();
+}
+
+void ServerRows::saveKey(const std::string& key) {
+    tasks_.spawn(server_.saveKey(key));
+    changed_();
 }
 
 }  // namespace dorix

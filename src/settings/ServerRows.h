@@ -10,6 +10,9 @@
 
 namespace dorix {
 
+/// A key that is kept for a server which is not named any more. Main executor.
+SettingsRow othersKey(std::string id, std::function<void()> remove);
+
 /// The user's own server that recognises speech instead of this computer. Main executor.
 class ServerRows {
  public:
@@ -17,12 +20,16 @@ class ServerRows {
     ServerRows(Executor& executor, SettingsStore& settings, SpeechServer& server,
                std::function<void()> changed);
 
+    /// Looks into the keychain.
+    void lookAnew() { tasks_.spawn(readKey()); }
     void addTo(SettingsRows& rows);
 
  private:
     void useServer(const std::string& address);
     SettingsRow address();
     SettingsRow key();
+    Task<void> readKey();
+    void saveKey(const std::string& key);
 
     SettingsStore& settings_;
     SpeechServer& server_;

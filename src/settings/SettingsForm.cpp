@@ -11,11 +11,14 @@ namespace dorix {
 
 SettingsForm::SettingsForm(const Parts& parts)
     : test_(parts.executor, parts.speechInput, parts.speech.audio),
-      general_(parts.settings, parts.keys, parts.speech.models, [this] { showSection("speech"); }),
+      general_(parts.settings, parts.keys, parts.speech.models, parts.speech.installs,
+               [this] { showSection("speech"); }),
       writing_(parts.settings, parts.account, parts.own, parts.models, parts.showAccount),
       speech_(parts.speech, test_),
+      memory_(parts.memory),
       account_(parts.account, parts.own, parts.showAccount),
       privacy_(parts.privacy) {
+    memory_.ownWindow = [this] { return ownWindow(); };
     for (auto* one : sections_) one->onChanged = [this] { refresh(); };
     subscriptions_.push_back(
         parts.settings.languageObserver().code.subscribe([this](const auto&) { refresh(); }));
@@ -36,8 +39,10 @@ void SettingsForm::open() {
 }
 
 void SettingsForm::close() {
+    settle();
     isOpen_ = false;
-    query.set("");
+    keyboard_ = Keyboard::elsewhere;
+    setQuery("");
     follow();
     rows_.clear();
 }
@@ -49,16 +54,23 @@ void SettingsForm::showSection(std::string_view id) {
 
 void SettingsForm::showSection(std::size_t index) {
     if (index >= sections_.size()) return;
-    query.set("");
+    settle();
+    setQuery("");
     section.set(index);
     follow();
     refresh();
 }
 
 void SettingsForm::search(const std::string& text) {
-    query.set(text);
+    settle();
+    setQuery(text);
     follow();
     refresh();
+}
+
+void SettingsForm::setQuery(const std::string& text) {
+    if (text != query.get()) found_.clear();
+    query.set(text);
 }
 
 bool SettingsForm::stepBack() {
@@ -68,6 +80,11 @@ bool SettingsForm::stepBack() {
         return true;
     }
     return gaveUp;
+}
+
+bool SettingsForm::refusesDictation() const {
+    return keyboard_ == Keyboard::secretField ||
+           (keyboard_ == Keyboard::rows && find("general.key-test") != nullptr);
 }
 
 bool SettingsForm::isInSight(std::size_t index) const {
@@ -125,7 +142,9 @@ SettingsRows SettingsForm::found() {
                 return i < of.size() &&
                        std::ranges::all_of(wanted, [&](auto word) { return of[i].contains(word); });
             };
-            if (rows[i].kind == SettingsRow::Kind::heading || !std::ranges::any_of(known, has)) continue;
+            if (rows[i].kind == SettingsRow::Kind::heading) continue;
+            if (!found_.contains(rows[i].id) && !std::ranges::any_of(known, has)) continue;
+            found_.insert(rows[i].id);
             if (!std::exchange(isNamed, true))
                 result.push_back(settingsrow::heading("found." + one->id(), one->title()));
             result.push_back(rows[i]);
@@ -150,11 +169,17 @@ void SettingsForm::choose(const std::string& row, const std::string& option) {
 }
 
 void SettingsForm::edit(const std::string& row, const std::string& text) {
+    draft_ = Draft{.row = row, .text = text};
     if (const auto* found = find(row)) auto(found->actions).edit(text);
 }
 
 void SettingsForm::commit(const std::string& row, const std::string& text) {
+    draft_.reset();
     if (const auto* found = find(row)) auto(found->actions).commit(text);
+}
+
+void SettingsForm::settle() {
+    if (const auto draft = std::exchange(draft_, std::nullopt)) commit(draft->row, draft->text);
 }
 
 void SettingsForm::press(const std::string& row, const std::string& button) {

@@ -3,6 +3,7 @@
 #include "settings/AboutSection.h"
 #include "settings/AccountSection.h"
 #include "settings/GeneralSection.h"
+#include "settings/MemorySection.h"
 #include "settings/MicrophoneTest.h"
 #include "settings/PrivacySection.h"
 #include "settings/SpeechSection.h"
@@ -10,7 +11,10 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
+#include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,6 +34,7 @@ class SettingsForm {
         ModelServer* models;  // null where the system has a language model of its own
         SpeechInput& speechInput;
         SpeechSection::Parts speech;
+        MemorySection::Parts memory;
         PrivacySection::Parts privacy;
         std::function<void()> showAccount;
     };
@@ -41,6 +46,13 @@ class SettingsForm {
 
     /// The words that a text is shown in on this desktop; by them it is found.
     std::function<std::string(const std::string&)> words = [](const std::string& text) { return text; };
+
+    /// The window above which dialogs of the desktop stand, as the adapters know it.
+    std::function<std::uint64_t()> ownWindow = [] { return 0; };
+    /// Where the keyboard is.
+    enum class Keyboard { elsewhere, rows, field, secretField };
+    /// What stands before the cursor, while the keyboard is in a field.
+    std::function<std::string()> beforeCursor = [] { return std::string(); };
 
     /// Which page, by its place.
     Observable<std::size_t> section;
@@ -68,7 +80,14 @@ class SettingsForm {
     /// Gives up what waits for the user's second word, or the search; false when there is neither.
     bool stepBack();
 
-    /// Works the row of that id, if it is shown.
+    void setKeyboard(Keyboard at) { keyboard_ = at; }
+    /// Whether what is dictated goes into a field of the window.
+    bool takesDictation() const { return keyboard_ == Keyboard::field; }
+    /// Whether the hold key is only tried out, or would speak out a secret: it begins no dictation then.
+    bool refusesDictation() const;
+
+    /// Works the row of that id, if it is shown. What is being edited counts, as if the user were through
+    /// with it, before another page, a search or the end of the window takes its row away.
     void toggle(const std::string& row, bool on);
     void choose(const std::string& row, const std::string& option);
     void edit(const std::string& row, const std::string& text);
@@ -78,6 +97,8 @@ class SettingsForm {
  private:
     void refresh();
     void follow();
+    void settle();
+    void setQuery(const std::string& text);
     bool isInSight(std::size_t index) const;
     SettingsRows found();
     std::vector<std::string> wordsOf(SettingsSection& section, const SettingsRows& rows) const;
@@ -87,14 +108,22 @@ class SettingsForm {
     GeneralSection general_;
     WritingSection writing_;
     SpeechSection speech_;
+    MemorySection memory_;
     AccountSection account_;
     PrivacySection privacy_;
     AboutSection about_;
-    const std::array<SettingsSection*, 6> sections_{&general_, &writing_, &speech_,
+    const std::array<SettingsSection*, 7> sections_{&general_, &writing_, &speech_, &memory_,
                                                     &account_, &privacy_, &about_};
-    std::array<bool, 6> shown_{};
+    std::array<bool, 7> shown_{};
     bool isOpen_ = false;
+    Keyboard keyboard_ = Keyboard::elsewhere;
     SettingsRows rows_;
+    std::set<std::string> found_;  // rows that the search has once found: they stay, whatever becomes of them
+    struct Draft {
+        std::string row;
+        std::string text;
+    };
+    std::optional<Draft> draft_;  // what is being edited
     Observers<> changed_;
     std::vector<Subscription> subscriptions_;
 };

@@ -48,6 +48,13 @@ SettingsRow field(std::string id, std::string label, std::string description,
     return made;
 }
 
+SettingsRow secret(std::string id, std::string label, std::string description, std::string text) {
+    auto made = row(Kind::text, std::move(id), std::move(label), std::move(description));
+    made.text = std::move(text);
+    made.isSecret = true;
+    return made;
+}
+
 SettingsRow item(std::string id, std::string label, std::string description) {
     return row(Kind::item, std::move(id), std::move(label), std::move(description));
 }

@@ -94,6 +94,9 @@ SettingsRow choice(std::string id, std::string label, std::string description,
 SettingsRow field(std::string id, std::string label, std::string description,
                   Observable<std::string>& setting);
 
+/// A text that nobody is to read over the user's shoulder. It counts when the user is through with it.
+SettingsRow secret(std::string id, std::string label, std::string description, std::string text);
+
 SettingsRow item(std::string id, std::string label, std::string description);
 
 }  // namespace settingsrow

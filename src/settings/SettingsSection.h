@@ -1,9 +1,12 @@
 #pragma once
 
+#include "base/Observable.h"
 #include "settings/SettingsRow.h"
 
 #include <functional>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace dorix {
 
@@ -31,6 +34,18 @@ class SettingsSection {
 
     /// The rows are others than they were.
     std::function<void()> onChanged = [] {};
+
+ protected:
+    /// The rows are others whenever one of these changes.
+    template <typename... Fields>
+    void follow(const Fields&... fields) {
+        (keep(fields.subscribe([this](const auto&) { onChanged(); })), ...);
+    }
+    /// Observes something for as long as there is the page.
+    void keep(Subscription subscription) { subscriptions_.push_back(std::move(subscription)); }
+
+ private:
+    std::vector<Subscription> subscriptions_;
 };
 
 }  // namespace dorix

@@ -22,6 +22,11 @@ SettingsRows SpeechSection::rows() {
     return rows;
 }
 
+void SpeechSection::shown() {
+    models_.lookAnew();
+    if (!hasSystemRecogniser_) server_.lookAnew();
+}
+
 void SpeechSection::hidden() {
     models_.stepBack();
     test_.forget();

@@ -30,7 +30,7 @@ class SpeechSection final : public SettingsSection {
     std::string id() const override { return "speech"; }
     std::string title() const override;
     SettingsRows rows() override;
-    void shown() override { models_.lookAnew(); }
+    void shown() override;
     void hidden() override;
     bool stepBack() override;
 

@@ -3,6 +3,7 @@
 #include "base/text/Text.h"
 #include "base/text/Url.h"
 #include "localdata/Language.h"
+#include "settings/ServerRows.h"
 #include "writing/LocalPolisher.h"
 
 #include <utility>
@@ -13,8 +14,16 @@ using namespace settingsrow;
 using Standing = SettingsRow::Tone;
 
 namespace {
+
 constexpr int linesOfStyle = 3;
+
+/// Of the server at that address, if it is another computer.
+std::optional<std::string> farHost(const std::string& address) {
+    auto host = hostOf(address);
+    return host && !isThisComputer(*host) ? host : std::nullopt;
 }
+
+}  // namespace
 
 WritingSection::WritingSection(SettingsStore& settings, const AccountStore& account, const OwnService& own,
                                ModelServer* models, std::function<void()> showAccount)
@@ -23,18 +32,10 @@ WritingSection::WritingSection(SettingsStore& settings, const AccountStore& acco
       own_(own),
       models_(models),
       showAccount_(std::move(showAccount)) {
-    const auto changed = [this](const auto&) { onChanged(); };
-    subscriptions_.push_back(settings.engine.subscribe(changed));
-    subscriptions_.push_back(settings.adaptTone.subscribe(changed));
-    subscriptions_.push_back(settings.signatureName.subscribe(changed));
-    subscriptions_.push_back(settings.styleNotes.subscribe(changed));
-    subscriptions_.push_back(account.loggedIn.subscribe(changed));
-    subscriptions_.push_back(account.profile.subscribe(changed));
-    subscriptions_.push_back(own.hasBadSettings.subscribe(changed));
+    follow(settings.engine, settings.adaptTone, settings.signatureName, settings.styleNotes, account.loggedIn,
+           account.profile, own.hasBadSettings, settings.speechServer);
     if (models == nullptr) return;
-    subscriptions_.push_back(models->state().subscribe(changed));
-    subscriptions_.push_back(settings.modelServer.subscribe(changed));
-    subscriptions_.push_back(settings.modelServerModel.subscribe(changed));
+    follow(models->state(), models->key(), settings.modelServer, settings.modelServerModel);
 }
 
 void WritingSection::shown() {
@@ -60,11 +61,18 @@ SettingsRow WritingSection::engine() {
         "writing.engine", tr("Motor de redacción"), "",
         {{"auto", tr("Automático (recomendado)"),
           tr("La mejor redacción. Solo se envía el texto dictado, nunca el audio ni tu pantalla.")},
-         {"local", tr("Solo en este Mac"),
-          tr("Máxima privacidad: todo se procesa en tu Mac. La redacción es más sencilla.")}},
+         {"local", tr("Solo en este Mac"), whereLocalWrites()}},
         settings_.engine.get() == WritingEngine::local ? "local" : "auto", [this](const std::string& chosen) {
             settings_.engine.set(chosen == "local" ? WritingEngine::local : WritingEngine::automatic);
         });
+}
+
+std::string WritingSection::whereLocalWrites() const {
+    if (const auto host = farHost(settings_.modelServer.get()))
+        return formatText(tr("Lo que dictes se enviará a %@ para redactarlo."), {*host});
+    if (const auto host = farHost(settings_.speechServer.get()))
+        return formatText(tr("Lo que dictes se enviará a %@ para transcribirlo."), {*host});
+    return tr("Máxima privacidad: todo se procesa en tu Mac. La redacción es más sencilla.");
 }
 
 SettingsRow WritingSection::service() const {
@@ -81,8 +89,9 @@ SettingsRow WritingSection::service() const {
             tr("El servicio de este ordenador no puede empezar: en su configuración (variables "
                "DORIX_SERVICE_…) hay un error. El registro de DORIX dice cuál.");
     } else if (account_.loggedIn.get()) {
-        row.status = isOwn || !profile ? tr("Funciona en este ordenador, sin cuenta.")
-                                       : formatText(tr("Has entrado como %@."), {profile->email});
+        row.status = isOwn     ? tr("Funciona en este ordenador, sin cuenta.")
+                     : profile ? formatText(tr("Has entrado como %@."), {profile->email})
+                               : tr("Has entrado en tu cuenta de DORIX.");
     } else if (isOwn) {
         row.tone = Standing::plain;
         row.status = tr("El servicio de este ordenador todavía no responde.");
@@ -108,6 +117,9 @@ void WritingSection::addModel(SettingsRows& rows) {
     }
     rows.push_back(std::move(row));
     rows.push_back(modelServer());
+    if (!settings_.modelServer.get().empty()) rows.push_back(modelKey());
+    if (models_->hasOthersKey())
+        rows.push_back(othersKey("writing.others-key", [this] { models_->useKey(""); }));
     auto name = field("writing.model-name", tr("Modelo de lenguaje"),
                       tr("Opcional. Si lo dejas vacío, DORIX elige uno de los que tiene el servidor."),
                       settings_.modelServerModel);
@@ -125,12 +137,12 @@ SettingsRow WritingSection::modelServer() {
     row.example = "http://127.0.0.1:11434";
     row.actions.edit = [](const std::string&) {};
     row.actions.commit = [this](const std::string& entered) { useModelServer(entered); };
-    const auto host = hostOf(settings_.modelServer.get());
+    const auto host = farHost(settings_.modelServer.get());
     if (!refused_.empty()) {
         row.text = refused_;
         row.status = tr("Escribe la dirección entera, con https://");
         row.tone = Standing::wrong;
-    } else if (host && !isThisComputer(*host)) {
+    } else if (host) {
         row.status = formatText(tr("Lo que dictes se enviará a %@ para redactarlo."), {*host});
         row.tone = Standing::warning;
     }
@@ -148,6 +160,21 @@ void WritingSection::useModelServer(const std::string& entered) {
         settings_.modelServer.set(address);
     }
     onChanged();
+}
+
+SettingsRow WritingSection::modelKey() {
+    auto row = secret("writing.model-key", tr("Clave"), tr("Opcional. Se guarda en el llavero del sistema."),
+                      models_->key().get());
+    row.actions.commit = [this](const std::string& entered) {
+        const std::string key(text::trim(entered));
+        if (key != models_->key().get()) models_->useKey(key);
+    };
+    const auto& address = settings_.modelServer.get();
+    if (!row.text.empty() && schemeOf(address) != "https" && farHost(address)) {
+        row.status = tr("La clave del servidor de modelos solo se envía por https.");
+        row.tone = Standing::warning;
+    }
+    return row;
 }
 
 SettingsRow WritingSection::rules() const {

@@ -8,7 +8,6 @@
 
 #include <functional>
 #include <string>
-#include <vector>
 
 namespace dorix {
 
@@ -31,6 +30,8 @@ class WritingSection final : public SettingsSection {
     SettingsRow rules() const;
     void addModel(SettingsRows& rows);
     SettingsRow modelServer();
+    SettingsRow modelKey();
+    std::string whereLocalWrites() const;
     void useModelServer(const std::string& entered);
     void addStyle(SettingsRows& rows);
 
@@ -40,7 +41,6 @@ class WritingSection final : public SettingsSection {
     ModelServer* const models_;
     std::string refused_;  // what was entered for the server's address and is none
     const std::function<void()> showAccount_;
-    std::vector<Subscription> subscriptions_;
 };
 
 }  // namespace dorix

@@ -10,6 +10,8 @@
 #include "fakes/RenamedFolders.h"
 #include "fakes/TemporaryFolder.h"
 #include "fakes/dictation/FakeSpeechInput.h"
+#include "fakes/memory/TestMemory.h"
+#include "memory/embedding/EmbeddingModel.h"
 #include "platform/ArchiveUnpacker.h"
 #include "platform/CompanionService.h"
 #include "platform/Keychain.h"
@@ -44,12 +46,21 @@ struct SettingsBench {
                            .installs = installs,
                            .server = server,
                            .hasSystemRecogniser = false},
+                .memory = {.executor = executor,
+                           .memory = memory,
+                           .model = embeddingModel,
+                           .folderPanel = folderPanel,
+                           .home = "/home/marta"},
                 .privacy = {.executor = executor,
                             .permissions = permissions,
                             .history = history,
+                            .memory = memory,
                             .urls = urls,
+                            .speechServer = settings.speechServer,
                             .data = place,
-                            .settings = place / "defaults.json"},
+                            .settings = place / "defaults.json",
+                            .service = place / "dorix-service",
+                            .secrets = place / "secrets.json"},
                 .showAccount = [this] { ++accountsShown; }};
     }
 
@@ -78,6 +89,20 @@ struct SettingsBench {
         FileFetch::Patience{.attempts = 1}};
     ModelInstalls installs{executor, models, installer};
     SpeechServer server{executor, settings, keychain};
+    FakeFolderPanel folderPanel;
+    TestMemory remembered{
+        executor,
+        defaults,
+        history,
+        folder.path() / "memory.sqlite",
+        {.home = "/home/marta", .documentFolders = {"/home/marta/Documentos", "/home/marta/Escritorio"}}};
+    MemoryStore& memoryStore = remembered.store;
+    MemoryController& memory = remembered.memory;
+    EmbeddingModel embeddingModel{{executor, http, folders},
+                                  catalogueEmbedding(),
+                                  folder.path(),
+                                  settings.speechMirrors,
+                                  FileFetch::Patience{.attempts = 1}};
     DorixAPI api{executor, http, keychain, std::nullopt};
     AccountStore account{executor, api, keychain, defaults, "Mesa"};
     OwnService own{executor, http, companion, api, account};

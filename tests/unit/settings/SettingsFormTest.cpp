@@ -1,5 +1,6 @@
 #include "adapters/models/ServedModel.h"
 #include "base/async/ManualExecutor.h"
+#include "fakes/Eventually.h"
 #include "fakes/MemoryUserDefaults.h"
 #include "fakes/settings/SettingsBench.h"
 #include "localdata/Language.h"
@@ -8,11 +9,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <functional>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace dorix {
@@ -59,14 +57,6 @@ class SettingsFormTest : public testing::Test {
         form().open();
         form().showSection(section);
         executor.runPosted();
-    }
-    /// Installs read the disk on a thread of their own.
-    bool eventually(const std::function<bool()>& condition) {
-        for (int i = 0; i < 5000 && !condition(); ++i) {
-            executor.runPosted();
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
-        return condition();
     }
     SettingsForm& form() const { return bench->form; }
 
@@ -199,8 +189,109 @@ TEST_F(SettingsFormTest, AFolderThatCannotBeOpenedIsToldAndItsNameIsWritten) {
     open("privacy");
     form().press("privacy.folder", "open");
     EXPECT_THAT(bench->urls.opened, ElementsAre("file:///data/DORIX"));
-    EXPECT_TRUE(eventually([&] { return row("privacy.stored-history").label == "Historial · 0 kB"; }));
+    EXPECT_TRUE(
+        eventually(executor, [&] { return row("privacy.stored-history").label == "Historial · 0 kB"; }));
     EXPECT_EQ(row("privacy.stored-history").description, "/data/DORIX/dorix.sqlite");
+}
+
+TEST_F(SettingsFormTest, FoldersComeByTheDesktopsDialogOrByTheirPathAndGoAtOnce) {
+    const auto listed = [this] {
+        std::vector<std::string> result;
+        for (const auto& one : form().rows()) {
+            if (one.id.starts_with("memory.folder.")) result.push_back(one.label);
+        }
+        return result;
+    };
+    const std::string added = "memory.folder./mnt/Obra";
+    open("memory");
+    EXPECT_THAT(listed(), ElementsAre("~/Documentos", "~/Escritorio"));
+    form().ownWindow = [] { return 7; };
+    form().press("memory.add-folder", "add");
+    EXPECT_EQ(bench->folderPanel.request.ownWindow, 7U);
+    EXPECT_FALSE(row("memory.add-folder").buttons.front().isAvailable) << "one dialog is enough";
+    bench->folderPanel.answer.complete({.wasAsked = true, .folder = "/mnt/Obra"});
+    executor.runPosted();
+    EXPECT_THAT(listed(), ElementsAre("~/Documentos", "~/Escritorio", "/mnt/Obra"));
+    bench->memory.addFolder("/mnt/Obra");
+    EXPECT_THAT(listed(), testing::SizeIs(3));
+    form().press(added, "remove");
+    EXPECT_THAT(listed(), ElementsAre("~/Documentos", "~/Escritorio"));
+
+    form().press("memory.add-folder", "add");
+    bench->folderPanel.answer.complete({.wasAsked = true, .folder = {}});
+    executor.runPosted();
+    EXPECT_TRUE(row("memory.add-folder").buttons.front().isAvailable) << "thought better of it";
+    form().press("memory.add-folder", "add");
+    bench->folderPanel.answer.complete({});
+    executor.runPosted();
+    form().commit("memory.folder-path", "Obra");
+    EXPECT_EQ(row("memory.folder-path").tone, Tone::wrong);
+    form().commit("memory.folder-path", " ~/Obra ");
+    EXPECT_THAT(listed(), ElementsAre("~/Documentos", "~/Escritorio", "~/Obra"));
+    EXPECT_EQ(defaults.value("memoryFolders"),
+              Json::array({"/home/marta/Documentos", "/home/marta/Escritorio", "/home/marta/Obra"}));
+}
+
+TEST_F(SettingsFormTest, WhatIsRememberedIsCountedAndForgottenWhenItIsMeant) {
+    const auto run = [this](Task<void> task) {
+        TaskScope scope(executor);
+        const auto handle = scope.spawn(std::move(task));
+        EXPECT_TRUE(eventually(executor, [&] { return handle.isDone(); }));
+    };
+    const auto rows = [&] {
+        std::size_t count = 0;
+        run([](MemoryStore& store, std::size_t& into) -> Task<void> {
+            into = (co_await store.activitySince(0)).size();
+        }(bench->memoryStore, count));
+        return count;
+    };
+    run(bench->memoryStore.upsert({.path = "/a/Obra.txt", .title = "Obra.txt", .kind = "file"}));
+    run(bench->memoryStore.recordActivity("Notas", {}, "Obra", {}));
+    open("memory");
+    EXPECT_TRUE(eventually(executor, [&] {
+        executor.advanceBy(0.1);
+        return row("memory.documents").description.starts_with("1 documento en tu memoria.");
+    }));
+    form().press("memory.clear-activity", "clear");
+    EXPECT_EQ(row("memory.clear-activity").label, "¿Borrar tu actividad registrada?");
+    EXPECT_TRUE(form().stepBack());
+    form().press("memory.clear-activity", "confirm");
+    EXPECT_EQ(rows(), 1U) << "nobody had asked";
+    form().press("memory.clear-activity", "clear");
+    form().press("memory.clear-activity", "confirm");
+    EXPECT_TRUE(eventually(executor, [&] { return row("memory.clear-activity").tone == Tone::good; }));
+    EXPECT_EQ(rows(), 0U);
+    form().press("memory.index", "clear");
+    EXPECT_TRUE(eventually(executor, [&] {
+        executor.advanceBy(0.1);
+        return row("memory.index").status == "Índice borrado";
+    }));
+    EXPECT_THAT(row("memory.documents").description, StartsWith("0 documentos"));
+
+    run(bench->memoryStore.recordActivity("Notas", {}, "Obra", {}));
+    form().showSection("privacy");
+    form().press("privacy.memory", "clear");
+    form().press("privacy.memory", "back");
+    form().press("privacy.memory", "confirm");
+    EXPECT_EQ(rows(), 1U);
+    form().press("privacy.memory", "clear");
+    form().press("privacy.memory", "confirm");
+    EXPECT_TRUE(eventually(executor, [&] { return rows() == 0; }));
+}
+
+TEST_F(SettingsFormTest, TheMemorysModelIsFetchedAndItsAbsenceIsTold) {
+    open("memory");
+    EXPECT_THAT(ids(), testing::Not(Contains("memory.unavailable")));
+    bench->memory.available.set(false);
+    EXPECT_THAT(ids(), Contains("memory.unavailable"));
+    EXPECT_THAT(row("memory.model").buttons.front().label, StartsWith("Descargar · "));
+    form().press("memory.model", "install");
+    EXPECT_TRUE(eventually(executor, [&] { return !bench->http.exchanges.empty(); }));
+    EXPECT_EQ(buttons(row("memory.model")), std::vector<std::string>{"cancel"});
+    EXPECT_EQ(row("memory.model").progress, 0.0);
+    bench->http.last().fail();
+    EXPECT_TRUE(eventually(executor, [&] { return !row("memory.model").progress; }));
+    EXPECT_EQ(row("memory.model").tone, Tone::wrong);
 }
 
 TEST_F(SettingsFormTest, AMicrophoneThatIsAbsentIsKeptAndSaidSo) {
@@ -276,6 +367,7 @@ TEST_F(SettingsFormTest, AModelIsAskedAboutFetchedStoppedAndItsFailureKept) {
     open("speech");
     const std::string noise = "speech.model.noise";
     EXPECT_EQ(row("speech.serving").tone, Tone::warning);
+    form().search("descargar");
     form().press(noise, "install");
     EXPECT_THAT(row(noise).status, HasSubstr("su autor no deja clara la licencia"));
     EXPECT_TRUE(form().stepBack());
@@ -284,18 +376,19 @@ TEST_F(SettingsFormTest, AModelIsAskedAboutFetchedStoppedAndItsFailureKept) {
     form().press(noise, "install");
     form().press(noise, "confirm");
     EXPECT_EQ(row(noise).progress, 0.0);
-    EXPECT_TRUE(eventually([&] { return !bench->http.exchanges.empty(); }));
+    EXPECT_TRUE(eventually(executor, [&] { return !bench->http.exchanges.empty(); }));
     form().press(noise, "cancel");
-    EXPECT_TRUE(eventually([&] { return !row(noise).progress; }));
+    EXPECT_TRUE(eventually(executor, [&] { return !row(noise).progress; }));
     EXPECT_EQ(row(noise).tone, Tone::warning);
 
     form().press(noise, "install");
     form().press(noise, "confirm");
-    EXPECT_TRUE(eventually([&] { return bench->http.exchanges.size() == 2; }));
+    EXPECT_TRUE(eventually(executor, [&] { return bench->http.exchanges.size() == 2; }));
     bench->http.last().fail();
-    EXPECT_TRUE(eventually([&] { return !row(noise).progress; }));
-    EXPECT_THAT(row(noise).status, StartsWith("No se ha podido descargar el modelo de voz"));
+    EXPECT_TRUE(eventually(executor, [&] { return !row(noise).progress; }));
+    EXPECT_THAT(row(noise).status, StartsWith("No se ha podido descargar el modelo"));
     EXPECT_EQ(row(noise).tone, Tone::wrong);
+    form().search("");
     form().choose("speech.language", "it-IT");
     EXPECT_THAT(ids(), testing::Not(Contains(noise)));
 }
@@ -313,6 +406,18 @@ TEST_F(SettingsFormTest, AServerCountsOnceItsAddressIsWholeAndItsKeyIsASecret) {
     executor.runPosted();
     EXPECT_EQ(bench->server.request("es")->server.key, "s3cret");
     EXPECT_FALSE(defaults.value("speech-server-key"));
+    form().commit("speech.server", "https://otra.example/v1");
+    EXPECT_EQ(bench->server.request("es")->server.key, "") << "it is not that server's";
+    EXPECT_THAT(ids(), Contains("speech.others-key"));
+    form().edit("speech.server", "https://velmar.example/v1");
+    form().showSection("general");
+    form().showSection("speech");
+    EXPECT_EQ(row("speech.server-key").text, "s3cret") << "what was being written counts";
+    form().commit("speech.server", "");
+    form().press("speech.others-key", "remove");
+    EXPECT_THAT(ids(), testing::Not(Contains("speech.others-key")));
+    form().commit("speech.server", "https://velmar.example/v1");
+    EXPECT_EQ(row("speech.server-key").text, "");
     EXPECT_THAT(row("speech.serving").status, HasSubstr("velmar.example"));
     form().showSection("writing");
     EXPECT_EQ(row("writing.model").tone, Tone::warning) << "there is no server of models";
@@ -321,6 +426,23 @@ TEST_F(SettingsFormTest, AServerCountsOnceItsAddressIsWholeAndItsKeyIsASecret) {
     form().commit("writing.model-server", "https://velmar.example");
     EXPECT_EQ(bench->settings.modelServer.get(), "https://velmar.example");
     EXPECT_THAT(row("writing.model-server").status, StartsWith("Lo que dictes se enviará a velmar.example"));
+    EXPECT_THAT(row("writing.engine").options[1].note,
+                StartsWith("Lo que dictes se enviará a velmar.example"));
+    form().commit("writing.model-key", " s3cret ");
+    executor.advanceBy(0);
+    EXPECT_EQ(row("writing.model-key").text, "s3cret");
+    EXPECT_EQ(bench->http.last().header("authorization"), "Bearer s3cret");
+    form().commit("writing.model-server", "http://velmar.example");
+    executor.advanceBy(0);
+    EXPECT_EQ(bench->http.last().header("authorization"), "") << "it is not that server's";
+    EXPECT_THAT(ids(), Contains("writing.others-key"));
+    form().commit("writing.model-key", "s3cret");
+    executor.advanceBy(0);
+    EXPECT_EQ(bench->http.last().header("authorization"), "") << "anybody could read it";
+    EXPECT_EQ(row("writing.model-key").tone, Tone::warning);
+    form().commit("writing.model-key", "");
+    executor.advanceBy(0);
+    EXPECT_EQ(row("writing.model-key").tone, Tone::plain);
     form().showSection("speech");
     form().commit("speech.server", "");
     EXPECT_THAT(ids(), testing::Not(Contains("speech.server-key")));
@@ -330,6 +452,11 @@ TEST_F(SettingsFormTest, PagesSpeakTheLanguageOfTheAppAndPermissionsAreFollowed)
     bench->grants.trusted = false;
     open("privacy");
     EXPECT_THAT(buttons(row("privacy.accessibility")), ElementsAre("request"));
+    bench->grants.hasPanes = false;
+    bench->grants.speech = SpeechAuthorizationStatus::denied;
+    executor.advanceBy(1.1);
+    EXPECT_EQ(row("privacy.accessibility").buttons.front().label, "Permitir") << "it can be switched on here";
+    EXPECT_THAT(buttons(row("privacy.speech")), ElementsAre()) << "there is nothing to be opened";
     bench->grants.trusted = true;
     executor.advanceBy(1.1);
     EXPECT_EQ(row("privacy.accessibility").status, "Concedido");
