@@ -89,8 +89,8 @@ struct Windows {
           surroundings(platform.executor, platform.defaults, desktop.appearance(),
                        desktop.windowSystem(toolkitDrawsOnX11() ? finishToolkitRequests : nullptr)),
           views(surroundings, controller.state(), controller.settings(), controller.speech(),
-                controller.panel(), controller.accountForm(), controller.onboarding(),
-                controller.settingsForm(),
+                controller.panel(), controller.answerCard(), controller.accountForm(),
+                controller.onboarding(), controller.settingsForm(),
                 {.clicked = [this] { controller.iconClicked(); },
                  .tooltip = [this] { return controller.iconTooltip(); },
                  .menu = [this] { return controller.iconMenu(); }}) {

@@ -14,7 +14,8 @@ std::string APIError::localizedDescription() const {
         case Kind::server:
             break;
     }
-    return message_;
+    if (status_) return formatText(tr("El servidor de DORIX no ha respondido (%d)."), {*status_});
+    return tr(message_);
 }
 
 std::string DecodingError::localizedDescription() const { return tr("Respuesta no válida."); }

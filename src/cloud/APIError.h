@@ -3,6 +3,7 @@
 #include "base/Error.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -20,6 +21,8 @@ class APIError final : public Error {
 
     static APIError limited(std::string message) { return {Kind::limited, std::move(message)}; }
     static APIError server(std::string message) { return {Kind::server, std::move(message)}; }
+    /// `limited` or `server` with no words of the service: its status tells.
+    static APIError unexplained(Kind kind, int status) { return {kind, {}, status}; }
     static APIError notLoggedIn() { return {Kind::notLoggedIn, {}}; }
     static APIError offline() { return {Kind::offline, {}}; }
 
@@ -27,14 +30,16 @@ class APIError final : public Error {
     std::string localizedDescription() const override;
 
     bool operator==(const APIError& other) const {
-        return kind_ == other.kind_ && message_ == other.message_;
+        return kind_ == other.kind_ && message_ == other.message_ && status_ == other.status_;
     }
 
  private:
-    APIError(Kind kind, std::string message) : kind_(kind), message_(std::move(message)) {}
+    APIError(Kind kind, std::string message, std::optional<int> status = std::nullopt)
+        : kind_(kind), message_(std::move(message)), status_(status) {}
 
     Kind kind_;
-    std::string message_;  // the service's own, in the language that it was asked in
+    std::string message_;        // the service's own, in the language that it was asked in, or one of ours
+    std::optional<int> status_;  // where there is no message
 };
 
 /// The service answered with something else than what was asked for. The words hold nothing of the answer,

@@ -29,9 +29,12 @@ APIError errorFor(int status, std::string_view body) {
     if (status == unauthorized) return APIError::notLoggedIn();
     const auto answer = Json::parse(body, nullptr, false);
     const auto* told = answer.is_object() ? stringAt(answer, "message") : nullptr;
-    auto message = told ? *told : formatText(tr("El servidor de DORIX no ha respondido (%d)."), {status});
-    return status == tooManyRequests ? APIError::limited(std::move(message))
-                                     : APIError::server(std::move(message));
+    const bool isLimited = status == tooManyRequests;
+    if (told == nullptr) {
+        using enum APIError::Kind;
+        return APIError::unexplained(isLimited ? limited : server, status);
+    }
+    return isLimited ? APIError::limited(*told) : APIError::server(*told);
 }
 
 /// What the task gives; with no answer at all, APIError::offline.

@@ -69,6 +69,7 @@ struct AppState {
     Observable<bool> asking;
     Observable<bool> hidesWords;  // what is being said is a secret
     Observable<bool> composerScreen;
+    Observable<std::string> panelOver;  // the application in front of which the panel opened; "" for none
     Observable<bool> meetingActive;
     Observable<bool> composerRecording;
     Observable<std::string> composerText;

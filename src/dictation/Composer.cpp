@@ -25,9 +25,13 @@ Composer::Composer(Executor& executor, AppState& state, SettingsStore& settings,
       tasks_(executor) {}
 
 void Composer::send(AppContext target) {
+    if (sendTo_) return;
+    if (state_.composerRecording.get()) {
+        sendTo_ = std::move(target);
+        return endRecording(Then::send);
+    }
     const std::string text(text::trim(state_.composerText.get()));
     if (text.empty() || assistant_ == nullptr) return;
-    dropRecording();
     if (state_.composerScreen.get() && !permissions_.screen.get()) {
         permissions_.requestScreen();
         permissions_.refresh();
@@ -40,6 +44,7 @@ void Composer::send(AppContext target) {
 }
 
 void Composer::startRecording() {
+    sendTo_.reset();
     state_.composerRecording.set(true);
     speech_.onAudioLost = [this] { audioLost(); };
     speech_.onRecognitionFailed = [this] { yieldMicrophone(); };
@@ -77,13 +82,19 @@ void Composer::audioLost() {
 
 Task<void> Composer::takeWords(Task<std::string> words, Then then) {
     std::string transcript;
+    bool isUnderstood = true;
     try {
         transcript = co_await std::move(words);
     } catch (const SpeechInput::RecognitionFailed& error) {
         transcript = error.heard();
+        isUnderstood = false;
         hud_.flash(HUDPhase::error(error.localizedDescription()), 3.0);
     }
     if (!transcript.empty()) state_.composerText.set(join(state_.composerText.get(), transcript));
+    if (then == Then::send) {
+        const auto target = std::exchange(sendTo_, std::nullopt);
+        if (target && isUnderstood) send(*target);
+    }
     if (then == Then::focus) state_.focusRequest.set(AppState::FocusTarget::composer);
 }
 

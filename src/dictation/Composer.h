@@ -4,6 +4,7 @@
 #include "context/AppContext.h"
 #include "dictation/HUDFlash.h"
 
+#include <optional>
 #include <string>
 
 namespace dorix {
@@ -21,8 +22,9 @@ class Composer {
     Composer(Executor& executor, AppState& state, SettingsStore& settings, Permissions& permissions,
              SpeechInput& speech, HUDFlash& hud, Assistant* assistant);
 
-    /// Asks what stands there, about `target` where it matters. The text stays when there is nobody to ask,
-    /// or when it cannot be asked yet.
+    /// Asks what stands there, about `target` where it matters. What is being said joins it first: then it is
+    /// asked when the last words are there, unless they were not understood or a new recording has begun. The
+    /// text stays when there is nobody to ask, or when it cannot be asked yet.
     void send(AppContext target);
 
     /// What is said from now on will join the text. No other recording runs.
@@ -38,7 +40,7 @@ class Composer {
     void dropRecording();
 
  private:
-    enum class Then { nothing, focus };
+    enum class Then { nothing, focus, send };
 
     Task<void> record(int take);
     void endRecording(Then then);
@@ -51,7 +53,8 @@ class Composer {
     SpeechInput& speech_;
     HUDFlash& hud_;
     Assistant* const assistant_;
-    int take_ = 0;  // the newest recording
+    int take_ = 0;                      // the newest recording
+    std::optional<AppContext> sendTo_;  // when the last words are there
     TaskScope tasks_;
 };
 

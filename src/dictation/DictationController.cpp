@@ -112,16 +112,24 @@ bool DictationController::hasGrants(Mode mode) {
 
 void DictationController::showListening() {
     if (recorder_.failure()) return tellFailure();
+    // Another application may have come in front of the panel meanwhile.
+    const bool isOurs = !recorder_.context().app;
     if (state_.panelOpen.get()) {
-        // Unless another application has come in front of the panel meanwhile.
-        if (!recorder_.context().app) recorder_.setContext(panelTarget);
+        if (isOurs) goTo(panelTarget);
         closePanel();
+    } else if (isOurs) {
+        if (auto behind = leaveOwnWindow()) goTo(*std::move(behind));
     }
     recorder_.show();
     state_.hidesWords.set(recorder_.context().hasSecretFocus);
     hud_.showListening(mode_ == Mode::ask);
     if (mode_ == Mode::write) written_.prepare();
     playSound("Tink");
+}
+
+void DictationController::goTo(AppContext place) {
+    if (mode_ == Mode::write) roads_.announce(place);
+    recorder_.setContext(std::move(place));
 }
 
 /// What might still be a tap has not been shown, and neither is what went wrong with it.

@@ -92,6 +92,10 @@ class DictationController {
     std::function<void()> onMicrophoneWanted = [] {};
     /// Closes the panel's window.
     std::function<void()> closePanel = [] {};
+
+    /// Called when a recording shows that no application was in front of. Whoever has a window of the
+    /// program's there closes it, and gives what it had come in front of.
+    std::function<std::optional<AppContext>()> leaveOwnWindow = [] { return std::nullopt; };
     /// True when a session exists; otherwise it has opened the account window.
     std::function<bool()> accountReady = [] { return true; };
 
@@ -107,6 +111,7 @@ class DictationController {
     bool mayBegin(Mode mode);
     void takeMicrophone();
     bool hasGrants(Mode mode);
+    void goTo(AppContext place);
     void startFailed();
     void tellFailure();
     void audioLost();

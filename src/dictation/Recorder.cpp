@@ -43,9 +43,19 @@ void Recorder::begin(Source source) {
     recording_ = {.context = captureAppContext(workspace_, accessibility_, ownField),
                   .startedAt = startedAt,
                   .shot = {}};
+    takePicture();
+    tasks_.spawn(watchStart(*startTask_, ++number_));
+}
+
+void Recorder::takePicture() {
     if (screen_ != nullptr && permissions_.screen.get())
         recording_.shot = ShotTask(tasks_, *screen_, recording_.context.app);
-    tasks_.spawn(watchStart(*startTask_, ++number_));
+}
+
+void Recorder::setContext(AppContext context) {
+    recording_.context = std::move(context);
+    recording_.shot.cancel();
+    takePicture();
 }
 
 Task<void> Recorder::watchStart(TaskHandle<void> startTask, int number) {

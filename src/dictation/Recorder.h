@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Observable.h"
+#include "base/Uuid.h"
 #include "base/async/TaskScope.h"
 #include "context/AppContext.h"
 #include "context/ScreenCapture.h"
@@ -20,6 +21,7 @@ class Workspace;
 
 /// A recording, and what was captured when it began.
 struct Recording {
+    std::string id = makeUuid();  // of what the history keeps of it
     AppContext context;
     double startedAt = 0;  // seconds since 1970
     ShotTask shot;
@@ -56,8 +58,8 @@ class Recorder {
     std::optional<Source> source() const { return source_; }
     /// Of the recording that runs, or else of the last one.
     const AppContext& context() const { return recording_.context; }
-    /// The text goes elsewhere than to what is in front.
-    void setContext(AppContext context) { recording_.context = std::move(context); }
+    /// The recording is about something else than what is in front, and so is its picture.
+    void setContext(AppContext context);
 
     /// A recording that is over; its microphone may still have been about to open.
     struct Ended {
@@ -83,6 +85,7 @@ class Recorder {
     std::function<void()> onRecognitionFailed = [] {};
 
  private:
+    void takePicture();
     Task<void> watchStart(TaskHandle<void> startTask, int number);
 
     Executor& executor_;

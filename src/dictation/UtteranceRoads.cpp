@@ -3,6 +3,7 @@
 #include "actions/Actions.h"
 #include "assistant/Assistant.h"
 #include "base/Error.h"
+#include "base/async/Timeout.h"
 #include "context/SelectionProbe.h"
 #include "dictation/FrontDocument.h"
 #include "learning/Teaching.h"
@@ -22,6 +23,9 @@ namespace dorix {
 using namespace IntentRules;
 
 namespace {
+
+/// Seconds. The next dictation waits as long, and the picture of the window tells much the same.
+constexpr double documentPatience = 5;
 
 bool isTalkingToAI(const AppContext& context) {
     return isAIChat(context.bundleID, context.windowTitle, context.pageURL);
@@ -66,6 +70,7 @@ void UtteranceRoads::handOver(Route route) const {
 
 Task<void> UtteranceRoads::write(std::string transcript, Recording recording) {
     Spoken spoken{std::move(transcript), std::move(recording)};
+    if (spoken.context().hasSecretFocus) co_return co_await secret(std::move(spoken));
     if (co_await takenBySelection(spoken)) co_return;
     if (isTalkingToAI(spoken.context()) && !isForThisProgram(spoken.words))
         co_return co_await plain(std::move(spoken));
@@ -103,6 +108,7 @@ Task<bool> UtteranceRoads::takenBySelection(Spoken spoken) {
 }
 
 Task<void> UtteranceRoads::rewrite(Spoken spoken, SelectedText selected) {
+    const auto keeping = written_.keepMeanwhile(spoken.transcript, spoken.recording);
     Assistant::Rewrite rewritten;
     try {
         rewritten = co_await to_.assistant->transform(spoken.transcript, selected.text);
@@ -110,13 +116,20 @@ Task<void> UtteranceRoads::rewrite(Spoken spoken, SelectedText selected) {
         throw;
     } catch (...) {
         hud_.flash(HUDPhase::error(localizedDescription(std::current_exception())), 3.5);
+        written_.keep(spoken.transcript, spoken.recording);
         co_return;
     }
+    // Without insisting it may not be told. That is no reason to leave the text untyped.
+    const auto now = co_await selection_.selection(spoken.context().app, false);
+    const bool isAnother = now && now->text != selected.text;
+    keeping->stop();
     co_await written_.replaceSelection({.title = titleFrom(spoken.transcript),
                                         .text = std::move(rewritten.text),
                                         .engine = std::move(rewritten.engine)},
                                        spoken.transcript, std::move(selected.text),
-                                       std::move(spoken.recording));
+                                       std::move(spoken.recording),
+                                       isAnother ? WrittenText::Selection::isAnother
+                                                 : WrittenText::Selection::stands);
 }
 
 // Commands
@@ -177,7 +190,9 @@ Task<void> UtteranceRoads::reply(Spoken spoken) {
     auto request = written_.request(spoken.context(), spoken.transcript);
     const auto seen = shot ? WrittenText::Seen::yes : WrittenText::Seen::no;
     if (shot) request.screenshot = std::move(shot->jpeg);
+    const auto keeping = written_.keepMeanwhile(spoken.transcript, spoken.recording);
     auto result = co_await writer_.polish(std::move(request));
+    keeping->stop();
     co_await written_.commit(std::move(result), std::move(spoken.transcript), std::move(spoken.recording),
                              seen);
 }
@@ -186,7 +201,9 @@ Task<void> UtteranceRoads::writeOrAsk(Spoken spoken) {
     if (mayHaveCursor(spoken.context()) && !isScreenQuestion(spoken.words)) {
         auto request = written_.request(spoken.context(), spoken.transcript);
         request.editableFocus = spoken.context().hasEditableFocus;
+        const auto keeping = written_.keepMeanwhile(spoken.transcript, spoken.recording);
         auto judged = co_await writer_.writeOrAsk(std::move(request));
+        keeping->stop();
         if (auto* result = std::get_if<PolishResult>(&judged)) {
             onRoute(Route::writeOrAskWrite);
             spoken.recording.shot.cancel();
@@ -207,7 +224,18 @@ Task<void> UtteranceRoads::writeOrAsk(Spoken spoken) {
 Task<void> UtteranceRoads::plain(Spoken spoken) {
     onRoute(Route::plain);
     spoken.recording.shot.cancel();
+    const auto keeping = written_.keepMeanwhile(spoken.transcript, spoken.recording);
     auto result = co_await writer_.polish(written_.request(spoken.context(), spoken.transcript));
+    keeping->stop();
+    co_await written_.commit(std::move(result), std::move(spoken.transcript), std::move(spoken.recording),
+                             WrittenText::Seen::no);
+}
+
+/// What goes into a password field is nobody else's: no service is told of it, and no order is seen in it.
+Task<void> UtteranceRoads::secret(Spoken spoken) {
+    onRoute(Route::plain);
+    spoken.recording.shot.cancel();
+    auto result = co_await writer_.byRule(written_.request(spoken.context(), spoken.transcript));
     co_await written_.commit(std::move(result), std::move(spoken.transcript), std::move(spoken.recording),
                              WrittenText::Seen::no);
 }
@@ -240,7 +268,9 @@ Task<void> UtteranceRoads::answer(Spoken spoken) {
     if (request.selection) {
         request.kind = HistoryKind::seleccion;
     } else if (to_.documents != nullptr) {
-        request.document = co_await readFrontDocument(accessibility_, *to_.documents, context.app);
+        auto reading = readFrontDocument(accessibility_, *to_.documents, context.app);
+        if (auto document = co_await withTimeout(std::move(reading), documentPatience))
+            request.document = *std::move(document);
     }
     handOver(request.selection ? Route::assistantSelection : Route::assistantScreen);
     to_.assistant->ask(std::move(request));

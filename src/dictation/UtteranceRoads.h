@@ -117,6 +117,7 @@ class UtteranceRoads {
     void propose(const Spoken& spoken);
     Task<void> reply(Spoken spoken);
     Task<void> writeOrAsk(Spoken spoken);
+    Task<void> secret(Spoken spoken);
     Task<void> plain(Spoken spoken);
     Task<void> answer(Spoken spoken);
 

@@ -1,8 +1,9 @@
 #include "dictation/WrittenText.h"
 
-#include "base/Uuid.h"
+#include "assistant/AnswerText.h"
 #include "base/async/Executor.h"
 #include "base/async/Sleep.h"
+#include "base/text/Pieces.h"
 #include "base/text/Text.h"
 #include "context/CursorGap.h"
 #include "context/TextInsertion.h"
@@ -21,6 +22,7 @@ namespace dorix {
 namespace {
 
 constexpr double activationWait = 0.18;
+constexpr double longWriting = 0.5;  // seconds after which a crash would cost what was said
 constexpr std::size_t keptOfSelection = 300;
 constexpr std::size_t styleExampleCount = 3;
 constexpr std::size_t shortestStyleExample = 40;
@@ -35,6 +37,13 @@ std::vector<std::string> styleExamples(const HistoryStore& history, std::string_
         }
     }
     return examples;
+}
+
+/// At the end of a sentence the rules take it for a filler; alone it is an answer.
+bool agrees(const std::string& transcript) {
+    const auto words = text::alphanumericRuns(transcript);
+    return !words.empty() &&
+           std::ranges::all_of(words, [](auto word) { return text::lowercase(word) == "vale"; });
 }
 
 std::string named(std::string_view format, const AppContext& context) {
@@ -79,6 +88,10 @@ PolishRequest WrittenText::request(const AppContext& context, std::string transc
 }
 
 Task<void> WrittenText::commit(PolishResult result, std::string transcript, Recording recording, Seen seen) {
+    if (result.text.empty() && agrees(transcript)) {
+        result.text = text::capitalizeFirst(text::trim(transcript));
+        result.title = titleFrom(result.text);
+    }
     HistoryItem item{.kind = HistoryKind::dictado,
                      .title = std::move(result.title),
                      .query = std::move(transcript),
@@ -91,7 +104,7 @@ Task<void> WrittenText::commit(PolishResult result, std::string transcript, Reco
 }
 
 Task<void> WrittenText::replaceSelection(PolishResult result, std::string instruction, std::string selected,
-                                         Recording recording) {
+                                         Recording recording, Selection now) {
     // There is a selection, so there is something to type over.
     recording.context.hasEditableFocus = true;
     HistoryItem item{.kind = HistoryKind::seleccion,
@@ -101,25 +114,31 @@ Task<void> WrittenText::replaceSelection(PolishResult result, std::string instru
                      .meta = {.engine = std::move(result.engine),
                               .source = "voz",
                               .context = std::string(text::prefix(selected, keptOfSelection))}};
-    co_await write(std::move(item), std::move(recording), {"Reemplazado en %@", "Reemplazado en %@"});
+    co_await write(std::move(item), std::move(recording), {"Reemplazado en %@", "Reemplazado en %@"},
+                   now == Selection::stands);
 }
 
-Task<void> WrittenText::write(HistoryItem item, Recording recording, DoneTexts texts) {
+Task<void> WrittenText::write(HistoryItem item, Recording recording, DoneTexts texts, bool isTyped) {
     if (item.answer.empty()) {
+        if (!item.query.empty()) keep(item.query, recording);
         hud_.flash(HUDPhase::info(tr("No había nada que escribir.")), 2.4);
         co_return;
     }
     const bool isSecret = recording.context.hasSecretFocus;
     item.meta.inserted = true;
-    const auto insertion = inserter_.insertText({.text = item.answer,
-                                                 .lead = leadOf(item, recording.context),
-                                                 .target = recording.context.app,
-                                                 .hasCursor = recording.context.hasEditableFocus != false,
-                                                 .isSecret = isSecret});
+    const auto insertion = inserter_.insertText(
+        {.text = item.answer,
+         .lead = [this, item, context = recording.context] { return leadOf(item, context); },
+         .target = recording.context.app,
+         .hasCursor = recording.context.hasEditableFocus != false,
+         .isTyped = isTyped,
+         .isSecret = isSecret});
     // At once, whatever becomes of the program, but the stroke does not wait for the disk.
     if (!isSecret) remember(item, recording);
     const auto receipt = co_await insertion.throughStop();
     tell(receipt, recording.context, texts);
+    if (receipt.delivery == InsertionReceipt::Delivery::delivered && isOwn(recording.context))
+        onWrittenHere();
     if (isSecret || receipt.delivery == InsertionReceipt::Delivery::delivered) co_return;
     // Unless the user has deleted it meanwhile.
     if (std::ranges::find(history_.items(), item.id, &HistoryItem::id) == history_.items().end()) co_return;
@@ -127,12 +146,15 @@ Task<void> WrittenText::write(HistoryItem item, Recording recording, DoneTexts t
     history_.add(item, HistoryStore::Persist::yes);
 }
 
-/// Seen anew: the sentence before may have been typed since this one was begun. What replaces a selection
-/// stands as that stood.
+bool WrittenText::isOwn(const AppContext& context) const {
+    return context.bundleID == workspace_.ownBundleIdentifier();
+}
+
+/// Seen when its turn has come: the sentence before may have been typed since this one was begun. What
+/// replaces a selection stands as that stood.
 std::string WrittenText::leadOf(const HistoryItem& item, const AppContext& context) const {
     if (item.kind != HistoryKind::dictado || !context.app) return "";
-    if (context.bundleID == workspace_.ownBundleIdentifier())
-        return wantsGap(beforeOwnCursor(), item.answer) ? " " : "";
+    if (isOwn(context)) return wantsGap(beforeOwnCursor(), item.answer) ? " " : "";
     if (!context.tellsCursor) return "";
     return gapBefore(item.answer, *context.app, accessibility_);
 }
@@ -173,6 +195,22 @@ void WrittenText::tell(const InsertionReceipt& receipt, const AppContext& contex
     }
 }
 
+void WrittenText::tellUndelivered(const InsertionReceipt& receipt,
+                                  const std::optional<RunningApplication>& target) {
+    if (receipt.delivery == InsertionReceipt::Delivery::delivered) return;
+    AppContext context;
+    if (target) context.displayName = target->localizedName.value_or("App");
+    tell(receipt, context, {"Reemplazado en %@", "Reemplazado en %@"});
+}
+
+std::unique_ptr<Timer> WrittenText::keepMeanwhile(std::string transcript, Recording recording) {
+    auto timer = std::make_unique<Timer>(executor_);
+    timer->once(longWriting, [this, transcript = std::move(transcript), recording = std::move(recording)] {
+        keep(transcript, recording);
+    });
+    return timer;
+}
+
 void WrittenText::keep(const std::string& transcript, const Recording& recording) const {
     if (recording.context.hasSecretFocus) return;
     HistoryItem item{.kind = HistoryKind::dictado,
@@ -185,10 +223,9 @@ void WrittenText::keep(const std::string& transcript, const Recording& recording
 
 /// What all that was said has in common is added here.
 void WrittenText::remember(HistoryItem& item, const Recording& recording) const {
-    item.id = makeUuid();
+    item.id = recording.id;
     item.app = recording.context.displayName;
-    const auto& app = recording.context.app;
-    item.bundleID = app && app->systemIdentifier ? app->systemIdentifier : recording.context.bundleID;
+    item.bundleID = keptIdentifier(recording.context);
     item.createdAt = recording.startedAt;
     item.meta.durationMs = static_cast<std::int64_t>((executor_.date() - recording.startedAt) * 1000);
     history_.add(item, HistoryStore::Persist::yes);
@@ -199,7 +236,7 @@ Task<void> WrittenText::typeAgain(AppContext target, std::string answer) {
         workspace_.activate(*target.app);
         co_await sleep(activationWait);
     }
-    const std::string plain = text::replaceAll(text::replaceAll(answer, "**", ""), "`", "");
+    const std::string plain = withoutMarks(answer);
     if (plain.empty()) co_return;
     const auto receipt = co_await inserter_.insertText({.text = plain, .target = target.app}).throughStop();
     tell(receipt, target, {"Escrito en %@", "Escrito en %@"});

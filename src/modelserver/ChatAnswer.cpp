@@ -9,31 +9,52 @@ namespace dorix {
 
 namespace {
 
-/// How many braces are looked at that begin nothing of use.
-constexpr int mostBeginnings = 64;
+/// Bytes that are looked through, as what begins with a brace that is of no use is read again from the next
+/// one.
+constexpr std::size_t mostRead = 1024UZ * 1024;
 
-/// The text in a choice: the whole of it, or one piece.
-const std::string* textOf(const Json& answer) {
+constexpr std::string_view thought = "<think>";
+constexpr std::string_view endOfThought = "</think>";
+
+/// The first choice, or nothing.
+const Json* choiceOf(const Json& answer) {
     if (!answer.is_object() || !answer.contains("choices")) return nullptr;
     const auto& choices = answer["choices"];
-    if (!choices.is_array() || choices.empty() || !choices[0].is_object()) return nullptr;
+    return choices.is_array() && !choices.empty() && choices[0].is_object() ? &choices[0] : nullptr;
+}
+
+/// The text in a choice: the whole of it, or one piece.
+const std::string* textOf(const Json& choice) {
     for (const auto* holder : {"message", "delta"}) {
-        const auto found = choices[0].find(holder);
-        if (found == choices[0].end() || !found->is_object()) continue;
+        const auto found = choice.find(holder);
+        if (found == choice.end() || !found->is_object()) continue;
         const auto content = found->find("content");
         if (content != found->end() && content->is_string()) return &content->get_ref<const std::string&>();
     }
     return nullptr;
 }
 
-std::optional<std::string> textOfEvents(std::string_view body) {
+bool isCut(const Json& choice) {
+    const auto reason = choice.find("finish_reason");
+    return reason != choice.end() && *reason == "length";
+}
+
+std::optional<ChatText> textOfEvents(std::string_view body) {
     constexpr std::string_view prefix = "data:";
-    std::optional<std::string> whole;
+    std::optional<ChatText> whole;
+    bool wasCut = false;  // what tells of it need not bring a piece
     for (auto line : text::split(body, '\n')) {
         if (!line.starts_with(prefix)) continue;
         const auto event = Json::parse(line.substr(prefix.size()), nullptr, false);
-        if (const auto* piece = textOf(event)) whole = whole.value_or("") + *piece;
+        const auto* choice = choiceOf(event);
+        if (choice == nullptr) continue;
+        wasCut = wasCut || isCut(*choice);
+        const auto* piece = textOf(*choice);
+        if (piece == nullptr) continue;
+        if (!whole) whole.emplace();
+        whole->text += *piece;
     }
+    if (whole) whole->isCut = wasCut;
     return whole;
 }
 
@@ -69,20 +90,31 @@ std::optional<GeneratedContent> fieldsOf(const Json& object, const GenerationSch
 
 }  // namespace
 
-std::optional<std::string> chatText(std::string_view body) {
+std::optional<ChatText> chatText(std::string_view body) {
     const auto answer = Json::parse(body, nullptr, false);
     if (answer.is_discarded()) return textOfEvents(body);
-    const auto* text = textOf(answer);
-    return text == nullptr ? std::nullopt : std::optional(*text);
+    const auto* choice = choiceOf(answer);
+    const auto* text = choice == nullptr ? nullptr : textOf(*choice);
+    if (text == nullptr) return std::nullopt;
+    return ChatText{.text = *text, .isCut = isCut(*choice)};
+}
+
+std::optional<std::string_view> withoutThought(std::string_view text) {
+    const auto trimmed = text::trim(text);
+    if (!trimmed.starts_with(thought)) return text;
+    const auto end = trimmed.find(endOfThought);
+    if (end == trimmed.npos) return std::nullopt;
+    return text::trim(trimmed.substr(end + endOfThought.size()));
 }
 
 std::optional<GeneratedContent> contentIn(std::string_view text, const GenerationSchema& schema) {
     // A model that thinks aloud may write several drafts before its answer.
-    constexpr std::string_view thought = "</think>";
-    if (const auto end = text.rfind(thought); end != text.npos) text.remove_prefix(end + thought.size());
+    if (const auto end = text.rfind(endOfThought); end != text.npos)
+        text.remove_prefix(end + endOfThought.size());
     auto at = text.find('{');
-    for (int tried = 0; at != text.npos && tried < mostBeginnings; ++tried) {
+    for (std::size_t read = 0; at != text.npos && read < mostRead;) {
         const auto object = objectAtBeginning(text.substr(at));
+        read += object.empty() ? text.size() - at : object.size();
         if (auto content = fieldsOf(Json::parse(object, nullptr, false), schema)) return content;
         at = text.find('{', at + 1);
     }

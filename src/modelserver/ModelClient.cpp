@@ -4,6 +4,8 @@
 #include "localdata/Language.h"
 #include "modelserver/ChatAnswer.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstddef>
 
 namespace dorix {
@@ -13,7 +15,11 @@ namespace {
 using Kind = ModelServerError::Kind;
 using OrderedJson = nlohmann::ordered_json;  // a model writes fields in the order in which it reads of them
 
-constexpr std::size_t largestAnswer = 4UZ * 1024 * 1024;  // bytes
+// Bytes. They are read between two steps of the program, which must not stand still over them.
+constexpr std::size_t largestText = 256UZ * 1024;
+constexpr std::size_t largestList = 1024UZ * 1024;  // some servers have hundreds of models
+constexpr std::size_t largestVector = 256UZ * 1024;
+constexpr std::size_t largestDimension = 1UZ << 16;
 
 std::string addressOf(const ModelEndpoint& at, std::string_view path) {
     std::string_view base = at.url;
@@ -82,50 +88,70 @@ Kind kindOf(int status) {
     }
 }
 
-ModelServerError notUnderstood() {
-    return {Kind::invalid, tr("El modelo local no ha respondido lo que se le pidió.")};
-}
-
-ModelServerError errorFor(HttpError::Kind kind) {
+Kind kindOf(HttpError::Kind kind) {
     switch (kind) {
         case HttpError::Kind::timedOut:
-            return {Kind::late, tr("El modelo local no ha respondido a tiempo.")};
+            return Kind::late;
         case HttpError::Kind::badRequest:
         case HttpError::Kind::unreachable:
         case HttpError::Kind::untrusted:
-            return {Kind::unreachable, tr("No se puede llegar al modelo local.")};
+            return Kind::unreachable;
         default:
-            return notUnderstood();
+            return Kind::invalid;
     }
 }
 
-ModelServerError errorFor(int status) {
-    return {kindOf(status), formatText(tr("El servidor del modelo local no ha respondido (%d)."), {status})};
+/// Nothing where the answer holds no vector.
+std::optional<std::vector<float>> vectorIn(const std::string& body) {
+    try {
+        const auto answer = Json::parse(body);
+        const auto& vector = answer.at("data").at(0).at("embedding").get_ref<const Json::array_t&>();
+        if (vector.empty() || vector.size() > largestDimension) return std::nullopt;
+        std::vector<float> numbers;
+        for (const auto& number : vector) numbers.push_back(number.get<float>());
+        if (!std::ranges::all_of(numbers, [](float number) { return std::isfinite(number); }))
+            return std::nullopt;
+        return numbers;
+    } catch (const Json::exception&) {
+        return std::nullopt;
+    }
 }
 
 }  // namespace
 
-Task<std::string> ModelClient::call(HttpRequest request) {
+std::string ModelServerError::localizedDescription() const {
+    if (status_) return formatText(tr("El servidor del modelo local no ha respondido (%d)."), {*status_});
+    switch (kind_) {
+        case Kind::unreachable:
+            return tr("No se puede llegar al modelo local.");
+        case Kind::late:
+            return tr("El modelo local no ha respondido a tiempo.");
+        default:
+            return tr("El modelo local no ha respondido lo que se le pidió.");
+    }
+}
+
+Task<std::string> ModelClient::call(HttpRequest request, std::size_t largestAnswer) {
     request.largestBody = largestAnswer;
     std::optional<HttpResponse> answer;
     try {
         answer = co_await http_.send(std::move(request));
     } catch (const HttpError& error) {
-        throw errorFor(error.kind());
+        throw ModelServerError(kindOf(error.kind()));
     }
-    if (answer->status != 200) throw errorFor(answer->status);
+    if (answer->status != 200) throw ModelServerError(kindOf(answer->status), answer->status);
     co_return std::move(answer->body);
 }
 
 Task<std::vector<std::string>> ModelClient::models(ModelEndpoint at, double timeout) {
-    const auto body =
-        co_await call({.url = addressOf(at, "/v1/models"), .headers = headersFor(at), .timeout = timeout});
+    const auto body = co_await call(
+        {.url = addressOf(at, "/v1/models"), .headers = headersFor(at), .timeout = timeout}, largestList);
     const auto list = Json::parse(body, nullptr, false);
-    if (!list.is_object() || !list.contains("data")) throw notUnderstood();
+    if (!list.is_object() || !list.contains("data")) throw ModelServerError(Kind::invalid);
     std::vector<std::string> names;
     // Without a model some servers have no list.
     if (list["data"].is_null()) co_return names;
-    if (!list["data"].is_array()) throw notUnderstood();
+    if (!list["data"].is_array()) throw ModelServerError(Kind::invalid);
     for (const auto& model : list["data"]) {
         const Json id = model.is_object() ? model.value("id", Json()) : Json();
         if (id.is_string()) names.push_back(id.get<std::string>());
@@ -144,17 +170,30 @@ Task<std::string> ModelClient::chat(ModelEndpoint at, Chat chat, double timeout)
     const bool mayHold = chat.schema && takesNoSchema_ != at.url;
     std::optional<std::string> answer;
     try {
-        answer = co_await call(request(mayHold ? Hold::toSchema : Hold::toNothing));
+        answer = co_await call(request(mayHold ? Hold::toSchema : Hold::toNothing), largestText);
     } catch (const ModelServerError& error) {
         if (!mayHold || error.kind() != Kind::badRequest) throw;
     }
     if (!answer) {
-        answer = co_await call(request(Hold::toNothing));
+        answer = co_await call(request(Hold::toNothing), largestText);
         takesNoSchema_ = at.url;
     }
     auto text = chatText(*answer);
-    if (!text) throw notUnderstood();
-    co_return *std::move(text);
+    if (!text || (text->isCut && chat.cut == CutText::fails)) throw ModelServerError(Kind::invalid);
+    co_return std::move(text->text);
+}
+
+Task<std::vector<float>> ModelClient::embedding(ModelEndpoint at, std::string model, std::string text,
+                                                double timeout) {
+    const OrderedJson body{{"model", std::move(model)}, {"input", std::move(text)}};
+    HttpRequest request{.method = HttpRequest::Method::post,
+                        .url = addressOf(at, "/v1/embeddings"),
+                        .headers = headersFor(at),
+                        .body = body.dump(-1, ' ', false, OrderedJson::error_handler_t::replace),
+                        .timeout = timeout};
+    auto vector = vectorIn(co_await call(std::move(request), largestVector));
+    if (!vector) throw ModelServerError(Kind::invalid);
+    co_return *std::move(vector);
 }
 
 }  // namespace dorix

@@ -3,6 +3,7 @@
 #include "platform/HttpClient.h"
 #include "platform/LanguageModel.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -32,11 +33,15 @@ class ModelServerError final : public LanguageModelError {
         invalid,      // whatever answers is no such server, or not at its best
     };
 
-    ModelServerError(Kind kind, std::string words) : LanguageModelError(std::move(words)), kind_(kind) {}
+    /// `status` is that of an HTTP answer, where there was one.
+    explicit ModelServerError(Kind kind, std::optional<int> status = std::nullopt)
+        : LanguageModelError("the model's server gave no answer of use"), kind_(kind), status_(status) {}
     Kind kind() const { return kind_; }
+    std::string localizedDescription() const override;
 
  private:
     Kind kind_;
+    std::optional<int> status_;
 };
 
 /// Calls of a server with the interface that such servers have in common ("v1/chat/completions"). Main
@@ -50,6 +55,7 @@ class ModelClient {
         std::optional<GenerationSchema> schema;  // asked for in the prompt as well
         std::optional<double> temperature;
         std::optional<int> mostTokens;
+        CutText cut = CutText::isTaken;
     };
 
     /// The client must outlive it.
@@ -61,8 +67,11 @@ class ModelClient {
     /// What the model writes. A server that does not take the schema is asked once more without.
     Task<std::string> chat(ModelEndpoint at, Chat chat, double timeout);
 
+    /// The vector of a text ("v1/embeddings"): numbers that are some, of whatever length they together have.
+    Task<std::vector<float>> embedding(ModelEndpoint at, std::string model, std::string text, double timeout);
+
  private:
-    Task<std::string> call(HttpRequest request);
+    Task<std::string> call(HttpRequest request, std::size_t largestAnswer);
 
     HttpClient& http_;
     std::string takesNoSchema_;  // the last server that said so, by its address

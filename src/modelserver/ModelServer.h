@@ -2,6 +2,7 @@
 
 #include "base/Observable.h"
 #include "base/async/TaskScope.h"
+#include "localdata/ServerKey.h"
 #include "modelserver/ModelClient.h"
 #include "platform/LanguageModel.h"
 
@@ -29,8 +30,9 @@ class ModelServer final : public SystemLanguageModel {
     /// What is known of it.
     struct State {
         Availability availability = Availability::deviceNotEligible;
-        std::string server;  // its address; empty where there is none
-        std::string model;   // the one that writes, or is to
+        std::string server;    // its address; empty where there is none
+        std::string model;     // the one that writes, or is to
+        std::string embedder;  // the one that makes vectors of texts; empty where it has none
 
         bool operator==(const State&) const = default;
     };
@@ -49,8 +51,23 @@ class ModelServer final : public SystemLanguageModel {
     bool isLooking() const { return looking_ && !looking_->isDone(); }
     const Observable<State>& state() const { return state_; }
 
+    /// Of the server that is named: what was read or kept last. It goes there over https alone, unless the
+    /// server is this computer's.
+    const Observable<std::string>& key() const { return key_; }
+    /// Whether the key that is kept is another server's.
+    bool hasOthersKey() const { return keptKey_.isKept() && key_.get().empty(); }
+    /// Keeps the key from now on, and looks with it; an empty one is none.
+    void useKey(const std::string& key);
+
     Availability availability() override;
+    std::optional<std::string> farHost() const override;
     std::unique_ptr<LanguageModelSession> makeSession(std::string instructions) override;
+
+    /// The vector of a text, by the server's model for that, which it must have. Of the user's documents
+    /// nothing leaves the computer: without a server on it `embedder` is "". Throws ModelServerError.
+    Task<std::vector<float>> embed(std::string text);
+    /// The server's model for that; "" where there is none that may be asked.
+    std::string embedder() const;
 
     /// The name of the server where what is dictated would leave this computer, and the user has not been
     /// told so yet. It is given nothing before.
@@ -64,16 +81,19 @@ class ModelServer final : public SystemLanguageModel {
     Task<State> found();
     Task<State> foundHere();
     Task<State> stateOf(ModelEndpoint at);
+    ModelEndpoint named(std::string url) const;
+    bool isStillTrusted(const std::string& found) const;
     State withModel(State state, const std::vector<std::string>& models) const;
     Task<std::string> write(ModelClient::Chat chat, double timeout);
+    ModelEndpoint endpoint() const;
 
     Executor& executor_;
     SettingsStore& settings_;
-    Keychain& keychain_;
     const IsTrusted isTrusted_;
     ModelClient client_;
     Observable<State> state_;
-    std::string key_;  // of the server that is named
+    ServerKey keptKey_;
+    Observable<std::string> key_;  // of the server that is named
     double lookedAt_;
     std::vector<Subscription> subscriptions_;
     std::optional<TaskHandle<void>> looking_;

@@ -39,6 +39,7 @@ inline NoWindow noWindow;
 struct AppWindows {
     AppWindow* icon = &noWindow;
     AppWindow* panel = &noWindow;
+    AppWindow* card = &noWindow;
     AppWindow* account = &noWindow;
     AppWindow* onboarding = &noWindow;
     AppWindow* settings = &noWindow;

@@ -38,6 +38,8 @@ class Permissions {
     /// False where the system has no such page.
     bool openPane(std::string_view name) { return grants_.openPane(name); }
 
+    bool hasPane(std::string_view name) const { return grants_.hasPane(name); }
+
     /// Reads the grants every second while a window shows them.
     void startPolling();
     void stopPolling() { timer_.stop(); }

@@ -14,6 +14,7 @@
 #include "speech/recogniser/ModelChoice.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace dorix {
 
@@ -23,6 +24,14 @@ constexpr const char* continuedWithoutKey = "onboardingWithout";
 constexpr int looksForGrants = 20;
 constexpr double betweenLooks = 0.5;   // seconds
 constexpr double exportPatience = 10;  // seconds; an export that takes longer leaves the file as it was
+
+/// Those in which the user may be reading, the likeliest first.
+std::vector<std::string> languagesOfScreen(SettingsStore& settings, const SystemLanguages& system) {
+    std::vector<std::string> languages{settings.language.get(), settings.languageObserver().code.get()};
+    languages.insert(languages.end(), system.preferred.begin(), system.preferred.end());
+    return languages;
+}
+
 }  // namespace
 
 AppController::AppController(const Platform& platform)
@@ -38,6 +47,7 @@ AppController::AppController(const Platform& platform)
                    modelChoice(speechModels_, engines_)),
       speech_(platform.executor, platform.audio,
               platform.recognition != nullptr ? *platform.recognition : recognition_),
+      speaker_(platform.executor, platform.synthesizer, platform.languageRecognizer),
       unpacker_(platform.executor, platform.helpers),
       modelInstaller_({platform.executor, platform.http, unpacker_, platform.folders},
                       ModelCatalogue::packaged(), platform.userData / "DORIX", settings_.speechMirrors,
@@ -50,26 +60,74 @@ AppController::AppController(const Platform& platform)
       accountForm_(platform.executor, api_, account_, ownService_, platform.defaults),
       modelServer_(platform.executor, settings_, platform.http, platform.keychain,
                    [&companion = platform.companion](int port) { return companion.isTrusted(port); }),
-      localPolisher_(platform.languageModel != nullptr ? *platform.languageModel : modelServer_),
+      localPolisher_(languageModel()),
       router_(settings_, account_, api_, localPolisher_),
       clipboard_(platform.executor, platform.pasteboard),
       inserter_({platform.executor, clipboard_, platform.pasteboard, platform.events, platform.workspace}),
       selection_(platform.executor, platform.accessibility, clipboard_, platform.pasteboard, platform.events,
                  platform.workspace),
+      screenCapture_({.executor = platform.executor,
+                      .worker = pictures_,
+                      .grants = platform.grants,
+                      .screen = platform.screen,
+                      .helpers = platform.helpers,
+                      .ownProcess = platform.processes.ownProcessIdentifier(),
+                      .languages = [this] { return languagesOfScreen(settings_, platform_.languages); }}),
+      embeddingModel_({platform.executor, platform.http, platform.folders}, catalogueEmbedding(),
+                      platform.userData / "DORIX", settings_.speechMirrors),
+      staticEmbedder_(platform.executor, platform.mapper, embeddingModel_.folder()),
+      serverEmbedder_(platform.executor, modelServer_),
+      embedder_(staticEmbedder_, serverEmbedder_),
+      memoryStore_(platform.executor, platform.userData / "DORIX" / "memory.sqlite"),
+      indexedDocuments_(platform.executor, platform.helpers, JailedDocumentReader::Pace::idle),
+      askedDocuments_(platform.executor, platform.helpers, JailedDocumentReader::Pace::awaited),
+      memory_({.executor = platform.executor,
+               .store = memoryStore_,
+               .embedder = embedder_,
+               .indexed = indexedDocuments_,
+               .asked = askedDocuments_,
+               .history = history_,
+               .defaults = platform.defaults,
+               .files = platform.fileTree,
+               .background = platform.background,
+               .messages = nullptr,
+               .home = platform.home,
+               .documentFolders = platform.documentFolders}),
+      activity_({.executor = platform.executor,
+                 .workspace = platform.workspace,
+                 .accessibility = platform.accessibility,
+                 .session = platform.session,
+                 .paused = settings_.paused,
+                 .trackActivity = memory_.trackActivity,
+                 .store = memoryStore_}),
+      assistant_(
+          {.executor = platform.executor,
+           .engines = {.writer = router_, .api = api_, .model = languageModel(), .screen = &screenCapture_},
+           .history = history_,
+           .memory = memory_,
+           .screen = &screenCapture_,
+           .inserter = inserter_,
+           .workspace = platform.workspace}),
+      destinations_{.assistant = &assistant_, .documents = &askedDocuments_, .hasMemory = true},
       hud_(platform.executor, state_),
       recorder_(platform.executor, settings_, permissions_, speech_, platform.workspace,
-                platform.accessibility, nullptr),
+                platform.accessibility, &screenCapture_),
       written_(platform.executor, settings_, history_, clipboard_, inserter_, platform.workspace,
                platform.accessibility, hud_),
       roads_(router_, selection_, platform.accessibility, written_, hud_, destinations_),
-      composer_(platform.executor, state_, settings_, permissions_, speech_, hud_, nullptr),
+      composer_(platform.executor, state_, settings_, permissions_, speech_, hud_, destinations_.assistant),
       dictation_(platform.executor, state_, settings_, permissions_, speech_, platform.sounds, recorder_,
                  roads_, written_, composer_, hud_, platform.session),
       settingsForm_(settingsParts()),
       exporter_(platform.executor, exports_, platform.savePanel, platform.files, database_),
       panel_(platform.executor, state_, speech_, history_, platform.pasteboard, platform.urls, exporter_),
       olderItems_(platform.executor, state_, history_, database_),
-      panelHost_(platform, state_, windows, panel_, dictation_),
+      panelHost_(platform, state_, windows, panel_, dictation_, speaker_, settings_.language),
+      answerCard_({.executor = platform.executor,
+                   .card = assistant_.card,
+                   .pasteboard = platform.pasteboard,
+                   .urls = platform.urls}),
+      cardHost_(platform.executor, platform.mouseEvents, state_, windows, answerCard_),
       firstRunHint_(platform.executor, platform.defaults, state_),
       toasts_(state_, settings_, dictation_),
       speechOffer_(platform.executor, state_, settings_, speechModels_, modelInstaller_, modelInstalls_,
@@ -97,8 +155,15 @@ AppController::AppController(const Platform& platform)
     subscriptions_.push_back(state_.onboardingOpen.subscribe([this](bool open) {
         if (!open) onboardingClosed();
     }));
-    written_.beforeOwnCursor = [this] { return onboarding_.fieldText(); };
-    recorder_.isPractising = [this] { return state_.practises.get(); };
+    written_.beforeOwnCursor = [this] {
+        return settingsForm_.takesDictation() ? settingsForm_.beforeCursor() : onboarding_.fieldText();
+    };
+    keys_.mayBegin = [this] { return !settingsForm_.refusesDictation(); };
+    assistant_.onReplaced = [this](const auto& target, const auto& receipt) {
+        written_.tellUndelivered(receipt, target);
+    };
+    written_.onWrittenHere = [this] { onboarding_.dictated(); };
+    recorder_.isPractising = [this] { return state_.practises.get() || settingsForm_.takesDictation(); };
     state_.abilities.set(abilitiesOf(destinations_));
     panel_.tableIdentifier = [this](const std::string& name) {
         return platform_.workspace.tableIdentifier(name);
@@ -118,6 +183,7 @@ AppController::AppController(const Platform& platform)
         tasks_.spawn(speechServer_.readKey());
     });
     recognition_.onRefused([this](const ModelRequest& model) { speechModels_.setAside(model.folder); });
+    embeddingModel_.onLetGo = [this] { staticEmbedder_.letGo(); };
     modelInstalls_.onModelsChanged = [this] { tasks_.spawn(prepareQuietly()); };
     speechOffer_.showModels = [this] {
         if (windows.settings == &noWindow) return false;
@@ -131,6 +197,9 @@ AppController::AppController(const Platform& platform)
     dictation_.accountReady = [this] { return accountReady(); };
     inserter_.mayType = [this] { return !platform_.session.locked.get(); };
     watchSettings();
+    watchDictation();
+    watchMemory();
+    wireCard();
 }
 
 SettingsForm::Parts AppController::settingsParts() {
@@ -149,13 +218,28 @@ SettingsForm::Parts AppController::settingsParts() {
                        .installs = modelInstalls_,
                        .server = speechServer_,
                        .hasSystemRecogniser = platform_.recognition != nullptr},
+            .memory = {.executor = platform_.executor,
+                       .memory = memory_,
+                       .model = embeddingModel_,
+                       .folderPanel = platform_.folderPanel,
+                       .home = platform_.home},
             .privacy = {.executor = platform_.executor,
                         .permissions = permissions_,
                         .history = history_,
+                        .memory = memory_,
                         .urls = platform_.urls,
+                        .speechServer = settings_.speechServer,
                         .data = database_.parent_path(),
-                        .settings = platform_.settingsFile},
+                        .settings = platform_.settingsFile,
+                        .service = platform_.userData / "dorix-service",
+                        .secrets = platform_.secretsFile},
             .showAccount = [this] { showAccount(); }};
+}
+
+/// The system's own, or else that of a server of the user's.
+SystemLanguageModel& AppController::languageModel() {
+    if (platform_.languageModel != nullptr) return *platform_.languageModel;
+    return modelServer_;
 }
 
 /// What the settings change and nobody else follows.
@@ -164,6 +248,66 @@ void AppController::watchSettings() {
         settings_.language.subscribe([this](const auto&) { tasks_.spawn(prepareQuietly()); }));
     settingsForm_.microphoneTest().mayListen = [this] { return dictation_.isMicrophoneFree(); };
     dictation_.onMicrophoneWanted = [this] { settingsForm_.microphoneTest().end(); };
+    subscriptions_.push_back(settings_.paused.subscribe([this](bool paused) {
+        if (paused) settingsForm_.microphoneTest().end();
+    }));
+}
+
+/// What works in the background makes room while the user dictates.
+void AppController::watchDictation() {
+    // The microphone is to hear the user, and not an answer that is being read to them.
+    const auto listens = [this](const HUDPhase& phase) {
+        if (phase.kind == HUDPhase::Kind::listening) speaker_.stop();
+    };
+    subscriptions_.push_back(state_.hud.subscribe(listens));
+    subscriptions_.push_back(state_.composerRecording.subscribe([this](bool records) {
+        if (records) speaker_.stop();
+    }));
+    const auto tell = [this](const auto&) {
+        const auto phase = state_.hud.get().kind;
+        memory_.pauseWhile(dictation_.busy().get() || state_.composerRecording.get() ||
+                           phase == HUDPhase::Kind::listening || phase == HUDPhase::Kind::processing);
+    };
+    subscriptions_.push_back(state_.hud.subscribe(tell));
+    subscriptions_.push_back(state_.composerRecording.subscribe(tell));
+    subscriptions_.push_back(dictation_.busy().subscribe(tell));
+}
+
+void AppController::watchMemory() {
+    memory_.onStart = [this] { activity_.startActivity(); };
+    // A model that has come is to know what has been read already.
+    subscriptions_.push_back(embeddingModel_.state().subscribe(
+        [this, wasThere = embeddingModel_.state().get().isInstalled](const auto& state) mutable {
+            const bool hasCome = !std::exchange(wasThere, state.isInstalled) && state.isInstalled;
+            if (hasCome) memory_.scheduleIndex();
+        }));
+}
+
+/// The card, and the button that reads an answer aloud, which the panel has as well.
+void AppController::wireCard() {
+    assistant_.onShowCard = [this] { cardHost_.show(); };
+    assistant_.onHideCard = [this] { cardHost_.hide(); };
+    cardHost_.onClosed = [this] { assistant_.close(); };
+    cardHost_.onInsert(
+        [this](const std::string& text) { assistant_.replaceSelection(assistant_.askedFrom().app, text); });
+    // A card that was clicked has the keyboard, and what is dictated then goes to where it was asked from.
+    dictation_.leaveOwnWindow = [this]() -> std::optional<AppContext> {
+        if (recorder_.isPractising() || !cardHost_.isVisible()) return std::nullopt;
+        cardHost_.hide();
+        return assistant_.askedFrom();
+    };
+    answerCard_.actions.retry = [this] {
+        // The card that comes has another answer, and no button to stop this one with.
+        if (assistant_.card.get() && speaker_.speakingID.get() == assistant_.card.get()->id) speaker_.stop();
+        assistant_.retry();
+    };
+    answerCard_.actions.speak = [this](const std::string& text, const std::string& id) {
+        speaker_.toggle(text, id, settings_.language.get());
+    };
+    subscriptions_.push_back(speaker_.speakingID.subscribe([this](const auto& id) {
+        panel_.speakingID.set(id);
+        answerCard_.speakingID.set(id);
+    }));
 }
 
 void AppController::applicationDidFinishLaunching() {
@@ -175,6 +319,7 @@ void AppController::applicationDidFinishLaunching() {
     keys_.listen();
     ownService_.start();
     tasks_.spawn(showFirstScreen());
+    memory_.start();
     tasks_.spawn(sessionNotice_.tell());
     if (platform_.languageModel == nullptr) modelServer_.look();
 }
@@ -211,7 +356,7 @@ void AppController::iconClicked() {
 void AppController::reopen() {
     if (state_.onboardingOpen.get()) {
         windows.onboarding->show();
-    } else {
+    } else if (!cardHost_.call()) {
         panelHost_.toggle();
     }
 }
@@ -233,8 +378,9 @@ Task<void> AppController::showFirstScreen() {
     }
 }
 
+/// One that is open goes on where the user is.
 void AppController::showOnboarding(Onboarding::Step first) {
-    onboarding_.begin(first);
+    if (!state_.onboardingOpen.get()) onboarding_.begin(first);
     windows.onboarding->place();
     windows.onboarding->show();
 }
@@ -272,11 +418,13 @@ Task<bool> AppController::lacksGrants() {
 
 Task<void> AppController::settled() {
     co_await dictation_.settled();
+    assistant_.keepUnfinished();
     co_await withTimeout(exporter_.settled(), exportPatience);
 }
 
 void AppController::traceTo(const std::filesystem::path& file) {
-    trace_.emplace(file, platform_.executor, state_, dictation_.busy());
+    trace_.emplace(file, platform_.executor, state_, dictation_.busy(), speaker_.speakingID);
+    trace_->follow(assistant_.card);
     roads_.onRoute = [this](Route route) { trace_->route(route); };
 }
 
@@ -352,7 +500,7 @@ Task<void> AppController::prepareSpeech() {
         dictation_.flash(HUDPhase::info(notice), 6.0);
         speechServer_.noticeShown();
     }
-    co_await speechServer_.readKey();
+    if (!settings_.speechServer.get().empty()) co_await speechServer_.readKey();
     try {
         co_await speech_.prepare(settings_.language.get());
     } catch (const Error& error) {

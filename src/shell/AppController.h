@@ -1,7 +1,9 @@
 #pragma once
 
+#include "assistant/AssistantController.h"
 #include "base/async/SerialExecutor.h"
 #include "base/async/TaskScope.h"
+#include "card/AnswerCardPresenter.h"
 #include "cloud/AccountForm.h"
 #include "cloud/AccountStore.h"
 #include "cloud/DorixAPI.h"
@@ -9,6 +11,7 @@
 #include "context/TextInsertion.h"
 #include "context/TextSelection.h"
 #include "context/UserClipboard.h"
+#include "context/WindowCapture.h"
 #include "dictation/AppState.h"
 #include "dictation/Composer.h"
 #include "dictation/DictationController.h"
@@ -16,6 +19,14 @@
 #include "dictation/WrittenText.h"
 #include "localdata/HistoryStore.h"
 #include "localdata/SettingsStore.h"
+#include "memory/MemoryController.h"
+#include "memory/activity/ActivityTracker.h"
+#include "memory/embedding/EmbeddingModel.h"
+#include "memory/embedding/PreferredEmbedder.h"
+#include "memory/embedding/ServerEmbedder.h"
+#include "memory/embedding/StaticEmbedder.h"
+#include "memory/reading/JailedDocumentReader.h"
+#include "memory/store/MemoryStore.h"
 #include "modelserver/ModelServer.h"
 #include "onboarding/Onboarding.h"
 #include "overlay/AppWindow.h"
@@ -24,6 +35,7 @@
 #include "permissions/Permissions.h"
 #include "platform/Platform.h"
 #include "settings/SettingsForm.h"
+#include "shell/CardHost.h"
 #include "shell/EventTrace.h"
 #include "shell/IconMenu.h"
 #include "shell/Keys.h"
@@ -31,6 +43,7 @@
 #include "shell/Notices.h"
 #include "shell/PanelHost.h"
 #include "shell/SpeechOffer.h"
+#include "speech/Speaker.h"
 #include "speech/SpeechEngine.h"
 #include "speech/models/HelperUnpacker.h"
 #include "speech/models/ModelInstalls.h"
@@ -82,7 +95,10 @@ class AppController {
     AppState& state() { return state_; }
     SettingsStore& settings() { return settings_; }
     SpeechInput& speech() { return speech_; }
+    /// Reads answers aloud.
+    Speaker& speaker() { return speaker_; }
     HistoryPanel& panel() { return panel_; }
+    AnswerCardPresenter& answerCard() { return answerCard_; }
     AccountStore& account() { return account_; }
     AccountForm& accountForm() { return accountForm_; }
     Onboarding& onboarding() { return onboarding_; }
@@ -93,6 +109,8 @@ class AppController {
     SpeechModels& speechModels() { return speechModels_; }
     ModelInstaller& modelInstaller() { return modelInstaller_; }
     ModelInstalls& modelInstalls() { return modelInstalls_; }
+    MemoryController& memory() { return memory_; }
+    AssistantController& assistant() { return assistant_; }
 
  private:
     IconVerbs iconVerbs();
@@ -106,8 +124,12 @@ class AppController {
     Menu setupMenu();
     Task<bool> lacksGrants();
     void showSettings();
+    SystemLanguageModel& languageModel();
     SettingsForm::Parts settingsParts();
     void watchSettings();
+    void watchDictation();
+    void watchMemory();
+    void wireCard();
     Task<void> showFirstScreen();
     Task<void> getReady();
     Task<void> prepareSpeech();
@@ -116,7 +138,6 @@ class AppController {
     const Platform platform_;
     const std::filesystem::path database_ = platform_.userData / "DORIX" / "dorix.sqlite";
     const std::filesystem::path engines_ = platform_.userData / "DORIX" / "engines";
-    const Destinations destinations_;
     AppState state_;
     SettingsStore settings_;
     HistoryStore history_;
@@ -125,6 +146,7 @@ class AppController {
     SpeechServer speechServer_;
     LocalRecognition recognition_;
     SpeechEngine speech_;
+    Speaker speaker_;
     HelperUnpacker unpacker_;
     ModelInstaller modelInstaller_;
     ModelInstalls modelInstalls_;
@@ -138,6 +160,20 @@ class AppController {
     UserClipboard clipboard_;
     TextInserter inserter_;
     TextSelection selection_;
+    SerialExecutor pictures_;
+    WindowCapture screenCapture_;
+
+    EmbeddingModel embeddingModel_;
+    StaticEmbedder staticEmbedder_;
+    ServerEmbedder serverEmbedder_;
+    PreferredEmbedder embedder_;
+    MemoryStore memoryStore_;
+    JailedDocumentReader indexedDocuments_;
+    JailedDocumentReader askedDocuments_;
+    MemoryController memory_;
+    ActivityTracker activity_;
+    AssistantController assistant_;
+    const Destinations destinations_;
 
     HUDFlash hud_;
     Recorder recorder_;
@@ -152,6 +188,8 @@ class AppController {
     HistoryPanel panel_;
     OlderItems olderItems_;
     PanelHost panelHost_;
+    AnswerCardPresenter answerCard_;
+    CardHost cardHost_;
     FirstRunHint firstRunHint_;
     Toasts toasts_;
     SpeechOffer speechOffer_;

@@ -2,7 +2,6 @@
 
 #include "base/Log.h"
 
-#include <string>
 #include <system_error>
 #include <utility>
 
@@ -23,10 +22,17 @@ std::FILE* openForAppending(const std::filesystem::path& path) {
     return file;
 }
 
+std::string phaseOf(const std::optional<AnswerCard>& card) {
+    if (!card) return "none";
+    if (card->error) return "failed";
+    if (!card->streaming) return "finished";
+    return card->answer.empty() ? "waiting" : "streaming";
+}
+
 }  // namespace
 
 EventTrace::EventTrace(const std::filesystem::path& file, Executor& executor, const AppState& state,
-                       const Observable<bool>& busy)
+                       const Observable<bool>& busy, const Observable<std::optional<std::string>>& speakingID)
     : executor_(executor), file_(openForAppending(file)) {
     if (!file_) {
         logLine("the trace could not be opened: " + file.string());
@@ -36,9 +42,18 @@ EventTrace::EventTrace(const std::filesystem::path& file, Executor& executor, co
         [this](const HUDPhase& phase) { write({{"hud", name(phase.kind)}, {"text", phase.text}}); }));
     subscriptions_.push_back(state.panelOpen.subscribe([this](bool open) { write({{"panelOpen", open}}); }));
     subscriptions_.push_back(busy.subscribe([this](bool isBusy) { write({{"busy", isBusy}}); }));
+    subscriptions_.push_back(
+        speakingID.subscribe([this](const auto& id) { write({{"speaking", id.has_value()}}); }));
 }
 
 void EventTrace::route(Route route) { write({{"route", name(route)}}); }
+
+void EventTrace::follow(const Observable<std::optional<AnswerCard>>& card) {
+    subscriptions_.push_back(card.subscribe([this](const auto& shown) {
+        const auto phase = phaseOf(shown);
+        if (std::exchange(cardPhase_, phase) != phase) write({{"card", phase}});
+    }));
+}
 
 void EventTrace::write(Json event) {
     if (!file_) return;

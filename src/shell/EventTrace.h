@@ -1,5 +1,6 @@
 #pragma once
 
+#include "assistant/AnswerCard.h"
 #include "base/Json.h"
 #include "base/Observable.h"
 #include "base/async/Executor.h"
@@ -9,6 +10,8 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace dorix {
@@ -21,10 +24,12 @@ class EventTrace {
     /// Appends to `file`, made for the user alone where it is missing. A file that cannot be opened is told
     /// in the log, and nothing is traced. What it observes may go before it.
     EventTrace(const std::filesystem::path& file, Executor& executor, const AppState& state,
-               const Observable<bool>& busy);
+               const Observable<bool>& busy, const Observable<std::optional<std::string>>& speakingID);
 
     /// Where an utterance goes.
     void route(Route route);
+    /// What becomes of the card, without its words.
+    void follow(const Observable<std::optional<AnswerCard>>& card);
 
  private:
     struct Close {
@@ -34,6 +39,7 @@ class EventTrace {
     void write(Json event);
 
     Executor& executor_;
+    std::string cardPhase_ = "none";
     std::unique_ptr<std::FILE, Close> file_;
     std::vector<Subscription> subscriptions_;
 };

@@ -30,6 +30,7 @@ Keys::Keys(Executor& executor, KeyEventMonitors& events, HotKeyRegistrar& regist
 void Keys::wireMonitor() {
     const auto holdsKey = [this] { return dictation_.source() == Source::holdKey; };
     ptt_.onBegin = [this] {
+        if (!mayBegin()) return;
         voice_.forget();
         dictation_.begin(Source::holdKey, Mode::write);
     };

@@ -23,6 +23,9 @@ class Keys {
     Keys& operator=(const Keys&) = delete;
 
     /// Takes the hot keys, and follows the settings and the grants from now on.
+    /// Whether the hold key begins a dictation. It does not where it is only tried out.
+    std::function<bool()> mayBegin = [] { return true; };
+
     void install();
     /// Listens to the hold key, unless paused.
     void listen();

@@ -2,6 +2,7 @@
 
 #include "base/async/Sleep.h"
 #include "dictation/DictationController.h"
+#include "speech/Speaker.h"
 
 namespace dorix {
 
@@ -11,12 +12,15 @@ constexpr double clickLasts = 0.5;  // seconds, from the button going down to wh
 }  // namespace
 
 PanelHost::PanelHost(const Platform& platform, AppState& state, const AppWindows& windows,
-                     HistoryPanel& panel, DictationController& dictation)
+                     HistoryPanel& panel, DictationController& dictation, Speaker& speaker,
+                     const Observable<std::string>& language)
     : platform_(platform),
       state_(state),
       windows_(windows),
       panel_(panel),
       dictation_(dictation),
+      speaker_(speaker),
+      language_(language),
       presenter_(platform.executor, state, windows, dictation.panelTarget, steps()),
       tasks_(platform.executor) {
     wirePanel();
@@ -31,10 +35,15 @@ PanelPresenter::Steps PanelHost::steps() {
 void PanelHost::wirePanel() {
     dictation_.closePanel = [this] { presenter_.close(); };
     panel_.actions.close = [this] { presenter_.close(); };
+    panel_.actions.submitComposer = [this] { dictation_.sendComposer(); };
     panel_.actions.toggleMic = [this] { dictation_.toggleComposerMic(); };
+    panel_.actions.toggleScreen = [this] { state_.composerScreen.set(!state_.composerScreen.get()); };
     panel_.actions.reinsert = [this](const HistoryItem& item) {
         // The second click of a double click meets a panel that fades.
         if (state_.panelOpen.get()) dictation_.reinsert(item);
+    };
+    panel_.actions.speak = [this](const HistoryItem& item) {
+        speaker_.toggle(item.answer, item.id, language_.get());
     };
     panel_.exporter.onAsked = [this] { tasks_.spawn(returnToPanel()); };
     panel_.exporter.onFinished = [this](const std::string& words, bool failed) {

@@ -10,13 +10,14 @@
 namespace dorix {
 
 class DictationController;
+class Speaker;
 
 /// When the panel opens and closes, and what it asks of the rest of the program. Main executor; what it is
 /// given outlives it.
 class PanelHost {
  public:
     PanelHost(const Platform& platform, AppState& state, const AppWindows& windows, HistoryPanel& panel,
-              DictationController& dictation);
+              DictationController& dictation, Speaker& speaker, const Observable<std::string>& language);
     PanelHost(const PanelHost&) = delete;
     PanelHost& operator=(const PanelHost&) = delete;
 
@@ -36,6 +37,8 @@ class PanelHost {
     const AppWindows& windows_;
     HistoryPanel& panel_;
     DictationController& dictation_;
+    Speaker& speaker_;
+    const Observable<std::string>& language_;  // that of dictation
     PanelPresenter presenter_;
     Subscription outsideClickMonitor_;  // while the panel is up
     double closedByClickAt_ = -1;       // by the executor's clock

@@ -2,9 +2,9 @@
 
 #include "base/async/Sleep.h"
 #include "dictation/DictationController.h"
+#include "download/InstallError.h"
 #include "localdata/Language.h"
 #include "localdata/SettingsStore.h"
-#include "speech/models/InstallError.h"
 
 #include <algorithm>
 #include <cmath>

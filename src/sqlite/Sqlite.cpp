@@ -10,17 +10,23 @@ namespace dorix::sqlite {
 
 namespace {
 
-/// A new folder and a new file are made before SQLite would do it, to be the user's own; what SQLite puts
-/// beside the file gets the same mode. Whatever fails here shows when the file is opened.
+/// A new folder and a new file are made before SQLite would do it, to be the user's own, as is a file that
+/// was somebody else's to read; what SQLite puts beside the file gets the same mode. Whatever fails here
+/// shows when the file is opened.
 void prepareFile(const std::filesystem::path& file) {
     using std::filesystem::perms;
     std::error_code ignored;
     if (std::filesystem::create_directories(file.parent_path(), ignored)) {
         std::filesystem::permissions(file.parent_path(), perms::owner_all, ignored);
     }
-    if (std::filesystem::exists(file, ignored)) return;
-    std::ofstream(file, std::ios::app).close();
-    std::filesystem::permissions(file, perms::owner_read | perms::owner_write, ignored);
+    // One that is there is not opened here: to close it would give up the locks that SQLite has on it.
+    if (!std::filesystem::exists(file, ignored)) std::ofstream(file, std::ios::app).close();
+    for (const auto* part : {"", "-wal", "-shm"}) {
+        const auto path = std::filesystem::path(file) += part;
+        if (!std::filesystem::is_regular_file(path, ignored)) continue;
+        std::filesystem::permissions(path, perms::group_all | perms::others_all,
+                                     std::filesystem::perm_options::remove, ignored);
+    }
 }
 
 /// There may be a connection to close even after a failure.
@@ -49,12 +55,13 @@ Connection openReadOnly(const std::filesystem::path& file) {
     return opened(result, db);
 }
 
-void exec(sqlite3* db, const char* sql) {
+bool exec(sqlite3* db, const char* sql) {
     char* message = nullptr;
     const int result = sqlite3_exec(db, sql, nullptr, nullptr, &message);
     // Without a connection there is nobody to word a message.
     if (result != SQLITE_OK) logLine(message != nullptr ? message : sqlite3_errstr(result), "SQLite");
     sqlite3_free(message);
+    return result == SQLITE_OK;
 }
 
 void emptyLog(sqlite3* db) {

@@ -12,8 +12,8 @@
 /// is a statement that commits by itself, so there is nothing to save at the end and a crash loses no row.
 ///
 /// Stores fail silently: nothing here throws, no failure reaches the user, and what a statement that cannot
-/// be prepared would have found is simply not there. All of it blocks on the disk; waiting for another
-/// program's lock it never does.
+/// be prepared would have found is simply not there. All of it blocks on the disk; for another program's lock
+/// nothing here waits, unless the store says so.
 namespace dorix::sqlite {
 
 struct Closer {
@@ -28,15 +28,15 @@ using Connection = std::unique_ptr<sqlite3, Closer>;
 /// Prepared where it is used, and finalised at the end of the same function.
 using Statement = std::unique_ptr<sqlite3_stmt, Finalizer>;
 
-/// Opens the file, making it, readable by the user only, and its folder when they are missing. SQLite looks
-/// into the file no sooner than the first statement does.
+/// Opens the file, making it and its folder when they are missing. It is readable by the user only from then
+/// on. SQLite looks into the file no sooner than the first statement does.
 Connection open(const std::filesystem::path& file);
 
 /// Opens a file that is there, to read what it holds by now while its store goes on. Null when that fails.
 Connection openReadOnly(const std::filesystem::path& file);
 
-/// Runs a batch of statements up to the first that fails, which is logged.
-void exec(sqlite3* db, const char* sql);
+/// Runs a batch of statements up to the first that fails, which is logged; false when one did.
+bool exec(sqlite3* db, const char* sql);
 
 /// Moves what was written into the file itself and empties the log beside it, in which rows that were deleted
 /// long outlive their deletion. Does nothing while another program reads or writes.

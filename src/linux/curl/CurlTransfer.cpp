@@ -3,6 +3,8 @@
 #include "base/text/Text.h"
 #include "base/text/Url.h"
 
+#include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -28,6 +30,15 @@ bool isPlain(std::string_view text) { return text.find_first_of(std::string_view
 /// Programs that we start do not get our connections.
 curl_socket_t openSocket(void*, curlsocktype, curl_sockaddr* address) {
     return ::socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+}
+
+/// After a rest of the computer, or on another network, a connection that was kept may be dead without a
+/// word. Whoever sends over it learns that after these milliseconds, and is given a new one while there is
+/// time.
+int giveUpSoon(void*, curl_socket_t socket, curlsocktype) {
+    const unsigned patience = 4000;
+    ::setsockopt(socket, IPPROTO_TCP, TCP_USER_TIMEOUT, &patience, sizeof patience);
+    return CURL_SOCKOPT_OK;
 }
 
 Kind kindOf(CURLcode result) {
@@ -126,8 +137,12 @@ void CurlTransfer::setOptions() {
     curl_easy_setopt(curl, CURLOPT_TCP_KEEPALIVE, 1L);
     curl_easy_setopt(curl, CURLOPT_HTTP_VERSION, CURL_HTTP_VERSION_2TLS);
     curl_easy_setopt(curl, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
-    // Never by way of a proxy: it would be given what is meant for this computer.
-    if (isThisComputer(*hostOf(request_.url))) curl_easy_setopt(curl, CURLOPT_PROXY, "");
+    if (isThisComputer(*hostOf(request_.url))) {
+        // Never by way of a proxy: it would be given what is meant for this computer.
+        curl_easy_setopt(curl, CURLOPT_PROXY, "");
+    } else {
+        curl_easy_setopt(curl, CURLOPT_SOCKOPTFUNCTION, giveUpSoon);
+    }
     curl_easy_setopt(curl, CURLOPT_HEADERFUNCTION, onHeader);
     curl_easy_setopt(curl, CURLOPT_HEADERDATA, this);
     curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, onBody);

@@ -104,7 +104,7 @@ TEST_F(ComposerTest, TheMicrophoneIsRefusedWhileADictationHasIt) {
 TEST_F(ComposerTest, ItsQuestionGoesToTheAssistant) {
     flow.panelTarget.displayName = "Notas";
     flow.sendComposer();
-    bench.state.composerText.set(" qué hora es\n");
+    bench.state.composerText.set(" dime\n");
     bench.state.query.set("x");
     bench.state.section.set(PanelSection::accion);
     bench.state.composerScreen.set(true);
@@ -112,18 +112,29 @@ TEST_F(ComposerTest, ItsQuestionGoesToTheAssistant) {
     bench.permissions.refresh();
     flow.sendComposer();
     EXPECT_THAT(bench.grants.log, ElementsAre("request screen", "open Privacy_ScreenCapture"));
-    EXPECT_EQ(text(), " qué hora es\n") << "it can be sent once it is granted";
+    EXPECT_EQ(text(), " dime\n") << "it can be sent once it is granted";
     EXPECT_THAT(bench.assistant.log, IsEmpty());
     bench.state.composerScreen.set(false);
+    bench.speech.lastWords = 1;
     flow.toggleComposerMic();
     flow.sendComposer();
-    EXPECT_THAT(bench.assistant.log, ElementsAre("compose qué hora es in Notas"));
+    flow.sendComposer();
     EXPECT_FALSE(bench.state.composerRecording.get());
     EXPECT_FALSE(bench.speech.isOn);
+    EXPECT_THAT(bench.assistant.log, IsEmpty()) << "its last words are still to come";
+    bench.executor.advanceBy(1);
+    EXPECT_THAT(bench.assistant.log, ElementsAre("compose dime qué hora es in Notas"));
     EXPECT_EQ(text(), "");
     EXPECT_EQ(bench.state.query.get(), "");
     EXPECT_EQ(bench.state.section.get(), PanelSection::todo);
     EXPECT_EQ(bench.state.selectedID.get(), "id");
+
+    bench.speech.isGivenUp = true;
+    flow.toggleComposerMic();
+    flow.sendComposer();
+    bench.executor.advanceBy(1);
+    EXPECT_EQ(bench.assistant.log.size(), 1U);
+    EXPECT_EQ(text(), "qué hora es") << "perhaps half of what was said";
 }
 
 }  // namespace

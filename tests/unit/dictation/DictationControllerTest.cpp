@@ -127,21 +127,25 @@ TEST_F(DictationControllerTest, ASentenceIsNotGluedToWhatStandsBeforeTheCursor) 
 TEST_F(DictationControllerTest, APasswordIsWrittenAndNothingElse) {
     bench.accessibility.focus(DictationBench::appProcess, "AXTextField")->attributes["AXSubrole"] =
         std::string("AXSecureTextField");
-    bench.speech.transcript = "secreto";
+    bench.speech.transcript = "dile que clave secreta";
     ASSERT_TRUE(flow.begin(holdKey, write));
     flow.showListening();
     EXPECT_TRUE(bench.state.hidesWords.get());
     flow.stopAndProcess();
     bench.executor.advanceBy(1);
-    EXPECT_EQ(bench.inserted, "Secreto");
+    EXPECT_EQ(bench.inserted, "Dile que clave secreta.");
     EXPECT_TRUE(bench.history.items().empty());
+    EXPECT_TRUE(bench.writer.requests.empty()) << "no engine is told of it";
 }
 
 TEST_F(DictationControllerTest, NothingIsPastedOverASelectionWhenNothingWasSaid) {
     dictate("este");
     EXPECT_EQ(bench.inserted, std::nullopt);
     EXPECT_EQ(hud(), HUDPhase::info("No había nada que escribir."));
-    EXPECT_TRUE(bench.history.items().empty());
+    ASSERT_EQ(bench.history.items().size(), 1U) << "it may have been meant";
+    EXPECT_EQ(bench.history.items()[0].meta.inserted, false);
+    dictate("¿Vale?");
+    EXPECT_EQ(bench.inserted, "¿Vale?");
 }
 
 TEST_F(DictationControllerTest, RefusalsSayWhatTheUserCanDo) {

@@ -51,6 +51,22 @@ TEST_F(FlowFaultsTest, WordsThatNobodyCouldCarryOnAreInTheHistory) {
     EXPECT_EQ(bench.inserted, "Hola");
 }
 
+TEST_F(FlowFaultsTest, WordsThatAreLongInWritingAreInTheHistoryBeforeAnythingHappensToThem) {
+    bench.writer.duration = 5;
+    dictate("una frase que no se pierde");
+    ASSERT_EQ(bench.history.items().size(), 1U);
+    EXPECT_EQ(bench.history.items()[0].query, "una frase que no se pierde");
+    EXPECT_EQ(bench.history.items()[0].meta.inserted, false);
+    bench.executor.advanceBy(6);
+    ASSERT_EQ(bench.history.items().size(), 1U);
+    EXPECT_EQ(bench.history.items()[0].answer, "Una frase que no se pierde.");
+    EXPECT_EQ(bench.history.items()[0].meta.inserted, true);
+    bench.writer.duration = 0.4;
+    bench.takesPastes = false;
+    dictate("otra frase entera");
+    EXPECT_EQ(bench.history.items()[0].answer, "Otra frase entera.") << "what is written stays so";
+}
+
 TEST_F(FlowFaultsTest, WhatOthersCancelledEndsInSilence) {
     bench.selection.selected = SelectedText{"texto", true};
     bench.assistant.cancelsTransform = true;

@@ -66,7 +66,7 @@ TEST_F(UtteranceRoadsTest, ASelectionIsRewrittenInPlace) {
     bench.selection.selected = SelectedText{std::string(400, 'a'), std::nullopt};
     say("tradúcelo al inglés");
     EXPECT_EQ(bench.inserted, "<" + std::string(400, 'a') + ">");
-    EXPECT_THAT(bench.selection.insisted, ElementsAre(true));
+    EXPECT_THAT(bench.selection.insisted, ElementsAre(true, false));
     ASSERT_EQ(bench.history.items().size(), 1U);
     const HistoryItem& item = bench.history.items()[0];
     EXPECT_EQ(item.kind, HistoryKind::seleccion);
@@ -86,6 +86,21 @@ TEST_F(UtteranceRoadsTest, ASelectionIsRewrittenInPlace) {
     bench.executor.advanceBy(1);
     EXPECT_EQ(bench.state.hud.get(), HUDPhase::error("Sin conexión."));
     EXPECT_EQ(bench.inserted, std::nullopt) << "the selected text stays as it is";
+    ASSERT_EQ(bench.history.items().size(), 2U);
+    EXPECT_EQ(bench.history.items()[0].query, "tradúcelo al inglés");
+    EXPECT_EQ(bench.history.items()[0].meta.inserted, false);
+}
+
+TEST_F(UtteranceRoadsTest, WhatIsSelectedMeanwhileIsNotWrittenOver) {
+    bench.selection.selected = SelectedText{"uno", true};
+    bench.selection.onProbe = [this] {
+        if (bench.selection.insisted.size() == 2) bench.selection.selected->text = "dos";
+    };
+    say("tradúcelo al inglés");
+    EXPECT_EQ(bench.inserted, std::nullopt);
+    EXPECT_EQ(bench.pasteboard.items.at(0).at(0).second, "<uno>");
+    EXPECT_EQ(bench.history.items().at(0).answer, "<uno>");
+    EXPECT_EQ(bench.history.items().at(0).meta.inserted, false);
 }
 
 TEST_F(UtteranceRoadsTest, ASelectionThatCannotBeWrittenOverIsAskedAbout) {
@@ -177,6 +192,11 @@ TEST_F(UtteranceRoadsTest, AQuestionTakesAlongWhatTheUserSees) {
     ASSERT_TRUE(asked().document.has_value());
     EXPECT_EQ(asked().document->name, "Informe año.TXT");
     EXPECT_EQ(asked().document->text.size(), 400'000U);
+
+    bench.documents.duration = 40;
+    say("cuánto suman los importes", Mode::ask);
+    EXPECT_EQ(asked().document, std::nullopt) << "the next dictation does not wait for a slow disk";
+    bench.documents.duration = 0;
 
     for (const auto* url :
          {"file:///home/ana/claves.txt", "file:///home/ana/foto.png", "https://a.b/c.txt"}) {

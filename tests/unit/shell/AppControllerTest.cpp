@@ -1,4 +1,5 @@
 #include "base/Json.h"
+#include "fakes/Eventually.h"
 #include "fakes/FakePlatform.h"
 #include "fakes/overlay/RecordingWindow.h"
 #include "localdata/Language.h"
@@ -121,6 +122,29 @@ TEST_F(AppControllerTest, WhatTheRecogniserWritesWithCapitalsAndPunctuationIsTyp
     testing::internal::CaptureStderr();
 }
 
+TEST_F(AppControllerTest, QuestionsGoToTheAssistant) {
+    launch();
+    EXPECT_EQ(app->state().abilities.get(), (Abilities{.answers = true, .memory = true}));
+    const auto file = folder.path() / "trace.jsonl";
+    app->traceTo(file);
+    app->state().composerText.set("¿y eso?");
+    EXPECT_TRUE(app->panel().composer.send());
+    EXPECT_EQ(app->state().composerText.get(), "");
+    app->assistant().searchMemory("busca el acta", {});
+    EXPECT_TRUE(eventually(executor, [&] {
+        executor.advanceBy(0.1);
+        return !app->assistant().card.get()->streaming;
+    }));
+    const std::string noEngine = "Para preguntar hace falta conexión o Apple Intelligence activado.";
+    ASSERT_NE(app->panel().selection.item(), nullptr);
+    EXPECT_EQ(app->panel().selection.item()->answer, "No se pudo responder: " + noEngine);
+    EXPECT_EQ(app->assistant().card.get()->answer,
+              "No he encontrado nada sobre eso en tus documentos ni en tu historial.");
+    app->assistant().close();
+    EXPECT_THAT(eventsOf(file),
+                ElementsAre(R"({"card":"waiting"})", R"({"card":"finished"})", R"({"card":"none"})"));
+}
+
 TEST_F(AppControllerTest, TheMenuPausesRestartsAndQuits) {
     launch();
     for (const auto& [paused, label] : {std::pair(false, "Pausar DORIX"), {true, "Reanudar DORIX"}}) {
@@ -133,6 +157,31 @@ TEST_F(AppControllerTest, TheMenuPausesRestartsAndQuits) {
     app->iconMenu()[8].handler();
     EXPECT_EQ(application.relaunches, 1);
     EXPECT_EQ(application.terminations, 1);
+}
+
+TEST_F(AppControllerTest, InTheSettingsTheHoldKeyIsTriedAndTheirFieldsAreDictatedInto) {
+    launch();
+    workspace.frontmost = RunningApplication{.processIdentifier = 42, .bundleIdentifier = workspace.own};
+    auto& form = app->settingsForm();
+    form.open();
+    form.setKeyboard(SettingsForm::Keyboard::rows);
+    press();
+    EXPECT_FALSE(audio.isRunning());
+    executor.advanceBy(1);
+    release();
+    form.setKeyboard(SettingsForm::Keyboard::field);
+    form.beforeCursor = [] { return std::string("Hola."); };
+    std::string typed;
+    poster.onPost = [&](std::uint16_t) { typed = pasteboard.fetch(*workspace.frontmost, executor.now()); };
+    press();
+    executor.advanceBy(0.5);
+    say("nos vemos mañana");
+    release();
+    executor.advanceBy(5);
+    EXPECT_EQ(typed, " Nos vemos mañana.");
+    form.close();
+    press();
+    EXPECT_TRUE(audio.isRunning());
 }
 
 TEST_F(AppControllerTest, ADictationTakesTheMicrophoneFromTheTestInTheSettings) {
@@ -153,7 +202,10 @@ TEST_F(AppControllerTest, ADictationTakesTheMicrophoneFromTheTestInTheSettings) 
     EXPECT_THAT(pasteboard.log, testing::Contains("setString Nos vemos mañana."));
     EXPECT_EQ(form.microphoneTest().heard.get(), "");
     executor.advanceBy(10);
+    form.press("speech.test", "test");
+    EXPECT_TRUE(audio.isRunning());
     app->settings().paused.set(true);
+    EXPECT_FALSE(audio.isRunning());
     form.press("speech.test", "test");
     EXPECT_FALSE(form.microphoneTest().isRunning.get()) << "paused is paused";
 
@@ -230,6 +282,12 @@ TEST_F(FirstRunTest, LeadsThroughFourStepsAndComesAgainOnlyForWhatIsNewlyMissing
         firstRun().next();
         EXPECT_EQ(firstRun().step().get(), step);
     }
+    app->state().onboardingOpen.set(true);
+    const auto menu = app->iconMenu();
+    const auto again = std::ranges::find(menu, "Primeros pasos…", &ClosureMenuItem::label);
+    ASSERT_NE(again, menu.end());
+    again->handler();
+    EXPECT_EQ(firstRun().step().get(), Onboarding::Step::end) << "it goes on where the user is";
     EXPECT_EQ(firstRun().endLabel(), "Continuar sin todos los permisos");
     EXPECT_EQ(firstRun().missing(), "Falta todavía: Accesibilidad.");
     firstRun().next();
@@ -257,7 +315,7 @@ TEST_F(FirstRunTest, EachRowSaysWhatIsMissingAndFollowsItsRemedy) {
     EXPECT_THAT(grants.log, testing::Contains("open Privacy_Microphone"));
     firstRun().press("accessibility", "allow");
     EXPECT_THAT(grants.log, testing::Contains("prompt for trust"));
-    EXPECT_EQ(row("screen").id, "") << "nobody answers questions as yet";
+    EXPECT_EQ(row("screen").id, "screen") << "who answers questions looks at it";
 
     int changes = 0;
     const auto observer = firstRun().observe([&] { ++changes; });
@@ -278,7 +336,8 @@ TEST_F(FirstRunTest, ThePracticeNamesAKeyThatWorksAndItsFieldGetsTheWords) {
     hotKeys.refuseWith = 10;
     keyboard.holdKeyIsAltGr = true;
     executor.advanceBy(1.1);
-    EXPECT_THAT(firstRun().practiceText(), testing::StartsWith("Mantén pulsado AltGr y habla. DORIX lo"));
+    EXPECT_THAT(firstRun().practiceText(),
+                testing::StartsWith("Mantén pulsado AltGr y habla. Si dictas, DORIX lo"));
     EXPECT_TRUE(firstRun().needsHoldKey());
     firstRun().chooseHoldKey("rightControl");
     keyboard.holdKeyIsAltGr = false;
@@ -299,6 +358,8 @@ TEST_F(FirstRunTest, ThePracticeNamesAKeyThatWorksAndItsFieldGetsTheWords) {
     dictate();
     EXPECT_FALSE(firstRun().hasPractised().get()) << "the cursor is not in the field";
     firstRun().setFieldFocused(true);
+    firstRun().fieldChanged("h");
+    EXPECT_FALSE(firstRun().hasPractised().get()) << "that was typed";
     dictate();
     EXPECT_TRUE(firstRun().hasPractised().get());
     EXPECT_EQ(app->state().hud.get(), HUDPhase::done("Escrito en DORIX"));
@@ -341,6 +402,58 @@ TEST_F(AppControllerTest, ThePanelOpensAndClosesByWhateverIsClicked) {
     mouse.click();
     EXPECT_FALSE(open.get());
     EXPECT_EQ(asked.back(), "clickedOutside");
+}
+
+TEST_F(AppControllerTest, AnItemOfThePanelIsReadAloudUntilItsButtonIsPressedAgain) {
+    launch();
+    const auto file = folder.path() / "trace.jsonl";
+    app->traceTo(file);
+    const HistoryItem item{.id = "a", .answer = "**Hola**"};
+    app->panel().actions.speak(item);
+    ASSERT_TRUE(synthesizer.speaking);
+    EXPECT_EQ(synthesizer.speaking->text, "Hola");
+    EXPECT_EQ(synthesizer.speaking->language, "es-ES");
+    app->panel().actions.speak(item);
+    EXPECT_FALSE(synthesizer.speaking);
+    EXPECT_THAT(eventsOf(file), ElementsAre(R"({"speaking":true})", R"({"speaking":false})"));
+}
+
+TEST_F(AppControllerTest, AnAnswerComesUpOnItsCardIsCalledByASecondStartAndGoesForAShortcut) {
+    launch();
+    std::vector<std::string> asked;
+    RecordingWindow window(asked);
+    app->windows.card = &window;
+    app->assistant().ask({.question = "¿Qué dice?"});
+    EXPECT_EQ(asked, (std::vector<std::string>{"place", "show"}));
+    EXPECT_EQ(app->answerCard().head.get().waiting, "Pensando…");
+    app->reopen();
+    EXPECT_EQ(asked.back(), "takeKeyboard");
+    EXPECT_FALSE(app->state().panelOpen.get());
+    hotKeys.send(1, HotKeyRegistrar::eventPressed);
+    executor.runPosted();
+    EXPECT_FALSE(app->answerCard().isShown.get());
+    EXPECT_FALSE(app->assistant().card.get());
+    executor.advanceBy(1);
+    EXPECT_EQ(asked.back(), "hide");
+}
+
+TEST_F(AppControllerTest, WhatIsDictatedOverAClickedCardGoesToWhereItWasAskedFrom) {
+    launch();
+    const RunningApplication notes{.processIdentifier = 7, .bundleIdentifier = "org.example.notes"};
+    app->assistant().ask({.question = "¿Qué dice?", .context = {.app = notes, .displayName = "Notas"}});
+    workspace.frontmost = RunningApplication{.processIdentifier = 42, .bundleIdentifier = workspace.own};
+    press();
+    executor.advanceBy(0.3);
+    EXPECT_FALSE(app->answerCard().isShown.get());
+    workspace.frontmost = notes;
+    say("nos vemos mañana");
+    release();
+    executor.advanceBy(5);
+    EXPECT_THAT(pasteboard.log, testing::Contains("setString Nos vemos mañana."));
+    app.reset();
+    const HistoryStore history(folder.path() / "DORIX" / "dorix.sqlite");
+    ASSERT_EQ(history.items().size(), 1U);
+    EXPECT_EQ(history.items()[0].app, "Notas");
 }
 
 TEST_F(AppControllerTest, ASessionThatHasEndedOpensTheAccountWindowWhenNothingIsSaid) {

@@ -1,4 +1,5 @@
 #include "adapters/models/ServedModel.h"
+#include "fakes/Eventually.h"
 #include "fakes/FakeHttpClient.h"
 #include "fakes/RenamedFolders.h"
 #include "fakes/dictation/DictationBench.h"
@@ -7,13 +8,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
 #include <system_error>
-#include <thread>
 
 namespace dorix {
 namespace {
@@ -46,14 +45,6 @@ class SpeechOfferTest : public testing::Test, protected DictationBench {
         fs::create_directories(parts);
         for (const auto& [path, file] : catalogue.models().front().files)
             fs::copy_file(served.folder.path() / path, parts / path);
-    }
-    /// The disk has a thread of its own.
-    bool eventually(const std::function<bool()>& condition) {
-        for (int i = 0; i < 5000 && !condition(); ++i) {
-            executor.runPosted();
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
-        return condition();
     }
     std::string first() const {
         const auto menu = offer->menu();
@@ -92,7 +83,7 @@ TEST_F(SpeechOfferTest, WhatIsMissingIsToldBehindTheErrorAndInstalledFromTheMenu
     haveFiles();
     choose();
     EXPECT_EQ(first(), "Cancelar la descarga del modelo de voz · 0 %");
-    EXPECT_TRUE(eventually([&] { return installed == 1; }));
+    EXPECT_TRUE(eventually(executor, [&] { return installed == 1; }));
     executor.runPosted();
     EXPECT_EQ(hud(), HUDPhase::done("Ya puedes dictar en Español"));
     EXPECT_EQ(progress.get(), std::nullopt);
@@ -108,7 +99,8 @@ TEST_F(SpeechOfferTest, WhatIsMissingIsToldBehindTheErrorAndInstalledFromTheMenu
     EXPECT_EQ(models.choose("es-ES"), std::nullopt);
     EXPECT_THAT(first(), StartsWith("Instalar el dictado en Español"));
     choose();
-    EXPECT_TRUE(eventually([&] { return !http.exchanges.empty(); })) << "what has gone bad is fetched anew";
+    EXPECT_TRUE(eventually(executor, [&] { return !http.exchanges.empty(); }))
+        << "what has gone bad is fetched anew";
 }
 
 TEST_F(SpeechOfferTest, ALicenceThatIsNotClearIsAskedAboutFirst) {
@@ -118,19 +110,19 @@ TEST_F(SpeechOfferTest, ALicenceThatIsNotClearIsAskedAboutFirst) {
     EXPECT_EQ(first(), "Aceptar y descargar · 4 MB");
     EXPECT_FALSE(progress.get());
     choose();
-    EXPECT_TRUE(eventually([&] { return !http.exchanges.empty(); }));
+    EXPECT_TRUE(eventually(executor, [&] { return !http.exchanges.empty(); }));
     EXPECT_EQ(progress.get(), 0);
 
     choose();  // it is "cancel" now
-    EXPECT_TRUE(eventually([&] { return !progress.get(); }));
+    EXPECT_TRUE(eventually(executor, [&] { return !progress.get(); }));
     EXPECT_TRUE(http.last().isOver());
     EXPECT_EQ(first(), "Instalar el dictado en Español · 4 MB") << "another time it is asked again";
     choose();
     choose();
-    EXPECT_TRUE(eventually([&] { return http.exchanges.size() == 2; }));
+    EXPECT_TRUE(eventually(executor, [&] { return http.exchanges.size() == 2; }));
     http.last().fail();
-    EXPECT_TRUE(eventually([&] { return !progress.get(); }));
-    EXPECT_EQ(hud(), HUDPhase::error("No se ha podido descargar el modelo de voz: no hay conexión con el "
+    EXPECT_TRUE(eventually(executor, [&] { return !progress.get(); }));
+    EXPECT_EQ(hud(), HUDPhase::error("No se ha podido descargar el modelo: no hay conexión con el "
                                      "servidor. Lo que ya ha llegado se conserva."));
     EXPECT_EQ(installed, 0);
 }
