@@ -5,8 +5,9 @@
 
 Each cell is a desktop of its own. In the keyboards' ones a sentence is dictated; in the others an item of the history is
 inserted again, with letters that no keyboard has all of. What the application got is compared with that sign for sign,
-and the clipboard, which holds an image and files, byte for byte with what it was. A cell whose program is not installed
-is left out, unless --install gets it from the distribution. The table goes to FILE.
+and the clipboard, which holds an image and files, byte for byte with what it was. In those of the documents a file is
+opened, and what DORIX notes of it is looked at. A cell whose program is not installed is left out, unless --install
+gets it from the distribution. The table goes to FILE.
 """
 
 import argparse
@@ -28,6 +29,7 @@ HERE = Path(__file__).resolve().parent
 ROOT = HERE.parents[1]
 sys.path[:0] = [str(HERE), str(ROOT / "tools/demo"), str(ROOT / "tools/desktop")]
 
+import documents  # noqa: E402
 import targets  # noqa: E402
 from dorix import Dorix  # noqa: E402
 from failure import DemoError  # noqa: E402
@@ -57,6 +59,8 @@ class Cell:
     window_manager: list[str] | None = None  # in place of the desktop's own; [] for none
     keyboard: list[str] | None = None
     beside: list[str] = field(default_factory=list)  # runs from before the clipboard is filled
+    extension: str = ""  # of the document that is opened
+    show: Callable[[VirtualDesktop, Path], object] | None = None  # opens it
 
 
 APPLICATIONS = [
@@ -115,8 +119,29 @@ CLIPBOARD_MANAGERS = [
     Cell("Klipper", "klipper", "plasma-workspace", beside=["klipper"]),
 ]
 
+DOCUMENTS = [
+    Cell("LibreOffice Writer", "soffice", "libreoffice-writer libreoffice-gtk3", extension="odt",
+         show=documents.in_office),
+    *(Cell(name, program, program, extension="pdf", show=documents.opened(program, program))
+      for name, program in (("Evince", "evince"), ("qpdfview", "qpdfview"), ("zathura", "zathura"))),
+    Cell("Mousepad", "mousepad", "mousepad", extension="txt",
+         show=documents.opened("mousepad", "mousepad", "--disable-server")),
+    Cell("gedit", "gedit", "gedit", extension="txt", show=documents.opened("gedit", "gedit", "--standalone")),
+    Cell("Geany", "geany", "geany", extension="txt", show=documents.opened("geany", "geany", "-i", "-t")),
+    Cell("FeatherPad (Qt)", "featherpad", "featherpad", extension="txt",
+         show=documents.opened("featherpad", "featherpad", "--standalone")),
+    Cell("Firefox, a file", "firefox-esr", "firefox-esr", extension="html",
+         show=documents.in_browser(targets.firefox)),
+    Cell("Firefox, a page", "firefox-esr", "firefox-esr", extension="html", show=documents.a_page(targets.firefox)),
+    Cell("Chromium, a file", "chromium", "chromium", extension="html", show=documents.in_browser(targets.chromium)),
+    Cell("Chromium, a page", "chromium", "chromium", extension="html", show=documents.a_page(targets.chromium)),
+    Cell("xterm, less", "xterm", "xterm", extension="txt", show=documents.in_terminal),
+]
+
 GROUPS = {"Applications": APPLICATIONS, "Window managers": WINDOW_MANAGERS, "Keyboards": KEYBOARDS,
-          "Clipboard managers": CLIPBOARD_MANAGERS}
+          "Clipboard managers": CLIPBOARD_MANAGERS, "Documents": DOCUMENTS}
+DELIVERY = "| | Delivered | Clipboard | The HUD said |"
+NOTED = "| | Title noted | Document noted | without the list of recent files |"
 
 
 class Trial:
@@ -247,7 +272,10 @@ def tried(cell: Cell, binary: Path, dictates: bool, results: Path) -> int:
             with VirtualDesktop(directory, window_manager=cell.window_manager is None) as desktop:
                 os.environ.clear()
                 os.environ.update(desktop.env)
-                columns = Trial(desktop, cell, binary, dictates).result()
+                if cell.show:
+                    columns = documents.DocumentTrial(desktop, binary, cell.extension, cell.show).result()
+                else:
+                    columns = Trial(desktop, cell, binary, dictates).result()
         except (LookupError, DemoError, DesktopError, subprocess.SubprocessError) as error:
             columns = (f"not tried: {error}", "", "")
         except Exception:
@@ -289,7 +317,9 @@ What was tried, and what was seen, on {release}, in desktops without a screen. M
 
 where it says how. "Delivered" compares what the application got with what was to be typed, sign for sign; "clipboard"
 compares an image and a list of files that were there, byte for byte, with what is there two seconds later. What the HUD
-said is in the words of the trace, which names the paste chord ⌘V.
+said is in the words of the trace, which names the paste chord ⌘V. "Document noted" is the file of the window in front
+that the activity remembers; in the last column the desktop's list of recent files was taken away, so that it is what
+the application itself tells.
 """
 
 
@@ -307,7 +337,7 @@ def main() -> int:
         chosen = [cell for cell in cells if options.only.lower() in f"{group} {cell.name}".lower()]
         if not chosen:
             continue
-        lines.append(f"## {group}\n\n| | Delivered | Clipboard | The HUD said |\n|---|---|---|---|")
+        lines.append(f"## {group}\n\n{NOTED if cells is DOCUMENTS else DELIVERY}\n|---|---|---|---|")
         for cell in chosen:
             there = is_there(cell, options.install)
             lines.append(row(cell, options.binary, group == "Keyboards", results) if there else

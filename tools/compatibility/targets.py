@@ -98,9 +98,9 @@ class Accessible(Target):
 
 
 class Page(Target):
-    """A page in a browser, which sends what stands in its field to a server here."""
+    """A page in a browser, which sends what stands in its field to a server here; or what another address shows."""
 
-    def __init__(self, desktop: VirtualDesktop, window: str, command: list[str], field: bool = True):
+    def __init__(self, desktop: VirtualDesktop, window: str, command: list[str], field: bool = True, address: str = ""):
         self.takes_text = field
         self._text = ""
         self._loaded = threading.Event()
@@ -125,8 +125,8 @@ class Page(Target):
 
         server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Server)
         threading.Thread(target=server.serve_forever, daemon=True).start()
-        super().__init__(desktop, window, [*command, f"http://127.0.0.1:{server.server_address[1]}/"])
-        if not self._loaded.wait(START_TIMEOUT):
+        super().__init__(desktop, window, [*command, address or f"http://127.0.0.1:{server.server_address[1]}/"])
+        if not address and not self._loaded.wait(START_TIMEOUT):
             raise LookupError(f"{window} did not load the page")
         time.sleep(SETTLE)
 
@@ -179,16 +179,17 @@ def office(desktop: VirtualDesktop, *arguments: str) -> Target:
     return target
 
 
-def chromium(desktop: VirtualDesktop, field: bool = True) -> Target:
+def chromium(desktop: VirtualDesktop, field: bool = True, address: str = "") -> Target:
     return Page(desktop, "chromium", ["chromium", "--no-sandbox", "--no-first-run", "--disable-gpu",
-                                      "--password-store=basic", f"--user-data-dir={desktop.directory}/chromium"], field)
+                                      "--password-store=basic", f"--user-data-dir={desktop.directory}/chromium"], field,
+                address)
 
 
-def firefox(desktop: VirtualDesktop, field: bool = True) -> Target:
+def firefox(desktop: VirtualDesktop, field: bool = True, address: str = "") -> Target:
     profile = desktop.directory / "firefox"
     profile.mkdir()
     (profile / "user.js").write_text(FIREFOX)
-    return Page(desktop, "firefox", ["firefox-esr", "--profile", str(profile), "--no-remote"], field)
+    return Page(desktop, "firefox", ["firefox-esr", "--profile", str(profile), "--no-remote"], field, address)
 
 
 def mousepad(desktop: VirtualDesktop) -> Target:

@@ -26,6 +26,7 @@ sys.path[:0] = [str(HERE), str(HERE.parent / "desktop")]
 import spanish_speech  # noqa: E402
 from dorix import Dorix  # noqa: E402
 from failure import DemoError  # noqa: E402
+from outcome import ASKED  # noqa: E402
 from script import read_script  # noqa: E402
 from supervision import supervised  # noqa: E402
 from virtual_desktop import DesktopError, VirtualDesktop  # noqa: E402
@@ -45,8 +46,9 @@ def play_dictation(options: argparse.Namespace, desktop: VirtualDesktop) -> bool
 
 
 def start_model_server(desktop: VirtualDesktop) -> str:
-    """Gives its address; it ends with the desktop."""
-    server = desktop.spawn([str(HERE / "model_server.py")], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, text=True)
+    """Gives its address; it ends with the desktop, and keeps there what it is asked."""
+    server = desktop.spawn([str(HERE / "model_server.py"), str(desktop.directory / ASKED)], stdin=subprocess.DEVNULL,
+                           stdout=subprocess.PIPE, text=True)
     return f"http://127.0.0.1:{server.stdout.readline().strip()}"
 
 
@@ -59,6 +61,13 @@ def play_script(options: argparse.Namespace, desktop: VirtualDesktop) -> bool:
     settings = SETTINGS | script.settings
     if script.has_model_server:
         settings["modelServer"] = start_model_server(desktop)
+    for name, text in script.documents.items():
+        document = Path(desktop.env["HOME"], "Documents", name)
+        document.parent.mkdir(parents=True, exist_ok=True)
+        document.write_text(text + "\n", encoding="utf-8")
+    if script.has_service_model:
+        desktop.env |= {"DORIX_SERVICE_MODEL_URL": start_model_server(desktop) + "/v1", "DORIX_SERVICE_MODEL": "stand-in",
+                        "DORIX_SERVICE_MODEL_PICTURES": "yes"}
     player = Player(desktop, Dorix(desktop, options.binary, options.log, settings), options.output)
     began = time.monotonic()
     for step in script.steps:

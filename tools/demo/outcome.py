@@ -6,6 +6,7 @@ from difflib import SequenceMatcher
 from os.path import commonprefix
 
 HEARD_WELL = 0.6  # of the words, in their order; the recogniser mistakes one now and then
+ASKED = "asked.jsonl"  # what a language model was asked, in the desktop's folder
 MESSAGES = ("done", "info", "error", "learned")
 
 

@@ -44,6 +44,11 @@ class Panel:
         return self._centre(lambda: next((node for node in self._showing(Atspi.Role.PUSH_BUTTON)
                                           if node.get_name() in INSERT_BUTTONS), None), "a button that inserts")
 
+    def composer(self) -> tuple[int, int]:
+        """The one field that takes more than a line."""
+        return self._centre(lambda: next((node for node in self._showing() if has(node, Atspi.StateType.EDITABLE,
+                                          Atspi.StateType.MULTI_LINE)), None), "a composer")
+
     def button(self, name: str) -> tuple[int, int]:
         """Of any of its windows."""
         return self._centre(lambda: next((node for node in self._showing(Atspi.Role.PUSH_BUTTON)

@@ -9,7 +9,7 @@ from typing import Callable
 
 from dorix import Dorix
 from failure import DemoError
-from outcome import contains, sounds_like
+from outcome import ASKED, contains, sounds_like
 from panel import Panel
 from processes import child_of
 from recogniser import ACCIDENTS, Accident
@@ -24,6 +24,8 @@ from waiting import wait_until
 PROCESSED_TIMEOUT = 60.0  # a service that says nothing is waited for 20 s
 FRONT_TIMEOUT = 3.0  # from the panel's end to the keyboard being the application's again
 SERVICE_SIGNALS = {"stopped": signal.SIGSTOP, "continued": signal.SIGCONT}
+ANSWER_TIMEOUT = 30.0
+ANSWERED = ("assistantScreen", "assistantSelection", "recap", "search")  # the routes that end on the card
 SILENCE = 1.5  # seconds of holding the key without a word
 UNSEEN = 1.0  # seconds in which what must not happen would have happened
 
@@ -51,6 +53,9 @@ class Player:
 
     def app(self, name: str) -> None:
         self._stage.bring_to_front(name)
+
+    def type(self, text: str) -> None:
+        self._user.type(text)
 
     def key(self, chord: str) -> None:
         self._user.press(*chord.split())
@@ -82,12 +87,32 @@ class Player:
                              lambda words: self._user.tap_and_speak(WRITE_CHORD, words))
 
     def ask(self, question: str) -> list[str]:
-        words = self._synthesise(question)
-        self._stage.observe(lambda: self._until_processed(lambda: self._user.hold_and_speak(ASK_CHORD, words)))
+        return self._order(question, ASK_CHORD)
+
+    def order(self, sentence: str) -> list[str]:
+        return self._order(sentence, HOLD_KEY)
+
+    def _order(self, sentence: str, keys: tuple[str, ...]) -> list[str]:
+        words = self._synthesise(sentence)
+        self._stage.observe(lambda: self._until_answered(lambda: self._user.hold_and_speak(keys, words)))
         outcome = self._stage.outcome
-        if outcome.typed or [json.loads(item["meta"])["inserted"] for item in outcome.remembered] != [False]:
-            raise self._stage.failure("a question should have been remembered, and not typed")
+        if outcome.route() in ANSWERED and outcome.typed:
+            raise self._stage.failure("an answer should not be typed")
         return outcome.lines()
+
+    def _until_answered(self, speak: Callable[[], object]) -> None:
+        since = len(self._dorix.events())
+        known = len(self._dorix.history())
+        self._until_processed(speak)
+
+        def is_answered() -> bool:
+            return any(event.get("card") in ("finished", "failed") for event in self._dorix.events(since))
+
+        goes_to_card = any(event.get("route") in ANSWERED for event in self._dorix.events(since))
+        if goes_to_card and not wait_until(is_answered, ANSWER_TIMEOUT):
+            raise DemoError(f"no answer came within {ANSWER_TIMEOUT:.0f} s")
+        if goes_to_card:  # where nothing was found, nothing is remembered
+            wait_until(lambda: len(self._dorix.history()) > known, UNSEEN)
 
     def silent(self) -> list[str]:
         self._stage.observe(lambda: self._until_processed(lambda: self._user.hold(HOLD_KEY, SILENCE)))
@@ -185,6 +210,19 @@ class Player:
         items = self._panel.await_items([item["title"] for item in self._listed])
         return [f"{what}: {len(items)} items", *(f"  {item}" for item in items)]
 
+    def compose(self, question: str) -> list[str]:
+        """In the open panel."""
+        def send() -> None:
+            known = len(self._dorix.history())
+            self._user.click(*self._panel.composer())
+            self._user.type(question)
+            self._user.press("Return")
+            if not wait_until(lambda: len(self._dorix.history()) > known, ANSWER_TIMEOUT):
+                raise DemoError(f"no answer came within {ANSWER_TIMEOUT:.0f} s")
+
+        self._stage.observe(send)
+        return self._stage.outcome.lines()
+
     def reinsert(self) -> list[str]:
         """By the mouse: the first item of the list, then the button."""
         def press() -> None:
@@ -230,6 +268,8 @@ class Player:
         what, _, wanted = expectation.partition(" ")
         outcome = self._stage.outcome
         actual = {
+            "answer": lambda: any(wanted in item["answer"] for item in outcome.remembered),
+            "asked": lambda: wanted in self._asked(),
             "typed": lambda: contains(self._stage.outcome.typed, wanted),
             "route": lambda: self._stage.outcome.route() == wanted,
             "hud": lambda: self._stage.outcome.phases() == wanted.split(),
@@ -241,6 +281,12 @@ class Player:
         }
         if not actual[what]():
             raise self._stage.failure(f"expected {expectation}")
+
+    def _asked(self) -> str:
+        """What the language model was asked last."""
+        record = self._desktop.directory / ASKED
+        lines = record.read_text().splitlines() if record.exists() else []
+        return json.dumps(json.loads(lines[-1])["messages"], ensure_ascii=False) if lines else ""
 
     def screenshot(self, name: str) -> list[str]:
         picture = self._output / name

@@ -10,18 +10,22 @@ from failure import DemoError
 SETTINGS = "settings"
 SPANISH = "spanish-speech"
 MODEL_SERVER = "model-server"
+SERVICE_MODEL = "service-model"
+DOCUMENT = "document"
 
 # Every step with its argument; Player has a method for each.
 STEPS = {
     "app": "NAME",
     "ask": "QUESTION",
     "close-panel": "",
+    "compose": "QUESTION",
     "escape": "",
     "expect": "WHAT VALUE",
     "hold": "",
     "key": "CHORD...",
     "layout": "ARGUMENTS",
     "open-panel": "",
+    "order": "SENTENCE",
     "play": "RECORDING",
     "press": "BUTTON",
     "recogniser": "killed|stopped",
@@ -35,8 +39,9 @@ STEPS = {
     "service": "stopped|continued",
     "silent": "",
     "tap": "",
+    "type": "TEXT",
 }
-EXPECTATIONS = ("typed", "gap", "route", "hud", "message", "panel", "engine", "window")
+EXPECTATIONS = ("answer", "asked", "typed", "gap", "route", "hud", "message", "panel", "engine", "window")
 
 
 @dataclass(frozen=True)
@@ -55,6 +60,8 @@ class Script:
     settings: dict[str, object] = field(default_factory=dict)
     is_spanish: bool = False  # needs the Spanish model
     has_model_server: bool = False
+    has_service_model: bool = False
+    documents: dict[str, str] = field(default_factory=dict)  # texts by their names
     steps: list[Step] = field(default_factory=list)
 
     def failure(self, line: int, text: object) -> DemoError:
@@ -89,6 +96,13 @@ def _add(script: Script, step: Step) -> str:
     if step.name == MODEL_SERVER and not step.argument:
         script.has_model_server = True
         return "" if not script.steps else f"{MODEL_SERVER} stands before the first step"
+    if step.name == SERVICE_MODEL and not step.argument:
+        script.has_service_model = True
+        return "" if not script.steps else f"{SERVICE_MODEL} stands before the first step"
+    if step.name == DOCUMENT:
+        name, _, text = step.argument.partition(" ")
+        script.documents[name] = text
+        return "" if text and not script.steps else f"before the first step stands: {DOCUMENT} NAME TEXT"
     if step.name not in STEPS:
         return f'there is no step "{step.name}"; there are {", ".join((SETTINGS, *STEPS))}'
     wanted = STEPS[step.name]

@@ -24,6 +24,13 @@ std::optional<bool> optionalBoolean(const Json& input, const char* field) {
     return found->get<bool>();
 }
 
+Json optionalObject(const Json& input, const char* field) {
+    const auto found = input.find(field);
+    if (found == input.end() || found->is_null()) return nullptr;
+    if (!found->is_object()) throw BadInput(std::string("field \"") + field + "\" must be an object");
+    return *found;
+}
+
 bool isSecond(const Json& input, const char* field, const std::array<std::string, 2>& names) {
     const auto value = optionalString(input, field).value_or(names[0]);
     const auto* const found = std::ranges::find(names, value);

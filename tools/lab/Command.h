@@ -30,11 +30,15 @@ struct Command {
 };
 
 /// The commands by subsystem.
+std::vector<Command> assistantCommands();
 std::vector<Command> cloudCommands();
 std::vector<Command> writingCommands();
 std::vector<Command> languageCommands();
 std::vector<Command> contextCommands();
 std::vector<Command> dictationCommands();
+std::vector<Command> memoryCommands();
+std::vector<Command> readingCommands();
+std::vector<Command> recallCommands();
 std::vector<Command> routingCommands();
 std::vector<Command> routeCommands();
 std::vector<Command> speechCommands();
@@ -46,6 +50,8 @@ std::string requiredString(const Json& input, const char* field);
 std::optional<std::string> optionalString(const Json& input, const char* field);
 /// Nothing when the field is absent or null; otherwise it must be true or false.
 std::optional<bool> optionalBoolean(const Json& input, const char* field);
+/// Null when the field is absent or null; otherwise it must be an object.
+Json optionalObject(const Json& input, const char* field);
 /// Whether the field, one of two names and the first when it is absent, is the second.
 bool isSecond(const Json& input, const char* field, const std::array<std::string, 2>& names);
 /// The field, which must be there and be a number.

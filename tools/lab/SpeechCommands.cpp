@@ -8,6 +8,7 @@
 #include "linux/xdg/Environment.h"
 #include "speech/AudioTap.h"
 #include "speech/BufferClock.h"
+#include "speech/SpokenText.h"
 #include "speech/recogniser/LocalRecognition.h"
 #include "speech/recogniser/ModelChoice.h"
 
@@ -151,6 +152,31 @@ Json models(const Transcriber& transcriber) {
     return {{"models", found}};
 }
 
+/// What the system detected; nothing where it detected nothing.
+std::optional<LanguageHypothesis> detectedLanguage(const Json& input) {
+    const auto found = input.find("detected");
+    if (found == input.end() || found->is_null()) return std::nullopt;
+    return LanguageHypothesis{requiredString(*found, "code"), requiredNumber(*found, "confidence")};
+}
+
+/// How a text would be read aloud on a system with these voices.
+Json speak(const Json& input) {
+    std::vector<SpeechSynthesisVoice> voices;
+    for (const auto& voice : input.value("voices", Json::array())) {
+        voices.push_back(
+            {.name = requiredString(voice, "name"),
+             .identifier = requiredString(voice, "name"),
+             .language = requiredString(voice, "language"),
+             .quality = voice.contains("quality") ? static_cast<int>(requiredInteger(voice, "quality")) : 1});
+    }
+    const auto language = languageFor(detectedLanguage(input), requiredString(input, "language"),
+                                      optionalString(input, "appLanguage").value_or("es"));
+    const auto voice = voiceFor(voices, language);
+    return {{"text", spokenText(requiredString(input, "text"))},
+            {"language", language},
+            {"voice", voice ? Json(voice->name) : Json()}};
+}
+
 }  // namespace
 
 std::vector<Command> speechCommands() {
@@ -160,6 +186,9 @@ std::vector<Command> speechCommands() {
          R"({"text","engine","model","partials","seconds"}: from the last sound to the text)",
          [transcriber](const Json& input) { return transcribe(*transcriber, input); }},
         {"models", "{}", R"({"models"})", [transcriber](const Json&) { return models(*transcriber); }},
+        {"speak",
+         R"({"text","language","appLanguage","voices":[{"name","language","quality"}...],"detected":{"code","confidence"}|null})",
+         R"({"text","language","voice"|null})", speak},
     };
 }
 

@@ -19,13 +19,6 @@ using Availability = SystemLanguageModel::Availability;
 constexpr std::array allTones{Tone::informal,     Tone::profesional, Tone::cercano, Tone::comunicativo,
                               Tone::estructurado, Tone::tecnico,     Tone::neutral};
 
-Json objectOf(const Json& input, const char* field) {
-    const auto found = input.find(field);
-    if (found == input.end() || found->is_null()) return nullptr;
-    if (!found->is_object()) throw BadInput(std::string("field \"") + field + "\" must be an object");
-    return *found;
-}
-
 Tone toneOf(const Json& request) {
     const auto name = optionalString(request, "tone").value_or("neutral");
     const auto* found = std::ranges::find(allTones, name, toneName);
@@ -34,7 +27,7 @@ Tone toneOf(const Json& request) {
 }
 
 PolishRequest requestOf(const Json& input) {
-    const Json given = objectOf(input, "request");
+    const Json given = optionalObject(input, "request");
     if (given.is_null()) throw BadInput(R"(field "request" must be an object)");
     PolishRequest request{.transcript = requiredString(given, "transcript"),
                           .appName = optionalString(given, "appName").value_or(""),
@@ -63,7 +56,7 @@ Availability availabilityOf(const Json& model) {
 
 void prepareModel(FakeLanguageModel& model, const Json& given) {
     model.state = given.is_null() ? Availability::deviceNotEligible : availabilityOf(given);
-    const Json answer = given.is_null() ? Json() : objectOf(given, "answer");
+    const Json answer = given.is_null() ? Json() : optionalObject(given, "answer");
     if (answer.is_null()) return;
     model.answer = GeneratedContent{{"titulo", requiredString(answer, "titulo")},
                                     {"texto", requiredString(answer, "texto")}};
@@ -107,8 +100,8 @@ Json write(const Json& input) {
     const bool isLocal = isSecond(input, "engine", {"auto", "local"});
     bench.settings.engine.set(isLocal ? WritingEngine::local : WritingEngine::automatic);
     if (optionalBoolean(input, "loggedIn").value_or(false)) bench.signIn();
-    prepareService(bench, objectOf(input, "server"));
-    prepareModel(bench.model, objectOf(input, "local"));
+    prepareService(bench, optionalObject(input, "server"));
+    prepareModel(bench.model, optionalObject(input, "local"));
     WriteOrAsk outcome;
     bench.run(
         answer(bench.router, requestOf(input), optionalBoolean(input, "allowAsk").value_or(false), outcome));

@@ -14,9 +14,11 @@ using dorix::lab::Command;
 std::vector<Command> allCommands() {
     std::vector<Command> all;
     for (const auto& group :
-         {dorix::lab::cloudCommands(), dorix::lab::writingCommands(), dorix::lab::languageCommands(),
-          dorix::lab::contextCommands(), dorix::lab::dictationCommands(), dorix::lab::routingCommands(),
-          dorix::lab::routeCommands(), dorix::lab::speechCommands(), dorix::lab::writeCommands()}) {
+         {dorix::lab::assistantCommands(), dorix::lab::cloudCommands(), dorix::lab::writingCommands(),
+          dorix::lab::languageCommands(), dorix::lab::contextCommands(), dorix::lab::dictationCommands(),
+          dorix::lab::memoryCommands(), dorix::lab::readingCommands(), dorix::lab::recallCommands(),
+          dorix::lab::routingCommands(), dorix::lab::routeCommands(), dorix::lab::speechCommands(),
+          dorix::lab::writeCommands()}) {
         all.insert(all.end(), group.begin(), group.end());
     }
     return all;
