@@ -2,8 +2,11 @@
 //
 //     memory_bench [CHUNKS [DIMENSION]]
 //
-// Documents of ten chunks, with words of Zipf's frequencies and vectors about a thousand topics. Then a year
-// of use: documents are put in anew, some go, others come.
+// Documents of ten chunks, with words of Zipf's frequencies and vectors about a thousand topics; questions
+// have six words that are none of the 200 most frequent, which are those of any text, and a vector. Others,
+// of which only the words are looked for, have those as well. Then a year of use: on each working day
+// documents are put in anew, others come, some go, there are new answers in the history, and what is worked
+// with is noted.
 
 #include "base/async/Executor.h"
 #include "fakes/TemporaryFolder.h"
@@ -31,6 +34,15 @@ constexpr int vocabulary = 30'000;
 constexpr int chunksOfDocument = 10;
 constexpr int wordsOfChunk = 120;
 constexpr std::size_t hits = 8;
+constexpr int commonWords = 200;
+constexpr int wordsOfQuestion = 6;
+
+// Of a year.
+constexpr int workingDays = 250;
+constexpr int changedOfDay = 40;
+constexpr int newOfDay = 10;
+constexpr int answersOfDay = 20;
+constexpr int activityOfDay = 400;  // rows
 
 void normalise(Vector& vector) {
     float sum = 0;
@@ -44,6 +56,7 @@ class Texts {
         std::vector<double> weights;
         for (int rank = 1; rank <= vocabulary; ++rank) weights.push_back(1.0 / rank);
         word_ = std::discrete_distribution<int>(weights.begin(), weights.end());
+        rareWord_ = std::discrete_distribution<int>(weights.begin() + commonWords, weights.end());
         for (int topic = 0; topic < topics; ++topic) centres_.push_back(direction(1));
     }
 
@@ -59,6 +72,21 @@ class Texts {
         std::string text;
         for (int i = 0; i < count; ++i) text += "palabra" + std::to_string(word_(bits_)) + " ";
         return text;
+    }
+    /// Of words as texts have them, up to the most frequent.
+    std::string ordinaryQuestion() { return words(wordsOfQuestion); }
+    std::string question() {
+        std::string text;
+        for (int i = 0; i < wordsOfQuestion; ++i)
+            text += "palabra" + std::to_string(commonWords + rareWord_(bits_)) + " ";
+        return text;
+    }
+    MemoryDocument answer(int number) {
+        return {.path = "dorix://historial/" + std::to_string(number),
+                .title = words(5),
+                .kind = "history",
+                .modified = 1,
+                .chunks = {{words(wordsOfChunk), vector()}}};
     }
     MemoryDocument document(int number) {
         MemoryDocument made{.path = "/documents/" + std::to_string(number) + ".pdf",
@@ -83,6 +111,7 @@ class Texts {
     std::mt19937 bits_{1};
     std::normal_distribution<float> normal_;
     std::discrete_distribution<int> word_;
+    std::discrete_distribution<int> rareWord_;
     std::vector<Vector> centres_;
 };
 
@@ -103,19 +132,49 @@ void tell(const char* what, std::vector<double> times) {
 
 void tellSearches(const char* when, MemoryFile& file, Texts& texts) {
     std::vector<double> words;
+    std::vector<double> ordinary;
     std::vector<double> vectors;
     std::vector<double> both;
     for (int i = 0; i < 200; ++i) {
-        const auto question = texts.words(6);
+        const auto question = texts.question();
         const auto vector = texts.vector();
+        const auto frequent = texts.ordinaryQuestion();
         words.push_back(milliseconds([&] { file.search(question, {}, hits); }));
+        ordinary.push_back(milliseconds([&] { file.search(frequent, {}, hits); }));
         vectors.push_back(milliseconds([&] { file.search("", vector, hits); }));
         both.push_back(milliseconds([&] { file.search(question, vector, hits); }));
     }
     std::printf("%s\n", when);
     tell("    words", words);
+    tell("    words, with the most frequent among them", ordinary);
     tell("    vectors", vectors);
     tell("    both", both);
+}
+
+/// As many documents go as come.
+void useForAYear(MemoryFile& file, Texts& texts, int documents) {
+    std::mt19937 bits(7);
+    int oldest = 0;
+    int next = documents;
+    for (int day = 0; day < workingDays; ++day) {
+        for (int i = 0; i < changedOfDay; ++i) {
+            const auto number = std::uniform_int_distribution(oldest, next - 1)(bits);
+            file.upsert(texts.document(number), day);
+        }
+        for (int i = 0; i < newOfDay; ++i) {
+            file.removeDoc(texts.document(oldest++).path);
+            file.upsert(texts.document(next++), day);
+        }
+        for (int i = 0; i < answersOfDay; ++i) file.upsert(texts.answer(day * answersOfDay + i), day);
+        for (int i = 0; i < activityOfDay; ++i) {
+            file.recordActivity(
+                {.time = day + i * 0.001, .app = "Editor", .title = texts.words(5), .document = {}},
+                "editor");
+        }
+        file.pruneActivity(day - 30);
+        while (file.mergeWords()) {
+        }
+    }
 }
 
 }  // namespace
@@ -155,16 +214,6 @@ int main(int count, char** arguments) {
     }
     tell("FAISS IndexFlatIP, 40 nearest", scans);
     tellSearches("the memory", file, texts);
-    for (int i = 0; i < documents / 2; ++i) {
-        const int number = static_cast<int>(std::hash<int>()(i * 7919)) % documents;
-        if (i % 10 == 0) {
-            file.removeDoc(texts.document(number).path);
-        } else {
-            file.upsert(texts.document(number), 1);
-        }
-        file.recordActivity(
-            {.time = static_cast<double>(i), .app = "Editor", .title = texts.words(5), .document = {}},
-            "editor");
-    }
+    useForAYear(file, texts, documents);
     tellSearches("after a year of use", file, texts);
 }

@@ -121,8 +121,9 @@ struct Bench {
     UnavailableLanguageModel model;
     LocalPolisher local{model};
     WritingRouter router{settings, account, api, local};
+    SessionToken token{keychain};
     TaskScope tasks{loop.main};
-    TaskHandle<void> signedIn = tasks.spawn(SessionToken(keychain).keep("token", server));
+    TaskHandle<void> signedIn = tasks.spawn(token.keep("token", server));
 
     /// Seconds to the text, and who wrote it. Timed within the loop, as the dictation waits there.
     Task<void> write(Writer& writer, std::vector<double>& taken, std::string& engine) {
