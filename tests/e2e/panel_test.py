@@ -128,7 +128,7 @@ class PanelTest(unittest.TestCase):
             self.user.press("Down")
             self.wait(lambda: heard[-1][:2] == ("list item", title))  # noqa: B023
         self.go_round(heard, "link", "un contrato")
-        self.go_round(heard, self.button(), "Enviar", "Todavía no hay asistente que responda.")
+        self.go_round(heard, self.button(), "Dictar")
         listener.deregister("object:state-changed:focused")
         self.user.press("Escape")
         self.assert_closed_and_focus_back()

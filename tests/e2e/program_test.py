@@ -172,7 +172,7 @@ class ProgramTest(unittest.TestCase):
 
     def test_tells_its_version_and_help_without_starting(self):
         for program in (BINARY, BINARY.parents[1] / "service/dorix-service",
-                        BINARY.parents[1] / "recogniser/dorix-recogniser"):
+                        BINARY.parents[1] / "reader/dorix-reader", BINARY.parents[1] / "recogniser/dorix-recogniser"):
             for arguments, status, told in ((["--version"], 0, r"^dorix[a-z-]* [0-9.]+\n$"), (["--help"], 0, "dorix"),
                                             (["--no-such"], 2, "^$"), ([""], 2, "^$")):
                 with self.subTest(program=program.name, arguments=arguments):

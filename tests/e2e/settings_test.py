@@ -145,7 +145,7 @@ class SettingsTest(unittest.TestCase):
         self.wait(lambda: any(name.endswith(", " + MODEL) for _, name in self.shown()))
         self.press_until("Tab", lambda name: name.endswith(", " + MODEL))
         self.user.press("Return")
-        self.wait(lambda: any("El servidor no da el modelo de voz" in name for _, name in self.shown()))
+        self.wait(lambda: any("El servidor no da el modelo" in name for _, name in self.shown()))
         self.assertTrue(NoModels.asked)
 
     def press_until(self, key: str, is_there) -> None:

@@ -2,6 +2,7 @@
 
 #include "platform/Accessibility.h"
 
+#include <functional>
 #include <map>
 #include <string>
 #include <utility>
@@ -37,6 +38,7 @@ class FakeElement final : public AXUIElement {
 class FakeAccessibility final : public Accessibility {
  public:
     std::map<std::int32_t, std::shared_ptr<FakeElement>> applications;
+    std::function<void(double budget)> onLook = [](double) {};
 
     /// The application's element, made when first named.
     FakeElement& application(std::int32_t processIdentifier) {
@@ -53,7 +55,8 @@ class FakeAccessibility final : public Accessibility {
         return element;
     }
 
-    AXUIElementRef createApplication(std::int32_t processIdentifier, double) override {
+    AXUIElementRef createApplication(std::int32_t processIdentifier, double budget) override {
+        onLook(budget);
         if (const auto found = applications.find(processIdentifier); found != applications.end()) {
             return found->second;
         }

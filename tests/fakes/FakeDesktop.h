@@ -54,6 +54,18 @@ class FakeSavePanel final : public SavePanel {
     Completion<std::optional<std::filesystem::path>> answer;
 };
 
+class FakeFolderPanel final : public FolderPanel {
+ public:
+    Task<Answer> run(Request wanted) override {
+        request = std::move(wanted);
+        answer = {};
+        co_return co_await answer;
+    }
+
+    Request request;
+    Completion<Answer> answer;
+};
+
 class FakeStatusItem final : public StatusItem {
  public:
     void show(std::function<void()> whenClicked, MenuBuilder) override { clicked = std::move(whenClicked); }
@@ -79,6 +91,7 @@ class FakePrivacyGrants final : public PrivacyGrants {
     SpeechAuthorizationStatus speech = SpeechAuthorizationStatus::authorized;
     bool trusted = true;
     bool screen = true;
+    bool hasPanes = true;
     std::vector<std::string> log;
 
     AuthorizationStatus microphoneStatus() const override { return microphone; }
@@ -104,6 +117,7 @@ class FakePrivacyGrants final : public PrivacyGrants {
         log.push_back("open " + std::string(name));
         return true;
     }
+    bool hasPane(std::string_view /*name*/) const override { return hasPanes; }
 };
 
 class FakeWorkspace final : public Workspace {
@@ -111,8 +125,12 @@ class FakeWorkspace final : public Workspace {
     std::optional<RunningApplication> frontmost;
     std::string own = "es.pelmora.dorix";
     std::vector<RunningApplication> activated;
+    Observers<> activations;
 
     std::optional<RunningApplication> frontmostApplication() const override { return frontmost; }
+    Subscription observeActivations(std::function<void()> callback) override {
+        return activations.add(std::move(callback));
+    }
     bool isFrontmost(const RunningApplication& app) const override {
         return frontmost && frontmost->processIdentifier == app.processIdentifier &&
                frontmost->windowNumber == app.windowNumber;

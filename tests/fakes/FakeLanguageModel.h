@@ -24,14 +24,18 @@ class FakeLanguageModel final : public SystemLanguageModel {
         std::vector<std::string> prompts;
         GenerationSchema schema;
         GenerationOptions options;
+        std::optional<CutText> cut;  // of the last plain text
     };
 
     Availability state = Availability::available;
+    std::optional<std::string> host;         // where it is another computer
     std::optional<GeneratedContent> answer;  // none: it fails
+    std::optional<std::string> text;         // the same of plain text
     double duration = 0;                     // seconds that an answer takes
     std::deque<Conversation> conversations;
 
     Availability availability() override { return state; }
+    std::optional<std::string> farHost() const override { return host; }
     std::unique_ptr<LanguageModelSession> makeSession(std::string instructions) override {
         return std::make_unique<Session>(
             *this, conversations.emplace_back(Conversation{.instructions = std::move(instructions)}));
@@ -54,6 +58,13 @@ class FakeLanguageModel final : public SystemLanguageModel {
             if (of.duration > 0) co_await sleep(of.duration);
             if (!of.answer) throw LanguageModelError("told by the test");
             co_return *of.answer;
+        }
+        Task<std::string> respond(std::string prompt, CutText cut) override {
+            told.prompts.push_back(std::move(prompt));
+            told.cut = cut;
+            if (of.duration > 0) co_await sleep(of.duration);
+            if (!of.text) throw LanguageModelError("told by the test");
+            co_return *of.text;
         }
 
         FakeLanguageModel& of;

@@ -8,14 +8,20 @@
 #include "fakes/FakeKeys.h"
 #include "fakes/FakePasteboard.h"
 #include "fakes/FakeSpeechRecognition.h"
+#include "fakes/FakeSpeechSynthesizer.h"
 #include "fakes/MemoryUserDefaults.h"
 #include "fakes/TemporaryFolder.h"
+#include "platform/BackgroundWork.h"
 #include "platform/CompanionService.h"
+#include "platform/FileMapper.h"
+#include "platform/FileTree.h"
 #include "platform/FolderPublisher.h"
 #include "platform/HelperProcess.h"
 #include "platform/Keychain.h"
+#include "platform/LanguageRecognizer.h"
 #include "platform/Notifications.h"
 #include "platform/Platform.h"
+#include "platform/ScreenContent.h"
 #include "platform/SessionState.h"
 #include "platform/UserFiles.h"
 
@@ -33,8 +39,11 @@ struct FakePlatform {
     FakePasteboard pasteboard;
     FakeWorkspace workspace;
     FakeAccessibility accessibility;
+    UnavailableScreenContent screen;
     FakeAudioEngineFactory audio;
     FakeSpeechRecognition recognition;
+    FakeSpeechSynthesizer synthesizer;
+    UnavailableLanguageRecognizer languageRecognizer;
     UnavailableHelperProcesses helpers;
     FakePrivacyGrants grants;
     FakeLoginItem loginItem;
@@ -46,8 +55,12 @@ struct FakePlatform {
     MemoryKeychain keychain;
     UnavailableCompanionService companion;
     FakeSavePanel savePanel;
+    FakeFolderPanel folderPanel;
     UnavailableFileReplacer files;
+    UnavailableFileTree fileTree;
+    UnavailableBackgroundWork background;
     UnavailableFolderPublisher folders;
+    UnavailableFileMapper mapper;
     SessionState session;
     FakeStatusItem statusItem;
     FakeApplication application;
@@ -59,6 +72,8 @@ struct FakePlatform {
                 .languages = {},
                 .computerName = "Mesa",
                 .userData = folder.path(),
+                .home = {},
+                .documentFolders = {},
                 .settingsFile = folder.path() / "defaults.json",
                 .packagedSpeechModels = {},
                 .keyEvents = keyboard,
@@ -68,9 +83,12 @@ struct FakePlatform {
                 .pasteboard = pasteboard,
                 .workspace = workspace,
                 .accessibility = accessibility,
+                .screen = screen,
                 .audio = audio,
                 .recognition = &recognition,
                 .languageModel = nullptr,
+                .synthesizer = synthesizer,
+                .languageRecognizer = languageRecognizer,
                 .helpers = helpers,
                 .grants = grants,
                 .loginItem = loginItem,
@@ -83,8 +101,12 @@ struct FakePlatform {
                 .keychain = keychain,
                 .companion = companion,
                 .savePanel = savePanel,
+                .folderPanel = folderPanel,
                 .files = files,
+                .fileTree = fileTree,
+                .background = background,
                 .folders = folders,
+                .mapper = mapper,
                 .session = session,
                 .application = application};
     }

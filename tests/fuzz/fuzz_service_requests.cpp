@@ -1,3 +1,4 @@
+#include "base/text/CodeFence.h"
 #include "base/text/Text.h"
 #include "service/ai/Extraction.h"
 #include "service/ai/ModelAnswer.h"
@@ -31,9 +32,15 @@ void checkMessages(const Json& messages, const Json& harmless) {
     messages.dump(-1, ' ', false, Json::error_handler_t::strict);
 }
 
-void answer(const AskRequest& request) {
+/// An answer shows as text, whatever it quotes.
+void extract(const AskRequest& request) {
     const auto answer = answerByExtraction(request, Language::english);
     require(!answer || !answer->empty());
+    if (answer) require(answer->find("![") == std::string::npos && answer->find("](") == std::string::npos);
+}
+
+void answer(const AskRequest& request) {
+    extract(request);
     checkMessages(askMessages(request, Language::spanish, boundary, Pictures::sent),
                   askMessages({.mode = request.mode}, Language::spanish, boundary, Pictures::sent));
 }
@@ -56,12 +63,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (const auto written = readWriteAnswer(input)) {
         require(written->accion == WriteAnswer::ask || !text::trim(written->texto).empty());
     }
-    readTransformAnswer(input, input);
+    text::withoutFence(input, input);
 
     // The same bytes as material.
     const std::string material(input.substr(0, input.size() / 2));
-    answerByExtraction({.question = std::string(input.substr(input.size() / 2)), .selection = material},
-                       Language::spanish);
+    const std::string question(input.substr(input.size() / 2));
+    extract({.question = question, .selection = material});
+    for (const auto* mode : {"meeting_summary", "meeting_live"})
+        extract({.mode = mode,
+                 .transcript = material,
+                 .memory = {{.n = 1, .title = question, .text = question}}});
     transformByRules({.instruction = material.substr(0, material.find('\n')), .selection = material});
     return 0;
 }

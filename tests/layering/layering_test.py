@@ -19,9 +19,9 @@ ROOT = Path(__file__).resolve().parents[2]
 ROWS = [
     ["base"],
     ["sqlite", "platform", "recognition"],
-    ["localdata", "routing"],
+    ["localdata", "reading", "routing"],
     ["context", "permissions"],
-    ["cloud", "modelserver"],
+    ["cloud", "download", "modelserver"],
     ["writing"],
     ["memory"],
     ["assistant"],
@@ -32,7 +32,7 @@ ROWS = [
     ["dictation"],
     ["overlay"],
     ["panel"],
-    ["onboarding", "settings"],
+    ["card", "onboarding", "settings"],
     ["watchdog"],
     ["shell", "views"],
     ["app"],
@@ -44,10 +44,10 @@ ADAPTERS = "linux"
 ADAPTERS_KNOW = {"base", "platform"}
 ADAPTER_ROWS = [
     ["loop", "log", "grants"],
-    ["jail", "xdg", "keeper"],
-    ["apps"],
+    ["files", "jail", "xdg", "keeper"],
+    ["apps", "recent"],
     ["process", "dbus", "qt"],
-    ["appearance", "atspi", "curl", "pulse", "secret", "x11"],
+    ["appearance", "atspi", "cld2", "curl", "pulse", "secret", "speechd", "x11"],
     ["desktop"],
 ]
 ADAPTER_RANK = {room: rank for rank, row in enumerate(ADAPTER_ROWS) for room in row}
@@ -58,13 +58,20 @@ SERVICE_KNOWS = {"base"}
 # So is the recogniser, which shares what the two say to each other as well, and shuts itself in.
 RECOGNISER = "recogniser"
 RECOGNISER_KNOWS = {"base", "recognition", "linux"}
+# And the reader of documents.
+READER = "reader"
+READER_KNOWS = {"base", "reading", "linux"}
 TOOLKIT_ROOMS = {ADAPTERS, "views", MAINS}
 
 LIBRARIES = {
     "base": r"nlohmann/json\.hpp|openssl/evp\.h|unicode/.*\.h",
+    "context": r"turbojpeg\.h",
     "sqlite": r"sqlite3\.h",
     "memory": r"hwy/.*\.h",
     "panel": r"md4c\.h",
+    "reader/archive": r"archive(_entry)?\.h",
+    "reader/program": r"(fcntl|poll|sched|turbojpeg|unistd|linux/ioprio|sys/.*|unicode/.*)\.h",
+    "reader/text": r"pugixml\.hpp|unicode/.*\.h",
     "recogniser": r"(dlfcn|fcntl|poll|unistd|sys/.*)\.h",
     "recogniser/program": r"(sys/.*|unistd)\.h",
     "recogniser/pocketsphinx": r"pocketsphinx\.h|sphinxbase/.*\.h",
@@ -92,9 +99,9 @@ def room_of(path: str) -> str:
 
 
 def library_home_of(path: str) -> str:
-    """Whose libraries the file may use; the folders of the service and of the recogniser have theirs each."""
+    """Whose libraries the file may use; the folders of the service, the recogniser and the reader have theirs each."""
     folders = path.split("/")[:-1]
-    return "/".join(folders[:2]) if folders[0] in (SERVICE, RECOGNISER) else folders[0]
+    return "/".join(folders[:2]) if folders[0] in (SERVICE, RECOGNISER, READER) else folders[0]
 
 
 def arrow_complaint(own: str, other: str) -> str | None:
@@ -105,6 +112,8 @@ def arrow_complaint(own: str, other: str) -> str | None:
         return None if other in ADAPTERS_KNOW else f"{own} knows the ports only"
     if own == RECOGNISER:
         return None if other in RECOGNISER_KNOWS else f"{own} shares {', '.join(sorted(RECOGNISER_KNOWS))} alone"
+    if own == READER:
+        return None if other in READER_KNOWS else f"{own} shares {', '.join(sorted(READER_KNOWS))} alone"
     if own == SERVICE:
         return None if other in SERVICE_KNOWS else f"{own} shares {', '.join(sorted(SERVICE_KNOWS))} alone"
     if other not in RANK or own not in RANK:

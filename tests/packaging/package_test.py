@@ -176,7 +176,8 @@ class PackageTest(unittest.TestCase):
     def test_brings_what_it_needs(self):
         machine = self.machine("bare", ("passwd",))
         machine.install(self.deb.name)
-        for program in ("/usr/bin/dorix", "/usr/sbin/dorix-service", "/usr/libexec/dorix/dorix-recogniser"):
+        for program in ("/usr/bin/dorix", "/usr/sbin/dorix-service", "/usr/libexec/dorix/dorix-reader",
+                        "/usr/libexec/dorix/dorix-recogniser"):
             self.assertNotIn("not found", machine.run("ldd", program))
             for option in ("--version", "--help"):
                 self.assertIn("dorix", machine.run("env", "-i", program, option))

@@ -45,8 +45,7 @@ std::vector<std::string> transcribe(const ModelRequest& model, ServerPatience pa
 }
 
 ModelRequest modelAt(const std::string& address, const std::string& key = "top-secret") {
-    return {
-        .engine = "server", .language = "pt", .server = {.address = address, .key = key, .model = "big"}};
+    return {.engine = "server", .language = "pt", .server = {.address = address, .key = key, .model = "big"}};
 }
 
 std::optional<Kind> failure(const std::string& address, const std::string& key = "top-secret") {

@@ -9,6 +9,7 @@
 #include "linux/curl/CurlHttpClient.h"
 #include "localdata/Language.h"
 #include "localdata/SettingsStore.h"
+#include "memory/embedding/ServerEmbedder.h"
 #include "modelserver/ModelServer.h"
 #include "platform/Keychain.h"
 
@@ -62,6 +63,22 @@ class ModelServerTest : public testing::Test {
             outcome = error.localizedDescription();
         }
     }
+    /// The plain text, or why there is none.
+    std::string told(const std::string& how, CutText cut) {
+        stateOf(how);
+        const auto session = model->makeSession("Responde.");
+        std::string outcome;
+        TaskScope tasks(loop.main);
+        const auto task = tasks.spawn([](auto& from, CutText cut, std::string& into) -> Task<void> {
+            try {
+                into = co_await from.respond("hola", cut);
+            } catch (const LanguageModelError& error) {
+                into = error.localizedDescription();
+            }
+        }(*session, cut, outcome));
+        EXPECT_TRUE(loop.runUntil([&] { return task.isDone(); }));
+        return outcome;
+    }
     Json seen() {
         TaskScope tasks(loop.main);
         std::string body;
@@ -111,6 +128,15 @@ TEST_F(ModelServerTest, WhatIsNoAnswerIsNoText) {
     EXPECT_EQ(seen().at("chats").size(), 5U) << "none is tried again";
 }
 
+TEST_F(ModelServerTest, PlainTextHasNoThoughtsAndIsWholeWhereItMustBe) {
+    const std::string odd = "El modelo local no ha respondido lo que se le pidió.";
+    EXPECT_EQ(told("prose", CutText::fails), "Enviamos el informe mañana.");
+    EXPECT_EQ(told("musing", CutText::fails), "Enviado. </think>");
+    EXPECT_EQ(told("lost", CutText::isTaken), odd);
+    EXPECT_EQ(told("limited", CutText::isTaken), "Enviamos el");
+    EXPECT_EQ(told("limited", CutText::fails), odd);
+}
+
 TEST_F(ModelServerTest, AServerThatIsSilentIsLeftWithWhoWaitedForIt) {
     stateOf("silent");
     {
@@ -131,7 +157,8 @@ TEST_F(ModelServerTest, AServerThatIsSilentIsLeftWithWhoWaitedForIt) {
 
 TEST_F(ModelServerTest, WhyAModelCannotRunIsKnown) {
     EXPECT_EQ(model->availability(), Availability::deviceNotEligible);
-    EXPECT_EQ(stateOf("good"), (ModelServer::State{Availability::available, server.url("good"), "small"}));
+    EXPECT_EQ(stateOf("good"),
+              (ModelServer::State{Availability::available, server.url("good"), "small", ""}));
     EXPECT_EQ(stateOf("good/v1/").availability, Availability::available);
     EXPECT_EQ(stateOf("tagged").model, "small:latest") << "the other one does not write";
     EXPECT_EQ(stateOf("empty").availability, Availability::appleIntelligenceNotEnabled);
@@ -143,8 +170,37 @@ TEST_F(ModelServerTest, WhyAModelCannotRunIsKnown) {
     settings.modelServerModel.set("small");
     EXPECT_EQ(stateOf("tagged").model, "small:latest");
     settings.modelServerModel.set("large");
-    EXPECT_EQ(stateOf("tagged"),
-              (ModelServer::State{Availability::appleIntelligenceNotEnabled, server.url("tagged"), "large"}));
+    EXPECT_EQ(stateOf("tagged"), (ModelServer::State{Availability::appleIntelligenceNotEnabled,
+                                                     server.url("tagged"), "large", "nomic-embed-text"}));
+}
+
+TEST_F(ModelServerTest, VectorsComeFromAModelThatIsMadeForThem) {
+    ServerEmbedder embedder(loop.main, *model);
+    stateOf("good");
+    EXPECT_FALSE(loop.result(embedder.prepare())) << "it only writes";
+    stateOf("vectors");
+    ASSERT_TRUE(loop.result(embedder.prepare()));
+    const auto identity = embedder.identity();
+    EXPECT_EQ(loop.result(embedder.embed("hola")), (std::vector<float>{0.6F, 0, 0.8F}));
+    const auto asked = seen().at("chats").back();
+    EXPECT_EQ(asked.at("path"), "/vectors/v1/embeddings");
+    EXPECT_EQ(asked.at("model"), "nomic-embed-text");
+    EXPECT_EQ(asked.at("input"), "hola");
+    EXPECT_EQ(loop.result(embedder.embed("")), std::nullopt);
+
+    stateOf("words");
+    EXPECT_FALSE(loop.result(embedder.prepare()));
+    EXPECT_EQ(embedder.identity(), "");
+    stateOf("growing");
+    ASSERT_TRUE(loop.result(embedder.prepare()));
+    EXPECT_NE(embedder.identity(), identity);
+    EXPECT_EQ(loop.result(embedder.embed("hola")), std::nullopt) << "of another length";
+    EXPECT_EQ(embedder.identity(), "");
+    settings.modelServerEmbedder.set("small");
+    stateOf("vectors");
+    EXPECT_TRUE(loop.result(embedder.prepare()));
+    settings.modelServer.set("http://models.invalid");
+    EXPECT_EQ(model->embedder(), "") << "documents stay on this computer";
 }
 
 TEST_F(ModelServerTest, NothingLeavesThisComputerBeforeTheUserWasTold) {
@@ -185,7 +241,7 @@ TEST(ModelServerSearchTest, OnlyWhatTheUserOrTheSystemRunsHereIsAsked) {
     while (model.isLooking()) answers(200, R"({"data":[]})");
     EXPECT_EQ(http.exchanges.size(), 8U);
     EXPECT_EQ(model.state().get(),
-              (ModelServer::State{Availability::modelNotReady, "http://127.0.0.1:1234", ""}))
+              (ModelServer::State{Availability::modelNotReady, "http://127.0.0.1:1234", "", ""}))
         << "of all that cannot write that is told which soon can";
 
     trusted = 11434;  // all others are another user's
@@ -211,6 +267,43 @@ TEST(ModelServerSearchTest, OnlyWhatTheUserOrTheSystemRunsHereIsAsked) {
     executor.runPosted();
     EXPECT_EQ(model.availability(), Availability::deviceNotEligible);
     EXPECT_FALSE(executor.hasTimers()) << "at rest nothing is asked of anybody";
+}
+
+TEST(ModelServerSearchTest, WhatWasLookedAtBeforeIsGivenNothingOnceItIsAnothers) {
+    ManualExecutor executor;
+    MemoryUserDefaults defaults;
+    FakeLoginItem loginItem;
+    SettingsStore settings(defaults, loginItem, {});
+    FakeHttpClient http;
+    MemoryKeychain keychain;
+    bool isTrusted = true;
+    ModelServer model(executor, settings, http, keychain, [&](int) { return isTrusted; });
+    const auto asked = [&] {
+        const auto before = http.exchanges.size();
+        const auto session = model.makeSession("Reescribe.");
+        session->prewarm();
+        return http.exchanges.size() == before ? "nobody" : http.last().request.url;
+    };
+    const auto answered = [&] {
+        executor.advanceBy(0);
+        http.last().respond(200, R"({"data":[{"id":"a"}]})");
+        executor.runPosted();
+    };
+    model.look();
+    answered();
+    EXPECT_EQ(asked(), "http://127.0.0.1:11434/v1/chat/completions");
+    isTrusted = false;  // another user's program has the port
+    EXPECT_EQ(asked(), "nobody");
+    executor.advanceBy(0);
+    EXPECT_EQ(model.availability(), Availability::deviceNotEligible);
+
+    settings.modelServer.set("https://first.example");
+    answered();
+    EXPECT_EQ(asked(), "https://first.example/v1/chat/completions");
+    settings.modelServer.set("https://second.example");
+    EXPECT_EQ(asked(), "nobody");
+    answered();
+    EXPECT_EQ(asked(), "https://second.example/v1/chat/completions");
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #!/usr/bin/python3
-"""A server of language models that behaves in whatever way its paths say: /HOW/v1/models, /HOW/v1/chat/completions.
+"""A server of language models that behaves in whatever way its paths say: /HOW/v1/models, /HOW/v1/chat/completions,
+/HOW/v1/embeddings.
 
     server.py    prints its port
 
@@ -21,8 +22,18 @@ CONTENT = {
     "wrong": '{"titulo": "Informe", "texto": ["no", "text"]}',
     "keyed": ANSWER,
     "refusing": ANSWER,
+    "musing": "\n<think>Un </borrador>\n</think>\n\nEnviado. </think>",
+    "lost": "<think>Quizá",
+    "limited": "Enviamos el",
 }
-MODELS = {"empty": None, "tagged": [{"id": "nomic-embed-text"}, {"id": "small:latest"}]}
+EMBEDDERS = [{"id": "bge-reranker"}, {"id": "small"}, {"id": "nomic-embed-text"}]
+MODELS = {
+    "empty": None,
+    "tagged": [{"id": "nomic-embed-text"}, {"id": "small:latest"}],
+    "vectors": EMBEDDERS,
+    "words": EMBEDDERS,
+    "growing": EMBEDDERS,
+}
 seen = {"left": 0, "chats": []}
 
 
@@ -39,8 +50,9 @@ class Handler(BaseHTTPRequestHandler):
         self.end_headers()
         self.wfile.write(text)
 
-    def whole(self, content: str) -> None:
-        self.answer(200, {"choices": [{"message": {"role": "assistant", "content": content}}]})
+    def whole(self, content: str, reason: str = "stop") -> None:
+        choice = {"message": {"role": "assistant", "content": content}, "finish_reason": reason}
+        self.answer(200, {"choices": [choice]})
 
     def do_GET(self) -> None:
         how = self.path.split("/")[1]
@@ -59,10 +71,13 @@ class Handler(BaseHTTPRequestHandler):
         how = self.path.split("/")[1]
         asked = json.loads(self.rfile.read(int(self.headers["Content-Length"])))
         seen["chats"].append(asked | {"path": self.path})
-        if how == "refusing" and "response_format" in asked:
+        if self.path.endswith("/embeddings"):
+            vector = {"vectors": [3, 0, 4], "words": ["three", "four"]}.get(how, [1] * len(seen["chats"]))
+            self.answer(200, {"object": "list", "data": [{"index": 0, "embedding": vector}]})
+        elif how == "refusing" and "response_format" in asked:
             self.answer(400, {"error": "unknown response_format"})
         elif how in CONTENT:
-            self.whole(CONTENT[how])
+            self.whole(CONTENT[how], "length" if how == "limited" else "stop")
         else:
             getattr(self, how)()
 

@@ -11,6 +11,7 @@
 #include "writing/BasicPolisher.h"
 #include "writing/TextPolisher.h"
 
+#include <functional>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -24,6 +25,7 @@ class FakeScreenCapture final : public ScreenCapture {
  public:
     double duration = 0.2;
     std::string error;  // not empty: the capture fails
+    std::string words;  // that can be read in it
     int begun = 0;
     int cancelled = 0;
 
@@ -38,16 +40,20 @@ class FakeScreenCapture final : public ScreenCapture {
         if (!error.empty()) throw MessageError(error);
         co_return Shot{.jpeg = "jpeg"};
     }
+
+    Task<std::string> text(Shot) override { co_return words; }
 };
 
 /// A selection that the test makes up, found whether the probe insists or not.
 class FakeSelection final : public SelectionProbe {
  public:
     std::optional<SelectedText> selected;
-    std::vector<bool> insisted;  // for each probe
+    std::vector<bool> insisted;             // for each probe
+    std::function<void()> onProbe = [] {};  // before it tells
 
     Task<std::optional<SelectedText>> selection(std::optional<RunningApplication>, bool insist) override {
         insisted.push_back(insist);
+        onProbe();
         co_return selected;
     }
 };
@@ -105,9 +111,11 @@ class RecordingTeaching final : public Teaching {
 class FakeDocumentReader final : public DocumentReader {
  public:
     std::vector<std::pair<std::filesystem::path, std::string>> documents;
+    double duration = 0;  // seconds that one takes
 
     bool reads(std::string_view extension) const override { return extension == "txt"; }
     Task<std::optional<std::string>> text(std::filesystem::path file, std::size_t limit) override {
+        if (duration > 0) co_await sleep(duration);
         for (const auto& [path, text] : documents) {
             if (path == file) co_return text.substr(0, limit);
         }
@@ -122,6 +130,9 @@ class RecordingWriter final : public Writer {
         requests.push_back(request);
         if (duration > 0) co_await sleep(duration);
         if (breaks) throw std::runtime_error("the writer broke");
+        co_return polisher_.polished(request.transcript);
+    }
+    Task<PolishResult> byRule(PolishRequest request) override {
         co_return polisher_.polished(request.transcript);
     }
     Task<WriteOrAsk> writeOrAsk(PolishRequest request) override {
