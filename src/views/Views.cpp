@@ -1,7 +1,9 @@
 #include "views/Views.h"
 
 #include "views/account/AccountWindow.h"
+#include "views/card/AnswerCardWindow.h"
 #include "views/onboarding/OnboardingWindow.h"
+#include "views/panel/PanelWindow.h"
 #include "views/settings/SettingsWindow.h"
 
 #include <utility>
@@ -23,8 +25,18 @@ Views::Views(Surroundings& surroundings, AppState& state, SettingsStore& setting
              HistoryPanel& panel, AnswerCardPresenter& card, AccountForm& account, Onboarding& onboarding,
              SettingsForm& form, IconView::Verbs verbs)
     : icon_(surroundings.context(), state, settings, speech, std::move(verbs)),
-      panel_(surroundings.context(), state, settings, panel, [this] { return icon_.frame(); }),
-      card_(surroundings.context(), settings, card, [this] { return icon_.frame(); }),
+      panel_(
+          surroundings.context(), state.panelOpen,
+          [context = surroundings.context(), &state, &settings, &panel] {
+              return std::make_unique<PanelWindow>(context, state, settings, panel);
+          },
+          [this] { return icon_.frame(); }),
+      card_(
+          surroundings.context(), card.isShown,
+          [context = surroundings.context(), &settings, &card] {
+              return std::make_unique<AnswerCardWindow>(context, settings, card);
+          },
+          [this] { return icon_.frame(); }),
       account_(surroundings.context().windowSystem, state.accountOpen,
                maker<AccountWindow>(surroundings.context(), settings, account)),
       onboarding_(surroundings.context().windowSystem, state.onboardingOpen,

@@ -4,11 +4,10 @@
 #include "overlay/AppWindow.h"
 #include "panel/HistoryPanel.h"
 #include "platform/DesktopAppearance.h"
+#include "views/FloatingOnDemand.h"
 #include "views/FormOnDemand.h"
 #include "views/Surroundings.h"
-#include "views/card/CardOnDemand.h"
 #include "views/overlay/IconView.h"
-#include "views/panel/PanelOnDemand.h"
 
 namespace dorix {
 
@@ -40,8 +39,8 @@ class Views {
 
  private:
     IconView icon_;
-    PanelOnDemand panel_;
-    CardOnDemand card_;
+    FloatingOnDemand panel_;
+    FloatingOnDemand card_;
     FormOnDemand account_;
     FormOnDemand onboarding_;
     FormOnDemand settings_;

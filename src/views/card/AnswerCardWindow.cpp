@@ -10,20 +10,12 @@
 
 namespace dorix {
 
-namespace {
-
-constexpr int reach = tokens::shadowReach;
-constexpr double settles = 1;  // seconds; later it is the user who moves it
-
-}  // namespace
-
 AnswerCardWindow::AnswerCardWindow(const ViewContext& context, SettingsStore& settings,
                                    AnswerCardPresenter& card, std::string positionKey)
-    : OverlayPanel(context, WindowSystem::Kind::panel, Focusable::yes),
+    : FloatingWindow(context),
       card_(card),
       positionKey_(std::move(positionKey)),
-      scene_(card, settings, view()),
-      settling_(context.executor) {
+      scene_(card, settings, view()) {
     setProperty("_q_showWithoutActivating", true);
     view().insert({{"room", QRectF(0, 0, cardmeasure::width, 1)}, {"top", -1.0}});
     load("AnswerCard", {{"verbs", QVariant::fromValue(&scene_)}});
@@ -43,14 +35,24 @@ void AnswerCardWindow::wireScene() {
 
 // Where it stands
 
-void AnswerCardWindow::place(const Rect& icon, const Screens& screens) {
-    if (moves_) return;
-    const Rect glyph = icon.insetBy(iconmeasure::margin);
-    const auto saved = savedCardPosition(context().defaults, positionKey_);
-    take(placeCard(glyph, cardAlignsRight(glyph, screens), screens, saved));
+bool AnswerCardWindow::place(const Rect& icon, const Screens& screens) {
+    if (!moves_) {
+        const Rect glyph = icon.insetBy(iconmeasure::margin);
+        const auto saved = savedCardPosition(context().defaults, positionKey_);
+        take(placeCard(glyph, cardAlignsRight(glyph, screens), screens, saved));
+    }
+    return !placement_.alignRight;
+}
+
+void AnswerCardWindow::iconMoved(const Rect& icon, const Screens& screens) { place(icon, screens); }
+
+void AnswerCardWindow::screensChanged(const Rect& icon, const Screens& screens) {
+    place(icon, screens);
+    rescale();
 }
 
 void AnswerCardWindow::take(const CardPlacement& placement) {
+    constexpr int reach = tokens::shadowReach;
     placement_ = placement;
     const QRect visible = screenmap::toQt(placement.visible);
     const QRect room = screenmap::toQt(placement.room);
@@ -59,11 +61,7 @@ void AnswerCardWindow::take(const CardPlacement& placement) {
         {{"room", QRectF(room.translated(-column.topLeft()))},
          {"top", placement.top ? room.bottom() + 1 - (*placement.top - placement.room.minY()) - column.top()
                                : -1.0}});
-    setGeometry(column);
-    place_ = column.topLeft();
-    settling_.once(settles, [this] { place_.reset(); });
-    const int pixels = qRound(reach * devicePixelRatio());
-    context().windowSystem.setFrameExtents(winId(), {pixels, pixels, pixels, pixels});
+    takeFrame(column);
     reshape();
 }
 
@@ -79,18 +77,11 @@ void AnswerCardWindow::reshape() {
     takePointerIn(card, tokens::cardRadius);
 }
 
-/// Some window managers leave room for a title bar that they do not draw, unless they are asked again.
-void AnswerCardWindow::moveEvent(QMoveEvent* event) {
-    OverlayPanel::moveEvent(event);
-    if (!isVisible() || !place_ || event->pos() == *place_) return;
-    setPosition(*std::exchange(place_, std::nullopt));
-}
-
 // The user's own hand moves it: then it is known when they let go.
 
 void AnswerCardWindow::beginMove() {
     moves_ = true;
-    place_.reset();
+    movedByUser();
     movedFrom_ = position();
 }
 
@@ -119,7 +110,6 @@ void AnswerCardWindow::endMove() {
 // The keyboard
 
 void AnswerCardWindow::open() {
-    clickTakesKeyboard_ = false;
     if (!isActive()) context().windowSystem.setTakesKeyboard(winId(), false);
     rememberFront();
     orderFrontRegardless();
@@ -134,21 +124,6 @@ void AnswerCardWindow::takeKeyboard() {
     context().windowSystem.bringToFront(winId());
 }
 
-void AnswerCardWindow::rememberFront() {
-    const auto front = context().windowSystem.frontWindow();
-    if (front != winId()) before_ = front;
-}
-
-/// We hear of the click before the window manager has given the keyboard to what was clicked.
-void AnswerCardWindow::clickedOutside() { clickTakesKeyboard_ = context().windowSystem.hasWindowManager(); }
-
-void AnswerCardWindow::fade() {
-    const bool taken = std::exchange(clickTakesKeyboard_, false);
-    if (!taken && isActive()) context().windowSystem.bringToFront(before_);
-}
-
-void AnswerCardWindow::dismiss() { orderOut(); }
-
 bool AnswerCardWindow::event(QEvent* event) {
     noteKeyboard(*event);
     if (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseMove) {
@@ -156,7 +131,7 @@ bool AnswerCardWindow::event(QEvent* event) {
         if (event->type() == QEvent::MouseButtonPress) pressedAt_ = pointer_;
     }
     if (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::TouchBegin) takeKeyboard();
-    return OverlayPanel::event(event);
+    return FloatingWindow::event(event);
 }
 
 }  // namespace dorix

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "base/async/Timer.h"
 #include "card/CardPlacement.h"
-#include "views/OverlayPanel.h"
+#include "views/FloatingWindow.h"
 #include "views/card/CardScene.h"
 
 #include <QPoint>
@@ -13,9 +12,8 @@ namespace dorix {
 
 /// The window of a floating card. It is as high as the screen lets the card become, and the card grows in it:
 /// so no window moves or changes its size while a text comes. Around the card it is not there for the
-/// pointer. A window manager knows it, as it can have the keyboard, which it takes only when it is clicked or
-/// called. Main thread.
-class AnswerCardWindow final : public OverlayPanel {
+/// pointer. It takes the keyboard only when it is clicked or called. Main thread.
+class AnswerCardWindow final : public FloatingWindow {
     Q_OBJECT
 
  public:
@@ -24,28 +22,20 @@ class AnswerCardWindow final : public OverlayPanel {
     AnswerCardWindow(const ViewContext& context, SettingsStore& settings, AnswerCardPresenter& card,
                      std::string positionKey = "");
 
-    /// Takes its place: where the user left it, or beside the icon's window at `icon`. One that shows and
-    /// that the user has moved stays.
-    void place(const Rect& icon, const Screens& screens);
-    const CardPlacement& placement() const { return placement_; }
+    /// Or where the user left it. One that is being moved stays.
+    bool place(const Rect& icon, const Screens& screens) override;
+    void iconMoved(const Rect& icon, const Screens& screens) override;
+    void screensChanged(const Rect& icon, const Screens& screens) override;
     /// The card itself on the screen, in points from the bottom left.
     Rect cardFrame() const;
 
-    /// Comes up above all others, and leaves the keyboard where it is.
-    void open();
-    void takeKeyboard();
-    /// A click in another application is about to close it.
-    void clickedOutside();
-    /// Begins to go; the keyboard, if it has it, goes back at once.
-    void fade();
-    void dismiss();
-
-    /// Draws its outline anew, after the compositor or the scale has changed.
-    Q_SLOT void reshape();
+    /// Leaves the keyboard where it is.
+    void open() override;
+    void takeKeyboard() override;
+    Q_SLOT void reshape() override;
 
  protected:
     bool event(QEvent* event) override;
-    void moveEvent(QMoveEvent* event) override;
 
  private:
     void wireScene();
@@ -54,20 +44,15 @@ class AnswerCardWindow final : public OverlayPanel {
     void move();
     void endMove();
     QPoint movedTo() const;
-    void rememberFront();
 
     AnswerCardPresenter& card_;
     const std::string positionKey_;
     CardScene scene_;
     CardPlacement placement_;
-    std::optional<QPoint> place_;  // that it has asked for, while it opens
-    Timer settling_;
     QPointF pressedAt_;  // the pointer on the screen, when a button went down
     QPointF pointer_;    // the same now
     QPoint movedFrom_;   // the window, when the user took the card
     bool moves_ = false;
-    bool clickTakesKeyboard_ = false;
-    WindowSystem::Window before_ = 0;  // the window that had the keyboard
 };
 
 }  // namespace dorix

@@ -15,19 +15,17 @@ namespace {
 constexpr int reach = tokens::shadowReach;
 constexpr QMargins shadow{reach, reach, reach, reach};
 constexpr double restBeforeSaving = 0.5;  // seconds
-constexpr double settles = 1;             // the same; later it is the user who moves it
 constexpr double keyboardComes = 0.15;    // the same, from its opening
 
 }  // namespace
 
 PanelWindow::PanelWindow(const ViewContext& context, AppState& state, SettingsStore& settings,
                          HistoryPanel& panel)
-    : OverlayPanel(context, WindowSystem::Kind::panel, Focusable::yes),
+    : FloatingWindow(context),
       state_(state),
       panel_(panel),
       scene_(state, settings, panel, view()),
       saveSize_(context.executor),
-      settling_(context.executor),
       opening_(context.executor) {
     wireScene();
     load("Panel", {{"verbs", QVariant::fromValue(&scene_)}});
@@ -53,22 +51,22 @@ bool PanelWindow::place(const Rect& icon, const Screens& screens) {
                       static_cast<int>(panelmeasure::leastSize.height));
     userResizes_ = false;
     setMinimumSize(least.boundedTo(frame.size()).grownBy(shadow));
-    setGeometry(frame.marginsAdded(shadow));
-    place_ = position();
-    settling_.once(settles, [this] { place_.reset(); });
-    const int pixels = qRound(reach * devicePixelRatio());
-    context().windowSystem.setFrameExtents(winId(), {pixels, pixels, pixels, pixels});
+    takeFrame(frame.marginsAdded(shadow));
     reshape();
     return placement.anchorRight;
 }
 
-void PanelWindow::placeAnew(const Rect& icon, const Screens& screens) {
+void PanelWindow::iconMoved(const Rect& icon, const Screens& screens) {
+    state_.panelAnchorRight.set(place(icon, screens));
+}
+
+void PanelWindow::screensChanged(const Rect& icon, const Screens& screens) {
     const Rect card = screenmap::fromQt(geometry().marginsRemoved(shadow));
     const Rect& visible = screenOf(screens, card).visibleFrame;
     const bool fits = visible.minX() <= card.minX() && card.maxX() <= visible.maxX() &&
                       visible.minY() <= card.minY() && card.maxY() <= visible.maxY();
     // In another scale it keeps its pixels, and so has another size in points.
-    if (!fits || drawnScale() != devicePixelRatio()) state_.panelAnchorRight.set(place(icon, screens));
+    if (!fits || drawnScale() != devicePixelRatio()) iconMoved(icon, screens);
     rescale();
 }
 
@@ -87,12 +85,6 @@ void PanelWindow::open() {
 
 void PanelWindow::takeKeyboard() { context().windowSystem.bringToFront(winId()); }
 
-/// Not itself, when it opens while it still goes.
-void PanelWindow::rememberFront() {
-    const auto front = context().windowSystem.frontWindow();
-    if (front != winId()) before_ = front;
-}
-
 void PanelWindow::focusWhereAsked() {
     const auto wanted = state_.focusRequest.get();
     const char* const target = !wanted                                      ? "list"
@@ -102,17 +94,11 @@ void PanelWindow::focusWhereAsked() {
     state_.focusRequest.set(std::nullopt);
 }
 
-/// We hear of the click before the window manager has given the keyboard to what was clicked.
-void PanelWindow::clickedOutside() { clickTakesKeyboard_ = context().windowSystem.hasWindowManager(); }
-
 void PanelWindow::fade() {
     if (menu_) menu_->close();
     view().insert("shown", false);
-    const bool taken = std::exchange(clickTakesKeyboard_, false);
-    if (!taken && isActive()) context().windowSystem.bringToFront(before_);
+    FloatingWindow::fade();
 }
-
-void PanelWindow::dismiss() { orderOut(); }
 
 void PanelWindow::reshape() {
     const QRectF shape = QRectF(QPointF(0, 0), size()).marginsRemoved(shadow);
@@ -126,29 +112,22 @@ bool PanelWindow::event(QEvent* event) {
     // About to draw, perhaps after the computer slept past midnight.
     if (event->type() == QEvent::UpdateRequest) panel_.list.refreshDays();
     noteKeyboard(*event);
-    return OverlayPanel::event(event);
-}
-
-/// Some window managers leave room for a title bar that they do not draw, unless they are asked again.
-void PanelWindow::moveEvent(QMoveEvent* event) {
-    OverlayPanel::moveEvent(event);
-    if (!isVisible() || !place_ || event->pos() == *place_) return;
-    setPosition(*std::exchange(place_, std::nullopt));
+    return FloatingWindow::event(event);
 }
 
 void PanelWindow::moveByUser() {
-    place_.reset();
+    movedByUser();
     startSystemMove();
 }
 
 void PanelWindow::resizeFrom(Qt::Edges edges) {
-    place_.reset();
+    movedByUser();
     userResizes_ = startSystemResize(edges);
 }
 
 void PanelWindow::resizeEvent(QResizeEvent* event) {
     panel_.layout.setWidth(width() - 2 * reach);
-    OverlayPanel::resizeEvent(event);
+    FloatingWindow::resizeEvent(event);
     reshape();
     if (!userResizes_) return;
     saveSize_.once(restBeforeSaving, [this] {
