@@ -2,7 +2,6 @@
 
 #include "base/Error.h"
 #include "base/Log.h"
-#include "base/async/Sleep.h"
 #include "base/async/Timeout.h"
 #include "localdata/Language.h"
 #include "overlay/Icon.h"
@@ -20,9 +19,6 @@ namespace dorix {
 
 namespace {
 constexpr const char* formerSecret = "claude-api-key";  // of earlier versions; nobody uses it any more
-constexpr const char* continuedWithoutKey = "onboardingWithout";
-constexpr int looksForGrants = 20;
-constexpr double betweenLooks = 0.5;   // seconds
 constexpr double exportPatience = 10;  // seconds; an export that takes longer leaves the file as it was
 
 /// Those in which the user may be reading, the likeliest first.
@@ -149,12 +145,20 @@ AppController::AppController(const Platform& platform)
                               .installer = modelInstaller_,
                               .installs = modelInstalls_,
                               .needsModels = platform.recognition == nullptr}}),
+      speechPreparation_(settings_, speechServer_, speech_, dictation_),
+      firstScreen_({.executor = platform.executor,
+                    .windows = windows,
+                    .state = state_,
+                    .settings = settings_,
+                    .defaults = platform.defaults,
+                    .permissions = permissions_,
+                    .account = account_,
+                    .ownService = ownService_,
+                    .onboarding = onboarding_,
+                    .hint = firstRunHint_,
+                    .speech = speechPreparation_}),
       tasks_(platform.executor) {
     onboarding_.onLook = [this] { keys_.lookAgain(); };
-    onboarding_.onFinished = [this] { onboardingFinished(); };
-    subscriptions_.push_back(state_.onboardingOpen.subscribe([this](bool open) {
-        if (!open) onboardingClosed();
-    }));
     written_.beforeOwnCursor = [this] {
         return settingsForm_.takesDictation() ? settingsForm_.beforeCursor() : onboarding_.fieldText();
     };
@@ -184,7 +188,7 @@ AppController::AppController(const Platform& platform)
     });
     recognition_.onRefused([this](const ModelRequest& model) { speechModels_.setAside(model.folder); });
     embeddingModel_.onLetGo = [this] { staticEmbedder_.letGo(); };
-    modelInstalls_.onModelsChanged = [this] { tasks_.spawn(prepareQuietly()); };
+    modelInstalls_.onModelsChanged = [this] { tasks_.spawn(speechPreparation_.prepareQuietly()); };
     speechOffer_.showModels = [this] {
         if (windows.settings == &noWindow) return false;
         settingsForm_.showSection("speech");
@@ -194,7 +198,7 @@ AppController::AppController(const Platform& platform)
     // The system's own recogniser has its models from the system.
     if (platform.recognition == nullptr)
         speech_.onUnsupportedLocale = [this] { speechOffer_.languageMissing(); };
-    dictation_.accountReady = [this] { return accountReady(); };
+    dictation_.accountReady = [this] { return firstScreen_.accountReady(); };
     inserter_.mayType = [this] { return !platform_.session.locked.get(); };
     watchSettings();
     watchDictation();
@@ -233,7 +237,7 @@ SettingsForm::Parts AppController::settingsParts() {
                         .settings = platform_.settingsFile,
                         .service = platform_.userData / "dorix-service",
                         .secrets = platform_.secretsFile},
-            .showAccount = [this] { showAccount(); }};
+            .showAccount = [this] { firstScreen_.showAccount(); }};
 }
 
 /// The system's own, or else that of a server of the user's.
@@ -244,8 +248,8 @@ SystemLanguageModel& AppController::languageModel() {
 
 /// What the settings change and nobody else follows.
 void AppController::watchSettings() {
-    subscriptions_.push_back(
-        settings_.language.subscribe([this](const auto&) { tasks_.spawn(prepareQuietly()); }));
+    subscriptions_.push_back(settings_.language.subscribe(
+        [this](const auto&) { tasks_.spawn(speechPreparation_.prepareQuietly()); }));
     settingsForm_.microphoneTest().mayListen = [this] { return dictation_.isMicrophoneFree(); };
     dictation_.onMicrophoneWanted = [this] { settingsForm_.microphoneTest().end(); };
     subscriptions_.push_back(settings_.paused.subscribe([this](bool paused) {
@@ -318,26 +322,10 @@ void AppController::applicationDidFinishLaunching() {
     showStatusItem();
     keys_.listen();
     ownService_.start();
-    tasks_.spawn(showFirstScreen());
+    firstScreen_.show();
     memory_.start();
     tasks_.spawn(sessionNotice_.tell());
     if (platform_.languageModel == nullptr) modelServer_.look();
-}
-
-/// Nobody is stopped before it is known whether there is a session.
-bool AppController::mayUse() const {
-    return account_.loggedIn.get() || ownService_.isResponsible() || !account_.known().isDone();
-}
-
-/// Without a session there is first of all one to be begun.
-bool AppController::accountReady() {
-    if (!mayUse()) showAccount();
-    return mayUse();
-}
-
-void AppController::showAccount() {
-    windows.account->place();
-    windows.account->show();
 }
 
 void AppController::showSettings() {
@@ -346,10 +334,10 @@ void AppController::showSettings() {
 }
 
 void AppController::iconClicked() {
-    if (mayUse() || state_.panelOpen.get()) {
+    if (firstScreen_.mayUse() || state_.panelOpen.get()) {
         panelHost_.toggle();
     } else {
-        showAccount();
+        firstScreen_.showAccount();
     }
 }
 
@@ -359,61 +347,6 @@ void AppController::reopen() {
     } else if (!cardHost_.call()) {
         panelHost_.toggle();
     }
-}
-
-Task<void> AppController::showFirstScreen() {
-    const bool isFirstRun = !settings_.onboardingDone.get();
-    if (isFirstRun) showOnboarding(Onboarding::Step::welcome);
-    tasks_.spawn(getReady());
-    co_await account_.known();
-    if (mayUse() && !isFirstRun) firstRunHint_.show(FirstRunHint::Forced::no);
-    co_await ownService_.settled();
-    // Only now is it known that the address is answered by whom the session is with.
-    account_.startRefreshing();
-    if (isFirstRun) co_return;
-    if (!mayUse()) {
-        showAccount();
-    } else if (co_await lacksGrants()) {
-        showOnboarding(Onboarding::Step::permissions);
-    }
-}
-
-/// One that is open goes on where the user is.
-void AppController::showOnboarding(Onboarding::Step first) {
-    if (!state_.onboardingOpen.get()) onboarding_.begin(first);
-    windows.onboarding->place();
-    windows.onboarding->show();
-}
-
-void AppController::onboardingFinished() {
-    platform_.defaults.set(continuedWithoutKey, permissions_.missing());
-    windows.onboarding->hide();
-    if (mayUse()) {
-        firstRunHint_.show(FirstRunHint::Forced::yes);
-    } else {
-        showAccount();
-    }
-}
-
-/// What was missing may be there by now; otherwise the user hears what is.
-void AppController::onboardingClosed() {
-    onboarding_.end();
-    tasks_.spawn(prepareSpeech());
-}
-
-/// Whether something is missing that the user has not chosen to do without: a window that comes up at each
-/// login would take what is typed by then.
-Task<bool> AppController::lacksGrants() {
-    for (int looks = 0; looks < looksForGrants; ++looks) {
-        permissions_.refresh();
-        if (permissions_.allRequired()) co_return false;
-        co_await sleep(betweenLooks);  // services of the desktop start beside the program
-    }
-    const Json without = platform_.defaults.value(continuedWithoutKey).value_or(Json::array());
-    for (const auto& grant : permissions_.missing()) {
-        if (std::find(without.begin(), without.end(), grant) == without.end()) co_return true;
-    }
-    co_return false;
 }
 
 Task<void> AppController::settled() {
@@ -430,7 +363,7 @@ void AppController::traceTo(const std::filesystem::path& file) {
 
 IconVerbs AppController::iconVerbs() {
     return {.togglePanel = [this] { panelHost_.toggle(); },
-            .showAccount = [this] { showAccount(); },
+            .showAccount = [this] { firstScreen_.showAccount(); },
             .showSettings = [this] { showSettings(); },
             .setPaused = [this](bool paused) { settings_.paused.set(paused); },
             .relaunch = [this] { platform_.application.relaunch(); },
@@ -452,11 +385,12 @@ Menu AppController::iconMenu() {
 Menu AppController::setupMenu() {
     keys_.lookAgain();
     if (!settings_.onboardingDone.get()) {
-        return {{tr("Primeros pasos…"), [this] { showOnboarding(Onboarding::Step::welcome); }},
+        return {{tr("Primeros pasos…"), [this] { firstScreen_.showOnboarding(Onboarding::Step::welcome); }},
                 ClosureMenuItem::separator()};
     }
     if (!needsKey(state_.keys.get())) return {};
-    return {{tr("Elegir la tecla para dictar…"), [this] { showOnboarding(Onboarding::Step::practice); }},
+    return {{tr("Elegir la tecla para dictar…"),
+             [this] { firstScreen_.showOnboarding(Onboarding::Step::practice); }},
             ClosureMenuItem::separator()};
 }
 
@@ -477,36 +411,6 @@ void AppController::showStatusItem() {
     subscriptions_.push_back(state_.onboardingOpen.subscribe(tell));
     subscriptions_.push_back(state_.keys.subscribe(tell));
     subscriptions_.push_back(settings_.paused.subscribe(tell));
-}
-
-Task<void> AppController::getReady() {
-    // The first run tells of a model that is missing, at its place.
-    if (settings_.onboardingDone.get()) co_await prepareSpeech();
-    logLine("ready");
-}
-
-/// The settings tell what is missing, at its place.
-Task<void> AppController::prepareQuietly() {
-    try {
-        co_await speech_.prepare(settings_.language.get());
-    } catch (const Error& error) {
-        logLine("no se pudo preparar el modelo de voz: " + describedIn(LogLanguage::spanish, error));
-    }
-}
-
-Task<void> AppController::prepareSpeech() {
-    if (const auto server = speechServer_.notice()) {
-        const auto notice = formatText(tr("Lo que dictes se enviará a %@ para transcribirlo."), {*server});
-        dictation_.flash(HUDPhase::info(notice), 6.0);
-        speechServer_.noticeShown();
-    }
-    if (!settings_.speechServer.get().empty()) co_await speechServer_.readKey();
-    try {
-        co_await speech_.prepare(settings_.language.get());
-    } catch (const Error& error) {
-        logLine("no se pudo preparar el modelo de voz: " + describedIn(LogLanguage::spanish, error));
-        dictation_.flash(HUDPhase::error(error.localizedDescription()), 4.0);
-    }
 }
 
 }  // namespace dorix

@@ -37,12 +37,14 @@
 #include "settings/SettingsForm.h"
 #include "shell/CardHost.h"
 #include "shell/EventTrace.h"
+#include "shell/FirstScreen.h"
 #include "shell/IconMenu.h"
 #include "shell/Keys.h"
 #include "shell/MicrophoneChoice.h"
 #include "shell/Notices.h"
 #include "shell/PanelHost.h"
 #include "shell/SpeechOffer.h"
+#include "shell/SpeechPreparation.h"
 #include "speech/Speaker.h"
 #include "speech/SpeechEngine.h"
 #include "speech/models/HelperUnpacker.h"
@@ -115,14 +117,7 @@ class AppController {
  private:
     IconVerbs iconVerbs();
     void showStatusItem();
-    bool mayUse() const;
-    bool accountReady();
-    void showAccount();
-    void showOnboarding(Onboarding::Step first);
-    void onboardingFinished();
-    void onboardingClosed();
     Menu setupMenu();
-    Task<bool> lacksGrants();
     void showSettings();
     SystemLanguageModel& languageModel();
     SettingsForm::Parts settingsParts();
@@ -130,10 +125,6 @@ class AppController {
     void watchDictation();
     void watchMemory();
     void wireCard();
-    Task<void> showFirstScreen();
-    Task<void> getReady();
-    Task<void> prepareSpeech();
-    Task<void> prepareQuietly();
 
     const Platform platform_;
     const std::filesystem::path database_ = platform_.userData / "DORIX" / "dorix.sqlite";
@@ -199,6 +190,8 @@ class AppController {
     ModelServerNotice modelServerNotice_;
     Keys keys_;
     Onboarding onboarding_;
+    SpeechPreparation speechPreparation_;
+    FirstScreen firstScreen_;
     const IconVerbs iconVerbs_ = iconVerbs();
     std::optional<EventTrace> trace_;
     std::vector<Subscription> subscriptions_;
