@@ -11,6 +11,7 @@
 #include <set>
 #include <span>
 #include <string_view>
+#include <utility>
 
 namespace dorix {
 
@@ -33,29 +34,28 @@ constexpr int popUpLayer = 101;
 /// The names of properties and their values; XCB_ATOM_NONE for those that nobody here uses.
 struct Atoms {
     explicit Atoms(const X11Visit& visit) {
-        constexpr std::array names{std::string_view("_NET_SUPPORTING_WM_CHECK"),
-                                   std::string_view("_NET_CLIENT_LIST_STACKING"),
-                                   std::string_view("_NET_WM_STATE"),
-                                   std::string_view("_NET_WM_STATE_HIDDEN"),
-                                   std::string_view("_NET_WM_STATE_ABOVE"),
-                                   std::string_view("_NET_WM_WINDOW_TYPE"),
-                                   std::string_view("_NET_WM_WINDOW_TYPE_DOCK"),
-                                   std::string_view("_NET_WM_WINDOW_TYPE_DESKTOP"),
-                                   std::string_view("_NET_WM_PID"),
-                                   std::string_view("_GTK_FRAME_EXTENTS"),
-                                   std::string_view("_NET_WM_DESKTOP"),
-                                   std::string_view("_NET_CURRENT_DESKTOP"),
-                                   std::string_view("_NET_WM_CM_S0")};
-        std::array<xcb_intern_atom_cookie_t, names.size()> asked{};
-        for (std::size_t i = 0; i < names.size(); ++i)
-            asked[i] =
-                xcb_intern_atom(visit.get(), 1, static_cast<std::uint16_t>(names[i].size()), names[i].data());
-        std::array<xcb_atom_t*, names.size()> into{&check,     &stacking,     &state,     &hidden,  &above,
-                                                   &type,      &dock,         &desktop,   &process, &extents,
-                                                   &workspace, &currentSpace, &compositor};
-        for (std::size_t i = 0; i < names.size(); ++i) {
+        using Row = std::pair<std::string_view, xcb_atom_t Atoms::*>;
+        constexpr std::array rows{Row{"_NET_SUPPORTING_WM_CHECK", &Atoms::check},
+                                  Row{"_NET_CLIENT_LIST_STACKING", &Atoms::stacking},
+                                  Row{"_NET_WM_STATE", &Atoms::state},
+                                  Row{"_NET_WM_STATE_HIDDEN", &Atoms::hidden},
+                                  Row{"_NET_WM_STATE_ABOVE", &Atoms::above},
+                                  Row{"_NET_WM_WINDOW_TYPE", &Atoms::type},
+                                  Row{"_NET_WM_WINDOW_TYPE_DOCK", &Atoms::dock},
+                                  Row{"_NET_WM_WINDOW_TYPE_DESKTOP", &Atoms::desktop},
+                                  Row{"_NET_WM_PID", &Atoms::process},
+                                  Row{"_GTK_FRAME_EXTENTS", &Atoms::extents},
+                                  Row{"_NET_WM_DESKTOP", &Atoms::workspace},
+                                  Row{"_NET_CURRENT_DESKTOP", &Atoms::currentSpace},
+                                  Row{"_NET_WM_CM_S0", &Atoms::compositor}};
+        std::array<xcb_intern_atom_cookie_t, rows.size()> asked{};
+        for (std::size_t i = 0; i < rows.size(); ++i) {
+            const auto name = rows[i].first;
+            asked[i] = xcb_intern_atom(visit.get(), 1, static_cast<std::uint16_t>(name.size()), name.data());
+        }
+        for (std::size_t i = 0; i < rows.size(); ++i) {
             const auto answer = visit.ask(xcb_intern_atom_reply, asked[i]);
-            *into[i] = answer ? answer->atom : xcb_atom_t{XCB_ATOM_NONE};
+            if (answer) this->*rows[i].second = answer->atom;
         }
     }
 
