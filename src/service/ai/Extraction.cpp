@@ -112,6 +112,11 @@ std::expected<std::string, Needed> answerByExtraction(const AskRequest& request,
     if (sources.empty()) return std::unexpected(Needed{request.screenshot ? picture : noMaterial});
 
     const auto& frame = frameIn(languageOf(request.question).value_or(fallback));
+    // Whoever asks about nothing but what they did wants to see that: words of the question that a line
+    // happens to hold as well say nothing.
+    const auto isActivity = [](const Source& source) { return source.kind == Source::Kind::recap; };
+    if (std::ranges::all_of(sources, isActivity)) return activityOf(*request.recap, frame);
+
     const auto passages = passagesOf(sources);
     if (wish.isSummary()) {
         const auto central = centralPassages(passages, mostCentral);
@@ -120,7 +125,6 @@ std::expected<std::string, Needed> answerByExtraction(const AskRequest& request,
     }
     const auto best = bestPassages(request.question, sources, passages);
     if (!best.empty()) return listed(best, passages, sources, frame);
-    if (!isBlank(request.recap)) return activityOf(*request.recap, frame);
     return std::unexpected(Needed{notFound});
 }
 

@@ -88,10 +88,17 @@ std::string titled(const AskRequest::MemoryHit& hit) {
     return text + "\n" + hit.text;
 }
 
-Sections sectionsOf(const AskRequest& request) {
+Sections sectionsOf(const AskRequest& request, Pictures pictures) {
     Sections sections;
     add(sections, "aplicacion", request.appName);
     add(sections, "ventana", request.windowTitle);
+    // A model that is asked what the screen shows would else make something up.
+    if (request.screenshot && pictures == Pictures::leftOut) {
+        sections.push_back({"pantalla",
+                            "(El usuario pregunta delante de su pantalla, pero tú no ves imágenes: no sabes "
+                            "lo que muestra. Si la respuesta depende de ello, la respuesta es que no puedes "
+                            "verla y que seleccione el texto.)"});
+    }
     if (request.document)
         add(sections, "documento", request.document->name + "\n\n" + request.document->text);
     for (const auto& hit : request.memory) add(sections, "fragmento", titled(hit));
@@ -116,7 +123,8 @@ Json askMessages(const AskRequest& request, Language caller, std::string_view bo
     auto instructions = filled(prompttexts::ask, "%LANGUAGE%", language);
     if (request.mode == "meeting_summary") instructions += prompttexts::meetingSummary;
     if (request.mode == "meeting_live") instructions += prompttexts::meetingLive;
-    return messages(instructions, sectionsOf(request), boundary, shown(request.screenshot, pictures));
+    return messages(instructions, sectionsOf(request, pictures), boundary,
+                    shown(request.screenshot, pictures));
 }
 
 Json transformMessages(const TransformRequest& request, std::string_view boundary) {

@@ -107,7 +107,8 @@ class WithModel(Answers):
             self.assertIsInstance(messages[1]["content"], str, "a picture for a model that takes none")
             self.assertEqual(re.sub(r"\w{32,}", "", messages[0]["content"]), orders)
             sections = dict(self.sections_of(messages))
-            self.assertEqual(len(sections), 9)
+            self.assertEqual(len(sections), 10)
+            self.assertIn("no ves imágenes", sections["pantalla"])
             self.assertEqual((sections["seleccion"], sections["transcripcion"], sections["pregunta"]),
                              (text, text, body["question"]))
 

@@ -86,9 +86,9 @@ TEST(Extraction, QuotesEachKindOfMaterialUnderItsName) {
                 StartsWith("«[10:02] Ellos: la entrega será el jueves» — Reunión de Zoom"));
 
     const AskRequest recap{.question = "where did I leave off",
-                           .recap = "- Keynote: «Informe Q3» · 47 min · último uso lunes 18:02\n"};
+                           .recap = "- Keynote: «When we leave» · 47 min · último uso lunes 18:02\n"};
     EXPECT_EQ(answered(recap),
-              "Your recent activity:\n- Keynote: «Informe Q3» · 47 min · último uso lunes 18:02");
+              "Your recent activity:\n- Keynote: «When we leave» · 47 min · último uso lunes 18:02");
 }
 
 TEST(Extraction, SumsUpAMeetingByWhatWasDecidedAndWhoDoesWhatUntilWhen) {
