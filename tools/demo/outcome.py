@@ -4,9 +4,11 @@ import re
 from dataclasses import dataclass, field
 from difflib import SequenceMatcher
 from os.path import commonprefix
+from textwrap import shorten
 
 HEARD_WELL = 0.6  # of the words, in their order; the recogniser mistakes one now and then
 ASKED = "asked.jsonl"  # what a language model was asked, in the desktop's folder
+ANSWER_SHOWN = 100  # characters
 MESSAGES = ("done", "info", "error", "learned")
 
 
@@ -37,6 +39,8 @@ class Outcome:
         told = [("typed", self.typed.replace("\n", "\\n")), ("route", self.route()),
                 ("hud", ", ".join(self.phases())), ("message", " / ".join(self.messages()))]
         told += [("history", f"{item['kind']}, {item['app']}") for item in self.remembered]
+        told += [("answer", shorten(item["answer"], ANSWER_SHOWN)) for item in self.remembered
+                 if item["answer"] != self.typed.strip()]
         return [f"{name}: {value}" for name, value in told if value]
 
 

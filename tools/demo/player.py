@@ -3,6 +3,7 @@
 import json
 import os
 import signal
+import subprocess
 import time
 from pathlib import Path
 from typing import Callable
@@ -27,6 +28,8 @@ SERVICE_SIGNALS = {"stopped": signal.SIGSTOP, "continued": signal.SIGCONT}
 ANSWER_TIMEOUT = 30.0
 ANSWERED = ("assistantScreen", "assistantSelection", "recap", "search")  # the routes that end on the card
 SILENCE = 1.5  # seconds of holding the key without a word
+OPENED_TIMEOUT = 10.0  # another application starts
+SPEECH_TIMEOUT = 10.0  # the speech server starts
 UNSEEN = 1.0  # seconds in which what must not happen would have happened
 
 
@@ -270,6 +273,9 @@ class Player:
         actual = {
             "answer": lambda: any(wanted in item["answer"] for item in outcome.remembered),
             "asked": lambda: wanted in self._asked(),
+            "card": lambda: self._card() == wanted,
+            "opened": lambda: wait_until(lambda: self._has_window(wanted), OPENED_TIMEOUT),
+            "speaks": lambda: wait_until(lambda: self._speaks() == {wanted == "yes"}, SPEECH_TIMEOUT),
             "typed": lambda: contains(self._stage.outcome.typed, wanted),
             "route": lambda: self._stage.outcome.route() == wanted,
             "hud": lambda: self._stage.outcome.phases() == wanted.split(),
@@ -281,6 +287,20 @@ class Player:
         }
         if not actual[what]():
             raise self._stage.failure(f"expected {expectation}")
+
+    def _card(self) -> str:
+        """What became of the last question."""
+        return next((event["card"] for event in reversed(self._stage.outcome.events) if "card" in event), "none")
+
+    def _has_window(self, title: str) -> bool:
+        return self._desktop.spawn(["xdotool", "search", "--onlyvisible", "--name", title],
+                                   stdout=subprocess.DEVNULL).wait() == 0
+
+    def _speaks(self) -> set[bool]:
+        """Whether DORIX says so, and whether it can be heard."""
+        told = [event["speaking"] for event in self._dorix.events() if "speaking" in event]
+        played = self._desktop.spawn(["pactl", "list", "short", "sink-inputs"], stdout=subprocess.PIPE).communicate()[0]
+        return {bool(told and told[-1]), bool(played.strip())}
 
     def _asked(self) -> str:
         """What the language model was asked last."""

@@ -41,7 +41,8 @@ STEPS = {
     "tap": "",
     "type": "TEXT",
 }
-EXPECTATIONS = ("answer", "asked", "typed", "gap", "route", "hud", "message", "panel", "engine", "window")
+EXPECTATIONS = ("answer", "asked", "card", "engine", "gap", "hud", "message", "opened", "panel", "route", "speaks", "typed",
+                "window")
 
 
 @dataclass(frozen=True)
