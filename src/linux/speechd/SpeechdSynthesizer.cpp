@@ -25,6 +25,7 @@ constexpr double patience = 60;          // seconds, for something to be heard o
 constexpr double byteLasts = 0.2;        // and so many more for each of its bytes
 constexpr double longWait = 3;           // seconds; a server that is dying says so sooner
 constexpr double leftAlone = 10;         // seconds, for one that was waited for in vain
+constexpr double aftermath = 2;          // seconds, of one that was cut off
 constexpr std::size_t piecesAtOnce = 2;  // with the server, so that there is no gap between them
 constexpr const char* speaksErrors = "dummy";  // the module that stands in where none works
 
@@ -136,8 +137,14 @@ Task<SpeechdSynthesizer::Voices> SpeechdSynthesizer::listedVoices() {
     co_return voices;
 }
 
-void SpeechdSynthesizer::speak(SpeechUtterance utterance) {
+void SpeechdSynthesizer::stopSpeaking() {
+    if (std::exchange(isReading_, false)) cutOffAt_ = main_.now();
     reading_.reset();
+}
+
+void SpeechdSynthesizer::speak(SpeechUtterance utterance) {
+    stopSpeaking();
+    isReading_ = true;
     reading_.emplace(main_).spawn(read(std::move(utterance)));
 }
 
@@ -145,16 +152,20 @@ Task<void> SpeechdSynthesizer::read(SpeechUtterance utterance) {
     const auto number = utterance.number;
     bool isRead = false;
     try {
-        isRead = co_await readAloud(std::move(utterance));
+        isRead = co_await readAloud(utterance);
+        // The server may stop what it reads by then when it notices that the one before has gone.
+        if (!isRead && cutOffAt_ && main_.now() - *cutOffAt_ < aftermath)
+            isRead = co_await readAloud(utterance);
     } catch (const Error& error) {
         logLine(std::string("no se pudo leer en voz alta: ") + error.what());
     }
+    isReading_ = false;
     // Whoever is told may speak again, and thereby end this task.
     const auto tell = isRead ? onFinish : onCancel;
     if (tell) tell(number);
 }
 
-Task<bool> SpeechdSynthesizer::readAloud(SpeechUtterance utterance) {
+Task<bool> SpeechdSynthesizer::readAloud(const SpeechUtterance& utterance) {
     const auto server = co_await connect();
     co_await prepare(*server, utterance);
     SpokenPieces pieces(utterance.text);

@@ -21,7 +21,7 @@ class SpeechdSynthesizer final : public SpeechSynthesizer {
     /// server half a second.
     Task<std::vector<SpeechSynthesisVoice>> speechVoices() override;
     void speak(SpeechUtterance utterance) override;
-    void stopSpeaking() override { reading_.reset(); }
+    void stopSpeaking() override;
 
  private:
     using Voices = std::vector<SpeechSynthesisVoice>;
@@ -30,14 +30,16 @@ class SpeechdSynthesizer final : public SpeechSynthesizer {
     Task<std::unique_ptr<SsipConnection>> tryToConnect();
     Task<Voices> listedVoices();
     Task<void> read(SpeechUtterance utterance);
-    Task<bool> readAloud(SpeechUtterance utterance);
+    Task<bool> readAloud(const SpeechUtterance& utterance);
 
     Executor& main_;
     FdWatcher& watcher_;
     SpeechdServer server_;
     std::optional<TaskHandle<Voices>> voices_;
-    double voicesUntil_ = 0;     // by the executor's clock
-    double leftAloneUntil_ = 0;  // likewise
+    double voicesUntil_ = 0;          // by the executor's clock
+    double leftAloneUntil_ = 0;       // likewise
+    std::optional<double> cutOffAt_;  // likewise; the last one that was not read to its end
+    bool isReading_ = false;
     TaskScope listings_;
     std::optional<TaskScope> reading_;  // with it goes the connection
 };
