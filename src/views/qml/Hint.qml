@@ -6,6 +6,7 @@ Item {
 
     property string text
     property bool wanted: false
+    readonly property bool isShown: bubble.visible
 
     anchors.fill: parent
     z: 1
@@ -51,7 +52,8 @@ Item {
             const below = scene.y + hint.height + theme.space
             const left = scene.x + (hint.width - width) / 2
             x = Math.round(Math.max(room.x + edge, Math.min(left, room.x + room.width - width - edge)))
-            y = Math.round(below + height + edge > room.y + room.height ? scene.y - height - theme.space : below)
+            const above = Math.max(room.y + edge, scene.y - height - theme.space)
+            y = Math.round(below + height + edge > room.y + room.height ? above : below)
             visible = true
         }
 

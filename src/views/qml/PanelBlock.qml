@@ -62,6 +62,13 @@ Item {
     TextEdit {
         id: words
 
+        // Whoever wrote the words may have them name another place: where they lead is seen before they are followed.
+        function follow(link) {
+            const saysSo = block.links.filter(one => one.url === link).every(one => one.words === link)
+            if (saysSo || address.isShown) verbs.openLink(link)
+            else address.flash()
+        }
+
         x: block.margin + block.indent
         y: block.above + (block.isCode ? theme.space : 0)
         width: parent.width - x - block.margin - (block.isCode ? 2 * theme.space : 0)
@@ -82,7 +89,7 @@ Item {
               + "code{font-family:monospace;background-color:" + theme.surfaceRaised + "}</style>"
               + "<p style='white-space:pre-wrap;line-height:" + theme.richLineHeight + "%'>" + block.html + "</p>"
         onTextChanged: block.links = block.html.includes("<a ") ? verbs.linksIn(textDocument) : []
-        onLinkActivated: link => verbs.openLink(link)
+        onLinkActivated: link => follow(link)
         Accessible.role: block.kind === "heading" || block.kind === "label" ? Accessible.Heading : Accessible.Paragraph
         Accessible.name: getText(0, length)
         Accessible.readOnly: true
@@ -93,7 +100,6 @@ Item {
             cursorShape: words.hoveredLink === "" ? Qt.IBeamCursor : Qt.PointingHandCursor
         }
 
-        // Where a link leads is seen before it is followed.
         Item {
             x: hover.point.position.x
             y: hover.point.position.y - height / 2
@@ -101,6 +107,7 @@ Item {
             height: theme.lineBody
 
             Hint {
+                id: address
                 text: words.hoveredLink
                 wanted: words.hoveredLink !== ""
             }

@@ -18,6 +18,12 @@ Item {
         return passage.contentHeight >= 0 && passage.width >= 0 ? passage.positionToRectangle(position) : Qt.rect(0, 0, 0, 0)
     }
 
+    // Where it leads is seen before it is followed.
+    function follow() {
+        if (target.words === target.url || address.isShown) verbs.openLink(target.url)
+        else address.flash()
+    }
+
     x: passage.x + first.x
     y: passage.y + first.y
     width: first.y === last.y ? last.x - first.x : passage.width - first.x
@@ -40,12 +46,13 @@ Item {
     }
     Keys.onPressed: event => {
         if ([Qt.Key_Return, Qt.Key_Enter].includes(event.key) && !event.isAutoRepeat) {
-            verbs.openLink(target.url)
+            link.follow()
             event.accepted = true
         }
     }
 
     Hint {
+        id: address
         text: link.target.url
         wanted: link.activeFocus && view.byKeyboard
     }
