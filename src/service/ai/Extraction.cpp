@@ -1,6 +1,7 @@
 #include "service/ai/Extraction.h"
 
 #include "base/text/Text.h"
+#include "service/ai/extraction/Activity.h"
 #include "service/ai/extraction/Conversation.h"
 #include "service/ai/extraction/ExtractionWords.h"
 #include "service/ai/extraction/Frame.h"
@@ -19,8 +20,6 @@ namespace {
 using enum Needed::Reason;
 
 constexpr std::size_t mostCentral = 5;
-constexpr std::size_t mostActivityLines = 8;
-constexpr std::size_t longestActivityLine = 300;  // characters
 constexpr std::string_view summaryMode = "meeting_summary";
 constexpr std::string_view liveMode = "meeting_live";
 constexpr std::string_view nothingToSay = "—";  // which a meeting's window passes over
@@ -62,18 +61,6 @@ std::string listed(const std::vector<std::size_t>& chosen, const std::vector<Pas
     return out;
 }
 
-/// The first lines of the user's activity, as they are.
-std::string activityOf(std::string_view recap, const Frame& frame) {
-    std::string out(frame.activity);
-    std::size_t count = 0;
-    for (const auto line : text::split(recap, '\n')) {
-        if (text::trim(line).empty()) continue;
-        out += "\n" + plainLine(text::trim(line), longestActivityLine);
-        if (++count == mostActivityLines) break;
-    }
-    return out;
-}
-
 bool isBlank(const std::optional<std::string>& text) { return !text || text::trim(*text).empty(); }
 
 /// What was said before, or stands in the material, about what the user was just asked. Asking back is no
@@ -111,11 +98,12 @@ std::expected<std::string, Needed> answerByExtraction(const AskRequest& request,
     const auto sources = sourcesOf(request);
     if (sources.empty()) return std::unexpected(Needed{request.screenshot ? picture : noMaterial});
 
-    const auto& frame = frameIn(languageOf(request.question).value_or(fallback));
+    const auto language = languageOf(request.question).value_or(fallback);
+    const auto& frame = frameIn(language);
     // Whoever asks about nothing but what they did wants to see that: words of the question that a line
     // happens to hold as well say nothing.
     const auto isActivity = [](const Source& source) { return source.kind == Source::Kind::recap; };
-    if (std::ranges::all_of(sources, isActivity)) return activityOf(*request.recap, frame);
+    if (std::ranges::all_of(sources, isActivity)) return activityOf(*request.recap, language);
 
     const auto passages = passagesOf(sources);
     if (wish.isSummary()) {

@@ -85,10 +85,17 @@ TEST(Extraction, QuotesEachKindOfMaterialUnderItsName) {
     EXPECT_THAT(answered(request),
                 StartsWith("«[10:02] Ellos: la entrega será el jueves» — Reunión de Zoom"));
 
-    const AskRequest recap{.question = "where did I leave off",
-                           .recap = "- Keynote: «When we leave» · 47 min · último uso lunes 18:02\n"};
+    AskRequest recap{.question = "where did I leave off",
+                     .recap =
+                         "- Impress: «When we leave» [/home/a/q3.odp] · 47 min · último uso lunes 18:02\n"
+                         "\nLo que hizo con DORIX:\n- Search en Writer (sábado 9:05): en (lunes): x"};
     EXPECT_EQ(answered(recap),
-              "Your recent activity:\n- Keynote: «When we leave» · 47 min · último uso lunes 18:02");
+              "Your recent activity:\n- Impress: «When we leave» · 47 min · last used Monday 18:02\n"
+              "With DORIX:\n- Search in Writer (Saturday 9:05): en (lunes): x");
+    recap.question = "¿dónde lo dejamos?";
+    EXPECT_EQ(answered(recap),
+              "Tu actividad reciente:\n- Impress: «When we leave» · 47 min · último uso lunes 18:02\n"
+              "Con DORIX:\n- Search en Writer (sábado 9:05): en (lunes): x");
 }
 
 TEST(Extraction, SumsUpAMeetingByWhatWasDecidedAndWhoDoesWhatUntilWhen) {

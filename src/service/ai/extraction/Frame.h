@@ -13,7 +13,7 @@ namespace dorix::service {
 struct Frame {
     std::string_view open, close;
     std::string_view document, selection, transcript, recap;  // names of sources that have none of their own
-    std::string_view activity;
+    std::string_view activity, withDorix;
     std::string_view gist;
     std::string_view decisions, tasks;
     std::string_view user, others;  // who speaks in a meeting
