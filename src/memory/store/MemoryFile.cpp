@@ -31,7 +31,6 @@ constexpr auto schema =
     "    id INTEGER PRIMARY KEY, ts REAL NOT NULL, app TEXT NOT NULL, bundle TEXT, title TEXT NOT NULL, "
     "document TEXT);"
     "CREATE INDEX IF NOT EXISTS activity_ts ON activity(ts);"
-    "PRAGMA foreign_keys=ON;"
     // Which model made the vectors, and of which documents another one did.
     "CREATE TABLE IF NOT EXISTS vector_model (identity TEXT NOT NULL);"
     "CREATE TABLE IF NOT EXISTS stale_docs (doc_id INTEGER PRIMARY KEY REFERENCES docs(id) "
@@ -120,12 +119,16 @@ class Transaction {
 
 MemoryFile::MemoryFile(const std::filesystem::path& file)
     : db_(sqlite::open(file)), words_(sqlite::openReadOnly(file)) {
+    for (auto* const connection : {db_.get(), words_.get()}) {
+        // Whoever looks into the file from outside is soon through with it, and nobody's turn waits here.
+        if (connection != nullptr) sqlite3_busy_timeout(connection, patienceWithOthers);
+    }
+    // Not of the batch, which ends at the first statement that fails: without it what is noted of a document
+    // would outlive the document, and be taken for that of the next one with its id.
+    run("PRAGMA foreign_keys=ON");
     if (db_) sqlite3_exec(db_.get(), schema, nullptr, nullptr, nullptr);
     for (auto* const connection : {db_.get(), words_.get()}) {
-        if (connection == nullptr) continue;
-        addWordRanking(connection);
-        // Whoever looks into the file from outside is soon through with it, and nobody's turn waits here.
-        sqlite3_busy_timeout(connection, patienceWithOthers);
+        if (connection != nullptr) addWordRanking(connection);
     }
     // What a search reads of the index of words again and again fits into this.
     if (words_) sqlite3_exec(words_.get(), "PRAGMA cache_size=-8192", nullptr, nullptr, nullptr);

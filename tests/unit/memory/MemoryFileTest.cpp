@@ -267,6 +267,23 @@ TEST_F(MemoryFileTest, VectorsOfAnotherModelAreNotComparedAndAreMadeAnew) {
     EXPECT_EQ(again.search("", east, 9).size(), 1U);
 }
 
+TEST_F(MemoryFileTest, AFileThatIsLockedWhileItIsOpenedForgetsWhatItNotedOfADocumentThatGoes) {
+    const auto locked = folder.path() / "locked.sqlite";
+    MemoryFile(locked).upsert(document("/old", {{"viejo", Vector{1, 0}}}), 1);
+    auto other = sqlite::open(locked);
+    ASSERT_TRUE(sqlite::exec(other.get(), "PRAGMA locking_mode=EXCLUSIVE; BEGIN EXCLUSIVE"));
+    std::thread letsGo([&other] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        other.reset();
+    });
+    MemoryFile opened(locked);
+    letsGo.join();
+    opened.useVectorsOf("a");
+    opened.removeDoc("/old");
+    opened.upsert(document("/new", {}), 2);
+    EXPECT_EQ(opened.docModified("/new"), 5) << "it has the id that the old one had";
+}
+
 /// Whether the index of words holds just what the chunks do, and no chunk is nobody's.
 bool isConsistent(const std::filesystem::path& place) {
     const MemoryFile opens(place);
