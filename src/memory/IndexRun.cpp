@@ -54,9 +54,9 @@ bool isKnown(const std::unordered_map<std::string, double>& known, const std::st
 Task<std::size_t> IndexRun::done() {
     embeds_ = co_await prepare();
     onAvailable(embeds_);
-    known_ = co_await parts_.store.docsModified(history);
+    known_ = co_await parts_.store.docsModified(history, embeds_);
     co_await addHistory();
-    known_ = co_await parts_.store.docsModified(file);
+    known_ = co_await parts_.store.docsModified(file, embeds_);
     for (const auto& folder : sources_.folders) co_await addFolder(folder);
     co_await removeOthers();
     while (co_await parts_.store.mergeWords()) co_await parts_.pace.mayGoOn();
@@ -157,6 +157,7 @@ Task<bool> IndexRun::put(Source source) {
             source.document.chunks = co_await embedded(source.head, found);
         } while (model != parts_.embedder.identity());
         if (embeds_ && model.empty()) co_return false;
+        source.document.isBare = !embeds_ && !source.document.chunks.empty();
     }
     co_await parts_.store.upsert(std::move(source.document));
     co_return true;

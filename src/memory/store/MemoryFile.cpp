@@ -34,6 +34,9 @@ constexpr auto schema =
     // Which model made the vectors, and of which documents another one did.
     "CREATE TABLE IF NOT EXISTS vector_model (identity TEXT NOT NULL);"
     "CREATE TABLE IF NOT EXISTS stale_docs (doc_id INTEGER PRIMARY KEY REFERENCES docs(id) "
+    "ON DELETE CASCADE);"
+    // The documents that were put in while there was no model.
+    "CREATE TABLE IF NOT EXISTS bare_docs (doc_id INTEGER PRIMARY KEY REFERENCES docs(id) "
     "ON DELETE CASCADE);";
 
 // Words that a question is made of rather than what it is about.
@@ -158,13 +161,16 @@ bool MemoryFile::isStale(const std::string& path) const {
     return sqlite3_step(statement.get()) == SQLITE_ROW;
 }
 
-std::unordered_map<std::string, double> MemoryFile::docsModified(const std::string& kind) const {
+std::unordered_map<std::string, double> MemoryFile::docsModified(const std::string& kind,
+                                                                 bool hasModel) const {
     std::unordered_map<std::string, double> found;
     const auto statement = sqlite::prepare(
         db_.get(),
-        "SELECT path, modified FROM docs WHERE kind = ? AND id NOT IN (SELECT doc_id FROM stale_docs)");
+        "SELECT path, modified FROM docs WHERE kind = ? AND id NOT IN (SELECT doc_id FROM stale_docs) "
+        "AND NOT (? AND id IN (SELECT doc_id FROM bare_docs))");
     if (!statement) return found;
     sqlite::bindText(statement.get(), 1, kind);
+    sqlite3_bind_int(statement.get(), 2, hasModel ? 1 : 0);
     while (sqlite3_step(statement.get()) == SQLITE_ROW) {
         found.emplace(sqlite::columnText(statement.get(), 0).value_or(""),
                       sqlite3_column_double(statement.get(), 1));
@@ -233,8 +239,16 @@ bool MemoryFile::insert(const MemoryDocument& document, double now) {
     if (sqlite3_step(statement.get()) != SQLITE_DONE) return false;
     const auto id = sqlite3_last_insert_rowid(db_.get());
     int position = 0;
-    return std::ranges::all_of(document.chunks,
-                               [&](const auto& chunk) { return insertChunk(id, position++, chunk); });
+    return (!document.isBare || noteBare(id)) && std::ranges::all_of(document.chunks, [&](const auto& chunk) {
+               return insertChunk(id, position++, chunk);
+           });
+}
+
+bool MemoryFile::noteBare(std::int64_t document) {
+    const auto note = sqlite::prepare(db_.get(), "INSERT INTO bare_docs(doc_id) VALUES (?)");
+    if (!note) return false;
+    sqlite3_bind_int64(note.get(), 1, document);
+    return sqlite3_step(note.get()) == SQLITE_DONE;
 }
 
 bool MemoryFile::insertChunk(std::int64_t document, int position, const MemoryChunk& chunk) {

@@ -28,8 +28,9 @@ class MemoryFile {
     /// When the document had been changed last, when it was put in; none for one that is not there, or that
     /// is to be put in anew because another model made its vectors.
     std::optional<double> docModified(const std::string& path) const;
-    /// What that gives for all documents of a kind, by their paths.
-    std::unordered_map<std::string, double> docsModified(const std::string& kind) const;
+    /// What that gives for all documents of a kind, by their paths. Where there is a model now, those that
+    /// were put in bare are to be put in anew as well.
+    std::unordered_map<std::string, double> docsModified(const std::string& kind, bool hasModel) const;
     std::vector<std::string> docPaths(const std::string& kind) const;
 
     /// In the place of the document with that path: all of it, or after a crash what there was before.
@@ -75,6 +76,7 @@ class MemoryFile {
     bool remove(const std::string& path);
     bool insert(const MemoryDocument& document, double now);
     bool insertChunk(std::int64_t document, int position, const MemoryChunk& chunk);
+    bool noteBare(std::int64_t document);
     /// The chunks of a leg, best first.
     using Leg = std::vector<std::int64_t>;
     Leg vectorLeg(const std::vector<float>& query);

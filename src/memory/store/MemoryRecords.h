@@ -20,6 +20,7 @@ struct MemoryDocument {
     std::string kind;     // "file" or "history"
     double modified = 0;  // seconds since 1970
     std::vector<MemoryChunk> chunks;
+    bool isBare = false;  // without vectors because there was no model; not where the model made none
 };
 
 /// A piece of a document that was found.

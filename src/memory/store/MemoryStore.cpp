@@ -31,8 +31,9 @@ Task<std::optional<double>> MemoryStore::docModified(std::string path) {
     return runOn(thread_, [this, path = std::move(path)] { return file().docModified(path); });
 }
 
-Task<std::unordered_map<std::string, double>> MemoryStore::docsModified(std::string kind) {
-    return runOn(thread_, [this, kind = std::move(kind)] { return file().docsModified(kind); });
+Task<std::unordered_map<std::string, double>> MemoryStore::docsModified(std::string kind, bool hasModel) {
+    return runOn(thread_,
+                 [this, kind = std::move(kind), hasModel] { return file().docsModified(kind, hasModel); });
 }
 
 Task<std::vector<std::string>> MemoryStore::docPaths(std::string kind) {

@@ -30,7 +30,7 @@ class MemoryStore {
 
     // As those of MemoryFile.
     Task<std::optional<double>> docModified(std::string path);
-    Task<std::unordered_map<std::string, double>> docsModified(std::string kind);
+    Task<std::unordered_map<std::string, double>> docsModified(std::string kind, bool hasModel);
     Task<std::vector<std::string>> docPaths(std::string kind);
     Task<void> upsert(MemoryDocument document);
     Task<void> removeDoc(std::string path);

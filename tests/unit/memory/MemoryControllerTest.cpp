@@ -69,7 +69,7 @@ class VowelEmbedder final : public Embedder {
             co_await forever;
         }
         if (text.contains(goesAt)) isThere = false;
-        if (!isThere) co_return std::nullopt;
+        if (!isThere || knowsNothing) co_return std::nullopt;
         std::vector<float> vector;
         for (const char vowel : std::string_view("aeiou"))
             vector.push_back(static_cast<float>(std::ranges::count(text, vowel)));
@@ -86,6 +86,7 @@ class VowelEmbedder final : public Embedder {
     int waiting = 0;
     std::string goesAt = "none of the texts";
     bool isThere = true;
+    bool knowsNothing = false;  // of any text
     bool hangs = false;
     Completion<void> forever;
 };
@@ -458,6 +459,25 @@ TEST_F(MemoryControllerTest, WhatAModelThatGoesLeavesUndoneIsPutOff) {
     embedder.isThere = true;
     index();
     EXPECT_EQ(memory.progress.get(), "3 documentos actualizados");
+}
+
+TEST_F(MemoryControllerTest, WhatIsReadWithoutAModelIsReadAgainOnceThereIsOne) {
+    write("Documents/a.txt", passage);
+    index();
+    embedder.isThere = false;
+    write("Documents/b.txt", passage);
+    write("Documents/corta.txt", "demasiado corta");
+    index();
+    EXPECT_THAT(reader.asked, UnorderedElementsAre("b.txt", "corta.txt"));
+    index();
+    EXPECT_THAT(reader.asked, IsEmpty()) << "there is no model yet";
+    embedder.isThere = true;
+    embedder.knowsNothing = true;
+    index();
+    EXPECT_THAT(reader.asked, ElementsAre("b.txt"));
+    embedder.knowsNothing = false;
+    index();
+    EXPECT_THAT(reader.asked, IsEmpty()) << "the model had its say";
 }
 
 TEST_F(MemoryControllerTest, VectorsOfTwoModelsAreNotMixedWhenOneTakesOverInMidRun) {

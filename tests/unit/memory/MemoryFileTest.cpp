@@ -213,7 +213,7 @@ TEST_F(MemoryFileTest, AFileThatCannotBeOpenedIsAnEmptyMemory) {
     EXPECT_FALSE(none.loadVectors(1));
     EXPECT_THAT(none.search("factura", Vector{1, 0}, 10), testing::IsEmpty());
     EXPECT_EQ(none.docModified("/a"), std::nullopt);
-    EXPECT_THAT(none.docsModified("file"), testing::IsEmpty());
+    EXPECT_THAT(none.docsModified("file", true), testing::IsEmpty());
     EXPECT_THAT(none.docPaths("file"), testing::IsEmpty());
     EXPECT_THAT(none.activitySince(0), testing::IsEmpty());
     EXPECT_EQ(none.counts(), MemoryCounts());
