@@ -51,7 +51,7 @@ bool isKnown(const std::unordered_map<std::string, double>& known, const std::st
 
 }  // namespace
 
-Task<std::size_t> IndexRun::done() {
+Task<void> IndexRun::done() {
     embeds_ = co_await prepare();
     onAvailable(embeds_);
     known_ = co_await parts_.store.docsModified(history, embeds_);
@@ -60,7 +60,6 @@ Task<std::size_t> IndexRun::done() {
     for (const auto& folder : sources_.folders) co_await addFolder(folder);
     co_await removeOthers();
     while (co_await parts_.store.mergeWords()) co_await parts_.pace.mayGoOn();
-    co_return updated_;
 }
 
 Task<bool> IndexRun::prepare() {

@@ -49,8 +49,11 @@ class IndexRun {
     /// Told what it is at, in a line for the user.
     std::function<void(std::string)> onProgress = [](const std::string&) {};
 
-    /// Does it, and says how many files it read. Once. Nothing throws but Cancelled.
-    Task<std::size_t> done();
+    /// Does it. Once. What throws, but for Cancelled, is a lack of memory or of threads.
+    Task<void> done();
+
+    /// How many files it has read by now.
+    std::size_t updated() const { return updated_; }
 
  private:
     /// A document before it is cut: pieces are stored with `head` above them, but have their vectors without.

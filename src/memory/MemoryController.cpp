@@ -36,6 +36,12 @@ std::optional<std::vector<fs::path>> storedFolders(const UserDefaults& defaults)
     return folders;
 }
 
+/// What a run came to; nothing of one that came to nothing.
+std::string outcomeOf(std::size_t updated, bool isWhole) {
+    if (updated == 0) return isWhole ? tr("Al día") : "";
+    return formatText(tr("%d documentos actualizados"), {static_cast<std::int64_t>(updated)});
+}
+
 }  // namespace
 
 MemoryController::MemoryController(const Parts& parts)
@@ -107,9 +113,10 @@ Task<void> MemoryController::run() {
         if (isAvailable) parts_.store.warmUp();
     };
     run.onProgress = [this](const std::string& line) { progress.set(line); };
-    std::size_t read = 0;
+    bool isWhole = false;
     try {
-        read = co_await run.done();
+        co_await run.done();
+        isWhole = true;
     } catch (const Cancelled&) {
         throw;
     } catch (const std::exception& error) {
@@ -117,9 +124,8 @@ Task<void> MemoryController::run() {
         logLine(std::string("the index was not brought up to date: ") + error.what());
     }
     indexing.set(false);
-    progress.set(read == 0 ? tr("Al día")
-                           : formatText(tr("%d documentos actualizados"), {static_cast<std::int64_t>(read)}));
-    lastIndexed.set(parts_.executor.date());
+    progress.set(outcomeOf(run.updated(), isWhole));
+    if (isWhole) lastIndexed.set(parts_.executor.date());
     co_await refreshCounts();
 }
 

@@ -14,6 +14,7 @@
 #include <functional>
 #include <future>
 #include <iterator>
+#include <new>
 #include <set>
 #include <thread>
 
@@ -46,6 +47,7 @@ class PlainReader final : public DocumentReader {
         asked.push_back(file.filename().string());
         if (hangs) co_await forever;
         if (fails) throw MessageError("dorix-reader: no se pudo iniciar");
+        if (asked.size() > endures) throw std::bad_alloc();
         if (silent.contains(file.parent_path().filename())) throw DocumentLate("dorix-reader: no responde");
         const auto text = contentsOf(file);
         if (text.starts_with("no text")) co_return std::nullopt;
@@ -55,6 +57,7 @@ class PlainReader final : public DocumentReader {
     std::vector<std::string> asked;
     bool hangs = false;
     bool fails = false;
+    std::size_t endures = 100;  // documents, before the memory is used up
     std::set<fs::path> silent;  // folders whose files are not given
     Completion<void> forever;
 };
@@ -459,6 +462,21 @@ TEST_F(MemoryControllerTest, WhatAModelThatGoesLeavesUndoneIsPutOff) {
     embedder.isThere = true;
     index();
     EXPECT_EQ(memory.progress.get(), "3 documentos actualizados");
+}
+
+TEST_F(MemoryControllerTest, ARunThatFailsTellsOfWhatItDidAndOfNothingElse) {
+    for (const auto* name : {"a.txt", "b.txt"}) write(fs::path("Documents") / name, passage);
+    reader.endures = 0;
+    index();
+    EXPECT_EQ(memory.progress.get(), "");
+    EXPECT_EQ(memory.lastIndexed.get(), std::nullopt);
+    reader.endures = 1;
+    index();
+    EXPECT_EQ(memory.progress.get(), "1 documentos actualizados");
+    EXPECT_EQ(memory.lastIndexed.get(), std::nullopt);
+    reader.endures = 2;
+    index();
+    EXPECT_EQ(memory.lastIndexed.get(), executor.date());
 }
 
 TEST_F(MemoryControllerTest, WhatIsReadWithoutAModelIsReadAgainOnceThereIsOne) {
