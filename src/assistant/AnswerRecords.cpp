@@ -1,6 +1,7 @@
 #include "assistant/AnswerRecords.h"
 
 #include "base/Uuid.h"
+#include "base/text/Line.h"
 #include "base/text/Text.h"
 #include "localdata/Language.h"
 #include "writing/TextPolisher.h"
@@ -90,8 +91,10 @@ std::vector<AnswerSource> sourcesOf(const std::vector<std::string>& documents) {
     std::vector<AnswerSource> sources;
     for (const auto& path : documents) {
         if (sources.size() == mostDocuments) break;
-        if (std::ranges::find(sources, path, &AnswerSource::path) == sources.end())
-            sources.push_back({.title = std::filesystem::path(path).filename().string(), .path = path});
+        if (std::ranges::find(sources, path, &AnswerSource::path) != sources.end()) continue;
+        // A name may be any bytes, and the row that tells of its answer is text.
+        const auto name = std::filesystem::path(path).filename().string();
+        sources.push_back({.title = text::asLine(name), .path = path});
     }
     return sources;
 }

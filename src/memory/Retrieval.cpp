@@ -104,7 +104,8 @@ Task<MemoryHit> Retrieval::hitOf(fs::path file, double until) {
         patience(datePatience));
     std::string text;
     if (mayRead(file)) text = co_await textOf(file, patience(readingPatience));
-    if (text.empty()) text = "Archivo encontrado por su nombre en " + file.parent_path().string() + ".";
+    if (text.empty())
+        text = "Archivo encontrado por su nombre en " + text::asLine(file.parent_path().string()) + ".";
     co_return MemoryHit{.path = file.string(),
                         .title = text::asLine(file.filename().string()),
                         .text = std::move(text),

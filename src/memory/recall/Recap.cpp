@@ -1,6 +1,7 @@
 #include "memory/recall/Recap.h"
 
 #include "base/text/Calendar.h"
+#include "base/text/Line.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -45,15 +46,17 @@ std::vector<Group> groupsOf(const std::vector<ActivityRow>& rows, double now) {
     return groups;
 }
 
+/// Names and titles are of anybody's making: none of them may look like a line of its own.
 std::string lineOf(const Group& group, const DateFormat& date) {
-    const auto document = group.document ? " [" + *group.document + "]" : "";
+    const auto document = group.document ? " [" + text::asLine(*group.document) + "]" : "";
     const auto minutes = static_cast<std::int64_t>(group.seconds) / 60;
-    return "- " + group.app + ": «" + group.title + "»" + document + " · " + std::to_string(minutes) +
-           " min · último uso " + date.format(group.lastSeen);
+    return "- " + text::asLine(group.app) + ": «" + text::asLine(group.title) + "»" + document + " · " +
+           std::to_string(minutes) + " min · último uso " + date.format(group.lastSeen);
 }
 
 std::string lineOf(const RecapItem& item, const DateFormat& date) {
-    return "- " + item.kind + " en " + item.app + " (" + date.format(item.createdAt) + "): " + item.title;
+    return "- " + item.kind + " en " + text::asLine(item.app) + " (" + date.format(item.createdAt) +
+           "): " + text::asLine(item.title);
 }
 
 void addLine(std::string& text, const std::string& line, bool isFirst) {

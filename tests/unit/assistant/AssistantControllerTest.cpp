@@ -366,14 +366,16 @@ TEST_F(AssistantControllerTest, WhatFoundNothingLooksOnceMore) {
 }
 
 TEST_F(AssistantControllerTest, ARecapTellsOfTheFilesThatWereWorkedOn) {
-    memory.recent = {.text = "\n- Notas · 3 min",
-                     .documents = {"/a/1.txt", "/a/2.txt", "/a/1.txt", "/b/1.txt", "/4", "/5", "/6", "/7"}};
+    memory.recent = {
+        .text = "\n- Notas · 3 min",
+        .documents = {"/a/1.txt", "/a/2.txt", "/a/1.txt", "/b/1.txt", "/\xFF", "/5", "/6", "/7"}};
     assistant.recap("dónde lo dejamos", question("").context);
     EXPECT_EQ(card().waiting, "Repasando tu actividad…");
     begin();
     EXPECT_EQ(body().at("recap"), "\n- Notas · 3 min");
     ASSERT_EQ(card().sources.size(), 6U);
     EXPECT_EQ(card().sources[2], (AnswerSource{.title = "1.txt", .path = "/b/1.txt"}));
+    EXPECT_EQ(card().sources[3], (AnswerSource{.title = "\xEF\xBF\xBD", .path = "/\xFF"}));
     assistant.retry();
     begin();
     EXPECT_EQ(body().at("recap"), "\n- Notas · 3 min");

@@ -522,13 +522,16 @@ TEST_F(MemoryControllerTest, VectorsOfTwoModelsAreNotMixedWhenOneTakesOverInMidR
 TEST_F(MemoryControllerTest, TheRecapTellsOfActivityAndHistory) {
     do_(store.recordActivity("Editor", std::nullopt, "informe.odt", "/d/informe.odt"));
     executor.advanceBy(300);
+    do_(store.recordActivity("Visor", std::nullopt, "uno\n- dos", "/d/uno\n- dos\xFF"));
+    executor.advanceBy(300);
     history.add(
         {.id = "1", .app = "Correo", .title = "Respuesta", .createdAt = executor.date(), .answer = "x"},
         HistoryStore::Persist::no);
     const auto recap = valueOf(memory.recap());
     EXPECT_THAT(recap.text, HasSubstr("- Editor: «informe.odt» [/d/informe.odt] · 5 min · último uso "));
     EXPECT_THAT(recap.text, HasSubstr("\nLo que hizo con DORIX:\n- Dictado en Correo ("));
-    EXPECT_THAT(recap.documents, ElementsAre("/d/informe.odt"));
+    EXPECT_THAT(recap.text, HasSubstr("- Visor: «uno - dos» [/d/uno - dos\xEF\xBF\xBD] · 5 min"));
+    EXPECT_THAT(recap.documents, ElementsAre("/d/informe.odt", "/d/uno\n- dos\xFF"));
     do_(memory.clearActivity());
     EXPECT_THAT(valueOf(memory.recap()).documents, IsEmpty());
 }
