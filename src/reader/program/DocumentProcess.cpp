@@ -20,6 +20,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace dorix::reader {
@@ -27,6 +28,8 @@ namespace dorix::reader {
 namespace {
 
 constexpr std::size_t longestReason = 200;  // characters
+/// As many are read of any text, so that why a document is not read is not taken for a long document.
+constexpr std::size_t alwaysRead = 4096;  // characters
 
 using Clock = std::chrono::steady_clock;
 
@@ -67,16 +70,33 @@ class Child {
     const FileDescriptor process_;
 };
 
+/// How many characters a text has more with this piece of it, at least: where it was cut in the middle of
+/// one, each byte of that counts as one here.
+std::size_t fewestCharacters(std::string_view piece) {
+    constexpr std::size_t perhapsOfACut = 4;
+    std::string words(piece);
+    std::erase(words, '\0');  // as they go in the end
+    const auto count = text::length(words);
+    return count - std::min(count, perhapsOfACut);
+}
+
 enum class Collected { all, enough, late };
 
-Collected collect(int fd, std::size_t most, Clock::time_point deadline, std::string& text) {
+Collected collect(int fd, std::size_t limit, Clock::time_point deadline, std::string& text) {
+    const auto most = mostBytes(limit);
+    const auto enough = std::max(limit, alwaysRead);
     std::array<char, 65536> bytes{};
-    while (text.size() <= most) {
+    std::size_t characters = 0;
+    while (text.size() <= most && characters < enough) {
         if (!waitFor(fd, deadline)) return Collected::late;
         const auto count = ::read(fd, bytes.data(), bytes.size());
         if (count == 0) return Collected::all;
-        if (count > 0) text.append(bytes.data(), static_cast<std::size_t>(count));
+        if (count < 0) continue;
+        const std::string_view piece(bytes.data(), static_cast<std::size_t>(count));
+        text.append(piece);
+        characters += fewestCharacters(piece);
     }
+    text.resize(std::min(text.size(), most));
     return Collected::enough;
 }
 
@@ -93,27 +113,31 @@ ReadAnswer unreadable(std::string why) {
 struct Bounds {
     std::size_t limit;  // characters
     std::chrono::seconds patience;
-    /// What it is when the child is killed over it.
+    /// What it is when the child is killed over it before it gave any text.
     ReadAnswer::Outcome death = ReadAnswer::Outcome::noText;
 };
+
+/// A document that takes too much of the processor or of memory is worth what came of it by then.
+ReadAnswer answerOfKilled(int signal, std::string text, const Bounds& bounds) {
+    if (bounds.death == ReadAnswer::Outcome::noText) {
+        auto begun = answerWith(std::move(text), bounds.limit);
+        if (begun.outcome == ReadAnswer::Outcome::text) return begun;
+    }
+    return {.outcome = bounds.death, .words = "ended by signal " + std::to_string(signal)};
+}
 
 /// What the child made of it, which may be anything.
 ReadAnswer answerOf(const Child& child, int output, const Bounds& bounds) {
     const auto deadline = Clock::now() + bounds.patience;
-    const auto most = mostBytes(bounds.limit);
     std::string text;
-    const auto collected = collect(output, most, deadline, text);
-    if (collected == Collected::enough) {
-        text.resize(most);
-        return answerWith(std::move(text), bounds.limit);
-    }
+    const auto collected = collect(output, bounds.limit, deadline, text);
+    if (collected == Collected::enough) return answerWith(std::move(text), bounds.limit);
     const auto end = collected == Collected::late ? std::nullopt : child.endBefore(deadline);
     if (!end) return {.outcome = ReadAnswer::Outcome::late, .words = "it takes too long"};
     const bool isExit = end->si_code == CLD_EXITED;
     if (isExit && end->si_status == static_cast<int>(ReadingEnd::notNow))
         return unreadable(text::asLine(text::prefix(text, longestReason)));
-    if (!isExit)
-        return {.outcome = bounds.death, .words = "ended by signal " + std::to_string(end->si_status)};
+    if (!isExit) return answerOfKilled(end->si_status, std::move(text), bounds);
     if (end->si_status != 0) return {.outcome = ReadAnswer::Outcome::noText};
     return answerWith(std::move(text), bounds.limit);
 }

@@ -101,6 +101,18 @@ TEST_F(ReaderTest, OneHelperReadsWhateverTheNamesAre) {
     EXPECT_FALSE(reader.reads("exe"));
 }
 
+TEST_F(ReaderTest, OfALongTextComeAsManyCharactersAsAreAskedFor) {
+    const std::string character = "e\u0301\u0323";  // of five bytes, which come in pieces of any size
+    std::string text;
+    for (int i = 0; i < 100'000; ++i) text.append(character).append(1, '\0');
+    std::string first;
+    for (int i = 0; i < 1000; ++i) first += character;
+    EXPECT_EQ(read(write("long.txt", text)), first);
+    std::string all;
+    for (int i = 0; i < 999; ++i) all += character;
+    EXPECT_EQ(read(write("short.txt", all)), all);
+}
+
 TEST_F(ReaderTest, DocumentsAreReadOneAtATimeInTheOrderOfAsking) {
     TaskScope tasks(loop.main);
     std::vector<std::string> order;
