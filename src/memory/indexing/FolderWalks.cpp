@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
 #include <iterator>
 #include <optional>
 #include <system_error>
@@ -19,6 +20,13 @@ namespace {
 
 /// A disk that has to be started first takes ten seconds.
 constexpr double patience = 20;  // seconds
+
+/// Where a folder of the user's is, which may be a link, as mounts are told by.
+std::string resolved(const fs::path& folder) {
+    std::error_code error;
+    const auto real = fs::canonical(folder, error);
+    return error ? folder.string() : real.string();
+}
 
 /// Whether a crawl of `root` would come to a folder below it.
 bool mayEnter(const std::string& folder, const std::string& root) {
@@ -67,11 +75,20 @@ bool isBelow(std::string_view path, std::string_view folder) {
 
 Task<FolderFiles> FolderWalks::filesIn(fs::path folder) {
     FolderFiles found;
-    std::vector<std::string> remote = tree_.networkMounts();
-    const auto around = mountOf(folder.string(), remote);
-    std::erase_if(remote, [root = folder.string()](const auto& mount) { return !mayEnter(mount, root); });
+    const auto root = co_await threads_.run(
+        folder.string(), [folder](const LooseThreads::Watch&) { return resolved(folder); }, patience);
+    if (!root) {
+        found.silent.push_back(folder.string());
+        co_return found;
+    }
+    auto mounts = tree_.networkMounts();
+    const auto around = mountOf(*root, mounts);
+    std::erase_if(mounts, [&root](const auto& mount) { return !mayEnter(mount, *root); });
+    std::vector<std::string> remote;  // as the crawl comes to them
+    for (const auto& mount : mounts)
+        remote.push_back((folder / fs::path(mount).lexically_relative(*root)).string());
     co_await addFiles(folder.string(), around, remote, found);
-    for (const auto& mount : remote) co_await addFiles(mount, mount, remote, found);
+    for (std::size_t i = 0; i < mounts.size(); ++i) co_await addFiles(remote[i], mounts[i], remote, found);
     found.files.resize(std::min(found.files.size(), mostFilesOfFolder));
     co_return found;
 }

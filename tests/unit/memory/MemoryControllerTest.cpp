@@ -450,6 +450,21 @@ TEST_F(MemoryControllerTest, AComputerThatListsFilesAndDoesNotGiveThemIsWaitedFo
     EXPECT_EQ(memory.documents.get(), 5);
 }
 
+TEST_F(MemoryControllerTest, AFolderThatIsALinkToAnotherComputerIsWaitedForOnce) {
+    for (const auto* name : {"server/a.txt", "server/b.txt", "server/disk/c.txt", "server/disk/d.txt"})
+        write(name, passage);
+    const auto server = fs::canonical(home / "server");
+    tree.mounts = {server.string(), (server / "disk").string()};
+    fs::create_directory_symlink(server, home / "link");
+    memory.addFolder(home / "link");
+    reader.silent = {"link", "disk"};
+    index();
+    EXPECT_THAT(reader.asked, UnorderedElementsAre(AnyOf("a.txt", "b.txt"), AnyOf("c.txt", "d.txt")));
+    reader.silent = {};
+    index();
+    EXPECT_THAT(valueOf(store.docPaths("file")), Contains((home / "link/disk/c.txt").string()));
+}
+
 TEST_F(MemoryControllerTest, WhatAModelThatGoesLeavesUndoneIsPutOff) {
     for (const auto* name : {"a.txt", "b.txt", "c.txt"})
         write(fs::path("Documents") / name, passage + " en " + name);
