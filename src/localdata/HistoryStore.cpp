@@ -72,7 +72,11 @@ Subscription HistoryStore::observe(std::function<void(const HistoryChange&)> obs
 
 void HistoryStore::add(const HistoryItem& item, Persist persist) {
     show(item);
-    if (persist == Persist::no) return;
+    if (persist == Persist::no) {
+        growingIds_.insert(item.id);
+        return;
+    }
+    growingIds_.erase(item.id);
     const bool isNew = !isStored(item.id);
     write(item);
     if (isNew && onNewItem) onNewItem(item);
@@ -107,6 +111,7 @@ bool HistoryStore::clear() {
     sqlite::emptyLog(db_.get());
     items_.clear();
     shownIds_.clear();
+    growingIds_.clear();
     inOrder_ = true;
     oldestRead_.reset();
     observers_.notify({.kind = Kind::reset});
@@ -172,6 +177,7 @@ void HistoryStore::insert(const HistoryItem& item) {
 std::optional<RemovedItem> HistoryStore::hide(const std::string& itemID) {
     // A copy, as it may be that of the item itself, which goes.
     const std::string id = itemID;  // NOLINT(performance-unnecessary-copy-initialization)
+    growingIds_.erase(id);
     if (shownIds_.erase(id) == 0) return std::nullopt;
     const auto next = [&](const auto& from) {
         return std::ranges::find(from, items_.end(), id, &HistoryItem::id);

@@ -70,6 +70,9 @@ class HistoryStore {
     /// unless told not to, which is for an answer that is still growing.
     void add(const HistoryItem& item, Persist persist);
 
+    /// Whether the item of that id was last added as one that is still growing.
+    bool isGrowing(const std::string& id) const { return growingIds_.contains(id); }
+
     /// Takes the item of that id out of the file and the list; gives it when it was in the list.
     std::optional<RemovedItem> remove(const std::string& id);
 
@@ -107,7 +110,8 @@ class HistoryStore {
     sqlite::Connection db_;
     HistoryItems items_;
     std::unordered_set<std::string>
-        shownIds_;         // of items_: most items that come are new, which this tells at once
+        shownIds_;  // of items_: most items that come are new, which this tells at once
+    std::unordered_set<std::string> growingIds_;
     bool inOrder_ = true;  // items_ is, by date
     std::optional<double> oldestRead_;
     Observers<HistoryChange> observers_;

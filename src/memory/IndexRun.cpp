@@ -29,12 +29,6 @@ std::vector<std::string> pieces(const std::string& text, const ChunkSizes& sizes
     return found;
 }
 
-/// Its answer may be growing, or there is none. It is not looked at again once it is known.
-bool isUnanswered(const HistoryItem& item) {
-    const bool isQuestion = item.kind == HistoryKind::pregunta || item.kind == HistoryKind::screen;
-    return item.answer.empty() || (isQuestion && !item.meta.engine);
-}
-
 std::string textOf(const HistoryItem& item) {
     return label(item.kind) + " en " + item.app + ": " + item.query + "\n" + item.answer;
 }
@@ -71,7 +65,7 @@ Task<bool> IndexRun::prepare() {
 Task<void> IndexRun::addHistory() {
     for (const auto& item : sources_.history) {
         const auto path = "dorix://historial/" + item.id;
-        if (isUnanswered(item) || isKnown(known_, path, item.createdAt) || isModelGone()) continue;
+        if (item.answer.empty() || isKnown(known_, path, item.createdAt) || isModelGone()) continue;
         co_await parts_.pace.mayGoOn();
         co_await put({.document = {.path = path,
                                    .title = item.title,

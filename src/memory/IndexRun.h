@@ -37,7 +37,7 @@ class IndexRun {
     };
     /// What there is to be indexed, as things stood when the run began.
     struct Sources {
-        std::vector<HistoryItem> history;  // newest first
+        std::vector<HistoryItem> history;  // newest first; what is growing would be taken for all of it
         std::vector<std::filesystem::path> folders;
     };
 

@@ -8,7 +8,9 @@
 #include "platform/BackgroundWork.h"
 #include "platform/UserDefaults.h"
 
+#include <algorithm>
 #include <exception>
+#include <iterator>
 #include <utility>
 
 namespace dorix {
@@ -93,8 +95,8 @@ Task<void> MemoryController::later() {
 IndexRun::Sources MemoryController::sources() const {
     IndexRun::Sources sources;
     if (indexDocuments.get()) sources.folders = folders.get();
-    const auto& items = parts_.history.items();
-    sources.history.assign(items.begin(), items.end());
+    std::ranges::copy_if(parts_.history.items(), std::back_inserter(sources.history),
+                         [this](const HistoryItem& item) { return !parts_.history.isGrowing(item.id); });
     return sources;
 }
 

@@ -257,9 +257,9 @@ TEST_F(MemoryControllerTest, ARunTakesInWhatIsNewAndRemovesWhatIsGone) {
                  .createdAt = 5,
                  .query = "contesta a Marta que la reunión pasa al jueves",
                  .answer = "La reunión pasa al jueves."},
-                HistoryStore::Persist::no);
+                HistoryStore::Persist::yes);
     history.add({.id = "A-2", .app = "Correo", .title = "Sin respuesta", .query = passage},
-                HistoryStore::Persist::no);
+                HistoryStore::Persist::yes);
     history.add({.id = "A-3", .kind = HistoryKind::pregunta, .query = passage, .answer = "La respuesta que"},
                 HistoryStore::Persist::no);
 
@@ -305,6 +305,10 @@ TEST_F(MemoryControllerTest, ARunTakesInWhatIsNewAndRemovesWhatIsGone) {
     index();
     EXPECT_EQ(memory.documents.get(), 0);
     EXPECT_EQ(memory.chunks.get(), 1) << "the history stays";
+    history.add({.id = "A-3", .kind = HistoryKind::pregunta, .query = passage, .answer = "La respuesta que"},
+                HistoryStore::Persist::yes);
+    index();
+    EXPECT_EQ(memory.chunks.get(), 2) << "an answer that grows no more, finished or not";
     do_(memory.clearIndex());
     EXPECT_EQ(memory.chunks.get(), 0);
     EXPECT_EQ(memory.progress.get(), "Index deleted");
