@@ -322,8 +322,8 @@ void AppController::applicationDidFinishLaunching() {
     showStatusItem();
     keys_.listen();
     ownService_.start();
-    firstScreen_.show();
     memory_.start();
+    firstScreen_.show();
     tasks_.spawn(sessionNotice_.tell());
     if (platform_.languageModel == nullptr) modelServer_.look();
 }
