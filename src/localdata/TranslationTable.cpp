@@ -740,6 +740,8 @@ constexpr auto kTable = std::to_array<Translation>({
     {"Este escritorio no tiene un diálogo para elegirla: escribe su ruta.",
      "This desktop has no dialog to choose it with: type its path."},
     {"Tiene que ser una ruta entera, como ~/Proyectos.", "It has to be a whole path, such as ~/Projects."},
+    {"Esa carpeta no se puede añadir: su ruta no es texto UTF-8.",
+     "That folder cannot be added: its path is not UTF-8 text."},
     {"Búsqueda por significado", "Search by meaning"},
     {"Encuentra también lo que está dicho con otras palabras, en varios idiomas.",
      "Also finds what is said in other words, in several languages."},

@@ -3,6 +3,7 @@
 #include "base/Error.h"
 #include "base/Log.h"
 #include "base/async/Sleep.h"
+#include "base/text/Text.h"
 #include "localdata/HistoryStore.h"
 #include "localdata/Language.h"
 #include "platform/BackgroundWork.h"
@@ -131,11 +132,13 @@ Task<void> MemoryController::run() {
     co_await refreshCounts();
 }
 
-void MemoryController::addFolder(const fs::path& folder) {
+bool MemoryController::addFolder(const fs::path& folder) {
+    if (!text::isUtf8(folder.string())) return false;
     auto all = folders.get();
     all.push_back(folder);
     folders.set(std::move(all));
     keepFolders();
+    return true;
 }
 
 void MemoryController::removeFolder(const fs::path& folder) {

@@ -80,8 +80,9 @@ class MemoryController final : public Memory {
     /// While the user dictates a run waits.
     void pauseWhile(bool isDictating) { pace_.hold(isDictating); }
 
-    /// A folder that is listed already is listed twice, and costs nothing.
-    void addFolder(const std::filesystem::path& folder);
+    /// A folder that is listed already is listed twice, and costs nothing. False, and nothing is added, where
+    /// its path is not UTF-8: it could not be kept, and would have gone at the next start.
+    bool addFolder(const std::filesystem::path& folder);
     void removeFolder(const std::filesystem::path& folder);
 
     /// Forgets the documents and the history; the next run reads them again.

@@ -61,7 +61,7 @@ void MemorySection::shown() {
 
 void MemorySection::hidden() {
     model_.stepBack();
-    isTyping_ = isWrong_ = isClearing_ = isCleared_ = false;
+    isTyping_ = isWrong_ = isRefused_ = isClearing_ = isCleared_ = false;
 }
 
 bool MemorySection::stepBack() {
@@ -145,6 +145,10 @@ SettingsRow MemorySection::folder(const fs::path& path) {
 SettingsRow MemorySection::adding() {
     auto row = item("memory.add-folder", "", "");
     if (parts_.memory.folders.get().empty()) row.description = tr("No hay ninguna carpeta que leer.");
+    if (isRefused_) {
+        row.status = tr("Esa carpeta no se puede añadir: su ruta no es texto UTF-8.");
+        row.tone = Tone::wrong;
+    }
     row.buttons = {{.id = "add", .label = tr("Añadir carpeta…"), .isAvailable = !isChoosing_}};
     row.actions.press = [this](const std::string&) {
         if (!isChoosing_) tasks_.spawn(addFolder());
@@ -170,22 +174,20 @@ SettingsRow MemorySection::typing() {
 void MemorySection::type(const std::string& text) {
     if (text::trim(text).empty()) return;
     const auto path = typedPath(text, parts_.home);
-    isWrong_ = path.empty();
-    if (!isWrong_) {
-        isTyping_ = false;
-        parts_.memory.addFolder(path);
-    }
+    isWrong_ = path.empty() || !parts_.memory.addFolder(path);
+    isTyping_ = isWrong_;
     onChanged();
 }
 
 Task<void> MemorySection::addFolder() {
     isChoosing_ = true;
+    isRefused_ = false;
     onChanged();
     const auto answer = co_await parts_.folderPanel.run(
         {.title = tr("Elige una carpeta para tu memoria"), .accept = tr("Añadir"), .ownWindow = ownWindow()});
     isChoosing_ = false;
     isTyping_ = !answer.wasAsked;
-    if (answer.folder) parts_.memory.addFolder(*answer.folder);
+    isRefused_ = answer.folder && !parts_.memory.addFolder(*answer.folder);
     onChanged();
 }
 

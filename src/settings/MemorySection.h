@@ -59,6 +59,7 @@ class MemorySection final : public SettingsSection {
     bool isChoosing_ = false;  // the desktop's dialog is open
     bool isTyping_ = false;    // nobody can ask for a folder: its path is typed
     bool isWrong_ = false;     // what was typed
+    bool isRefused_ = false;   // the folder that was chosen
     bool isClearing_ = false;  // waits for the user's second word
     bool isCleared_ = false;
     Timer soon_;

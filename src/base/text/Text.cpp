@@ -179,6 +179,16 @@ bool appendFolded(std::string& out, std::string_view text, std::size_t& at) {
 
 bool isAscii(std::string_view text) { return std::ranges::all_of(text, isAsciiByte); }
 
+bool isUtf8(std::string_view text) {
+    const auto size = static_cast<int64_t>(text.size());
+    for (int64_t at = 0; at < size;) {
+        UChar32 character = 0;
+        U8_NEXT(text.data(), at, size, character);
+        if (character < 0) return false;
+    }
+    return true;
+}
+
 std::size_t length(std::string_view text) {
     if (isOneByteACharacter(text)) return text.size();
     Characters characters(text);

@@ -13,6 +13,9 @@ namespace dorix::text {
 /// Whether it has ASCII characters only.
 bool isAscii(std::string_view text);
 
+/// Whether it is UTF-8, all of it.
+bool isUtf8(std::string_view text);
+
 /// The number of characters.
 std::size_t length(std::string_view text);
 

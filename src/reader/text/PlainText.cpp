@@ -3,7 +3,6 @@
 #include "base/text/Text.h"
 
 #include <unicode/unistr.h>
-#include <unicode/utf8.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -12,16 +11,6 @@
 namespace dorix::reader {
 
 namespace {
-
-bool isUtf8(std::string_view text) {
-    const auto size = static_cast<std::int64_t>(text.size());
-    for (std::int64_t at = 0; at < size;) {
-        UChar32 character = 0;
-        U8_NEXT(text.data(), at, size, character);
-        if (character < 0) return false;
-    }
-    return true;
-}
 
 std::string fromLatin1(std::string_view bytes) {
     std::string text;
@@ -40,7 +29,7 @@ std::string fromLatin1(std::string_view bytes) {
 
 /// With U+FFFD where there was none.
 std::string asUtf8(std::string text) {
-    if (isUtf8(text)) return text;
+    if (text::isUtf8(text)) return text;
     std::string valid;
     const icu::StringPiece piece(text.data(), static_cast<std::int32_t>(text.size()));
     icu::UnicodeString::fromUTF8(piece).toUTF8String(valid);
@@ -49,7 +38,9 @@ std::string asUtf8(std::string text) {
 
 }  // namespace
 
-std::string plainText(std::string bytes) { return isUtf8(bytes) ? std::move(bytes) : fromLatin1(bytes); }
+std::string plainText(std::string bytes) {
+    return text::isUtf8(bytes) ? std::move(bytes) : fromLatin1(bytes);
+}
 
 std::optional<std::string> finishedText(std::string text, std::size_t limit) {
     text = asUtf8(std::move(text));

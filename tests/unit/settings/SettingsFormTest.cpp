@@ -222,6 +222,12 @@ TEST_F(SettingsFormTest, FoldersComeByTheDesktopsDialogOrByTheirPathAndGoAtOnce)
     executor.runPosted();
     EXPECT_TRUE(row("memory.add-folder").buttons.front().isAvailable) << "thought better of it";
     form().press("memory.add-folder", "add");
+    bench->folderPanel.answer.complete({.wasAsked = true, .folder = "/mnt/\xFF"});
+    executor.runPosted();
+    EXPECT_EQ(row("memory.add-folder").tone, Tone::wrong) << "it would not be there after a start";
+    EXPECT_THAT(listed(), testing::SizeIs(2));
+    form().press("memory.add-folder", "add");
+    EXPECT_EQ(row("memory.add-folder").tone, Tone::plain);
     bench->folderPanel.answer.complete({});
     executor.runPosted();
     form().commit("memory.folder-path", "Obra");
