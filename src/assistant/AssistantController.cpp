@@ -336,17 +336,21 @@ AppContext AssistantController::askedFrom() const {
 
 void AssistantController::replaceSelection(std::optional<RunningApplication> target,
                                            const std::string& text) {
-    tasks_.spawn(replace(std::move(target), withoutControls(withoutMarks(text))));
+    auto askedAbout = lastRequest_ ? lastRequest_->selection : std::nullopt;
+    tasks_.spawn(replace(std::move(target), withoutControls(withoutMarks(text)), std::move(askedAbout)));
 }
 
-Task<void> AssistantController::replace(std::optional<RunningApplication> target, std::string text) {
+Task<void> AssistantController::replace(std::optional<RunningApplication> target, std::string text,
+                                        std::optional<SelectedText> askedAbout) {
     if (text.empty()) co_return;
     if (target) {
         parts_.workspace.activate(*target);
         co_await sleep(activationWait);
     }
-    const auto receipt =
-        co_await parts_.inserter.insertText({.text = std::move(text), .target = target}).throughStop();
+    bool isAnother = false;
+    if (askedAbout) isAnother = co_await isAnotherSelected(parts_.selection, target, askedAbout->text);
+    Insertion insertion{.text = std::move(text), .target = target, .isTyped = !isAnother};
+    const auto receipt = co_await parts_.inserter.insertText(std::move(insertion)).throughStop();
     onReplaced(target, receipt);
 }
 

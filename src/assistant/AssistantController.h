@@ -39,6 +39,7 @@ class AssistantController final : public Assistant {
         Memory& memory;
         MessageSearch* messages = nullptr;  // null where no workspace can be searched
         ScreenCapture* screen = nullptr;    // null where no pictures can be taken
+        SelectionProbe& selection;
         TextInserter& inserter;
         Workspace& workspace;
     };
@@ -86,7 +87,8 @@ class AssistantController final : public Assistant {
     /// what there is of its answer.
     void keepUnfinished();
 
-    /// Types `text` over what is selected in `target`, or in whatever is in front.
+    /// Types `text` over what is selected in `target`, or in whatever is in front. If what the question was
+    /// about is not what is selected there by now, the text is left on the clipboard.
     void replaceSelection(std::optional<RunningApplication> target, const std::string& text);
 
  private:
@@ -117,7 +119,8 @@ class AssistantController final : public Assistant {
     Task<void> searchRoad(OnCard to);
     Task<void> recapRoad(OnCard to);
     Task<void> composed(Request request, HistoryItem row, bool withScreen);
-    Task<void> replace(std::optional<RunningApplication> target, std::string text);
+    Task<void> replace(std::optional<RunningApplication> target, std::string text,
+                       std::optional<SelectedText> askedAbout);
 
     Task<void> run(SharedRequest request, Sink sink);
     Task<void> guarded(Task<void> road, Sink sink);

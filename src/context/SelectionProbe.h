@@ -29,4 +29,8 @@ class SelectionProbe {
                                                         bool insist) = 0;
 };
 
+/// Whether something else than `text` is selected in `app` by now. Where that is not told without insisting,
+/// it counts as unchanged: no reason to leave a text untyped.
+Task<bool> isAnotherSelected(SelectionProbe& probe, std::optional<RunningApplication> app, std::string text);
+
 }  // namespace dorix

@@ -119,9 +119,7 @@ Task<void> UtteranceRoads::rewrite(Spoken spoken, SelectedText selected) {
         written_.keep(spoken.transcript, spoken.recording);
         co_return;
     }
-    // Without insisting it may not be told. That is no reason to leave the text untyped.
-    const auto now = co_await selection_.selection(spoken.context().app, false);
-    const bool isAnother = now && now->text != selected.text;
+    const bool isAnother = co_await isAnotherSelected(selection_, spoken.context().app, selected.text);
     keeping->stop();
     co_await written_.replaceSelection({.title = titleFrom(spoken.transcript),
                                         .text = std::move(rewritten.text),

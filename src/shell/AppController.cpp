@@ -102,6 +102,7 @@ AppController::AppController(const Platform& platform)
            .history = history_,
            .memory = memory_,
            .screen = &screenCapture_,
+           .selection = selection_,
            .inserter = inserter_,
            .workspace = platform.workspace}),
       destinations_{.assistant = &assistant_, .documents = &askedDocuments_, .hasMemory = true},

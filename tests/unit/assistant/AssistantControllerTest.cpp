@@ -19,6 +19,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace dorix {
@@ -104,6 +105,7 @@ class AssistantControllerTest : public testing::Test {
     FakeMemory memory;
     Workspaces messages;
     FakeScreenCapture screen;
+    FakeSelection selection;
     FakePasteboard pasteboard;
     RecordingEventPoster poster;
     FakeWorkspace workspace;
@@ -116,6 +118,7 @@ class AssistantControllerTest : public testing::Test {
          .memory = memory,
          .messages = &messages,
          .screen = &screen,
+         .selection = selection,
          .inserter = inserter,
          .workspace = workspace}};
     std::vector<std::string> windows;
@@ -532,6 +535,37 @@ TEST_F(AssistantControllerTest, AnAnswerTakesThePlaceOfTheSelectionWhereItWas) {
     bench.executor.advanceBy(5);
     EXPECT_EQ(pasted, "Muy bien");
     EXPECT_THAT(delivered, ElementsAre(InsertionReceipt::Delivery::delivered));
+}
+
+TEST_F(AssistantControllerTest, AnAnswerIsNotTypedOverAnotherTextThanTheOneAskedAbout) {
+    const RunningApplication editor{.processIdentifier = 7, .bundleIdentifier = "editor"};
+    std::string pasted;
+    poster.onPost = [&](std::uint16_t) { pasted = pasteboard.fetch(editor, bench.executor.now()); };
+    std::vector<InsertionReceipt> receipts;
+    assistant.onReplaced = [&](const auto&, const auto& receipt) { receipts.push_back(receipt); };
+    const auto insert = [&](const char* text) {
+        workspace.frontmost = editor;
+        assistant.replaceSelection(editor, text);
+        bench.executor.advanceBy(10);
+        return std::exchange(pasted, "");
+    };
+    auto request = question("¿más corto?");
+    request.selection = SelectedText{"un párrafo", true};
+    assistant.ask(request);
+    selection.selected = SelectedText{"otro párrafo", true};
+    EXPECT_EQ(insert("uno"), "");
+    ASSERT_EQ(receipts.size(), 1U);
+    EXPECT_EQ(receipts[0].delivery, InsertionReceipt::Delivery::nowhere);
+    EXPECT_TRUE(receipts[0].isOnClipboard);
+    EXPECT_THAT(selection.insisted, ElementsAre(false));
+
+    selection.selected = request.selection;
+    EXPECT_EQ(insert("dos"), "dos");
+    selection.selected.reset();
+    EXPECT_EQ(insert("tres"), "tres") << "it may not be told";
+    selection.selected = SelectedText{"otro párrafo", true};
+    assistant.ask(question("¿qué hora es?"));
+    EXPECT_EQ(insert("cuatro"), "cuatro") << "nothing was asked about";
 }
 
 TEST_F(AssistantControllerTest, ALongAnswerIsNotShownAnewForEveryWord) {
