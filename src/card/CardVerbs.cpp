@@ -104,10 +104,7 @@ bool performOnCard(AnswerCardPresenter& card, std::string_view verb) {
     return true;
 }
 
-std::string_view mainCardVerb(const AnswerCardPresenter& card) {
-    for (const Verb& verb : verbs) {
-        if (verb.isMain && verb.isPossible(card)) return verb.id;
-    }
+std::string_view enterVerb(const AnswerCardPresenter& card) {
     return hasFailed(card) ? std::string_view("retry") : std::string_view();
 }
 

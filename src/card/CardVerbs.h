@@ -29,7 +29,8 @@ std::vector<PanelOffer> cardOffers(const AnswerCardPresenter& card, VerbPlace pl
 /// Does it, if that makes sense just now; whether it does.
 bool performOnCard(AnswerCardPresenter& card, std::string_view verb);
 
-/// The verb that Enter stands for; "" for none.
-std::string_view mainCardVerb(const AnswerCardPresenter& card);
+/// The verb that Enter stands for, wherever on the card it is pressed; "" for none. It is never one that
+/// types into another application: a stray key must not write over anything.
+std::string_view enterVerb(const AnswerCardPresenter& card);
 
 }  // namespace dorix

@@ -58,7 +58,7 @@ bool CardScene::press(int key, int modifiers) {
     const QKeySequence pressed(QKeyCombination(held, Qt::Key(key)));
     if (QKeySequence::keyBindings(QKeySequence::Copy).contains(pressed)) return performOnCard(card_, "copy");
     const bool isEnter = held == Qt::NoModifier && (key == Qt::Key_Return || key == Qt::Key_Enter);
-    return isEnter && performOnCard(card_, mainCardVerb(card_));
+    return isEnter && performOnCard(card_, enterVerb(card_));
 }
 
 void CardScene::openSource(int index) {

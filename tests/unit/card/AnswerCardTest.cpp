@@ -87,8 +87,9 @@ TEST_F(AnswerCardTest, WaitsThenGrowsThenOffersWhatCanBeDone) {
     EXPECT_THAT(offered(VerbPlace::detailEnd), ElementsAre("Regenerar"));
     asked.canReplace = true;
     put(asked);
-    EXPECT_TRUE(performOnCard(presenter, mainCardVerb(presenter)));
+    EXPECT_EQ(enterVerb(presenter), "") << "a stray Enter types nothing";
     EXPECT_FALSE(performOnCard(presenter, "insert"));
+    EXPECT_TRUE(performOnCard(presenter, "replace"));
     EXPECT_EQ(inserted, "- uno\n- dos");
     performOnCard(presenter, "copy");
     performOnCard(presenter, "speak");
@@ -110,7 +111,7 @@ TEST_F(AnswerCardTest, AFailureKeepsWhatHasComeAndOffersToAskAgain) {
                 ElementsAre("query:¿Qué dice?", "divider:", "paragraph:La mitad", "error:No hay conexión"));
     EXPECT_THAT(offered(VerbPlace::detail), ElementsAre("Copiar", "Escuchar"));
     EXPECT_THAT(offered(VerbPlace::detailEnd), ElementsAre("!Regenerar"));
-    EXPECT_TRUE(performOnCard(presenter, mainCardVerb(presenter)));
+    EXPECT_TRUE(performOnCard(presenter, enterVerb(presenter)));
     EXPECT_EQ(retries, 1);
 }
 
