@@ -153,6 +153,7 @@ Task<void> AssistantController::roadTo(Material material, OnCard to) {
 /// The card of a question; `waiting` stands for the answer until more is known.
 AssistantController::OnCard AssistantController::show(Request request, Material material,
                                                       std::optional<std::string> waiting) {
+    keepFailed();
     lastRequest_ = std::make_shared<const Request>(std::move(request));
     wanting_ = material;
     lastCard_ = cardFor(*lastRequest_);
@@ -180,6 +181,7 @@ void AssistantController::start(Task<void> road, const OnCard& to) {
 }
 
 void AssistantController::close() {
+    keepFailed();
     card.set(std::nullopt);
     onHideCard();
 }
@@ -286,7 +288,7 @@ void AssistantController::finish(HistoryItem& row, const Request&, const AnswerE
 void AssistantController::fail(const OnCard& to, const std::string& words) {
     if (!isCurrent(to)) return;
     isAnswering_ = false;
-    // Where nobody sees it fail, the question is not to be lost.
+    // Where nobody sees it fail, the question is not to be lost. A card that shows may yet be asked again.
     if (!card.get()) keepUnanswered(to, couldNotAnswer(words));
     change(to, [&](AnswerCard& shown) {
         shown.streaming = false;
@@ -304,6 +306,7 @@ void AssistantController::fail(HistoryItem& row, const std::string& words) {
 // The end of the program
 
 void AssistantController::keepUnfinished() {
+    keepFailed();
     const auto unanswered = couldNotAnswer(tr("DORIX se cerró antes."));
     const std::vector<HistoryItem> items(parts_.history.items().begin(), parts_.history.items().end());
     for (auto row : items) {
@@ -314,6 +317,13 @@ void AssistantController::keepUnfinished() {
     if (!isAnswering_) return;
     const bool hasPart = card.get() && !card.get()->answer.empty();
     keepUnanswered({.id = runningCard_}, hasPart ? card.get()->answer : unanswered);
+}
+
+/// The card that shows goes: if its answer has failed, nothing else holds its question.
+void AssistantController::keepFailed() {
+    const auto& shown = card.get();
+    if (!shown || !shown->error) return;
+    keepUnanswered({.id = shown->id}, shown->answer.empty() ? couldNotAnswer(*shown->error) : shown->answer);
 }
 
 void AssistantController::keepUnanswered(const OnCard& to, const std::string& answer) {

@@ -77,14 +77,15 @@ class AssistantController final : public Assistant {
     /// Answers what the card asks once more, with what was seen then. Nothing without a card.
     void retry();
 
-    /// Takes the card away. An answer that is on its way still goes to the history.
+    /// Takes the card away. An answer that is on its way still goes to the history, and so does a question
+    /// whose answer has failed.
     void close();
 
     /// What was in front at the question of the card.
     AppContext askedFrom() const;
 
-    /// The program ends: what was asked and is not answered yet is in the history when this returns, with
-    /// what there is of its answer.
+    /// The program ends: what was asked and is not answered is in the history when this returns, with what
+    /// there is of its answer.
     void keepUnfinished();
 
     /// Types `text` over what is selected in `target`, or in whatever is in front. If what the question was
@@ -139,6 +140,7 @@ class AssistantController final : public Assistant {
                 double duration);
     void fail(const OnCard& to, const std::string& words);
     void keepUnanswered(const OnCard& to, const std::string& answer);
+    void keepFailed();
     void fail(HistoryItem& row, const std::string& words);
 
     const Parts parts_;

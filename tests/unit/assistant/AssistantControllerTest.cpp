@@ -256,6 +256,43 @@ TEST_F(AssistantControllerTest, WhatFailsIsToldAndCanBeAskedOnceMoreWithWhatWasS
     EXPECT_EQ(card().error, "Para preguntar hace falta conexión o Apple Intelligence activado.");
 }
 
+TEST_F(AssistantControllerTest, AQuestionWhoseAnswerFailedIsKeptWhenItsCardGoes) {
+    const auto fails = [this](const char* words) {
+        assistant.ask(question(words));
+        begin();
+        arrives("Pone");
+        exchange().send(event({{"type", "error"}, {"message", "Sin saldo."}}));
+        settle();
+    };
+    fails("una");
+    EXPECT_THAT(rows(), IsEmpty()) << "it can be asked again";
+    assistant.close();
+    ASSERT_EQ(stored().size(), 1U);
+    EXPECT_EQ(rows()[0].query, "una");
+    EXPECT_EQ(rows()[0].answer, "Pone");
+    EXPECT_EQ(rows()[0].meta, HistoryItem::Meta{});
+
+    fails("dos");
+    assistant.ask(question("tres"));
+    settle();
+    EXPECT_EQ(rows()[0].query, "dos");
+    exchange().fail();
+    settle();
+    assistant.keepUnfinished();
+    assistant.close();
+    ASSERT_EQ(stored().size(), 3U) << "each once";
+    EXPECT_EQ(rows()[0].answer, "No se pudo responder: Sin conexión con DORIX. Revisa tu internet.");
+
+    fails("cuatro");
+    assistant.retry();
+    begin();
+    arrives("Sí.");
+    ends();
+    assistant.close();
+    ASSERT_EQ(stored().size(), 4U) << "it was answered after all";
+    EXPECT_EQ(rows()[0].answer, "Sí.");
+}
+
 TEST_F(AssistantControllerTest, TheModelOfThisComputerReadsThePictureAndAnswersAtOnce) {
     bench.settings.engine.set(WritingEngine::local);
     bench.model.text = "Pone **hola**.";
