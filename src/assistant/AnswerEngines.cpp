@@ -31,7 +31,9 @@ struct Out {
     static Out decode(const Json& json, const Decoder&) { return {json.at("texto").get<std::string>()}; }
 };
 
-std::string insertable(std::string_view text) { return withoutQuotes(withoutControls(text)); }
+std::string insertable(std::string_view rewritten, std::string_view selected) {
+    return inPlaceOf(withoutControls(selected), withoutControls(rewritten));
+}
 
 }  // namespace
 
@@ -77,8 +79,8 @@ Task<std::string> AnswerEngines::answerHere(std::shared_ptr<const Assistant::Req
 
 Task<Assistant::Rewrite> AnswerEngines::transform(std::string instruction, std::string selected) {
     if (parts_.writer.cloudEnabled()) {
-        const auto text = co_await rewrittenByService(std::move(instruction), std::move(selected));
-        co_return Assistant::Rewrite{.text = insertable(text), .engine = fromService};
+        const auto text = co_await rewrittenByService(std::move(instruction), selected);
+        co_return Assistant::Rewrite{.text = insertable(text, selected), .engine = fromService};
     }
     if (!hasModel()) throw AssistantError();
     if (!hasRoomToRewrite(instruction, selected)) throw SelectionTooLong();
@@ -86,7 +88,7 @@ Task<Assistant::Rewrite> AnswerEngines::transform(std::string instruction, std::
     const auto session = parts_.model.makeSession(std::string(rewriteSelectionInstructions()));
     const auto text =
         co_await session->respond(rewriteSelectionPrompt(instruction, selected), CutText::fails);
-    co_return Assistant::Rewrite{.text = insertable(text::withoutFence(text, selected)),
+    co_return Assistant::Rewrite{.text = insertable(text::withoutFence(text, selected), selected),
                                  .engine = std::move(engine)};
 }
 

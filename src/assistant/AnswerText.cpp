@@ -2,6 +2,7 @@
 
 #include "base/text/Text.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 
@@ -32,6 +33,18 @@ std::string withoutQuotes(std::string_view text) {
         text.remove_suffix(quotes.closing.size());
     }
     return std::string(text);
+}
+
+std::string inPlaceOf(std::string_view selected, std::string_view rewritten) {
+    const auto inside = text::trim(selected);
+    const bool isQuoted =
+        std::ranges::any_of(wrappings, [&](const Quotes& quotes) { return isWrapped(inside, quotes); });
+    const auto core = isQuoted ? std::string(text::trim(rewritten)) : withoutQuotes(rewritten);
+    if (core.empty()) return "";
+    const auto begin = selected.find(inside);
+    std::string framed(selected.substr(0, begin));
+    framed.append(core).append(selected.substr(begin + inside.size()));
+    return framed;
 }
 
 std::string withoutMarks(std::string_view text) {

@@ -10,6 +10,11 @@ namespace dorix {
 /// layer of each kind.
 std::string withoutQuotes(std::string_view text);
 
+/// What a model made of `selected`, to stand in its place: without the quotes that it was wrapped in, unless
+/// `selected` has such as well, and with the white space that `selected` has at its ends. Nothing stays
+/// nothing.
+std::string inPlaceOf(std::string_view selected, std::string_view rewritten);
+
 /// Without the marks of Markdown: what is typed is plain text.
 std::string withoutMarks(std::string_view text);
 

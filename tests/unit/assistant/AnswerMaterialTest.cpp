@@ -141,6 +141,16 @@ TEST(AnswerTextTest, WhatIsTypedHasNeitherQuotesAroundItNorMarks) {
     EXPECT_EQ(withoutMarks("**a** ```b``` ***c*** _d_"), "a b *c* _d_");
 }
 
+TEST(AnswerTextTest, ARewriteKeepsWhatFramedTheSelection) {
+    EXPECT_EQ(inPlaceOf("hola", " «hello»\n"), "hello");
+    EXPECT_EQ(inPlaceOf("\t hola\n\n", "hello\n"), "\t hello\n\n");
+    EXPECT_EQ(inPlaceOf(" «hola» ", "«hello»"), " «hello» ");
+    EXPECT_EQ(inPlaceOf("«uno» y «dos»", "«one» and «two»\n"), "«one» and «two»");
+    EXPECT_EQ(inPlaceOf("«hola»", "“hello”"), "“hello”") << "as it is quoted in the other language";
+    EXPECT_EQ(inPlaceOf("«hola»", "hola"), "hola") << "as was perhaps asked for";
+    EXPECT_EQ(inPlaceOf("hola\n", " \n"), "") << "nothing to write";
+}
+
 /// What may stand in a page, a document or a message that somebody else wrote.
 const std::vector<std::string>& hostileTexts() {
     static const std::vector<std::string> texts{

@@ -523,12 +523,12 @@ TEST_F(AssistantControllerTest, ASelectionIsRewrittenByTheServiceOrTheModel) {
 
     bench.settings.engine.set(WritingEngine::local);
     bench.model.text = "```\n“b”\n```";
-    bench.tasks.spawn(take(bench.tasks.spawn(assistant.transform("más corto", "bbb"))));
+    bench.tasks.spawn(take(bench.tasks.spawn(assistant.transform("más corto", "  bbb\n"))));
     settle();
-    EXPECT_EQ(rewritten.text, "b");
+    EXPECT_EQ(rewritten.text, "  b\n") << "it stands as the selection stood";
     EXPECT_EQ(rewritten.engine, "en este Mac");
     EXPECT_THAT(bench.model.conversations.at(0).prompts,
-                ElementsAre("<seleccion>\nbbb\n</seleccion>\n\nInstrucción: más corto"));
+                ElementsAre("<seleccion>\n  bbb\n\n</seleccion>\n\nInstrucción: más corto"));
     EXPECT_EQ(bench.model.conversations.at(0).cut, CutText::fails);
 }
 
