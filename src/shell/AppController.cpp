@@ -293,6 +293,8 @@ void AppController::wireCard() {
     assistant_.onShowCard = [this] { cardHost_.show(); };
     assistant_.onHideCard = [this] { cardHost_.hide(); };
     cardHost_.onClosed = [this] { assistant_.close(); };
+    // The card comes without the keyboard, so its own window seldom hears of the key.
+    keys_.onFreeEscape = [this] { cardHost_.hide(); };
     cardHost_.onInsert(
         [this](const std::string& text) { assistant_.replaceSelection(assistant_.askedFrom().app, text); });
     // A card that was clicked has the keyboard, and what is dictated then goes to where it was asked from.

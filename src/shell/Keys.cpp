@@ -47,9 +47,12 @@ void Keys::wireMonitor() {
     };
     ptt_.onHeldInVain = [this] { tellPaused(); };
     ptt_.onEscape = [this] {
-        if (!dictation_.isRecording()) return false;
-        dictation_.cancelRecording();
-        return true;
+        if (dictation_.isRecording()) {
+            dictation_.cancelRecording();
+            return true;
+        }
+        if (!dictation_.busy().get()) onFreeEscape();
+        return false;
     };
 }
 

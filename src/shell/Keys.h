@@ -7,6 +7,7 @@
 #include "dictation/PushToTalkMonitor.h"
 #include "platform/KeyCodes.h"
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -22,10 +23,13 @@ class Keys {
     Keys(const Keys&) = delete;
     Keys& operator=(const Keys&) = delete;
 
-    /// Takes the hot keys, and follows the settings and the grants from now on.
     /// Whether the hold key begins a dictation. It does not where it is only tried out.
     std::function<bool()> mayBegin = [] { return true; };
+    /// Called when Esc is pressed anywhere and there is no dictation that it could be meant for. It is only
+    /// seen: whoever has the keyboard gets it all the same.
+    std::function<void()> onFreeEscape = [] {};
 
+    /// Takes the hot keys, and follows the settings and the grants from now on.
     void install();
     /// Listens to the hold key, unless paused.
     void listen();

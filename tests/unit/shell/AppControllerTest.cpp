@@ -437,6 +437,16 @@ TEST_F(AppControllerTest, AnAnswerComesUpOnItsCardIsCalledByASecondStartAndGoesF
     EXPECT_EQ(asked.back(), "hide");
 }
 
+TEST_F(AppControllerTest, EscapeClosesTheCardThoughTheKeyboardIsElsewhere) {
+    launch();
+    app->assistant().ask({.question = "¿Qué dice?"});
+    EXPECT_TRUE(app->answerCard().isShown.get());
+    keyboard.keyDown(keycode::escape);
+    EXPECT_FALSE(app->answerCard().isShown.get());
+    EXPECT_FALSE(app->assistant().card.get());
+    EXPECT_FALSE(keyboard.withheld()) << "the application gets it too";
+}
+
 TEST_F(AppControllerTest, WhatIsDictatedOverAClickedCardGoesToWhereItWasAskedFrom) {
     launch();
     const RunningApplication notes{.processIdentifier = 7, .bundleIdentifier = "org.example.notes"};

@@ -155,6 +155,9 @@ TEST_F(KeysTest, ANewHoldKeyEndsThePressOfTheOldOne) {
 }
 
 TEST_F(KeysTest, EscapeIsTheRecordingsWhileOneIsShown) {
+    int told = 0;
+    keys.onFreeEscape = [&] { ++told; };
+    speech.lastWords = 1;
     listen();
     press();
     EXPECT_FALSE(keyboard.withheld()) << "it may be a chord yet";
@@ -169,6 +172,12 @@ TEST_F(KeysTest, EscapeIsTheRecordingsWhileOneIsShown) {
     EXPECT_EQ(keyboard.withheld(), keycode::escape) << "hands-free";
     hotKey(dictationKey, HotKeyRegistrar::eventPressed);
     EXPECT_FALSE(keyboard.withheld()) << "what was said is on its way";
+    EXPECT_FALSE(escape());
+    EXPECT_EQ(told, 0);
+    executor.advanceBy(5);
+    keyboard.keyDown(keycode::escape);
+    EXPECT_FALSE(escape());
+    EXPECT_EQ(told, 2) << "wherever it is pressed, and nobody else loses it";
 }
 
 TEST_F(KeysTest, AnAltGrChordLeavesNothingBehindAndSpeechIsNotLostToOne) {
