@@ -44,14 +44,17 @@ double processorSeconds() {
     return seconds(used.ru_utime) + seconds(used.ru_stime);
 }
 
+constexpr double frame = 16;  // ms, at 60 a second
+
 void report(const char* what, std::vector<double> times) {
     if (times.empty()) return;
     std::ranges::sort(times);
     const auto at = [&](double share) {
         return times[static_cast<std::size_t>(share * static_cast<double>(times.size() - 1))];
     };
-    std::printf("%s: median %.1f ms, p95 %.1f ms, worst %.1f ms, of %zu\n", what, at(0.5), at(0.95),
-                times.back(), times.size());
+    const auto late = std::ranges::count_if(times, [](double time) { return time > frame; });
+    std::printf("%s: median %.1f ms, p95 %.1f ms, worst %.1f ms, %td over %.0f ms, of %zu\n", what, at(0.5),
+                at(0.95), times.back(), late, frame, times.size());
 }
 
 /// Sees when a window begins to draw and when what it drew is on the display.

@@ -135,6 +135,7 @@ void tellSearches(const char* when, MemoryFile& file, Texts& texts) {
     std::vector<double> ordinary;
     std::vector<double> vectors;
     std::vector<double> both;
+    std::vector<double> bothOrdinary;
     for (int i = 0; i < 200; ++i) {
         const auto question = texts.question();
         const auto vector = texts.vector();
@@ -143,12 +144,14 @@ void tellSearches(const char* when, MemoryFile& file, Texts& texts) {
         ordinary.push_back(milliseconds([&] { file.search(frequent, {}, hits); }));
         vectors.push_back(milliseconds([&] { file.search("", vector, hits); }));
         both.push_back(milliseconds([&] { file.search(question, vector, hits); }));
+        bothOrdinary.push_back(milliseconds([&] { file.search(frequent, vector, hits); }));
     }
     std::printf("%s\n", when);
     tell("    words", words);
     tell("    words, with the most frequent among them", ordinary);
     tell("    vectors", vectors);
     tell("    both", both);
+    tell("    both, with the most frequent among them", bothOrdinary);
 }
 
 /// As many documents go as come.
