@@ -1,6 +1,7 @@
 #include "assistant/DevicePrompt.h"
 
 #include "base/text/Line.h"
+#include "base/text/Regex.h"
 #include "base/text/Text.h"
 
 #include <algorithm>
@@ -42,8 +43,27 @@ std::string asMaterial(std::string_view text, std::size_t longest) {
     return text::replaceAll(text::prefix(text, longest), "\0"sv, "");
 }
 
+/// What somebody else has named, within our quotes: it cannot tell where they end.
+std::string asName(std::string_view name) {
+    return text::replaceAll(text::replaceAll(text::asLine(name), "«", "\""), "»", "\"");
+}
+
+/// No line of a text passes for the begin of the next block, or for the question.
+std::string withoutLabels(std::string_view material) {
+    static const Regex labels(
+        "(?m)^(Documento(?= «)|(?:Fragmentos de sus documentos|Actividad reciente|Texto seleccionado"
+        "|Texto visible en la ventana|Pregunta)(?=:))");
+    return labels.replaceAll(material, "$1 ");
+}
+
+/// Nor does one of a found text pass for another.
+std::string withoutNumbers(std::string_view found) {
+    static const Regex numbers(R"((?m)^(\[\d+)(?=\] ))");
+    return numbers.replaceAll(found, "$1 ");
+}
+
 void appendBlock(std::string& prompt, std::string_view label, std::string_view material) {
-    prompt.append(label).append(asMaterial(material, longestBlock)).append("\n\n");
+    prompt.append(label).append(withoutLabels(asMaterial(material, longestBlock))).append("\n\n");
 }
 
 /// A selected text cannot tell where it ends.
@@ -65,7 +85,7 @@ void appendHits(std::string& prompt, const std::vector<MemoryHit>& hits) {
         if (n > 0) prompt += '\n';
         prompt.append("[").append(std::to_string(n + 1)).append("] ");
         prompt.append(text::asLine(hits[n].title)).append(": ");
-        prompt += asMaterial(hits[n].text, longestHit);
+        prompt += withoutNumbers(withoutLabels(asMaterial(hits[n].text, longestHit)));
     }
     prompt += "\n\n";
 }
@@ -77,11 +97,11 @@ std::string answerInstructions(const Assistant::Request& request) {
     std::string prompt =
         "Eres DORIX, un copiloto de IA que vive en el ordenador del usuario y ve lo que él ve.\n"
         "El usuario está en ";
-    prompt += context.displayName;
+    prompt += asName(context.displayName);
     const auto title = context.windowTitle.value_or("");
     if (!title.empty() && title != context.displayName) {
         prompt += " — ventana «";
-        prompt.append(text::asLine(text::prefix(title, longestWindowTitle))).append("»");
+        prompt.append(asName(text::prefix(title, longestWindowTitle))).append("»");
     }
     prompt += ".\n";
     if (request.shot) prompt += "Se adjunta una captura de esa ventana: es tu contexto principal.\n";
@@ -96,8 +116,7 @@ std::string answerInstructions(const Assistant::Request& request) {
 std::string answerPrompt(const Assistant::Request& request, const std::optional<std::string>& screenText) {
     std::string prompt;
     if (request.document) {
-        appendBlock(prompt, "Documento «" + text::asLine(request.document->name) + "»:\n",
-                    request.document->text);
+        appendBlock(prompt, "Documento «" + asName(request.document->name) + "»:\n", request.document->text);
     }
     if (!request.memory.empty()) appendHits(prompt, request.memory);
     if (request.recap) appendBlock(prompt, "Actividad reciente:\n", *request.recap);
