@@ -3,6 +3,7 @@
 #include "context/Glyph.h"
 #include "localdata/HistoryItem.h"
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -12,7 +13,8 @@ namespace dorix {
 /// What an answer rests on.
 struct AnswerSource {
     std::string title;
-    std::optional<std::string> path;  // of a file, or a link; a label only where there is none
+    std::optional<std::string> path;     // of a file, or a link; a label only where there is none
+    std::vector<std::size_t> numbers{};  // by which the answer cites what was found there
 
     bool operator==(const AnswerSource&) const = default;
 };

@@ -80,9 +80,12 @@ HistoryItem rowFor(const Assistant::Request& request, const AnswerEngines::Answe
 
 std::vector<AnswerSource> sourcesOf(const std::vector<MemoryHit>& hits) {
     std::vector<AnswerSource> sources;
-    for (const auto& hit : hits) {
-        if (std::ranges::find(sources, hit.title, &AnswerSource::title) == sources.end())
-            sources.push_back({.title = hit.title, .path = pathOf(hit)});
+    for (std::size_t n = 0; n < hits.size(); ++n) {
+        const auto& hit = hits[n];
+        auto source = std::ranges::find(sources, hit.title, &AnswerSource::title);
+        if (source == sources.end())
+            source = sources.insert(source, AnswerSource{.title = hit.title, .path = pathOf(hit)});
+        source->numbers.push_back(n + 1);
     }
     return sources;
 }

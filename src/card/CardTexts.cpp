@@ -5,6 +5,7 @@
 #include "localdata/Language.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <filesystem>
 #include <iterator>
 #include <utility>
@@ -21,10 +22,18 @@ std::string excerpt(const std::string& selection) {
     return beginning.size() < whole.size() ? beginning + "…" : beginning;
 }
 
+std::string listed(const std::vector<std::size_t>& numbers) {
+    std::string list;
+    for (const auto number : numbers) list += (list.empty() ? "" : ", ") + std::to_string(number);
+    return list;
+}
+
 std::vector<SourceChip> chipsOf(const std::vector<AnswerSource>& sources) {
     std::vector<SourceChip> chips;
     for (const auto& source : sources) {
-        chips.push_back({.title = text::join(text::words(source.title), " "), .address = addressOf(source)});
+        chips.push_back({.title = text::join(text::words(source.title), " "),
+                         .address = addressOf(source),
+                         .numbers = listed(source.numbers)});
     }
     return chips;
 }

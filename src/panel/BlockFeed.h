@@ -15,6 +15,7 @@ namespace dorix {
 struct SourceChip {
     std::string title;
     std::string address;  // where a click leads to; "" where it leads nowhere
+    std::string numbers;  // by which the answer cites it; "" where it does not
 
     bool operator==(const SourceChip&) const = default;
 };

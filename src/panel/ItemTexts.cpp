@@ -86,7 +86,8 @@ std::vector<DetailBlock> ItemTexts::under(const HistoryItem& item) const {
     add(pieces, "placeholder", detail.placeholder);
     add(pieces, "label", detail.sourcesHeading);
     std::vector<SourceChip> chips;
-    for (const auto& source : detail.sources) chips.push_back({.title = onOneLine(source), .address = ""});
+    for (const auto& source : detail.sources)
+        chips.push_back({.title = onOneLine(source), .address = "", .numbers = ""});
     if (!chips.empty()) pieces.push_back({"sources", {}, std::move(chips)});
     add(pieces, "facts", words_(joined(detail.facts)));
     return pieces;

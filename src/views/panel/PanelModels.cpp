@@ -18,7 +18,9 @@ QString qString(std::string_view text) {
 QVariantList chips(const std::vector<SourceChip>& sources) {
     QVariantList list;
     for (const auto& source : sources) {
-        list.append(QVariantMap{{"title", qString(source.title)}, {"address", qString(source.address)}});
+        list.append(QVariantMap{{"title", qString(source.title)},
+                                {"address", qString(source.address)},
+                                {"numbers", qString(source.numbers)}});
     }
     return list;
 }

@@ -133,6 +133,7 @@ Item {
                 room: chips.width
                 title: modelData.title
                 address: modelData.address
+                numbers: modelData.numbers
                 onActivated: verbs.openSource(index)
                 onReached: block.reached(block.y + chips.y + y, height)
             }

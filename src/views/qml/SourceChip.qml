@@ -6,6 +6,7 @@ FocusScope {
 
     property string title
     property string address
+    property string numbers  // by which the answer cites it
     property real room  // that its row has
 
     readonly property bool leads: address !== ""
@@ -57,7 +58,7 @@ FocusScope {
         Label {
             anchors.verticalCenter: parent.verticalCenter
             width: Math.min(implicitWidth, chip.room - theme.glyph - 5 * theme.space)
-            text: chip.title
+            text: chip.numbers === "" ? chip.title : chip.numbers + " · " + chip.title
             font.pixelSize: theme.fontSmall
             color: chip.leads ? theme.text : theme.textSecondary
         }

@@ -327,10 +327,11 @@ TEST_F(AssistantControllerTest, ASearchAnswersFromWhatItFoundAndNamesIt) {
     EXPECT_EQ(card().appName, "Memoria");
     EXPECT_EQ(card().waiting, "Buscando en tu memoria…");
     bench.executor.advanceBy(2);
-    const std::vector<AnswerSource> sources{{.title = "acta.txt", .path = "/casa/acta.txt"},
-                                            {.title = "Nota", .path = {}},
-                                            {.title = "#obra", .path = "https://s.example/1"},
-                                            {.title = "#casa", .path = {}}};
+    const std::vector<AnswerSource> sources{
+        {.title = "acta.txt", .path = "/casa/acta.txt", .numbers = {1, 2}},
+        {.title = "Nota", .path = {}, .numbers = {3}},
+        {.title = "#obra", .path = "https://s.example/1", .numbers = {4}},
+        {.title = "#casa", .path = {}, .numbers = {5}}};
     EXPECT_EQ(card().sources, sources);
     EXPECT_EQ(card().waiting, "Buscando en tu memoria…");
     begin();

@@ -124,6 +124,9 @@ TEST_F(AnswerCardTest, SourcesLeadToPagesAndFilesAndNothingElse) {
                      {"Relativo", "etc/passwd"}};
     put(asked);
     presenter.show();
+    asked.sources[0].numbers = {1, 4};
+    EXPECT_EQ(piecesUnder(asked).back().sources[0].numbers, "1, 4") << "as the answer cites it";
+    EXPECT_EQ(piecesUnder(asked).back().sources[1].numbers, "");
     for (std::size_t i = 0; i <= asked.sources.size(); ++i) presenter.openSource(i);
     presenter.openLink("file:///etc/passwd");
     EXPECT_THAT(urls.opened,
