@@ -161,7 +161,7 @@ Task<std::vector<MemoryChunk>> IndexRun::embedded(std::string head, std::vector<
     for (auto& piece : pieces) {
         std::optional<std::vector<float>> vector;
         co_await parts_.pace.mayGoOn();
-        if (embeds_) vector = co_await parts_.embedder.embed(piece);
+        if (embeds_) vector = co_await parts_.embedder.embed(piece, Embedder::Pace::idle);
         made.push_back({.text = head + piece, .vec = std::move(vector)});
     }
     co_return made;

@@ -69,7 +69,7 @@ Task<std::vector<MemoryHit>> Retrieval::inIndex(std::string query, std::size_t l
 Task<std::optional<std::vector<float>>> Retrieval::embedded(std::string query) {
     if (!co_await parts_.embedder.prepare()) co_return std::nullopt;
     co_await parts_.store.useVectorsOf(parts_.embedder.identity());
-    co_return co_await parts_.embedder.embed(std::move(query));
+    co_return co_await parts_.embedder.embed(std::move(query), Embedder::Pace::awaited);
 }
 
 Task<std::vector<MemoryHit>> Retrieval::inMessages(std::string query) {

@@ -71,7 +71,7 @@ AppController::AppController(const Platform& platform)
                       .languages = [this] { return languagesOfScreen(settings_, platform_.languages); }}),
       embeddingModel_({platform.executor, platform.http, platform.folders}, catalogueEmbedding(),
                       platform.userData / "DORIX", settings_.speechMirrors),
-      staticEmbedder_(platform.executor, platform.mapper, embeddingModel_.folder()),
+      staticEmbedder_(platform.executor, platform.mapper, platform.background, embeddingModel_.folder()),
       serverEmbedder_(platform.executor, modelServer_),
       embedder_(staticEmbedder_, serverEmbedder_),
       memoryStore_(platform.executor, platform.userData / "DORIX" / "memory.sqlite"),

@@ -2,6 +2,7 @@
 
 #include "base/async/Task.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -20,6 +21,9 @@ namespace dorix {
 /// A document during whose embedding the identity changed is embedded anew.
 class Embedder {
  public:
+    /// Whether somebody waits for a vector, or it is made with what others leave of the processor.
+    enum class Pace : std::uint8_t { awaited, idle };
+
     virtual ~Embedder() = default;
 
     /// Makes it ready, loading the model where that has not been done; whether it is. Worth asking each time:
@@ -27,9 +31,9 @@ class Embedder {
     virtual Task<bool> prepare() = 0;
 
     /// The vector of a text: of unit length, or all zeros. Nothing while it is not prepared, for a text
-    /// without anything that the model knows, or where the model fails. One text at a time, in the order of
-    /// asking; what was asked is made also when its caller goes meanwhile.
-    virtual Task<std::optional<std::vector<float>>> embed(std::string text) = 0;
+    /// without anything that the model knows, or where the model fails. One text of each pace at a
+    /// time, in the order of asking; what was asked is made also when its caller goes meanwhile.
+    virtual Task<std::optional<std::vector<float>>> embed(std::string text, Pace pace) = 0;
 
     /// The model that makes the vectors, in words that no other one has; "" while it is not prepared.
     virtual std::string identity() const = 0;
@@ -39,7 +43,7 @@ class Embedder {
 class NoEmbedder final : public Embedder {
  public:
     Task<bool> prepare() override { co_return false; }
-    Task<std::optional<std::vector<float>>> embed(std::string) override { co_return std::nullopt; }
+    Task<std::optional<std::vector<float>>> embed(std::string, Pace) override { co_return std::nullopt; }
     std::string identity() const override { return {}; }
 };
 

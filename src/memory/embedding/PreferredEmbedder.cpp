@@ -14,9 +14,9 @@ Task<bool> PreferredEmbedder::prepare() {
     co_return false;
 }
 
-Task<std::optional<std::vector<float>>> PreferredEmbedder::embed(std::string text) {
+Task<std::optional<std::vector<float>>> PreferredEmbedder::embed(std::string text, Pace pace) {
     if (chosen_ == nullptr) co_return std::nullopt;
-    co_return co_await chosen_->embed(std::move(text));
+    co_return co_await chosen_->embed(std::move(text), pace);
 }
 
 }  // namespace dorix

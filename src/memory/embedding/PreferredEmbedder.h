@@ -15,7 +15,7 @@ class PreferredEmbedder final : public Embedder {
     PreferredEmbedder(Embedder& first, Embedder& second) : first_(first), second_(second) {}
 
     Task<bool> prepare() override;
-    Task<std::optional<std::vector<float>>> embed(std::string text) override;
+    Task<std::optional<std::vector<float>>> embed(std::string text, Pace pace) override;
     std::string identity() const override { return chosen_ == nullptr ? "" : chosen_->identity(); }
 
  private:

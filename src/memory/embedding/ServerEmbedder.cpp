@@ -34,7 +34,7 @@ Task<bool> ServerEmbedder::prepare() {
     co_return true;
 }
 
-Task<std::optional<std::vector<float>>> ServerEmbedder::embed(std::string text) {
+Task<std::optional<std::vector<float>>> ServerEmbedder::embed(std::string text, Pace) {
     if (identity_.empty() || text.empty()) co_return std::nullopt;
     const auto before = identity_;
     auto vector = co_await ask(std::move(text));

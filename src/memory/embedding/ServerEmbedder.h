@@ -23,7 +23,7 @@ class ServerEmbedder final : public Embedder {
     /// Asks the server for a vector where that has not been done for a minute: its length is part of the
     /// identity.
     Task<bool> prepare() override;
-    Task<std::optional<std::vector<float>>> embed(std::string text) override;
+    Task<std::optional<std::vector<float>>> embed(std::string text, Pace pace) override;
     std::string identity() const override { return identity_; }
 
  private:

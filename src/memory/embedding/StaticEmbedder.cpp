@@ -70,8 +70,9 @@ std::optional<std::vector<float>> StaticEmbedder::Model::embed(const std::string
     return vector;
 }
 
-StaticEmbedder::StaticEmbedder(Executor& main, FileMapper& mapper, std::filesystem::path folder)
-    : mapper_(mapper), folder_(std::move(folder)), tasks_(main) {}
+StaticEmbedder::StaticEmbedder(Executor& main, FileMapper& mapper, BackgroundWork& background,
+                               std::filesystem::path folder)
+    : mapper_(mapper), background_(background), folder_(std::move(folder)), tasks_(main) {}
 
 StaticEmbedder::~StaticEmbedder() = default;
 
@@ -98,14 +99,15 @@ Task<void> StaticEmbedder::load() {
     auto model = co_await runOn(thread_, [this] { return read(); });
     if (generation != generation_) co_return;
     isDamaged_ = model == nullptr;
+    if (model) idleThread_.post([&background = background_] { background.makeThreadIdle(); });
     identity_ = model ? model->identity : "";
     model_ = std::move(model);
 }
 
-Task<std::optional<std::vector<float>>> StaticEmbedder::embed(std::string text) {
+Task<std::optional<std::vector<float>>> StaticEmbedder::embed(std::string text, Pace pace) {
     if (!model_ || text.empty()) co_return std::nullopt;
-    co_return co_await runOn(thread_,
-                             [model = model_, text = std::move(text)] { return model->embed(text); });
+    auto& thread = pace == Pace::idle ? idleThread_ : thread_;
+    co_return co_await runOn(thread, [model = model_, text = std::move(text)] { return model->embed(text); });
 }
 
 void StaticEmbedder::letGo() {

@@ -3,6 +3,7 @@
 #include "base/async/SerialExecutor.h"
 #include "base/async/TaskScope.h"
 #include "memory/embedding/Embedder.h"
+#include "platform/BackgroundWork.h"
 #include "platform/FileMapper.h"
 
 #include <cstdint>
@@ -22,11 +23,12 @@ namespace dorix {
 class StaticEmbedder final : public Embedder {
  public:
     /// There may be no model in the folder. What it is given outlives it.
-    StaticEmbedder(Executor& main, FileMapper& mapper, std::filesystem::path folder);
+    StaticEmbedder(Executor& main, FileMapper& mapper, BackgroundWork& background,
+                   std::filesystem::path folder);
     ~StaticEmbedder() override;
 
     Task<bool> prepare() override;
-    Task<std::optional<std::vector<float>>> embed(std::string text) override;
+    Task<std::optional<std::vector<float>>> embed(std::string text, Pace pace) override;
     std::string identity() const override { return identity_; }
 
     /// The files are about to go or to change: none of them is used any more before the next `prepare`, which
@@ -40,12 +42,14 @@ class StaticEmbedder final : public Embedder {
     Task<void> load();
 
     FileMapper& mapper_;
+    BackgroundWork& background_;
     const std::filesystem::path folder_;
     std::shared_ptr<const Model> model_;  // what is in use; shared with the work that uses it
     std::string identity_;
     bool isDamaged_ = false;
     std::uint64_t generation_ = 0;  // of the files
     SerialExecutor thread_{SerialExecutor::AtEnd::drop};
+    SerialExecutor idleThread_{SerialExecutor::AtEnd::drop};
     std::optional<TaskHandle<void>> loading_;
     TaskScope tasks_;
 };

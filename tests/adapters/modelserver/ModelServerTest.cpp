@@ -181,12 +181,13 @@ TEST_F(ModelServerTest, VectorsComeFromAModelThatIsMadeForThem) {
     stateOf("vectors");
     ASSERT_TRUE(loop.result(embedder.prepare()));
     const auto identity = embedder.identity();
-    EXPECT_EQ(loop.result(embedder.embed("hola")), (std::vector<float>{0.6F, 0, 0.8F}));
+    EXPECT_EQ(loop.result(embedder.embed("hola", Embedder::Pace::awaited)),
+              (std::vector<float>{0.6F, 0, 0.8F}));
     const auto asked = seen().at("chats").back();
     EXPECT_EQ(asked.at("path"), "/vectors/v1/embeddings");
     EXPECT_EQ(asked.at("model"), "nomic-embed-text");
     EXPECT_EQ(asked.at("input"), "hola");
-    EXPECT_EQ(loop.result(embedder.embed("")), std::nullopt);
+    EXPECT_EQ(loop.result(embedder.embed("", Embedder::Pace::awaited)), std::nullopt);
 
     stateOf("words");
     EXPECT_FALSE(loop.result(embedder.prepare()));
@@ -194,7 +195,8 @@ TEST_F(ModelServerTest, VectorsComeFromAModelThatIsMadeForThem) {
     stateOf("growing");
     ASSERT_TRUE(loop.result(embedder.prepare()));
     EXPECT_NE(embedder.identity(), identity);
-    EXPECT_EQ(loop.result(embedder.embed("hola")), std::nullopt) << "of another length";
+    EXPECT_EQ(loop.result(embedder.embed("hola", Embedder::Pace::awaited)), std::nullopt)
+        << "of another length";
     EXPECT_EQ(embedder.identity(), "");
     settings.modelServerEmbedder.set("small");
     stateOf("vectors");

@@ -66,7 +66,7 @@ class PlainReader final : public DocumentReader {
 class VowelEmbedder final : public Embedder {
  public:
     Task<bool> prepare() override { co_return isThere; }
-    Task<std::optional<std::vector<float>>> embed(std::string text) override {
+    Task<std::optional<std::vector<float>>> embed(std::string text, Pace) override {
         if (hangs) {
             ++waiting;
             co_await forever;

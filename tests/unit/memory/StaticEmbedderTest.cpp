@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cmath>
 #include <functional>
 
@@ -106,6 +107,14 @@ TEST(EmbeddingTable, AFileThatIsCutOffOrLiesIsRefused) {
     }
 }
 
+class CountingWork final : public BackgroundWork {
+ public:
+    void makeThreadIdle() override { ++idleThreads; }
+    std::optional<double> batteryLeft() override { return std::nullopt; }
+
+    std::atomic<int> idleThreads = 0;
+};
+
 class StaticEmbedderTest : public AsyncTest {
  protected:
     void writeModel(float first) {
@@ -131,22 +140,27 @@ class StaticEmbedderTest : public AsyncTest {
     TemporaryFolder folder;
     std::filesystem::path place = folder.path() / "model";
     ReadingMapper mapper;
-    StaticEmbedder embedder{executor, mapper, place};
+    CountingWork background;
+    StaticEmbedder embedder{executor, mapper, background, place};
     TaskScope scope{executor};
 };
 
 TEST_F(StaticEmbedderTest, AVectorIsTheMeanOfTheTokensMadeAsLongAsOne) {
     EXPECT_FALSE(result(embedder.prepare()));
     writeModel(4);
-    EXPECT_EQ(result(embedder.embed("la casa")), std::nullopt);
+    EXPECT_EQ(result(embedder.embed("la casa", Embedder::Pace::awaited)), std::nullopt);
     EXPECT_EQ(embedder.identity(), "");
     ASSERT_TRUE(result(embedder.prepare()));
-    EXPECT_THAT(result(embedder.embed("la casa")).value(),
+    EXPECT_THAT(result(embedder.embed("la casa", Embedder::Pace::awaited)).value(),
                 ElementsAre(testing::FloatEq(0.8F), testing::FloatEq(0.6F), 0));
-    EXPECT_THAT(result(embedder.embed("a")).value(), ElementsAre(0, 0, 0));
-    EXPECT_EQ(result(embedder.embed("")), std::nullopt);
-    EXPECT_EQ(result(embedder.embed(" \n")), std::nullopt);
-    EXPECT_EQ(result(embedder.embed("la.")), std::nullopt) << "a vector that is none";
+    EXPECT_EQ(result(embedder.embed("la casa", Embedder::Pace::idle)),
+              result(embedder.embed("la casa", Embedder::Pace::awaited)));
+    EXPECT_EQ(background.idleThreads, 1);
+    EXPECT_THAT(result(embedder.embed("a", Embedder::Pace::awaited)).value(), ElementsAre(0, 0, 0));
+    EXPECT_EQ(result(embedder.embed("", Embedder::Pace::awaited)), std::nullopt);
+    EXPECT_EQ(result(embedder.embed(" \n", Embedder::Pace::awaited)), std::nullopt);
+    EXPECT_EQ(result(embedder.embed("la.", Embedder::Pace::awaited)), std::nullopt)
+        << "a vector that is none";
 }
 
 TEST_F(StaticEmbedderTest, AModelThatIsReplacedIsAnotherOneAndADamagedOneNone) {
