@@ -121,13 +121,12 @@ Task<void> UtteranceRoads::rewrite(Spoken spoken, SelectedText selected) {
     }
     const bool isAnother = co_await isAnotherSelected(selection_, spoken.context().app, selected.text);
     keeping->stop();
-    co_await written_.replaceSelection({.title = titleFrom(spoken.transcript),
-                                        .text = std::move(rewritten.text),
-                                        .engine = std::move(rewritten.engine)},
-                                       spoken.transcript, std::move(selected.text),
-                                       std::move(spoken.recording),
-                                       isAnother ? WrittenText::Selection::isAnother
-                                                 : WrittenText::Selection::stands);
+    co_await written_.replaceSelection(
+        {.title = titleFrom(spoken.transcript),
+         .text = std::move(rewritten.text),
+         .engine = std::move(rewritten.engine)},
+        spoken.transcript, std::move(selected.text), std::move(spoken.recording),
+        isAnother ? WrittenText::Selection::isAnother : WrittenText::Selection::stands);
 }
 
 // Commands

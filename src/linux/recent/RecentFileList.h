@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
-/// What the desktop's list of recent files says (freedesktop.org's desktop bookmarks). Pure functions, any thread;
-/// they take any bytes.
+/// What the desktop's list of recent files says (freedesktop.org's desktop bookmarks). Pure functions, any
+/// thread; they take any bytes.
 namespace dorix {
 
 /// The files of this computer that `contents` names, the last used first, `limit` of them at most. Those that

@@ -78,10 +78,11 @@ TEST(OfficeTextTest, DocxIsReadInOrder) {
         R"(</w:p></w:txbxContent></mc:Choice><mc:Fallback><w:p><w:r><w:t>box</w:t></w:r></w:p></mc:Fallback>)"
         R"(</mc:AlternateContent></w:r></w:p></w:body></w:document>)";
     EXPECT_EQ(docxText(xml, plenty), "A&ñ \t&lol;\nnew\nc1\nc2\nx\nbox\n\n");
-    EXPECT_EQ(docxText(R"(<w:footnotes><w:footnote w:type="separator"><w:p/></w:footnote><w:footnote><w:p><w:r>)"
-                       R"(<w:t>note</w:t></w:r></w:p></w:footnote></w:footnotes>)",
-                       plenty),
-              "note\n");
+    EXPECT_EQ(
+        docxText(R"(<w:footnotes><w:footnote w:type="separator"><w:p/></w:footnote><w:footnote><w:p><w:r>)"
+                 R"(<w:t>note</w:t></w:r></w:p></w:footnote></w:footnotes>)",
+                 plenty),
+        "note\n");
 }
 
 TEST(OfficeTextTest, OdtIsReadInOrder) {
